@@ -1,0 +1,18 @@
+# The compile and link options of every target of this project, as one target to link to.
+add_library(project_options INTERFACE)
+target_compile_options(project_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+
+if(NCURSESCLIENT_HARDENING)
+  target_compile_options(project_options INTERFACE
+    -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong -fstack-clash-protection
+    -fcf-protection -fPIE)
+  target_link_options(project_options INTERFACE
+    -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+endif()
+
+if(NCURSESCLIENT_SANITIZE)
+  target_compile_options(project_options INTERFACE
+    -fsanitize=${NCURSESCLIENT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(project_options INTERFACE -fsanitize=${NCURSESCLIENT_SANITIZE})
+endif()
