@@ -1,0 +1,43 @@
+// xml.hpp - a deliberately small XML reader for packets and the configuration file.
+//
+// Turns a text into a flat list of elements in document order, each with its full path, and looks
+// them up. It knows start tags, end tags and text, and nothing else: no references are decoded,
+// and comments, CDATA and empty-element tags are taken for start tags. Validates and writes
+// nothing. What stands before the "?>" of the declaration is skipped; without one there is nothing.
+#pragma once
+
+#include "data/owners.hpp"
+
+#include <cstddef>
+#include <memory>
+
+// Working limits in bytes, the terminating NUL included; what is longer is cut.
+constexpr std::size_t xml_name_limit = 64;
+constexpr std::size_t xml_text_limit = 512;
+constexpr std::size_t xml_path_limit = 1024;
+
+/// One element. The first node of a document with a declaration stands for the declaration itself,
+/// with empty name and path; a node without a name is the last one, and all its fields are null.
+struct xml_node {
+    char* path;     // names from the root down to this element, joined by "/"; owned
+    char* name;     // without attributes; owned
+    char* value;    // the text from the start tag to the next tag, null when empty; owned
+    xml_node* next; // in the order of the start tags; null at the end
+};
+
+/// Reads `text` (never null), which is not kept.
+/// The document's first node, to be released by xml_free; it ends early when memory runs out on
+/// the way. Null only when there is no memory for the first node.
+xml_node* xml_parse(const char* text);
+
+/// The value of the first node in document order whose name (`by_name`) or path equals `key`.
+/// By name, and by path with `want_copy`, a copy that the caller frees; by path without
+/// `want_copy`, the node's own text, good until the document is freed.
+/// Null when nothing matches, the match has no value, `document` is null, or memory runs out.
+char* xml_get(const xml_node* document, const char* key, bool by_name, bool want_copy);
+
+/// Releases all nodes and texts of `document` (may be null), the first node last.
+void xml_free(xml_node* document);
+
+/// A document that is freed at the end of its scope.
+using xml_document = std::unique_ptr<xml_node, releaser<xml_free>>;
