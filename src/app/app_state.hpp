@@ -1,0 +1,63 @@
+// app_state.hpp - the one record of everything that the running program shares.
+//
+// Every room reads and writes it directly. Main thread and signal handlers use it under the state
+// lock (pause.hpp). Window fields may change in every pause: fetch them afresh after one.
+#pragma once
+
+#include "data/server_registry.hpp"
+#include "data/settings_table.hpp"
+#include "net/limits.hpp"
+
+#include <cstdint>
+#include <cstdio>
+#include <ncurses.h>
+#include <termios.h>
+
+/// The client's version, as it is shown and as servers are told.
+constexpr const char* client_version = "0.02.001";
+
+struct application_state {
+    WINDOW* screen = nullptr;       // the standard screen
+    WINDOW* status_pane = nullptr;  // six framed lines at the bottom right: notices and errors
+    WINDOW* server_pane = nullptr;  // the list at the left; keys are read from this window
+    WINDOW* message_pane = nullptr; // received transmissions
+    WINDOW* key_line = nullptr;     // one row at the bottom
+    WINDOW* popup_win = nullptr;    // the open popup
+    WINDOW* dialog_win = nullptr;   // a second transient window, closed together with popup_win
+    WINDOW* settings_win = nullptr; // full screen, behind the panes until settings_shown
+    WINDOW* help_win = nullptr;     // full screen, behind the panes until help_shown
+
+    collection* servers = nullptr; // the known servers, in display order; owned
+    std::int32_t selected = -1;    // 1-based row of the highlight bar; -1 before the first drawing
+    std::int32_t settings_shown = 0;
+    std::int32_t help_shown = 0;
+    std::uint32_t setting_flags = 0; // setting_flag bits
+    std::FILE* shared_log = nullptr; // the one log of SaveToOne; null: not open
+    char** setting_texts = nullptr;  // setting_text_count owned texts; null text: not set
+
+    int checkbox_rows[checkbox_setting_count]; // row on the settings page, -1: not drawn
+    int text_rows[setting_text_count];
+    int text_columns[setting_text_count]; // column of the folder's value on the settings page
+
+    unsigned char receive_scratch[packet_max_payload_bytes] = {}; // every payload read lands here
+
+    SCREEN* terminal = nullptr;   // what curses allocated for the terminal
+    termios shell_modes = {};     // the terminal's modes before curses changed them
+    bool has_shell_modes = false; // they could be read
+    std::int32_t list_scroll = 0; // rows that the server list is scrolled up by
+    char* list_marks = nullptr;   // the marker of each unscrolled row of the list; owned
+    std::int32_t list_marks_count = 0;
+
+    application_state();
+};
+
+extern application_state app_state;
+
+/// The server under the highlight bar; null when none is selected.
+server_entry* selected_server();
+
+/// Whether a switch is on.
+bool is_setting_on(setting_flag flag);
+
+/// A folder setting, or "./" when it was never set. Borrowed.
+const char* folder_setting(setting_text which);

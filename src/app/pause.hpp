@@ -1,0 +1,30 @@
+// pause.hpp - the one door through which signals come in, and the state lock that goes with it.
+//
+// The watched signals are blocked in the main thread at all times except inside pause_for, so a
+// handler never finds anything half done: it may draw, allocate, send, and pause itself. The state
+// lock is held by the main thread at all times except inside that wait; handlers take it again
+// while they run, and any other thread takes it for the moments in which it touches shared state.
+#pragma once
+
+/// Blocks the watched signals in the calling thread and takes the state lock. Call once, first.
+void pause_init();
+
+/// Sleeps for `microseconds`, or less when a signal came; the only place where signals are let in.
+/// Any window of app_state and any entry's connection may have changed on return.
+void pause_for(long microseconds);
+
+/// Has `handler` run for `signal_number` from now on, inside pauses only, under the state lock.
+/// The signal stays blocked until the handler has returned, its own pauses included.
+void signal_install(int signal_number, void (*handler)(int));
+
+/// Has a signal ignored from now on; one that was pending is dropped.
+void signal_silence(int signal_number);
+
+/// Gives every watched signal its default action and unblocks it, in a child just forked.
+void signals_reset_in_child();
+
+/// Takes the state lock; for threads other than the main one.
+void state_lock_take();
+
+/// Lets the state lock go again.
+void state_lock_release();

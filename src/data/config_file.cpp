@@ -1,0 +1,255 @@
+// config_file.cpp - see config_file.hpp.
+#include "data/config_file.hpp"
+
+#include "app/app_state.hpp"
+#include "data/file_replace.hpp"
+#include "data/home.hpp"
+#include "data/settings_page.hpp"
+#include "data/text.hpp"
+#include "data/xml.hpp"
+#include "data/xml_index.hpp"
+#include "ui/pane.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <limits>
+#include <string_view>
+#include <sys/stat.h>
+
+namespace
+{
+
+constexpr std::string_view server_element = "Server";
+constexpr std::size_t key_path_bytes = 64;
+
+unique_fd config_open()
+{
+    // A fifo under this name must not make the program wait for a writer.
+    return unique_fd{open(config_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
+}
+
+std::int64_t size_of(const unique_fd& file)
+{
+    struct stat status = {};
+    return fstat(file.get(), &status) == 0 ? static_cast<std::int64_t>(status.st_size) : 0;
+}
+
+/// The file's whole content, terminated; null when memory is short.
+heap_text content_read(const unique_fd& file)
+{
+    const auto size = static_cast<std::size_t>(size_of(file));
+    heap_text text{static_cast<char*>(std::calloc(size + 1, 1))};
+    std::size_t length = 0;
+    while (text && length < size) {
+        const ssize_t count = read(file.get(), text.get() + length, size - length);
+        if (count <= 0)
+            break;
+        length += static_cast<std::size_t>(count);
+    }
+    return text;
+}
+
+std::int32_t number_of(const char* text)
+{
+    const long number = std::strtol(text, nullptr, 10);
+    return static_cast<std::int32_t>(std::clamp<long>(number,
+                                                      std::numeric_limits<std::int32_t>::min(),
+                                                      std::numeric_limits<std::int32_t>::max()));
+}
+
+/// A copy of the text at prefix + element; null when there is none.
+char* field_copy(const xml_index& index, const char* prefix, const char* element)
+{
+    const heap_text path{str_append(str_dup(prefix), element)};
+    return path ? str_dup(xml_index_value(index, path.get())) : nullptr;
+}
+
+std::int32_t port_of(const xml_index& index, const char* prefix)
+{
+    const heap_text text{field_copy(index, prefix, "ServerPort")};
+    return text ? number_of(text.get()) : DEFAULT_SERVER_PORT;
+}
+
+/// The fields that stay with the program until its end: server_entry_free does not know them.
+void mailing_fields_read(server_entry& server, const xml_index& index, const char* prefix)
+{
+    server.UseEMail = field_copy(index, prefix, "UseEMail");
+    server.SubCode = field_copy(index, prefix, "SubCode");
+}
+
+void server_read(const xml_index& index, const char* number)
+{
+    const heap_text prefix{str_replace(str_dup("clientconf/Server$/"), "$", number)};
+    auto* server = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
+    if (!prefix || server == nullptr)
+        return std::free(server);
+    server->ServerName = field_copy(index, prefix.get(), "ServerName");
+    server->ServerPort = port_of(index, prefix.get());
+    server->ServerAlias = field_copy(index, prefix.get(), "ServerAlias");
+    server->Password = field_copy(index, prefix.get(), "Password");
+    mailing_fields_read(*server, index, prefix.get());
+    server->Location = field_copy(index, prefix.get(), "Location");
+    server->Info = field_copy(index, prefix.get(), "Info");
+    if (server_add(app_state.servers, server) != -1)
+        server_entry_free(server);
+}
+
+void servers_read(const xml_node* document, const xml_index& index)
+{
+    for (const xml_node* node = document; node != nullptr && node->name != nullptr;
+         node = node->next) {
+        const std::string_view name = node->name;
+        const bool is_block = name.starts_with(server_element) &&
+                              name.size() > server_element.size() &&
+                              std::isdigit(static_cast<unsigned char>(name[server_element.size()]));
+        if (is_block)
+            server_read(index, node->name + server_element.size());
+    }
+}
+
+const char* setting_value(const xml_index& index, const char* key)
+{
+    char path[key_path_bytes];
+    std::snprintf(path, sizeof path, "clientconf/%s", key);
+    return xml_index_value(index, path);
+}
+
+void switches_read(const xml_index& index)
+{
+    for (std::size_t row = 0; checkbox_setting_table[row].bit != checkbox_table_end; ++row) {
+        if (app_state.checkbox_rows[row] <= 0)
+            continue;
+        const char* value = setting_value(index, checkbox_setting_table[row].key);
+        if (value != nullptr && std::strtol(value, nullptr, 10) != 0)
+            app_state.setting_flags |= checkbox_setting_table[row].bit;
+        settings_mark_draw(row);
+    }
+}
+
+void folders_read(const xml_index& index)
+{
+    for (std::size_t row = 0; text_setting_table[row].kind != nullptr; ++row) {
+        const char* value = setting_value(index, text_setting_table[row].key);
+        if (value == nullptr)
+            continue;
+        app_state.setting_texts[text_setting_table[row].index] = str_dup(value);
+        settings_folder_draw(row);
+    }
+}
+
+void document_read(const xml_node* document)
+{
+    const xml_index index = xml_index_build(document);
+    servers_read(document, index);
+    switches_read(index);
+    folders_read(index);
+    if (app_state.settings_shown != 0)
+        wrefresh(app_state.settings_win);
+}
+
+/// Reads the configuration that is about to be replaced. Its document stays in memory until the
+/// program's end, a moment later.
+bool former_config_read()
+{
+    const unique_fd file = config_open();
+    if (!file)
+        return true;
+    const heap_text text = content_read(file);
+    if (text)
+        static_cast<void>(xml_parse(text.get()));
+    return text != nullptr;
+}
+
+bool is_too_large()
+{
+    const unique_fd file = config_open();
+    return file && size_of(file) > config_max_bytes;
+}
+
+const char* text_or_empty(const char* text)
+{
+    return text != nullptr ? text : "";
+}
+
+void settings_write(std::FILE* file)
+{
+    for (const checkbox_setting& row : checkbox_setting_table) {
+        if (row.bit == checkbox_table_end)
+            break;
+        if (row.key[0] != '*')
+            std::fprintf(file, "    <%s>%d</%s>\n", row.key,
+                         (app_state.setting_flags & row.bit) != 0 ? 1 : 0, row.key);
+    }
+    for (const text_setting& row : text_setting_table) {
+        if (row.kind == nullptr)
+            break;
+        std::fprintf(file, "    <%s>%s</%s>\n", row.key, folder_setting(row.index), row.key);
+    }
+}
+
+void server_write(std::FILE* file, const server_entry& server, int number)
+{
+    const char* password = is_setting_on(SavePasswords) ? server.Password : nullptr;
+    std::fprintf(file,
+                 "    <Server%d>\n"
+                 "        <ServerName>%s</ServerName>\n"
+                 "        <ServerPort>%d</ServerPort>\n"
+                 "        <ServerAlias>%s</ServerAlias>\n"
+                 "        <Location>%s</Location>\n"
+                 "        <Info>%s</Info>\n"
+                 "        <Password>%s</Password>\n"
+                 "        <SubCode>%s</SubCode>\n"
+                 "        <UseEMail>%s</UseEMail>\n"
+                 "    </Server%d>\n",
+                 number, server.ServerName, server_port(server), text_or_empty(server.ServerAlias),
+                 text_or_empty(server.Location), text_or_empty(server.Info),
+                 text_or_empty(password), text_or_empty(server.SubCode),
+                 text_or_empty(server.UseEMail), number);
+}
+
+void config_write(std::FILE* file)
+{
+    std::fputs("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<clientconf version=\"1.02\">\n",
+               file);
+    settings_write(file);
+    const std::int32_t count = app_state.servers->count;
+    for (std::int32_t index = 0; index < count; ++index)
+        server_write(file, *server_at(app_state.servers, index), index + 1);
+    std::fputs("</clientconf>\n", file);
+}
+
+} // namespace
+
+void config_load()
+{
+    home_visit visit;
+    const unique_fd file = visit.is_there() ? config_open() : unique_fd{};
+    if (!file) {
+        status_report(5, "No configuration found in '%s'", home_name());
+        return;
+    }
+    if (size_of(file) > config_max_bytes) {
+        status_report(5, "Configuration '%s/%s' is too large, ignored", home_name(), config_name);
+        return;
+    }
+    status_report(7, "Loading private serverlist '%s/%s'", home_name(), config_name);
+    const heap_text text = content_read(file);
+    if (!text)
+        return visit.stay();
+    const xml_document document{xml_parse(text.get())};
+    document_read(document.get());
+}
+
+void config_save()
+{
+    home_visit visit;
+    if (!visit.is_there())
+        return;
+    visit.stay();
+    if (is_too_large() || !former_config_read())
+        return;
+    file_replace(config_name, config_write);
+}

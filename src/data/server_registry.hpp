@@ -1,0 +1,78 @@
+// server_registry.hpp - the record of one known server and the collection that holds them all.
+//
+// The collection owns its entries; entries are added by the configuration and by the directory and
+// are never removed while the program runs. Knows nothing of screens and sockets beyond the fields.
+#pragma once
+
+#include "data/collection.hpp"
+
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <sys/types.h>
+
+/// The port of a server whose own port is not given (0).
+constexpr std::int32_t DEFAULT_SERVER_PORT = 2202;
+
+struct packet_buffer;
+
+/// One known server. Allocated zeroed, so that every text starts as none and every number as 0.
+/// Texts are owned, malloc'ed, NUL-terminated ISO-8859-1 bytes; null means "none".
+struct server_entry {
+    char* ServerName;        // host name or address to connect to; never null once registered
+    char* ServerAlias;       // the name shown instead of ServerName
+    char* Location;          // where the server stands
+    char* Info;              // free description
+    char* server_uuid;       // the identity that the connected server reported
+    char* server_version;    // the version that the connected server reported
+    char* Password;          // MD5 digest of the password, 32 lower-case hexadecimal digits
+    char* UseEMail;          // address for mailings and pager lists
+    char* SubCode;           // subscription code for mailings and pager lists
+    void* report_buffer;     // compressed report being received
+    std::int32_t ServerPort; // 0 means DEFAULT_SERVER_PORT wherever a port is used
+    std::int32_t socket_fd;  // 0: not connected; every test for a connection is a test of this
+    std::int32_t list_row;   // what markers beside the server's name are placed by
+    std::uint32_t report_received;
+    std::uint32_t report_total;
+    std::uint32_t report_size;
+    std::uint8_t crc_check;       // each of these is 0 or 1: CRC checking announced,
+    std::uint8_t can_mail;        // mailings offered,
+    std::uint8_t connected;       // the connect has completed,
+    std::uint8_t can_modify;      // database updates allowed,
+    std::uint8_t can_report;      // reports offered,
+    std::uint8_t can_page;        // pager lists offered,
+    std::uint8_t heartbeat_sent;  // a heartbeat has gone out and was not resolved by a close
+    std::FILE* log_file;          // this server's own log; null: not open
+    pid_t connect_pid;            // the child that performs the current connect; 0: none
+    std::time_t last_data_time;   // when the last whole packet came; kept across connections
+    std::uint32_t rx_received;    // payload bytes of the current packet received so far
+    std::uint32_t rx_aux;         // cleared with each new packet
+    std::uint32_t bytes_received; // every byte read from this server, never reset
+    packet_buffer* rx_packet;     // the packet being assembled; null: none under way
+};
+
+/// Creates the empty collection of servers, ordered by server_compare; null when memory is short.
+/// The caller owns it and releases it with collection_destroy.
+collection* server_collection_new();
+
+/// Order of the list: by name in descending byte order, equal names by ascending port.
+/// a, b: server_entry records with a ServerName.
+int server_compare(const void* a, const void* b);
+
+/// Registers an entry. -1: inserted, the collection owns it now. -2: entry or its name is null.
+/// Otherwise the index of the entry that has the same name and port already.
+/// Unless -1 is returned the caller keeps the entry and releases it with server_entry_free.
+std::int32_t server_add(collection* servers, server_entry* entry);
+
+/// Releases an entry and the texts that it owns, UseEMail and SubCode excepted.
+/// entry: a malloc'ed server_entry; must have no connection.
+void server_entry_free(void* entry);
+
+/// The entry at a 0-based position of the collection; null when there is none.
+server_entry* server_at(const collection* servers, std::int32_t index);
+
+/// The name to show for a server: its alias, or its host name when it has none. Borrowed.
+const char* server_display_name(const server_entry& server);
+
+/// The port to connect to and to show: the configured one, or the default for 0.
+std::int32_t server_port(const server_entry& server);

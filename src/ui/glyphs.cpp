@@ -1,0 +1,50 @@
+// glyphs.cpp - see glyphs.hpp.
+#include "ui/glyphs.hpp"
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr std::size_t run_length = 128;
+
+/// Blanks stand for the control characters that only place text, "?" for all others.
+wchar_t glyph_of(char character)
+{
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte == '\t' || byte == '\r' || byte == '\n')
+        return L' ';
+    if (byte < 0x20 || (byte >= 0x7F && byte < 0xA0))
+        return L'?';
+    // Outside UTF-8 curses has been told that codes from 0xA0 are printable, and sends the byte.
+    return static_cast<wchar_t>(byte);
+}
+
+} // namespace
+
+void glyphs_write(WINDOW* window, std::string_view text)
+{
+    if (window == nullptr)
+        return;
+    wchar_t run[run_length];
+    while (!text.empty()) {
+        const std::size_t length = std::min(text.size(), run_length);
+        std::transform(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(length), run,
+                       glyph_of);
+        if (waddnwstr(window, run, static_cast<int>(length)) == ERR)
+            return;
+        text.remove_prefix(length);
+    }
+}
+
+void glyphs_write_at(WINDOW* window, int row, int column, std::string_view text)
+{
+    if (window != nullptr && wmove(window, row, column) != ERR)
+        glyphs_write(window, text);
+}
+
+void glyphs_attribute(WINDOW* window, int pair, bool bold)
+{
+    if (window != nullptr)
+        wattrset(window, COLOR_PAIR(pair) | (bold ? A_BOLD : 0U));
+}

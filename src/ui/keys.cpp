@@ -1,0 +1,72 @@
+// keys.cpp - see keys.hpp.
+#include "ui/keys.hpp"
+
+#include "ui/terminal_type.hpp"
+
+#include <cstring>
+#include <langinfo.h>
+
+namespace
+{
+
+constexpr int escape_delay_ms = 25;
+constexpr int meta_bit = 0x80;
+constexpr int control_h = 8;
+
+bool is_utf8_locale()
+{
+    return std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
+}
+
+void define_escaped_letters()
+{
+    for (char letter = 'a'; letter <= 'z'; ++letter) {
+        const char sequence[] = {'\033', letter, '\0'};
+        define_key(sequence, letter | meta_bit);
+    }
+}
+
+void define_utf8_letters()
+{
+    for (int code = 0xA0; code <= 0xFF; ++code) {
+        const char sequence[] = {static_cast<char>(0xC0 | (code >> 6)),
+                                 static_cast<char>(0x80 | (code & 0x3F)), '\0'};
+        define_key(sequence, code);
+    }
+}
+
+bool backspace_sends_control_h()
+{
+    const char* sequence = terminal_capability("kbs");
+    return sequence != nullptr && std::strcmp(sequence, "\010") == 0;
+}
+
+} // namespace
+
+void keys_init()
+{
+    set_escdelay(escape_delay_ms);
+    meta(stdscr, TRUE);
+    keypad(stdscr, TRUE);
+    // Without this, curses puts off drawing while keys are waiting.
+    typeahead(-1);
+    define_escaped_letters();
+    if (is_utf8_locale())
+        define_utf8_letters();
+    define_key("\010", 0);
+    define_key("\177", KEY_BACKSPACE);
+}
+
+int key_read(WINDOW* window)
+{
+    const int key = wgetch(window != nullptr ? window : stdscr);
+    if (key == KEY_RESIZE) // made up by curses after a resize, never typed
+        return ERR;
+    return key == KEY_ENTER ? key_enter : key;
+}
+
+int key_read_for_prompt(WINDOW* window)
+{
+    const int key = key_read(window);
+    return key == control_h && backspace_sends_control_h() ? KEY_BACKSPACE : key;
+}

@@ -1,0 +1,23 @@
+// keys.hpp - the one door through which keys come in.
+//
+// ALT+letter is accepted in the three forms in which terminals send it (the byte with bit 7 set,
+// the same as a two-byte UTF-8 character, Escape followed at once by the letter) and is always
+// returned as the letter with bit 7 set. Enter is 10, ^H is 8, 127 is KEY_BACKSPACE on every
+// terminal type.
+#pragma once
+
+#include <ncurses.h>
+
+constexpr int key_enter = 10;
+constexpr int key_escape = 27;
+
+/// Teaches curses the keys above. Call once for each screen, after it was started.
+void keys_init();
+
+/// The next key typed, or ERR when there is none; never waits longer than a lone Escape needs.
+/// window: where keypad mode is on; null reads from the standard screen.
+int key_read(WINDOW* window);
+
+/// As key_read, for text being edited: where the terminal sends 8 for its Backspace key, 8 is
+/// KEY_BACKSPACE.
+int key_read_for_prompt(WINDOW* window);

@@ -1,0 +1,50 @@
+// redraw.cpp - see redraw.hpp.
+#include "ui/redraw.hpp"
+
+#include "app/app_state.hpp"
+
+namespace
+{
+
+void mark_all_lines(WINDOW* window)
+{
+    if (window == nullptr)
+        return;
+    touchwin(window);
+    wredrawln(window, 0, getmaxy(window));
+}
+
+void redraw_window(WINDOW* window)
+{
+    mark_all_lines(window);
+    if (window != nullptr)
+        wrefresh(window);
+}
+
+} // namespace
+
+void redraw_all()
+{
+    if (app_state.settings_shown != 0)
+        return redraw_window(app_state.settings_win);
+    if (app_state.help_shown != 0)
+        return redraw_window(app_state.help_win);
+    // The status pane comes after the server list, so that its tees lie on the column they share.
+    WINDOW* const panes[] = {app_state.message_pane, app_state.server_pane, app_state.status_pane,
+                             app_state.key_line};
+    for (WINDOW* pane : panes)
+        mark_all_lines(pane);
+    for (WINDOW* pane : panes) {
+        if (pane != nullptr)
+            wrefresh(pane);
+    }
+}
+
+void help_toggle()
+{
+    app_state.help_shown = app_state.help_shown != 0 ? 0 : 1;
+    if (app_state.help_shown != 0)
+        redraw_window(app_state.help_win);
+    else
+        redraw_all();
+}

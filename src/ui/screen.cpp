@@ -1,0 +1,218 @@
+// screen.cpp - see screen.hpp.
+#include "ui/screen.hpp"
+
+#include "app/app_state.hpp"
+#include "data/settings_page.hpp"
+#include "ui/glyphs.hpp"
+#include "ui/help.hpp"
+#include "ui/keys.hpp"
+#include "ui/pane.hpp"
+#include "ui/popup.hpp"
+#include "ui/redraw.hpp"
+#include "ui/server_pane.hpp"
+
+#include <csignal>
+#include <cstdio>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr const char* author_credit = "the team";
+constexpr const char* key_line_text = "^D Disconnect, ^E Settings, ^H Help, ^I ServerInfo, "
+                                      "^L Connect, ^R ServerList, ^X Exit";
+
+struct pair_colours {
+    short foreground;
+    short background;
+};
+
+/// Colour pairs 1 to 15; everything else refers to them by number.
+constexpr pair_colours colour_pairs[] = {
+    {COLOR_BLUE, COLOR_BLACK},  {COLOR_WHITE, COLOR_BLACK}, {COLOR_BLUE, COLOR_WHITE},
+    {COLOR_WHITE, COLOR_CYAN},  {COLOR_RED, COLOR_BLACK},   {COLOR_YELLOW, COLOR_BLACK},
+    {COLOR_GREEN, COLOR_BLACK}, {COLOR_BLACK, COLOR_WHITE}, {COLOR_WHITE, COLOR_BLACK},
+    {COLOR_WHITE, COLOR_BLUE},  {COLOR_CYAN, COLOR_BLACK},  {COLOR_RED, COLOR_BLUE},
+    {COLOR_BLUE, COLOR_BLACK},  {COLOR_WHITE, COLOR_BLACK}, {COLOR_MAGENTA, COLOR_BLACK},
+};
+
+void colours_define()
+{
+    start_color();
+    short pair = 1;
+    for (const pair_colours& colours : colour_pairs)
+        init_pair(pair++, colours.foreground, colours.background);
+}
+
+bool full_screen_windows_open()
+{
+    app_state.help_win = popup_open(COLS, LINES, 0, 0, true, 1, false);
+    if (app_state.help_win == nullptr)
+        return false;
+    help_fill();
+    app_state.settings_win = popup_open(COLS, LINES, 0, 0, true, 1, true);
+    if (app_state.settings_win == nullptr)
+        return false;
+    settings_dialog();
+    settings_values_draw();
+    return true;
+}
+
+bool panes_open()
+{
+    app_state.server_pane = popup_open(27, LINES - 1, 0, 0, false, 1, true);
+    if (app_state.server_pane == nullptr)
+        return false;
+    app_state.message_pane = popup_open(COLS - 28, LINES - 6, 27, 0, true, 1, false);
+    if (app_state.message_pane == nullptr)
+        return false;
+    app_state.status_pane = popup_open(COLS - 26, 6, 26, LINES - 7, true, 1, true);
+    return app_state.status_pane != nullptr;
+}
+
+/// The status pane's left edge lies on the server list's right frame.
+void frames_join()
+{
+    mvwaddch(app_state.status_pane, 0, 0, ACS_LTEE);
+    mvwaddch(app_state.status_pane, 5, 0, ACS_BTEE);
+    mvwaddch(app_state.status_pane, 0, COLS - 27, ACS_RTEE);
+    wrefresh(app_state.status_pane);
+}
+
+bool key_line_open()
+{
+    app_state.key_line = newwin(1, COLS, LINES - 1, 0);
+    if (app_state.key_line == nullptr)
+        return false;
+    noecho();
+    nodelay(app_state.key_line, TRUE);
+    cbreak();
+    curs_set(0);
+    scrollok(app_state.key_line, FALSE);
+    glyphs_attribute(app_state.key_line, 8, false);
+    line_blank(app_state.key_line, 0, 0, COLS);
+    glyphs_write_at(app_state.key_line, 0, 0, key_line_text);
+    wrefresh(app_state.key_line);
+    return true;
+}
+
+void terminal_modes_set()
+{
+    keypad(stdscr, TRUE);
+    cbreak();
+    noecho();
+}
+
+void windows_close()
+{
+    WINDOW** const windows[] = {&app_state.key_line,    &app_state.settings_win,
+                                &app_state.status_pane, &app_state.message_pane,
+                                &app_state.server_pane, &app_state.help_win};
+    for (WINDOW** window : windows) {
+        window_erase(*window);
+        *window = nullptr;
+    }
+}
+
+void standard_screen_blank()
+{
+    area_blank(stdscr, LINES, COLS, A_NORMAL);
+    wrefresh(stdscr);
+}
+
+/// The terminal's present size; one that does not tell has the size that it had.
+winsize size_now()
+{
+    winsize size = {};
+    const bool is_known =
+        ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0;
+    if (!is_known) {
+        size.ws_row = static_cast<unsigned short>(LINES);
+        size.ws_col = static_cast<unsigned short>(COLS);
+    }
+    return size;
+}
+
+} // namespace
+
+bool screen_start()
+{
+    app_state.has_shell_modes = tcgetattr(STDIN_FILENO, &app_state.shell_modes) == 0;
+    app_state.terminal = newterm(nullptr, stdout, stdin);
+    if (app_state.terminal == nullptr)
+        return false;
+    app_state.screen = stdscr;
+    def_prog_mode();
+    use_legacy_coding(1);
+    terminal_modes_set();
+    keys_init();
+    return true;
+}
+
+int screen_build()
+{
+    colours_define();
+    if (!full_screen_windows_open() || !panes_open())
+        return 0;
+    wsetscrreg(app_state.message_pane, 1, LINES - 9);
+    frames_join();
+    if (!key_line_open())
+        return 0;
+    keypad(app_state.server_pane, TRUE);
+    pane_printf(app_state.status_pane, 6, status_column, status_row, true, false,
+                "NCurses tovrikclient V%s - Written by %s", client_version, author_credit);
+    return 1;
+}
+
+void on_resize(int)
+{
+    popup_close();
+    windows_close();
+    standard_screen_blank();
+    endwin();
+    const winsize size = size_now();
+    resize_term(size.ws_row, size.ws_col);
+    app_state.screen = stdscr;
+    clearok(curscr, TRUE);
+    terminal_modes_set();
+    screen_build();
+    app_state.selected = 1;
+    server_list_draw();
+    if (app_state.settings_shown != 0 || app_state.help_shown != 0)
+        redraw_all();
+    else if (app_state.server_pane != nullptr)
+        touchwin(app_state.server_pane);
+}
+
+void screen_resume()
+{
+    const winsize size = size_now();
+    if (size.ws_row != LINES || size.ws_col != COLS)
+        return on_resize(SIGWINCH);
+    clearok(curscr, TRUE);
+    redraw_all();
+}
+
+void screen_clear()
+{
+    WINDOW** const panes[] = {&app_state.status_pane, &app_state.message_pane,
+                              &app_state.server_pane, &app_state.key_line,
+                              &app_state.help_win,    &app_state.settings_win};
+    for (WINDOW** pane : panes) {
+        if (*pane != nullptr)
+            delwin(*pane);
+        *pane = nullptr;
+    }
+    standard_screen_blank();
+}
+
+void screen_end()
+{
+    endwin();
+    // The standard screen goes with the terminal's record; on its own it may not be deleted.
+    if (app_state.terminal != nullptr)
+        delscreen(app_state.terminal);
+    app_state.terminal = nullptr;
+    app_state.screen = nullptr;
+}

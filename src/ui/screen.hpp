@@ -1,0 +1,23 @@
+// screen.hpp - starts curses, builds the panes, and rebuilds them when the terminal's size changes.
+#pragma once
+
+/// Starts curses on the terminal and stores its screen in app_state. False when it cannot, with
+/// nothing written.
+bool screen_start();
+
+/// Builds colours and windows for the terminal's present size. 1 on success, 0 as soon as a window
+/// cannot be made; windows made until then are kept.
+int screen_build();
+
+/// Rebuilds the screen for the terminal's new size and brings what was in front to the front again.
+/// The contents of the panes are lost and the first server is selected. Runs on SIGWINCH.
+void on_resize(int signal_number);
+
+/// Shows the screen again after the program was stopped, in the terminal's present size.
+void screen_resume();
+
+/// Deletes all panes and full-screen windows and blanks the screen.
+void screen_clear();
+
+/// Gives the terminal back and releases what curses holds for it. Nothing may be drawn afterwards.
+void screen_end();
