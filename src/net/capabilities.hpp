@@ -1,0 +1,14 @@
+// capabilities.hpp - records what a server is and offers, and answers its demand for a password.
+#pragma once
+
+#include "data/server_registry.hpp"
+
+/// Takes a server's capability message: identity, version and service flags. Where the server wants
+/// a password, sends the saved digest or asks the user. Closes the connection if the same server is
+/// connected already.
+/// text: the packet's NUL-terminated XML.
+void handle_capabilities(server_entry& entry, const char* text);
+
+/// Asks for the server's password, keeps its digest in the entry and sends it. An answer of nothing
+/// changes nothing. Modal: the other servers wait until the user has answered.
+void ask_password(server_entry& entry);

@@ -1,0 +1,32 @@
+// limits.hpp - the bounds that every number from outside meets before it is used.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// Bytes of a packet's header on the wire.
+constexpr std::size_t packet_header_bytes = 12;
+
+/// Most payload bytes of a packet that are kept, whatever its length field announces.
+constexpr std::size_t packet_max_payload_bytes = 4096;
+
+/// Most characters of a text that the client sends in one packet.
+constexpr std::size_t packet_max_sent_text_bytes = 4092;
+
+/// Kinds up to this one carry text, higher ones binary data.
+constexpr std::uint32_t packet_last_text_kind = 199;
+
+/// Decompressed bytes allowed for each unit of a packet's size hint.
+constexpr std::size_t decompression_factor = 4;
+
+/// Most placeholders that one transmission's template may have replaced.
+constexpr int template_max_replacements = 500;
+
+/// Longest text that a template may grow to.
+constexpr std::size_t template_max_bytes = 64UL * 1024;
+
+/// Room for a log file's name, its terminator included.
+constexpr std::size_t log_name_bytes = 256;
+
+/// Largest configuration file that is read.
+constexpr std::int64_t config_max_bytes = 16LL * 1024 * 1024;

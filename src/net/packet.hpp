@@ -1,0 +1,27 @@
+// packet.hpp - the header that every packet has on the wire, in both directions.
+#pragma once
+
+#include "net/limits.hpp"
+
+#include <cstdint>
+
+/// The twelve bytes before a payload, all numbers little-endian on the wire.
+struct packet_header {
+    std::uint32_t kind;   // what the packet means
+    std::uint16_t length; // payload bytes that follow
+    std::uint16_t extra;  // size hint of compressed data, 0 in everything the client sends
+    std::uint16_t param1;
+    std::uint16_t param2;
+};
+
+/// A packet as it lies on the wire: header bytes, then payload.
+struct packet_buffer {
+    unsigned char header[packet_header_bytes];
+    unsigned char payload[packet_max_payload_bytes];
+};
+
+/// The header's numbers, from its bytes.
+packet_header packet_header_read(const unsigned char (&bytes)[packet_header_bytes]);
+
+/// The header's bytes, from its numbers.
+void packet_header_write(unsigned char (&bytes)[packet_header_bytes], const packet_header& header);

@@ -1,0 +1,142 @@
+// transmission.cpp - see transmission.hpp.
+#include "net/transmission.hpp"
+
+#include "app/app_state.hpp"
+#include "data/owners.hpp"
+#include "data/text.hpp"
+#include "net/log_files.hpp"
+#include "ui/glyphs.hpp"
+#include "ui/pane.hpp"
+#include "ui/popup.hpp"
+
+#include <cstring>
+#include <string_view>
+
+namespace
+{
+
+constexpr const char* head_lines =
+    "\nACARS mode: %tovrik/ACARS/ACARSMode%  Aircraft reg: %tovrik/ACARS/AircraftReg% "
+    "[%tovrik/Extended/Aircraft%]"
+    "\nMessage label: %tovrik/ACARS/MessageLabel% Block id: %tovrik/ACARS/BlockID%  "
+    "Message number: %tovrik/ACARS/MessageNumber%"
+    "\nFlight number: %tovrik/ACARS/FlightNumber%  "
+    "Flight: %tovrik/FlightRouting/From%-%tovrik/FlightRouting/To%"
+    "\nOperator: %tovrik/Extended/Operator%";
+constexpr const char* content_lines = "\nMessage content: -"
+                                      "\n%tovrik/ACARS/Authorized/MessageContent%";
+constexpr const char* date_line =
+    "\n-------------------------------------------------"
+    "[ %tovrik/ACARS/MessageDate/Day%/%tovrik/ACARS/MessageDate/Month%"
+    "/%tovrik/ACARS/MessageDate/Year% "
+    "%tovrik/ACARS/MessageDate/Hour%:%tovrik/ACARS/MessageDate/Minute% ]-";
+
+constexpr int pane_column = 1;
+constexpr int statistics_column = 27;
+constexpr std::string_view statistics_label = "Unique Flights: ";
+
+/// The row that transmissions are printed on: the bottom of the pane's scrolling region.
+int message_row()
+{
+    return LINES - 9;
+}
+
+/// The template for a document, with room for a message text only if there is one. malloc'ed.
+char* template_for(const xml_node* document)
+{
+    const heap_text content{xml_get(document, "MessageContent", true, true)};
+    char* text = str_dup(head_lines);
+    if (content && content.get()[0] != '\0')
+        text = str_append(text, content_lines);
+    return str_append(text, date_line);
+}
+
+void rest_defuse(char* text)
+{
+    for (char* percent = text; (percent = std::strchr(percent, '%')) != nullptr;)
+        *percent = '#';
+}
+
+/// Replaces one placeholder by its value wherever it stands. marker: the "%" that it begins with.
+char* placeholder_fill(char* text, const char* marker, const char* end, const xml_node* document)
+{
+    const heap_text placeholder{strndup(marker, static_cast<size_t>(end - marker) + 1)};
+    const heap_text path{strndup(marker + 1, static_cast<size_t>(end - marker) - 1)};
+    if (!placeholder || !path)
+        return text;
+    return str_replace(text, placeholder.get(), xml_get(document, path.get(), false, false));
+}
+
+void message_print(int pair, bool scroll_first, const char* text)
+{
+    pane_printf(app_state.message_pane, pair, pane_column, message_row(), false, scroll_first, "%s",
+                text);
+}
+
+void status_pane_refresh()
+{
+    if (app_state.settings_shown != 0 || app_state.status_pane == nullptr)
+        return;
+    touchwin(app_state.status_pane);
+    wrefresh(app_state.status_pane);
+}
+
+void contacts_print(const xml_node* document)
+{
+    const heap_text contacts{str_replace(xml_get(document, "tovrik/Contacts", false, true),
+                                         " with this aircraft", nullptr)};
+    message_print(11, false, contacts ? contacts.get() : "");
+}
+
+void statistics_show(const server_entry& entry, const xml_node* document)
+{
+    const char* flights = xml_get(document, "tovrik/ContactData/DailyFlights", false, false);
+    if (flights == nullptr)
+        return;
+    const int width = static_cast<int>(std::strlen(flights) + statistics_label.size());
+    const int row = entry.list_row + 1 - app_state.list_scroll;
+    WINDOW* window = popup_open(width, 1, statistics_column, row, false, 8, false);
+    if (window == nullptr)
+        return;
+    app_state.dialog_win = window;
+    glyphs_write_at(window, 0, 0, statistics_label);
+    glyphs_write(window, flights);
+    mvwchgat(window, 0, 0, -1, A_BOLD, 10, nullptr);
+    wrefresh(window);
+}
+
+} // namespace
+
+void present_transmission(server_entry& entry, const xml_node* document)
+{
+    const heap_text text{fill_template(template_for(document), document)};
+    if (!text)
+        return;
+    log_transmission(entry, text.get());
+    popup_close();
+    message_print(2, true, text.get());
+    status_pane_refresh();
+    if (is_setting_on(ContactInfo))
+        contacts_print(document);
+    if (is_setting_on(FlightStats) && app_state.settings_shown == 0)
+        statistics_show(entry, document);
+}
+
+char* fill_template(char* text, const xml_node* document)
+{
+    for (int replaced = 0; text != nullptr; ++replaced) {
+        char* marker = std::strchr(text, '%');
+        if (marker == nullptr)
+            return text;
+        if (replaced >= template_max_replacements || std::strlen(text) > template_max_bytes) {
+            rest_defuse(marker);
+            return text;
+        }
+        const char* end = std::strchr(marker + 1, '%');
+        if (end == nullptr)
+            *marker = '#';
+        else
+            text = placeholder_fill(text, marker, end, document);
+    }
+    return text;
+}
