@@ -1,0 +1,18 @@
+// main.cpp - the program: start, key loop, shutdown.
+#include "app/main_loop.hpp"
+#include "app/pause.hpp"
+#include "app/start_stop.hpp"
+
+#include <clocale>
+
+int main()
+{
+    // Only characters follow the user's locale; numbers on the wire and on disk stay plain.
+    std::setlocale(LC_CTYPE, "");
+    pause_init();
+    if (!app_start())
+        return start_failed_status;
+    main_loop();
+    app_shutdown();
+    return 0;
+}

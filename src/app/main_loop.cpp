@@ -1,0 +1,133 @@
+// main_loop.cpp - see main_loop.hpp.
+//
+// Holds the key table, with what each command needs and what is said when a server does not offer
+// it.
+#include "app/main_loop.hpp"
+
+#include "app/app_state.hpp"
+#include "app/pause.hpp"
+#include "net/connection.hpp"
+#include "ui/keys.hpp"
+#include "ui/pane.hpp"
+#include "ui/popup.hpp"
+#include "ui/redraw.hpp"
+#include "ui/server_pane.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+namespace
+{
+
+constexpr long round_us = 40'000;
+
+constexpr int control(char letter)
+{
+    return letter & 0x1F;
+}
+constexpr int key_exit = control('X');
+
+void selection_move(std::int32_t step)
+{
+    popup_close();
+    server_list_select(app_state.selected + step);
+}
+
+void selection_down()
+{
+    const bool can_move = app_state.selected >= 1 && app_state.selected < app_state.servers->count;
+    if (can_move && app_state.settings_shown == 0)
+        selection_move(1);
+}
+
+void selection_up()
+{
+    if (app_state.selected >= 2 && app_state.settings_shown == 0)
+        selection_move(-1);
+}
+
+void help_command()
+{
+    popup_close();
+    help_toggle();
+}
+
+/// What a command asks of the selected server before it runs; what is missing is met with silence.
+enum class command_need : std::uint8_t { nothing, selection, connection };
+
+struct key_command {
+    int key;
+    command_need need;
+    std::uint8_t server_entry::*capability; // null: none asked for
+    const char* refusal;                    // for a server without it; its name is put in
+    void (*action)();                       // null: nothing behind the key
+};
+
+constexpr key_command key_commands[] = {
+    {control('A'), command_need::connection, &server_entry::can_modify,
+     "Database updates are not allowed on %s", nullptr},
+    {control('D'), command_need::selection, nullptr, nullptr, disconnect_selected_server},
+    {control('E'), command_need::nothing, nullptr, nullptr, popup_close},
+    {control('H'), command_need::nothing, nullptr, nullptr, help_command},
+    {control('I'), command_need::nothing, nullptr, nullptr, nullptr},
+    // Mailings go by the permission for updates; servers grant the two together.
+    {key_enter, command_need::connection, &server_entry::can_modify,
+     "Daily mailings are not supported on %s", nullptr},
+    {control('L'), command_need::nothing, nullptr, nullptr, connect_selected_server},
+    {control('O'), command_need::connection, &server_entry::can_report,
+     "Reports are not supported on %s", nullptr},
+    {control('P'), command_need::connection, &server_entry::can_page,
+     "Pagerlists are not supported on %s", nullptr},
+    {control('R'), command_need::nothing, nullptr, nullptr, popup_close},
+    {KEY_DOWN, command_need::nothing, nullptr, nullptr, selection_down},
+    {KEY_UP, command_need::nothing, nullptr, nullptr, selection_up},
+};
+
+bool is_met(command_need need, const server_entry* server)
+{
+    switch (need) {
+    case command_need::nothing:
+        return true;
+    case command_need::selection:
+        return server != nullptr;
+    case command_need::connection:
+        return server != nullptr && server->socket_fd != 0;
+    }
+    return false;
+}
+
+void command_run(const key_command& command)
+{
+    const server_entry* server = selected_server();
+    if (!is_met(command.need, server))
+        return;
+    if (command.capability != nullptr && server->*command.capability == 0) {
+        beep();
+        status_report(5, command.refusal, server_display_name(*server));
+        return;
+    }
+    if (command.action != nullptr)
+        command.action();
+}
+
+void key_dispatch(int key)
+{
+    const auto* command = std::ranges::find(key_commands, key, &key_command::key);
+    if (command != std::end(key_commands))
+        command_run(*command);
+}
+
+} // namespace
+
+void main_loop()
+{
+    while (true) {
+        const int key = key_read(app_state.server_pane);
+        if (key == key_exit)
+            return;
+        if (key != ERR)
+            key_dispatch(key);
+        pause_for(round_us);
+    }
+}

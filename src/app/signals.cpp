@@ -1,0 +1,126 @@
+// signals.cpp - see signals.hpp.
+//
+// Only ^X leaves in order; a signal saves nothing, but it always gives the terminal back.
+#include "app/signals.hpp"
+
+#include "app/app_state.hpp"
+#include "app/pause.hpp"
+#include "ui/redraw.hpp"
+#include "ui/screen.hpp"
+#include "ui/terminal_type.hpp"
+
+#include <csignal>
+#include <initializer_list>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr int ending_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+constexpr int crash_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
+
+/// What gives the terminal back without any help from curses: prepared while all is well.
+struct terminal_rescue {
+    char bytes[256];
+    std::size_t length;
+};
+terminal_rescue rescue;
+
+/// Lets the signal have its default effect here and now.
+void take_default_action(int signal_number)
+{
+    struct sigaction standard = {};
+    standard.sa_handler = SIG_DFL;
+    struct sigaction before = {};
+    sigaction(signal_number, &standard, &before);
+    sigset_t one;
+    sigset_t mask_before;
+    sigemptyset(&one);
+    sigaddset(&one, signal_number);
+    raise(signal_number);
+    pthread_sigmask(SIG_UNBLOCK, &one, &mask_before);
+    pthread_sigmask(SIG_SETMASK, &mask_before, nullptr);
+    sigaction(signal_number, &before, nullptr);
+}
+
+void connect_children_end()
+{
+    for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
+        const pid_t child = server_at(app_state.servers, index)->connect_pid;
+        if (child > 0)
+            kill(child, SIGKILL);
+    }
+}
+
+void on_end(int signal_number)
+{
+    connect_children_end();
+    endwin();
+    take_default_action(signal_number);
+}
+
+void on_continue(int)
+{
+    screen_resume();
+}
+
+void on_stop(int signal_number)
+{
+    endwin();
+    take_default_action(signal_number);
+    screen_resume();
+}
+
+int rescue_byte_add(int byte)
+{
+    if (rescue.length < sizeof rescue.bytes)
+        rescue.bytes[rescue.length++] = static_cast<char>(byte);
+    return byte;
+}
+
+void rescue_capability_add(const char* name)
+{
+    const char* sequence = terminal_capability(name);
+    if (sequence != nullptr)
+        terminal_capability_expand(sequence, rescue_byte_add);
+}
+
+void rescue_prepare()
+{
+    for (const char* capability : {"sgr0", "op", "rmkx", "rmcup", "cnorm"})
+        rescue_capability_add(capability);
+}
+
+[[maybe_unused]] void on_crash(int signal_number)
+{
+    if (write(STDOUT_FILENO, rescue.bytes, rescue.length) < 0) {
+        // Nothing else can be done about it here.
+    }
+    if (app_state.has_shell_modes)
+        tcsetattr(STDIN_FILENO, TCSANOW, &app_state.shell_modes);
+    take_default_action(signal_number);
+}
+
+void crash_handlers_install()
+{
+    // The sanitizers have better handlers of their own.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    struct sigaction action = {};
+    action.sa_handler = on_crash;
+    for (const int signal_number : crash_signals)
+        sigaction(signal_number, &action, nullptr);
+#endif
+}
+
+} // namespace
+
+void signals_init()
+{
+    rescue_prepare();
+    for (const int signal_number : ending_signals)
+        signal_install(signal_number, on_end);
+    signal_install(SIGTSTP, on_stop);
+    signal_install(SIGCONT, on_continue);
+    crash_handlers_install();
+}

@@ -1,0 +1,102 @@
+// start_stop.cpp - see start_stop.hpp.
+#include "app/start_stop.hpp"
+
+#include "app/app_state.hpp"
+#include "app/pause.hpp"
+#include "app/signals.hpp"
+#include "data/config_file.hpp"
+#include "net/connection.hpp"
+#include "net/log_files.hpp"
+#include "net/poll.hpp"
+#include "ui/popup.hpp"
+#include "ui/screen.hpp"
+#include "ui/server_pane.hpp"
+
+#include <csignal>
+#include <cstdlib>
+#include <initializer_list>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr unsigned first_poll_s = 3;
+
+bool start_fail(const char* line)
+{
+    std::fputs(line, stderr);
+    if (app_state.servers != nullptr)
+        collection_destroy(app_state.servers);
+    app_state.servers = nullptr;
+    return false;
+}
+
+void connections_leave()
+{
+    for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
+        server_entry* entry = server_at(app_state.servers, index);
+        if (entry->socket_fd == 0)
+            continue;
+        connection_leave(*entry);
+        close_log_file(*entry);
+    }
+}
+
+void settings_free()
+{
+    for (std::size_t index = 0; app_state.setting_texts != nullptr && index < setting_text_count;
+         ++index)
+        std::free(app_state.setting_texts[index]);
+    std::free(app_state.setting_texts);
+    app_state.setting_texts = nullptr;
+    std::free(app_state.list_marks);
+    app_state.list_marks = nullptr;
+    app_state.list_marks_count = 0;
+}
+
+/// No handler may find what is being taken down.
+void signals_silence()
+{
+    alarm(0);
+    for (const int signal_number : {SIGALRM, SIGCHLD, SIGWINCH})
+        signal_silence(signal_number);
+}
+
+} // namespace
+
+bool app_start()
+{
+    app_state.servers = server_collection_new();
+    if (app_state.servers == nullptr)
+        return start_fail("Error creating servercollection\n");
+    if (!screen_start())
+        return start_fail("Unable to init ncurses library\n");
+    // The terminal is left as curses set it, so that what it shows can still be read.
+    if (screen_build() == 0)
+        return start_fail("Unable to init ncurses windows\n");
+    app_state.setting_texts = static_cast<char**>(std::calloc(setting_text_count, sizeof(char*)));
+    signals_init();
+    signal_install(SIGWINCH, on_resize);
+    config_load();
+    server_list_draw();
+    signal_install(SIGALRM, poll_servers);
+    alarm(first_poll_s);
+    return true;
+}
+
+void app_shutdown()
+{
+    signals_silence();
+    popup_close();
+    screen_clear();
+    if (is_setting_on(SaveToOne))
+        close_shared_log();
+    app_state.shared_log = nullptr;
+    screen_end();
+    connections_leave();
+    if (is_setting_on(SaveOnExit))
+        config_save();
+    collection_destroy(app_state.servers);
+    app_state.servers = nullptr;
+    settings_free();
+}
