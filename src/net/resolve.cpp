@@ -7,9 +7,12 @@
 #include "data/text.hpp"
 #include "ui/keys.hpp"
 
+#include <atomic>
+#include <csignal>
 #include <cstring>
 #include <netdb.h>
 #include <new>
+#include <pthread.h>
 
 namespace
 {
@@ -50,13 +53,46 @@ bool resolve_in_place(const char* host, int flags, sockaddr_in& address)
     return first_address(address_list{list}.get(), address);
 }
 
-/// A name that a resolver thread of the C library is looking up. The thread reads all of it, so it
-/// is given up only when the thread has ended or let go.
+/// A name being looked up by a thread of its own, which touches nothing else. The last of its two
+/// owners, the thread and the one who waits, deletes it.
 struct name_request {
-    gaicb block = {};
-    addrinfo hints = {};
     heap_text host;
+    sockaddr_in address = {};
+    bool is_found = false;
+    std::atomic<bool> is_answered = false;
+    std::atomic<int> owners = 2;
 };
+
+void request_let_go(name_request* request)
+{
+    if (request->owners.fetch_sub(1) == 1)
+        delete request;
+}
+
+using owned_request = std::unique_ptr<name_request, releaser<request_let_go>>;
+
+void* resolver_run(void* argument)
+{
+    const owned_request request{static_cast<name_request*>(argument)};
+    request->is_found = resolve_in_place(request->host.get(), AI_CANONNAME, request->address);
+    request->is_answered = true;
+    return nullptr;
+}
+
+/// Starts the resolver's thread, with every signal blocked in it.
+bool resolver_start(name_request* request)
+{
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &before);
+    pthread_t thread;
+    const bool is_started = pthread_create(&thread, nullptr, resolver_run, request) == 0;
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (is_started)
+        pthread_detach(thread);
+    return is_started;
+}
 
 /// Keys typed during a wait, to be typed again after it.
 struct kept_keys {
@@ -79,17 +115,15 @@ void keys_give_back(const kept_keys& kept)
         ungetch(kept.keys[index]);
 }
 
-/// Waits for the answer. False when the user has asked for the program's end meanwhile.
-bool answer_wait(name_request& request)
+/// Waits until there is an answer, or until the user has asked for the program's end.
+void answer_wait(const name_request& request)
 {
     kept_keys kept;
-    while (gai_error(&request.block) == EAI_INPROGRESS && !kept.exit_wanted) {
+    while (!request.is_answered && !kept.exit_wanted) {
         pause_for(round_us);
         keys_collect(kept);
     }
     keys_give_back(kept);
-    return gai_error(&request.block) != EAI_INPROGRESS ||
-           gai_cancel(&request.block) == EAI_CANCELED;
 }
 
 } // namespace
@@ -98,24 +132,19 @@ bool resolve_host(const char* host, sockaddr_in& address)
 {
     if (resolve_in_place(host, AI_CANONNAME | AI_NUMERICHOST, address))
         return true;
-    std::unique_ptr<name_request> request{new (std::nothrow) name_request};
+    const owned_request request{new (std::nothrow) name_request};
     if (!request)
         return false;
     request->host.reset(str_dup(host));
-    request->hints = request_hints(AI_CANONNAME);
-    request->block.ar_name = request->host.get();
-    request->block.ar_request = &request->hints;
-    gaicb* blocks[] = {&request->block};
-    if (!request->host || getaddrinfo_a(GAI_NOWAIT, blocks, 1, nullptr) != 0)
-        return false;
-    if (!answer_wait(*request)) {
-        // The thread still works on it; the program is about to end.
-        static_cast<void>(request.release());
+    if (!request->host || !resolver_start(request.get())) {
+        request_let_go(request.get());
         return false;
     }
-    const bool is_found = gai_error(&request->block) == 0;
-    const address_list list{is_found ? request->block.ar_result : nullptr};
-    return first_address(list.get(), address);
+    answer_wait(*request);
+    if (!request->is_answered || !request->is_found)
+        return false;
+    address = request->address;
+    return true;
 }
 
 bool resolve_host_waiting(const char* host, sockaddr_in& address)

@@ -1,0 +1,35 @@
+// settings_toggle.cpp - see settings_toggle.hpp.
+#include "data/settings_toggle.hpp"
+
+#include "app/app_state.hpp"
+#include "net/log_files.hpp"
+#include "net/packet_kind.hpp"
+#include "net/packet_output.hpp"
+
+namespace
+{
+
+void server_apply(server_entry& entry)
+{
+    send_packet(entry.socket_fd, packet_uplink_setting, 0, 0, "%s",
+                is_setting_on(NoUplinks) ? "1" : "0");
+    if (entry.log_file != nullptr && !is_setting_on(ACARSLog))
+        close_log_file(entry);
+    else if (entry.log_file == nullptr && is_setting_on(ACARSLog))
+        open_log_files(entry);
+}
+
+} // namespace
+
+void apply_log_settings()
+{
+    if (!is_setting_on(SaveToOne))
+        close_shared_log();
+    else
+        app_state.setting_flags &= ~static_cast<std::uint32_t>(ACARSLog);
+    for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
+        server_entry* entry = server_at(app_state.servers, index);
+        if (entry->socket_fd != 0)
+            server_apply(*entry);
+    }
+}
