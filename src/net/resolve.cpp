@@ -137,7 +137,7 @@ bool resolve_host(const char* host, sockaddr_in& address)
         return false;
     request->host.reset(str_dup(host));
     if (!request->host || !resolver_start(request.get())) {
-        request_let_go(request.get());
+        request->owners = 1;
         return false;
     }
     answer_wait(*request);

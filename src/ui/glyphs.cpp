@@ -45,6 +45,7 @@ void glyphs_write_at(WINDOW* window, int row, int column, std::string_view text)
 
 void glyphs_attribute(WINDOW* window, int pair, bool bold)
 {
+    const int weight = bold ? static_cast<int>(A_BOLD) : 0;
     if (window != nullptr)
-        wattrset(window, COLOR_PAIR(pair) | (bold ? A_BOLD : 0U));
+        wattrset(window, COLOR_PAIR(pair) | weight);
 }

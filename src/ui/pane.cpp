@@ -6,7 +6,6 @@
 #include "ui/glyphs.hpp"
 #include "ui/popup.hpp"
 
-#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -41,7 +40,7 @@ heap_text format_text(const char* format, va_list arguments)
     if (!text)
         return text;
     if (is_verbatim(format))
-        std::memcpy(text.get(), format, std::min(std::strlen(format), format_buffer_bytes - 1));
+        std::snprintf(text.get(), format_buffer_bytes, "%s", format);
     else
         std::vsnprintf(text.get(), formatted_bytes, format, arguments);
     return text;
