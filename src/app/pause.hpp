@@ -14,7 +14,8 @@ void pause_init();
 void pause_for(long microseconds);
 
 /// Has `handler` run for `signal_number` from now on, inside pauses only, under the state lock.
-/// The signal stays blocked until the handler has returned, its own pauses included.
+/// The signal stays blocked until the handler has returned, its own pauses included. With a null
+/// handler it only ends the pause that it came into.
 void signal_install(int signal_number, void (*handler)(int));
 
 /// Has a signal ignored from now on; one that was pending is dropped.

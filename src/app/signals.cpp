@@ -120,6 +120,9 @@ void signals_init()
     rescue_prepare();
     for (const int signal_number : ending_signals)
         signal_install(signal_number, on_end);
+    // A log that cannot be written, a fifo or at its size limit, is an error and not the end.
+    signal_silence(SIGPIPE);
+    signal_silence(SIGXFSZ);
     signal_install(SIGTSTP, on_stop);
     signal_install(SIGCONT, on_continue);
     crash_handlers_install();

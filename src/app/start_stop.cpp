@@ -14,7 +14,7 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <initializer_list>
+
 #include <unistd.h>
 
 namespace
@@ -58,8 +58,10 @@ void settings_free()
 void signals_silence()
 {
     alarm(0);
-    for (const int signal_number : {SIGALRM, SIGCHLD, SIGWINCH})
-        signal_silence(signal_number);
+    signal_silence(SIGALRM);
+    signal_silence(SIGWINCH);
+    // Not ignored: the kernel would reap children whose ids are still to be ended.
+    signal_install(SIGCHLD, nullptr);
 }
 
 } // namespace

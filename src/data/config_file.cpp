@@ -133,7 +133,7 @@ void folders_read(const xml_index& index)
 {
     for (std::size_t row = 0; text_setting_table[row].kind != nullptr; ++row) {
         const char* value = setting_value(index, text_setting_table[row].key);
-        if (value == nullptr)
+        if (value == nullptr || app_state.setting_texts == nullptr)
             continue;
         app_state.setting_texts[text_setting_table[row].index] = str_dup(value);
         settings_folder_draw(row);

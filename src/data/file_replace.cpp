@@ -90,6 +90,12 @@ void folder_sync(const char* path)
         fsync(fd.get());
 }
 
+/// Whether an error says that the folder forbids the change, not that it failed.
+bool is_refused(int error)
+{
+    return error == EACCES || error == EPERM || error == EROFS || error == EBUSY;
+}
+
 bool write_in_place(const char* path, void (*write)(std::FILE* file))
 {
     unique_fd fd{open(path, O_WRONLY | O_TRUNC | O_NONBLOCK | O_CLOEXEC)};
@@ -99,22 +105,26 @@ bool write_in_place(const char* path, void (*write)(std::FILE* file))
 /// Gives the new file the old one's mode, and its owner where that is allowed.
 bool attributes_copy(int fd, const struct stat& status)
 {
-    if (fchown(fd, status.st_uid, status.st_gid) != 0 && errno != EPERM)
-        return false;
-    return fchmod(fd, status.st_mode & permission_bits) == 0;
+    const auto same_owner = static_cast<uid_t>(-1);
+    const bool is_owned = fchown(fd, status.st_uid, status.st_gid) == 0 ||
+                          (errno == EPERM && fchown(fd, same_owner, status.st_gid) == 0) ||
+                          errno == EPERM;
+    return is_owned && fchmod(fd, status.st_mode & permission_bits) == 0;
 }
 
 bool write_beside(const replaced_file& file, const char* beside, unique_fd fd,
                   void (*write)(std::FILE* file))
 {
     const bool is_ready = !file.exists || attributes_copy(fd.get(), file.status);
-    const bool is_replaced =
-        is_ready && content_write(std::move(fd), write) && rename(beside, file.path.get()) == 0;
-    if (is_replaced)
+    const bool is_written = is_ready && content_write(std::move(fd), write);
+    if (is_written && rename(beside, file.path.get()) == 0) {
         folder_sync(file.path.get());
-    else
-        unlink(beside);
-    return is_replaced;
+        return true;
+    }
+    const int rename_error = is_written ? errno : 0;
+    unlink(beside);
+    // Some folders let nobody but its owner replace a file, and a mounted file cannot be replaced.
+    return file.exists && is_refused(rename_error) && write_in_place(file.path.get(), write);
 }
 
 } // namespace
@@ -133,7 +143,6 @@ bool file_replace(const char* path, void (*write)(std::FILE* file))
         return false;
     unique_fd fd{mkostemp(beside.get(), O_CLOEXEC)};
     if (!fd)
-        return file.exists && (errno == EACCES || errno == EPERM || errno == EROFS) &&
-               write_in_place(file.path.get(), write);
+        return file.exists && is_refused(errno) && write_in_place(file.path.get(), write);
     return write_beside(file, beside.get(), std::move(fd), write);
 }

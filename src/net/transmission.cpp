@@ -8,6 +8,7 @@
 #include "ui/glyphs.hpp"
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
+#include "ui/server_pane.hpp"
 
 #include <cstring>
 #include <string_view>
@@ -95,6 +96,8 @@ void statistics_show(const server_entry& entry, const xml_node* document)
         return;
     const int width = static_cast<int>(std::strlen(flights) + statistics_label.size());
     const int row = entry.list_row + 1 - app_state.list_scroll;
+    if (!server_row_is_visible(entry.list_row + 1))
+        return;
     WINDOW* window = popup_open(width, 1, statistics_column, row, false, 8, false);
     if (window == nullptr)
         return;

@@ -99,10 +99,13 @@ void status_report(int pair, const char* format, ...)
     va_start(arguments, format);
     const heap_text text = format_text(format, arguments);
     va_end(arguments);
+    if (!text)
+        return;
+    // A report is one line: lines of a server's text would scroll the pane with its frame.
+    for (char* feed = text.get(); (feed = std::strchr(feed, '\n')) != nullptr;)
+        *feed = ' ';
     const bool bold = pair >= 5 && pair <= 7;
-    if (text)
-        pane_write(app_state.status_pane, {pair, status_column, status_row, bold, false},
-                   text.get());
+    pane_write(app_state.status_pane, {pair, status_column, status_row, bold, false}, text.get());
 }
 
 void status_scroll(WINDOW* window, int first, int last, int width)

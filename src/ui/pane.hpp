@@ -16,8 +16,9 @@ constexpr int status_column = 1;
 void pane_printf(WINDOW* window, int pair, int column, int row, bool bold, bool scroll_first,
                  const char* format, ...) __attribute__((format(printf, 7, 8)));
 
-/// Reports one line in the status pane, as its newest: errors (5), notices (6) and successes (7) in
-/// bold, other pairs plain. The format is treated as pane_printf treats it.
+/// Reports one line in the status pane, as its newest, with blanks for line feeds: errors (5),
+/// notices (6) and successes (7) in bold, other pairs plain. The format is treated as pane_printf
+/// treats it.
 void status_report(int pair, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 /// Moves rows first+1 to last+1 of a window up by one, columns 1 to width - 1, and blanks row

@@ -31,7 +31,8 @@ void interior_fill(WINDOW* window, char* line, int width, int height)
 WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, int pair, bool framed)
 {
     const heap_text line = blanks_new(width + 2);
-    if (!line)
+    // Curses reads beyond its own lines when it refreshes a window that begins outside the screen.
+    if (!line || column >= COLS || row >= LINES)
         return nullptr;
     WINDOW* window = newwin(height, width, row, column);
     if (window == nullptr)
@@ -39,7 +40,7 @@ WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, int
     glyphs_attribute(window, pair, false);
     werase(window);
     scrollok(window, scrolls);
-    if (framed)
+    if (framed && width > 1 && height > 1)
         wborder(window, 0, 0, 0, 0, 0, 0, 0, 0);
     interior_fill(window, line.get(), width, height);
     glyphs_attribute(window, pair, false);

@@ -11,8 +11,10 @@
 #include "ui/redraw.hpp"
 #include "ui/server_pane.hpp"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <initializer_list>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -61,9 +63,11 @@ bool full_screen_windows_open()
 
 bool panes_open()
 {
-    app_state.server_pane = popup_open(27, LINES - 1, 0, 0, false, 1, true);
+    app_state.server_pane = popup_open(std::min(27, COLS), LINES - 1, 0, 0, false, 1, true);
     if (app_state.server_pane == nullptr)
         return false;
+    // Keys are read from this pane also while the terminal is too small for the others.
+    keypad(app_state.server_pane, TRUE);
     app_state.message_pane = popup_open(COLS - 28, LINES - 6, 27, 0, true, 1, false);
     if (app_state.message_pane == nullptr)
         return false;
@@ -100,6 +104,7 @@ bool key_line_open()
 void terminal_modes_set()
 {
     keypad(stdscr, TRUE);
+    nodelay(stdscr, TRUE);
     cbreak();
     noecho();
 }
@@ -119,6 +124,17 @@ void standard_screen_blank()
 {
     area_blank(stdscr, LINES, COLS, A_NORMAL);
     wrefresh(stdscr);
+}
+
+/// Shows the server list whole, and the tees of the status pane on the column they share again.
+void panes_touch()
+{
+    for (WINDOW* pane : {app_state.server_pane, app_state.status_pane}) {
+        if (pane == nullptr)
+            continue;
+        touchwin(pane);
+        wrefresh(pane);
+    }
 }
 
 /// The terminal's present size; one that does not tell has the size that it had.
@@ -159,7 +175,6 @@ int screen_build()
     frames_join();
     if (!key_line_open())
         return 0;
-    keypad(app_state.server_pane, TRUE);
     pane_printf(app_state.status_pane, 6, status_column, status_row, true, false,
                 "NCurses tovrikclient V%s - Written by %s", client_version, author_credit);
     return 1;
@@ -181,8 +196,8 @@ void on_resize(int)
     server_list_draw();
     if (app_state.settings_shown != 0 || app_state.help_shown != 0)
         redraw_all();
-    else if (app_state.server_pane != nullptr)
-        touchwin(app_state.server_pane);
+    else
+        panes_touch();
 }
 
 void screen_resume()
@@ -190,6 +205,11 @@ void screen_resume()
     const winsize size = size_now();
     if (size.ws_row != LINES || size.ws_col != COLS)
         return on_resize(SIGWINCH);
+    // After a stop that could not be seen coming, the shell has changed the terminal's modes; only
+    // a screen that was ended has them set again by the next refresh.
+    if (!isendwin())
+        endwin();
+    popup_close();
     clearok(curscr, TRUE);
     redraw_all();
 }

@@ -177,6 +177,11 @@ void server_marker_write(std::int32_t row, char marker)
         wrefresh(app_state.server_pane);
 }
 
+bool server_row_is_visible(std::int32_t row)
+{
+    return app_state.list_scroll == 0 || window_row(row) >= 0;
+}
+
 char server_marker_read(std::int32_t row)
 {
     return row >= 0 && row < app_state.list_marks_count ? app_state.list_marks[row] : marker_none;
