@@ -105,11 +105,13 @@ bool write_in_place(const char* path, void (*write)(std::FILE* file))
 /// Gives the new file the old one's mode, and its owner where that is allowed.
 bool attributes_copy(int fd, const struct stat& status)
 {
-    const auto same_owner = static_cast<uid_t>(-1);
-    const bool is_owned = fchown(fd, status.st_uid, status.st_gid) == 0 ||
-                          (errno == EPERM && fchown(fd, same_owner, status.st_gid) == 0) ||
-                          errno == EPERM;
-    return is_owned && fchmod(fd, status.st_mode & permission_bits) == 0;
+    if (fchown(fd, status.st_uid, status.st_gid) != 0) {
+        if (errno != EPERM)
+            return false;
+        // Not ours to give away; at least the group that may read it stays the same.
+        static_cast<void>(fchown(fd, static_cast<uid_t>(-1), status.st_gid) == 0);
+    }
+    return fchmod(fd, status.st_mode & permission_bits) == 0;
 }
 
 bool write_beside(const replaced_file& file, const char* beside, unique_fd fd,

@@ -52,7 +52,7 @@ TEST(collection_strings, reads_back_what_it_wrote)
 TEST(collection_strings, reads_no_text_that_is_cut_off_or_too_long)
 {
     const unique_collection strings(collection_new_strings(1, 1));
-    for (const std::size_t length : {3, 4096, 10'000}) {
+    for (const std::size_t length : {3U, 4096U, 10'000U}) {
         const unique_file stream(std::tmpfile());
         ASSERT_TRUE(stream);
         const std::string text(length, 'x');

@@ -206,7 +206,7 @@ TEST(xml_parse, reads_a_configuration_file)
 
 TEST(xml_parse, cuts_names_at_their_limit)
 {
-    for (const std::size_t length : {62, 63, 64, 65, 500}) {
+    for (const std::size_t length : {62U, 63U, 64U, 65U, 500U}) {
         const std::string name(length, 'n');
         const std::string kept = name.substr(0, 63);
         std::string text = "?><";
@@ -225,7 +225,7 @@ TEST(xml_parse, counts_attributes_to_no_limit)
 
 TEST(xml_parse, cuts_texts_at_their_limit)
 {
-    for (const std::size_t length : {510, 511, 512, 513, 100'000}) {
+    for (const std::size_t length : {510U, 511U, 512U, 513U, 100'000U}) {
         const std::string value(length, 'v');
         const std::vector<expected_node> expected = {
             pseudo, {"a", "a", value.substr(0, 511)}, {"b", "b", "2"}, nameless};
@@ -249,7 +249,7 @@ std::string nested_to(std::size_t length)
 
 TEST(xml_parse, cuts_paths_at_their_limit)
 {
-    for (const std::size_t length : {1022, 1023, 1024, 1025, 1064, 3000}) {
+    for (const std::size_t length : {1022U, 1023U, 1024U, 1025U, 1064U, 3000U}) {
         const auto nodes = nodes_of(nested_to(length));
         ASSERT_GE(nodes.size(), 3U);
         const expected_node& deepest = nodes[nodes.size() - 2];
