@@ -1,0 +1,31 @@
+// capabilities.hpp - what a server tells about itself in its first message.
+//
+// Owns the element names and their order; what a client makes of them is the client's.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace sim
+{
+
+/// One text per element, sent as it stands; an element without a text is left out. To clients an
+/// empty one is the same. They take the services as offered when the number is not 0, and CRC
+/// checking when there is any text.
+struct capability_texts {
+    std::optional<std::string> version = "1.00.000";
+    std::optional<std::string> server_uuid =
+        {}; ///< none: a server makes one of its address and port
+    std::optional<std::string> crc_check = {};
+    std::optional<std::string> mailing = "0";
+    std::optional<std::string> db_modify = "0";
+    std::optional<std::string> modify_flags = "0";
+    std::optional<std::string> reports = "0";
+    std::optional<std::string> pager = "0";
+    std::optional<std::string> need_auth = {}; ///< none: a server says 1 with a password, else 0
+};
+
+/// The document of kind 41.
+std::string capabilities_xml(const capability_texts& texts);
+
+} // namespace sim

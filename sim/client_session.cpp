@@ -1,0 +1,166 @@
+// client_session.cpp - see client_session.hpp.
+#include "sim/client_session.hpp"
+
+#include "sim/limits.hpp"
+
+#include <cerrno>
+#include <sys/socket.h>
+#include <utility>
+
+namespace sim
+{
+namespace
+{
+
+bool would_block(int error)
+{
+    return error == EAGAIN || error == EWOULDBLOCK;
+}
+
+wire_bytes taken_from(std::deque<wire_bytes>& queue)
+{
+    wire_bytes first = std::move(queue.front());
+    queue.pop_front();
+    return first;
+}
+
+/// The packet whose turn it is. A tick may pass one transmission, so that neither starves the
+/// other.
+wire_bytes next_packet(client_session& session)
+{
+    if (!session.assured.empty())
+        return taken_from(session.assured);
+    const bool ticks = session.tick && (session.traffic.empty() || !session.tick_sent_last);
+    session.tick_sent_last = ticks;
+    if (ticks)
+        return std::exchange(session.tick, nullptr);
+    return session.traffic.empty() ? nullptr : taken_from(session.traffic);
+}
+
+bool has_packet(const client_session& session)
+{
+    return !session.assured.empty() || !session.traffic.empty() || session.tick;
+}
+
+/// Sends on with the packet under way. True when it is out.
+bool finish_packet(client_session& session)
+{
+    while (session.sent_bytes < session.sending->size()) {
+        const ssize_t count =
+            send(session.socket.get(), session.sending->data() + session.sent_bytes,
+                 session.sending->size() - session.sent_bytes, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0) {
+            session.waiting_for_room = would_block(errno);
+            session.gone = session.gone || !session.waiting_for_room;
+            return false;
+        }
+        session.sent_bytes += static_cast<std::size_t>(count);
+    }
+    session.waiting_for_room = false;
+    session.sending.reset();
+    session.sent_bytes = 0;
+    return true;
+}
+
+} // namespace
+
+client_session::client_session(int socket_fd, std::uint64_t client_number)
+    : socket(socket_fd), number(client_number)
+{
+}
+
+void session_receive(client_session& session)
+{
+    char block[4096];
+    for (std::size_t total = 0; total < max_read_bytes_a_turn;) {
+        const ssize_t count = recv(session.socket.get(), block, sizeof block, MSG_DONTWAIT);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0) {
+            session.gone = session.gone || count == 0 || !would_block(errno);
+            return;
+        }
+        session.input.append(block, static_cast<std::size_t>(count));
+        total += static_cast<std::size_t>(count);
+    }
+}
+
+packet_taken session_take_packet(client_session& session, packet& taken)
+{
+    if (session.input.size() < header_bytes)
+        return packet_taken::none;
+    const wire_header header = decode_header(session.input);
+    if (header.length > max_payload_bytes)
+        return packet_taken::broken;
+    const std::size_t size = header_bytes + header.length;
+    if (session.input.size() < size)
+        return packet_taken::none;
+    taken = {.kind = header.kind,
+             .payload = session.input.substr(header_bytes, header.length),
+             .param1 = header.param1,
+             .param2 = header.param2,
+             .extra = header.extra};
+    session.input.erase(0, size);
+    return packet_taken::whole;
+}
+
+bool session_queue(client_session& session, wire_bytes bytes)
+{
+    if (session.closing || session.gone || session.assured.size() >= max_assured_packets)
+        return false;
+    session.assured.push_back(std::move(bytes));
+    return true;
+}
+
+void session_queue_transmission(client_session& session, wire_bytes bytes, std::size_t limit)
+{
+    if (session.closing || session.gone)
+        return;
+    session.traffic.push_back(std::move(bytes));
+    while (session.traffic.size() > limit) {
+        session.traffic.pop_front();
+    }
+}
+
+void session_close(client_session& session, wire_bytes last_packet, time_point drop_at)
+{
+    if (session.closing)
+        return;
+    session.assured.clear();
+    session.traffic.clear();
+    session.tick.reset();
+    session.next_tick = never;
+    session.close_at = never;
+    session.assured.push_back(std::move(last_packet));
+    session.drop_at = drop_at;
+    session.closing = true;
+}
+
+void session_send(client_session& session, time_point now, std::chrono::milliseconds pace)
+{
+    while (!session.gone) {
+        if (!session.sending) {
+            if (now < session.next_send || !has_packet(session))
+                return;
+            session.sending = next_packet(session);
+        }
+        if (!finish_packet(session))
+            return;
+        session.next_send = now + pace;
+        // The stream ends here, but what the client has not read yet must not be lost: hanging up
+        // now would throw it away, so that is left to the client, or to the session's time limit.
+        if (session.closing && session.assured.empty())
+            shutdown(session.socket.get(), SHUT_WR);
+    }
+}
+
+time_point session_send_time(const client_session& session)
+{
+    if (session.waiting_for_room)
+        return never;
+    return session.sending || has_packet(session) ? session.next_send : never;
+}
+
+} // namespace sim

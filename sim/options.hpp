@@ -1,0 +1,59 @@
+// options.hpp - everything that one practice server can be told before it starts.
+#pragma once
+
+#include "sim/capabilities.hpp"
+#include "sim/packet.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sim
+{
+
+struct server_options {
+    // Where it listens.
+    std::string bind_address = "127.0.0.1"; ///< IPv4, dotted
+    std::size_t max_clients = 256;          ///< further ones are hung up on
+    std::uint16_t port = 0;                 ///< 0: any free one
+
+    /// Milliseconds between the packets to one client; 0: none. A client looks for a packet once a
+    /// second and takes one at a time, and one that it finds in part swallows the beginning of the
+    /// next if that is there already. So packets come a little slower than it looks.
+    int pace_ms = 1150;
+
+    // What it says of itself.
+    std::string name = "tovriksim"; ///< third field of the uptime
+    capability_texts capabilities = {};
+
+    // Whom it lets in. Until then a client gets no transmissions.
+    std::optional<std::string> password = {}; ///< in clear; clients send its digest
+    std::vector<std::string> known_clients = {"ncursesclient"}; ///< empty: any name will do
+    bool ask_identification = false;
+
+    // What every client gets after the capabilities: the greetings, the uptime, and the latest
+    // transmissions, announced (max_replay_count at most).
+    bool send_uptime = false;
+    std::vector<packet> greetings = {};
+    std::size_t replay_count = 0;
+
+    // What goes on.
+    double rate_a_minute = 0;     ///< transmissions of its own; max_rate_a_minute at most
+    std::uint64_t seed = 1;       ///< of the generated traffic
+    std::size_t queue_limit = 64; ///< transmissions that wait for one client; the oldest go first
+    std::vector<std::string> replay_documents = {}; ///< sent in turn instead of generated traffic
+    std::optional<std::time_t> fixed_time = {};     ///< date of generated traffic; none: the clock
+    bool compressed = false;                        ///< transmissions go out compressed
+    int tick_every_ms = 0;                          ///< 0: no ticks
+
+    // How it ends.
+    int close_after_ms = 0; ///< from a client's arrival; 0: never
+    std::uint32_t close_kind = kind::closing;
+
+    std::size_t record_limit = 4096; ///< packets from clients that are remembered
+};
+
+} // namespace sim

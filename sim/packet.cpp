@@ -1,0 +1,92 @@
+// packet.cpp - see packet.hpp.
+#include "sim/packet.hpp"
+
+#include "sim/limits.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <zlib.h>
+
+namespace sim
+{
+namespace
+{
+
+/// A reader unpacks into this many bytes for each unit of the size hint.
+constexpr std::size_t bytes_a_hint = 4;
+
+template <typename number> void append_number(std::string& bytes, number value)
+{
+    for (unsigned shift = 0; shift < 8 * sizeof value; shift += 8) {
+        bytes += static_cast<char>(static_cast<std::uint64_t>(value) >> shift & 0xFF);
+    }
+}
+
+template <typename number> number number_at(std::string_view bytes, std::size_t position)
+{
+    std::uint64_t value = 0;
+    for (std::size_t i = sizeof(number); i-- > 0;) {
+        value = value << 8 | static_cast<unsigned char>(bytes[position + i]);
+    }
+    return static_cast<number>(value);
+}
+
+} // namespace
+
+std::string encode_packet(const packet& sent)
+{
+    const std::size_t length = std::min(sent.payload.size(), max_payload_bytes);
+    std::string bytes;
+    bytes.reserve(header_bytes + length);
+    append_number(bytes, sent.kind);
+    append_number(bytes, static_cast<std::uint16_t>(length));
+    append_number(bytes, sent.extra);
+    append_number(bytes, sent.param1);
+    append_number(bytes, sent.param2);
+    bytes.append(sent.payload, 0, length);
+    return bytes;
+}
+
+wire_header decode_header(std::string_view bytes)
+{
+    return {.kind = number_at<std::uint32_t>(bytes, 0),
+            .length = number_at<std::uint16_t>(bytes, 4),
+            .extra = number_at<std::uint16_t>(bytes, 6),
+            .param1 = number_at<std::uint16_t>(bytes, 8),
+            .param2 = number_at<std::uint16_t>(bytes, 10)};
+}
+
+packet replay_announcement_packet(std::uint32_t count)
+{
+    return {.kind = kind::replay_announcement,
+            .payload = std::to_string(count),
+            .param1 = static_cast<std::uint16_t>(count & 0xFFFF),
+            .param2 = static_cast<std::uint16_t>(count >> 16)};
+}
+
+std::optional<packet> plain_transmission(std::string_view xml)
+{
+    if (xml.empty() || xml.size() > max_text_bytes)
+        return std::nullopt;
+    return packet{.kind = kind::transmission, .payload = std::string{xml}};
+}
+
+std::optional<packet> compressed_transmission(std::string_view xml)
+{
+    const std::size_t hint = xml.size() / bytes_a_hint + 1;
+    if (xml.empty() || hint > std::numeric_limits<std::uint16_t>::max())
+        return std::nullopt;
+    uLongf length = compressBound(static_cast<uLong>(xml.size()));
+    std::string compressed(length, '\0');
+    const int result =
+        compress(reinterpret_cast<Bytef*>(compressed.data()), &length,
+                 reinterpret_cast<const Bytef*>(xml.data()), static_cast<uLong>(xml.size()));
+    if (result != Z_OK || length > max_payload_bytes)
+        return std::nullopt;
+    compressed.resize(length);
+    return packet{.kind = kind::compressed_transmission,
+                  .payload = std::move(compressed),
+                  .extra = static_cast<std::uint16_t>(hint)};
+}
+
+} // namespace sim

@@ -1,0 +1,82 @@
+// packet.hpp - the unit of the protocol: 12 header bytes, little-endian, and up to 4096 of payload.
+//
+// Owns the wire layout and the numbers of the kinds that this server knows; sends nothing.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace sim
+{
+
+/// Message kinds, by the side that sends them.
+namespace kind
+{
+// From a client.
+constexpr std::uint32_t good_bye = 2;
+constexpr std::uint32_t password_digest = 81;
+constexpr std::uint32_t uplink_setting = 95;
+constexpr std::uint32_t client_version = 101;
+constexpr std::uint32_t heartbeat = 148;
+constexpr std::uint32_t transmission_form = 151;
+// From either: the question, and the client's name as its answer.
+constexpr std::uint32_t identification = 85;
+// From the server.
+constexpr std::uint32_t closing = 3;
+constexpr std::uint32_t tick = 5;
+constexpr std::uint32_t replay_announcement = 27;
+constexpr std::uint32_t transmission = 40;
+constexpr std::uint32_t capabilities = 41;
+constexpr std::uint32_t banner = 64;
+constexpr std::uint32_t password_accepted = 82;
+constexpr std::uint32_t password_refused = 83;
+constexpr std::uint32_t identification_accepted = 86;
+constexpr std::uint32_t identification_refused = 87;
+constexpr std::uint32_t news = 90;
+constexpr std::uint32_t closing_for_maintenance = 100;
+constexpr std::uint32_t closing_when_full = 102;
+constexpr std::uint32_t notice = 103;
+constexpr std::uint32_t error_text = 108;
+constexpr std::uint32_t uptime = 153;
+constexpr std::uint32_t compressed_transmission = 204;
+} // namespace kind
+
+/// One packet. `extra` is the size hint of a compressed payload and 0 elsewhere. Clients discard a
+/// packet without payload unread, so one that is to be noticed carries at least a byte.
+struct packet {
+    std::uint32_t kind = 0;
+    std::string payload = {};
+    std::uint16_t param1 = 0;
+    std::uint16_t param2 = 0;
+    std::uint16_t extra = 0;
+};
+
+/// The fields of a header as they came from the wire; `length` is the announced payload size.
+struct wire_header {
+    std::uint32_t kind;
+    std::uint16_t length;
+    std::uint16_t extra;
+    std::uint16_t param1;
+    std::uint16_t param2;
+};
+
+/// Header and payload as they go over the wire; a payload is cut at max_payload_bytes.
+std::string encode_packet(const packet& sent);
+
+/// Reads the first header_bytes of `bytes`, which must hold that many.
+wire_header decode_header(std::string_view bytes);
+
+/// The packet of kind 27: `count` is split over both parameters, the low 16 bits first.
+packet replay_announcement_packet(std::uint32_t count);
+
+/// `xml` as a plain transmission. Nothing when it is empty or longer than max_text_bytes.
+std::optional<packet> plain_transmission(std::string_view xml);
+
+/// `xml` as a compressed transmission, with a size hint that leaves the reader room for a
+/// terminator. Nothing when `xml` is empty, compresses to more than max_payload_bytes or is too
+/// large for the hint.
+std::optional<packet> compressed_transmission(std::string_view xml);
+
+} // namespace sim

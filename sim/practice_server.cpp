@@ -1,0 +1,236 @@
+// practice_server.cpp - see practice_server.hpp.
+//
+// One mutex guards everything; the loop lets go of it only while it waits for events. So commands
+// act at once, and a byte in the wake-up descriptor makes the loop look at what they left to do.
+#include "sim/practice_server.hpp"
+
+#include "sim/server_core.hpp"
+
+#include <condition_variable>
+#include <csignal>
+#include <deque>
+#include <mutex>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <system_error>
+#include <thread>
+
+namespace sim
+{
+
+struct practice_server::implementation {
+    explicit implementation(server_options chosen) : options(std::move(chosen)) {}
+
+    const server_options options;
+
+    mutable std::mutex lock;
+    std::condition_variable changed;   ///< the record grew, or the number of clients changed
+    std::unique_ptr<server_core> core; ///< none while the server does not run
+    std::deque<received_packet> record;
+    std::string error;
+    bool stopping = false;
+
+    std::mutex starting; ///< keeps start and stop apart; taken before `lock`
+    std::thread loop;
+
+    void run();
+    bool start_thread();
+    void remember(const client_session& session, const packet& received);
+    void wake() const;
+};
+
+void practice_server::implementation::run()
+{
+    std::unique_lock held{lock};
+    const int epoll_fd = core->epoll.get();
+    while (!stopping) {
+        const int wait_ms = core_wait_ms(*core, steady_clock::now());
+        held.unlock();
+        epoll_event events[64];
+        const int count = epoll_wait(epoll_fd, events, std::size(events), wait_ms);
+        held.lock();
+        for (int i = 0; i < count; ++i) {
+            core_on_event(*core, events[i].data.fd);
+        }
+        core_on_time(*core, steady_clock::now());
+        changed.notify_all();
+    }
+}
+
+void practice_server::implementation::remember(const client_session& session,
+                                               const packet& received)
+{
+    record.push_back(
+        {session.number, received.kind, received.param1, received.param2, received.payload});
+    while (record.size() > options.record_limit) {
+        record.pop_front();
+    }
+}
+
+void practice_server::implementation::wake() const
+{
+    eventfd_write(core->wake.get(), 1);
+}
+
+/// The thread inherits the signal mask of its maker: signals are the program's business.
+bool practice_server::implementation::start_thread()
+{
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    bool started = true;
+    try {
+        loop = std::thread{[this] { run(); }};
+    } catch (const std::system_error& failure) {
+        error = std::string{"cannot start a thread: "} + failure.what();
+        started = false;
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return started;
+}
+
+practice_server::practice_server(server_options options)
+    : inside(std::make_unique<implementation>(std::move(options)))
+{
+}
+
+practice_server::~practice_server()
+{
+    stop();
+}
+
+bool practice_server::start()
+{
+    const std::lock_guard alone{inside->starting};
+    const std::lock_guard held{inside->lock};
+    if (inside->core)
+        return true;
+    auto core = std::make_unique<server_core>(inside->options);
+    core->on_packet = [self = inside.get()](const client_session& session, const packet& received) {
+        self->remember(session, received);
+    };
+    inside->error = core_open(*core);
+    if (!inside->error.empty())
+        return false;
+    inside->stopping = false;
+    inside->core = std::move(core);
+    if (!inside->start_thread())
+        inside->core.reset();
+    return inside->core != nullptr;
+}
+
+void practice_server::stop()
+{
+    const std::lock_guard alone{inside->starting};
+    {
+        const std::lock_guard held{inside->lock};
+        if (!inside->core)
+            return;
+        inside->stopping = true;
+        inside->wake();
+    }
+    inside->loop.join();
+    const std::lock_guard held{inside->lock};
+    inside->core.reset();
+    inside->changed.notify_all();
+}
+
+std::string practice_server::error() const
+{
+    const std::lock_guard held{inside->lock};
+    return inside->error;
+}
+
+std::uint16_t practice_server::port() const
+{
+    const std::lock_guard held{inside->lock};
+    return inside->core ? inside->core->port : std::uint16_t{0};
+}
+
+bool practice_server::push_transmission(std::string_view xml)
+{
+    const std::lock_guard held{inside->lock};
+    if (!inside->core || !core_transmit(*inside->core, xml))
+        return false;
+    inside->wake();
+    return true;
+}
+
+std::size_t practice_server::push_packet(const packet& sent)
+{
+    const std::lock_guard held{inside->lock};
+    if (!inside->core)
+        return 0;
+    const std::size_t count = core_broadcast(*inside->core, sent);
+    inside->wake();
+    return count;
+}
+
+std::size_t practice_server::close_clients(std::uint32_t close_kind)
+{
+    const std::lock_guard held{inside->lock};
+    if (!inside->core)
+        return 0;
+    const std::size_t count = core_close_clients(*inside->core, close_kind);
+    inside->wake();
+    return count;
+}
+
+std::size_t practice_server::drop_clients()
+{
+    const std::lock_guard held{inside->lock};
+    if (!inside->core)
+        return 0;
+    const std::size_t count = core_client_count(*inside->core);
+    for (auto& [fd, session] : inside->core->sessions) {
+        session.gone = true;
+    }
+    inside->wake();
+    return count;
+}
+
+std::size_t practice_server::client_count() const
+{
+    const std::lock_guard held{inside->lock};
+    return inside->core ? core_client_count(*inside->core) : 0;
+}
+
+bool practice_server::wait_for_clients(std::size_t count, std::chrono::milliseconds limit)
+{
+    std::unique_lock held{inside->lock};
+    return inside->changed.wait_for(held, limit, [this, count] {
+        return (inside->core ? core_client_count(*inside->core) : 0) == count;
+    });
+}
+
+std::vector<received_packet> practice_server::packets() const
+{
+    const std::lock_guard held{inside->lock};
+    return {inside->record.begin(), inside->record.end()};
+}
+
+std::optional<received_packet> practice_server::wait_for_packet(std::uint32_t packet_kind,
+                                                                std::chrono::milliseconds limit,
+                                                                std::size_t nth)
+{
+    std::unique_lock held{inside->lock};
+    std::optional<received_packet> found;
+    inside->changed.wait_for(held, limit, [this, &found, packet_kind, nth] {
+        std::size_t seen = 0;
+        for (const received_packet& received : inside->record) {
+            if (received.kind == packet_kind && ++seen == nth)
+                found = received;
+        }
+        return found.has_value();
+    });
+    return found;
+}
+
+void practice_server::forget_packets()
+{
+    const std::lock_guard held{inside->lock};
+    inside->record.clear();
+}
+
+} // namespace sim

@@ -1,0 +1,98 @@
+// replay_file.cpp - see replay_file.hpp.
+#include "sim/replay_file.hpp"
+
+#include "sim/limits.hpp"
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <system_error>
+
+namespace sim
+{
+namespace
+{
+
+constexpr std::string_view declaration_start = "<?xml";
+constexpr std::string_view white_space = " \t\r\n";
+
+struct file_closer {
+    void operator()(std::FILE* file) const noexcept
+    {
+        std::fclose(file);
+    }
+};
+
+/// Where the first line at or after `position` begins that begins a document; npos: nowhere.
+std::size_t next_document(std::string_view text, std::size_t position)
+{
+    while (position < text.size() && !text.substr(position).starts_with(declaration_start)) {
+        const auto line_end = text.find('\n', position);
+        if (line_end == std::string_view::npos)
+            return line_end;
+        position = line_end + 1;
+    }
+    return position < text.size() ? position : std::string_view::npos;
+}
+
+std::string document_error(std::string_view document, std::size_t number)
+{
+    const std::string which = "document " + std::to_string(number) + " ";
+    if (document.size() > max_text_bytes)
+        return which + "has more than " + std::to_string(max_text_bytes) + " bytes";
+    if (document.find('\0') != std::string_view::npos)
+        return which + "holds a NUL byte";
+    return {};
+}
+
+replay_documents failed(std::string error)
+{
+    return {{}, std::move(error)};
+}
+
+} // namespace
+
+replay_documents split_documents(std::string_view text)
+{
+    replay_documents result;
+    std::size_t start = next_document(text, 0);
+    if (text.substr(0, start).find_first_not_of(white_space) != std::string_view::npos)
+        return failed("does not begin with an XML declaration");
+    while (start != std::string_view::npos) {
+        const std::size_t end = next_document(text, start + 1);
+        std::string_view document = text.substr(start, end - start);
+        document = document.substr(0, document.find_last_not_of(white_space) + 1);
+        std::string error = document_error(document, result.documents.size() + 1);
+        if (!error.empty())
+            return failed(std::move(error));
+        result.documents.emplace_back(document);
+        start = end;
+    }
+    return result.documents.empty() ? failed("holds no document") : result;
+}
+
+replay_documents read_replay_file(const std::string& path)
+{
+    const auto system_error = [&path] {
+        return failed(path + ": " + std::generic_category().message(errno));
+    };
+    const std::unique_ptr<std::FILE, file_closer> file{std::fopen(path.c_str(), "re")};
+    if (!file)
+        return system_error();
+    std::string text;
+    char block[65536];
+    while (const std::size_t count = std::fread(block, 1, sizeof block, file.get())) {
+        text.append(block, count);
+        if (text.size() > max_replay_file_bytes)
+            return failed(path + ": larger than " + std::to_string(max_replay_file_bytes) +
+                          " bytes");
+    }
+    if (std::ferror(file.get()) != 0)
+        return system_error();
+    replay_documents result = split_documents(text);
+    if (!result.error.empty())
+        result.error = path + ": " + result.error;
+    return result;
+}
+
+} // namespace sim

@@ -1,0 +1,166 @@
+// requests.cpp - see requests.hpp.
+#include "sim/requests.hpp"
+
+#include "net/md5.hpp"
+#include "sim/random_source.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+
+namespace sim
+{
+namespace
+{
+
+void queue_packet(client_session& session, const packet& sent)
+{
+    session_queue(session, std::make_shared<std::string>(encode_packet(sent)));
+}
+
+/// Starts the transmissions, recent ones first, once a client has done all that is asked of it.
+void admit_client(server_core& core, client_session& session)
+{
+    if (session.admitted || !session.identified || !session.authenticated)
+        return;
+    session.admitted = true;
+    const auto is_wanted = [&session](const feed_item& item) {
+        return session.wants_uplinks || !item.uplink;
+    };
+    const auto& recent = core.messages.history();
+    const auto count = std::count_if(recent.begin(), recent.end(), is_wanted);
+    if (count == 0)
+        return;
+    queue_packet(session, replay_announcement_packet(static_cast<std::uint32_t>(count)));
+    // Announced means promised: among the assured packets newer transmissions cannot push them out.
+    for (const auto& item : recent) {
+        if (is_wanted(item))
+            session_queue(session, item.bytes);
+    }
+}
+
+/// Two servers must differ, since clients refuse to connect to the same one twice; one that is
+/// started again should be known again.
+std::string uuid_of(const server_core& core)
+{
+    std::uint64_t seed = core.port;
+    for (const char c : core.options.bind_address) {
+        seed = seed * 31 + static_cast<unsigned char>(c);
+    }
+    random_source random{seed};
+    const std::uint64_t high = random.next();
+    const std::uint64_t low = random.next();
+    char text[37];
+    std::snprintf(text, sizeof text, "%08x-%04x-4%03x-8%03x-%012llx",
+                  static_cast<unsigned>(high >> 32), static_cast<unsigned>(high >> 16 & 0xFFFF),
+                  static_cast<unsigned>(high & 0xFFF), static_cast<unsigned>(low >> 52),
+                  static_cast<unsigned long long>(low & 0xFFFFFFFFFFFF));
+    return text;
+}
+
+packet capabilities_packet(const server_core& core)
+{
+    capability_texts texts = core.options.capabilities;
+    if (!texts.need_auth)
+        texts.need_auth = core.options.password ? "1" : "0";
+    if (!texts.server_uuid)
+        texts.server_uuid = uuid_of(core);
+    return {.kind = kind::capabilities, .payload = capabilities_xml(texts)};
+}
+
+packet uptime_packet(const server_core& core)
+{
+    const auto up = steady_clock::now() - core.started_at;
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(up).count();
+    return {.kind = kind::uptime,
+            .payload = std::to_string(seconds) + "\t" + std::to_string(core_client_count(core)) +
+                       "\t" + core.options.name};
+}
+
+void on_good_bye(server_core&, client_session& session, const packet&)
+{
+    session.gone = true;
+}
+
+void on_password_digest(server_core& core, client_session& session, const packet& received)
+{
+    char digest[33] = {};
+    if (core.options.password)
+        md5_hex(*core.options.password, digest);
+    const bool right = !core.options.password || received.payload == digest;
+    session.authenticated = session.authenticated || right;
+    if (right) {
+        queue_packet(session, {.kind = kind::password_accepted, .payload = "OK"});
+    } else {
+        queue_packet(session, {.kind = kind::password_refused, .payload = "NO"});
+    }
+    admit_client(core, session);
+}
+
+void on_identification(server_core& core, client_session& session, const packet& received)
+{
+    if (!core.options.ask_identification)
+        return;
+    const auto& known = core.options.known_clients;
+    session.identified =
+        known.empty() || std::find(known.begin(), known.end(), received.payload) != known.end();
+    if (session.identified) {
+        queue_packet(session, {.kind = kind::identification_accepted, .payload = "OK"});
+    } else {
+        queue_packet(session, {.kind = kind::identification_refused, .payload = "NO"});
+    }
+    admit_client(core, session);
+}
+
+void on_uplink_setting(server_core&, client_session& session, const packet& received)
+{
+    session.wants_uplinks = received.payload != "1";
+}
+
+void on_heartbeat(server_core& core, client_session& session, const packet&)
+{
+    session_queue(session, core.tick);
+}
+
+struct client_request {
+    std::uint32_t number;
+    void (*handle)(server_core& core, client_session& session, const packet& received);
+};
+
+/// Version and form of transmissions (kinds 101 and 151) need no answer: there is one form.
+constexpr client_request client_requests[] = {
+    {kind::good_bye, on_good_bye},
+    {kind::password_digest, on_password_digest},
+    {kind::identification, on_identification},
+    {kind::uplink_setting, on_uplink_setting},
+    {kind::heartbeat, on_heartbeat},
+};
+
+} // namespace
+
+void welcome_client(server_core& core, client_session& session)
+{
+    const server_options& options = core.options;
+    session.identified = !options.ask_identification;
+    session.authenticated = !options.password;
+    queue_packet(session, capabilities_packet(core));
+    if (options.ask_identification)
+        queue_packet(session, {.kind = kind::identification, .payload = "?"});
+    for (const packet& greeting : options.greetings) {
+        queue_packet(session, greeting);
+    }
+    if (options.send_uptime)
+        queue_packet(session, uptime_packet(core));
+    admit_client(core, session);
+}
+
+void answer_packet(server_core& core, client_session& session, const packet& received)
+{
+    const auto* const found =
+        std::find_if(std::begin(client_requests), std::end(client_requests),
+                     [&](const client_request& row) { return row.number == received.kind; });
+    if (found != std::end(client_requests))
+        found->handle(core, session, received);
+}
+
+} // namespace sim

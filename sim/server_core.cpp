@@ -1,0 +1,273 @@
+// server_core.cpp - see server_core.hpp.
+#include "sim/server_core.hpp"
+
+#include "sim/limits.hpp"
+#include "sim/requests.hpp"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cerrno>
+#include <netinet/tcp.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <system_error>
+
+namespace sim
+{
+namespace
+{
+
+using std::chrono::milliseconds;
+
+std::string system_text(const std::string& what)
+{
+    return what + ": " + std::generic_category().message(errno);
+}
+
+bool watch(const server_core& core, int operation, int fd, std::uint32_t events)
+{
+    epoll_event event{};
+    event.events = events;
+    event.data.fd = fd;
+    return epoll_ctl(core.epoll.get(), operation, fd, &event) == 0;
+}
+
+std::string open_listener(server_core& core)
+{
+    const server_options& options = core.options;
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(options.port);
+    if (inet_pton(AF_INET, options.bind_address.c_str(), &address.sin_addr) != 1)
+        return options.bind_address + ": not an IPv4 address";
+
+    const std::string where = options.bind_address + ":" + std::to_string(options.port);
+    core.listener = unique_fd{socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)};
+    const int on = 1;
+    socklen_t size = sizeof address;
+    auto* const generic = reinterpret_cast<sockaddr*>(&address);
+    if (!core.listener ||
+        setsockopt(core.listener.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) != 0 ||
+        bind(core.listener.get(), generic, size) != 0 ||
+        listen(core.listener.get(), SOMAXCONN) != 0 ||
+        getsockname(core.listener.get(), generic, &size) != 0)
+        return system_text("cannot listen on " + where);
+    core.port = ntohs(address.sin_port);
+    return {};
+}
+
+time_point after_ms(time_point now, int ms)
+{
+    return ms > 0 ? now + milliseconds{ms} : never;
+}
+
+steady_clock::duration transmission_interval(const server_options& options)
+{
+    const double rate = std::min(options.rate_a_minute, max_rate_a_minute);
+    return std::chrono::duration_cast<steady_clock::duration>(
+        std::chrono::duration<double>{60 / rate});
+}
+
+void add_client(server_core& core, int fd, time_point now)
+{
+    const int on = 1;
+    setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    client_session& session =
+        core.sessions.try_emplace(fd, fd, core.clients_so_far + 1).first->second;
+    ++core.clients_so_far;
+    session.gone = !watch(core, EPOLL_CTL_ADD, fd, EPOLLIN);
+    session.next_tick = after_ms(now, core.options.tick_every_ms);
+    session.close_at = after_ms(now, core.options.close_after_ms);
+    welcome_client(core, session);
+}
+
+/// Without a free descriptor the waiting client would wake the loop again and again.
+void rest_accepting(server_core& core, time_point now)
+{
+    watch(core, EPOLL_CTL_MOD, core.listener.get(), 0);
+    core.accept_again_at = now + milliseconds{accept_retry_ms};
+}
+
+void accept_clients(server_core& core, time_point now)
+{
+    for (std::size_t i = 0; i < core.options.max_clients + 1; ++i) {
+        const int fd = accept4(core.listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        if (fd < 0) {
+            if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
+                rest_accepting(core, now);
+            return;
+        }
+        // The socket of a client that is gone is closed at the end of the turn, so fd is new here.
+        if (core.sessions.size() < core.options.max_clients) {
+            add_client(core, fd, now);
+        } else {
+            unique_fd{fd};
+        }
+    }
+}
+
+void receive_from(server_core& core, client_session& session)
+{
+    session_receive(session);
+    packet received;
+    packet_taken taken = packet_taken::none;
+    // A client may say good-bye and hang up at once: what came before the end counts.
+    while ((taken = session_take_packet(session, received)) == packet_taken::whole) {
+        if (core.on_packet)
+            core.on_packet(session, received);
+        if (!session.closing)
+            answer_packet(core, session, received);
+    }
+    session.gone = session.gone || taken == packet_taken::broken;
+}
+
+void close_session(server_core& core, client_session& session, std::uint32_t close_kind,
+                   time_point now)
+{
+    const packet last{.kind = close_kind, .payload = "Good Bye"};
+    session_close(session, std::make_shared<std::string>(encode_packet(last)),
+                  now + milliseconds{core.options.pace_ms + closing_grace_ms});
+}
+
+void serve_session(server_core& core, client_session& session, time_point now)
+{
+    if (now >= session.close_at)
+        close_session(core, session, core.options.close_kind, now);
+    if (now >= session.next_tick) {
+        session.tick = core.tick;
+        session.next_tick = after_ms(now, core.options.tick_every_ms);
+    }
+    session.gone = session.gone || now >= session.drop_at;
+    session_send(session, now, milliseconds{core.options.pace_ms});
+    if (!session.gone && session.waiting_for_room != session.watched_for_room) {
+        session.watched_for_room = session.waiting_for_room;
+        watch(core, EPOLL_CTL_MOD, session.socket.get(),
+              session.waiting_for_room ? EPOLLIN | EPOLLOUT : EPOLLIN);
+    }
+}
+
+void queue_for_admitted(server_core& core, const feed_item& item)
+{
+    for (auto& [fd, session] : core.sessions) {
+        if (session.admitted && (session.wants_uplinks || !item.uplink))
+            session_queue_transmission(session, item.bytes, core.options.queue_limit);
+    }
+}
+
+void generate_transmissions(server_core& core, time_point now)
+{
+    const auto interval = transmission_interval(core.options);
+    for (int i = 0; i < max_transmissions_a_turn && now >= core.next_transmission; ++i) {
+        core.next_transmission += interval;
+        if (const auto item = core.messages.next())
+            queue_for_admitted(core, *item);
+    }
+    // What a stalled machine has missed is not made up for.
+    core.next_transmission = std::max(core.next_transmission, now);
+}
+
+} // namespace
+
+server_core::server_core(const server_options& chosen)
+    : options(chosen), messages(chosen),
+      tick(std::make_shared<std::string>(encode_packet({.kind = kind::tick, .payload = "^"})))
+{
+}
+
+std::string core_open(server_core& core)
+{
+    std::string error = open_listener(core);
+    if (!error.empty())
+        return error;
+    core.epoll = unique_fd{epoll_create1(EPOLL_CLOEXEC)};
+    core.wake = unique_fd{eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)};
+    if (!core.epoll || !core.wake || !watch(core, EPOLL_CTL_ADD, core.listener.get(), EPOLLIN) ||
+        !watch(core, EPOLL_CTL_ADD, core.wake.get(), EPOLLIN))
+        return system_text("cannot wait for events");
+    core.started_at = steady_clock::now();
+    if (core.options.rate_a_minute > 0)
+        core.next_transmission = core.started_at + transmission_interval(core.options);
+    return {};
+}
+
+int core_wait_ms(const server_core& core, time_point now)
+{
+    time_point next = std::min(core.next_transmission, core.accept_again_at);
+    for (const auto& [fd, session] : core.sessions) {
+        next = std::min({next, session_send_time(session), session.next_tick, session.close_at,
+                         session.drop_at});
+    }
+    if (next == never)
+        return -1;
+    constexpr milliseconds longest{60000};
+    const auto wait = std::chrono::ceil<milliseconds>(std::min<steady_clock::duration>(
+        std::max(next - now, steady_clock::duration::zero()), longest));
+    return static_cast<int>(wait.count());
+}
+
+void core_on_event(server_core& core, int fd)
+{
+    if (fd == core.wake.get()) {
+        eventfd_t count = 0;
+        eventfd_read(fd, &count);
+    } else if (fd == core.listener.get()) {
+        accept_clients(core, steady_clock::now());
+    } else if (const auto found = core.sessions.find(fd); found != core.sessions.end()) {
+        found->second.waiting_for_room = false;
+        receive_from(core, found->second);
+    }
+}
+
+void core_on_time(server_core& core, time_point now)
+{
+    if (now >= core.accept_again_at) {
+        core.accept_again_at = never;
+        watch(core, EPOLL_CTL_MOD, core.listener.get(), EPOLLIN);
+    }
+    if (now >= core.next_transmission)
+        generate_transmissions(core, now);
+    for (auto& [fd, session] : core.sessions) {
+        serve_session(core, session, now);
+    }
+    std::erase_if(core.sessions, [](const auto& entry) { return entry.second.gone; });
+}
+
+bool core_transmit(server_core& core, std::string_view xml)
+{
+    const auto item = core.messages.add(xml);
+    if (item)
+        queue_for_admitted(core, *item);
+    return item.has_value();
+}
+
+std::size_t core_broadcast(server_core& core, const packet& sent)
+{
+    const auto bytes = std::make_shared<std::string>(encode_packet(sent));
+    std::size_t count = 0;
+    for (auto& [fd, session] : core.sessions) {
+        if (session_queue(session, bytes))
+            ++count;
+    }
+    return count;
+}
+
+std::size_t core_close_clients(server_core& core, std::uint32_t close_kind)
+{
+    const std::size_t count = core_client_count(core);
+    for (auto& [fd, session] : core.sessions) {
+        close_session(core, session, close_kind, steady_clock::now());
+    }
+    return count;
+}
+
+std::size_t core_client_count(const server_core& core)
+{
+    const auto count =
+        std::count_if(core.sessions.begin(), core.sessions.end(), [](const auto& entry) {
+            return !entry.second.closing && !entry.second.gone;
+        });
+    return static_cast<std::size_t>(count);
+}
+
+} // namespace sim

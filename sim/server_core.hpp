@@ -1,0 +1,63 @@
+// server_core.hpp - the practice server without its thread: sockets, clients and what is due when.
+//
+// Owns the listening socket, the clients and the feed. Everything here runs under one lock, which
+// is practice_server's, as are the thread and the record of what clients said.
+#pragma once
+
+#include "sim/client_session.hpp"
+#include "sim/feed.hpp"
+#include "sim/options.hpp"
+
+#include <functional>
+#include <map>
+#include <string>
+
+namespace sim
+{
+
+struct server_core {
+    explicit server_core(const server_options& chosen);
+
+    const server_options& options; ///< as they were at the start; outlive the core
+    std::function<void(const client_session&, const packet&)> on_packet; ///< may be empty
+
+    unique_fd epoll;
+    unique_fd wake; ///< written to by other threads to end a wait
+    unique_fd listener;
+    std::uint16_t port = 0;
+
+    std::map<int, client_session> sessions; ///< by descriptor
+    std::uint64_t clients_so_far = 0;
+    feed messages;
+    wire_bytes tick;
+
+    time_point started_at;
+    time_point next_transmission = never;
+    time_point accept_again_at = never; ///< accepting rests until then
+};
+
+/// Opens the sockets and starts the clocks. An error text, empty when all is well.
+std::string core_open(server_core& core);
+
+/// How long the loop may wait for an event, in milliseconds; -1: as long as it takes.
+int core_wait_ms(const server_core& core, time_point now);
+
+/// Handles one readiness event, as epoll_wait gave it.
+void core_on_event(server_core& core, int fd);
+
+/// Does everything that is due, sends what may go out, and removes the clients that are gone.
+void core_on_time(server_core& core, time_point now);
+
+/// Queues a document for every admitted client. False when it does not fit a packet.
+bool core_transmit(server_core& core, std::string_view xml);
+
+/// Queues a packet for every client, admitted or not. The number of clients it was queued for.
+std::size_t core_broadcast(server_core& core, const packet& sent);
+
+/// Tells every client of the end with a packet of `close_kind`. The number of clients told.
+std::size_t core_close_clients(server_core& core, std::uint32_t close_kind);
+
+/// Clients that are connected and have not been told of the end.
+std::size_t core_client_count(const server_core& core);
+
+} // namespace sim

@@ -1,0 +1,51 @@
+// xml_text.cpp - see xml_text.hpp.
+#include "sim/xml_text.hpp"
+
+#include "sim/limits.hpp"
+
+namespace sim
+{
+namespace
+{
+
+char carried(char c)
+{
+    const auto byte = static_cast<unsigned char>(c);
+    switch (c) {
+    case '<':
+        return '(';
+    case '>':
+        return ')';
+    case '%':
+        return '/';
+    case '\n':
+        return c;
+    default:
+        return byte < 0x20 || (byte >= 0x7F && byte < 0xA0) ? ' ' : c;
+    }
+}
+
+} // namespace
+
+std::string value_text(std::string_view text)
+{
+    std::string value;
+    for (const char c : text.substr(0, max_value_bytes)) {
+        value += carried(c);
+    }
+    return value;
+}
+
+void append_element(std::string& xml, std::string_view name, std::string_view text)
+{
+    xml.append("<").append(name).append(">").append(value_text(text));
+    xml.append("</").append(name).append(">\n");
+}
+
+void append_filled_element(std::string& xml, std::string_view name, std::string_view text)
+{
+    if (!text.empty())
+        append_element(xml, name, text);
+}
+
+} // namespace sim

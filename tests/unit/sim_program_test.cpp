@@ -1,0 +1,278 @@
+// sim_program_test.cpp - tovriksim as a program: its line, its statuses, its options.
+#include "sim_raw_client.hpp"
+
+#include "data/xml.hpp"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string>
+#include <sys/wait.h>
+#include <vector>
+
+namespace
+{
+
+/// One run of the program. What it prints is read here, what it complains of too.
+class sim_program
+{
+public:
+    explicit sim_program(std::vector<std::string> options)
+    {
+        int out[2] = {-1, -1};
+        int errors[2] = {-1, -1};
+        EXPECT_EQ(pipe2(out, O_CLOEXEC), 0);
+        EXPECT_EQ(pipe2(errors, O_CLOEXEC), 0);
+        options.insert(options.begin(), TOVRIKSIM_BINARY);
+        std::vector<char*> arguments;
+        for (std::string& option : options)
+            arguments.push_back(option.data());
+        arguments.push_back(nullptr);
+        pid = fork();
+        if (pid == 0) {
+            dup2(out[1], STDOUT_FILENO);
+            dup2(errors[1], STDERR_FILENO);
+            execv(arguments[0], arguments.data());
+            _exit(127);
+        }
+        close(out[1]);
+        close(errors[1]);
+        out_fd = out[0];
+        error_fd = errors[0];
+    }
+    sim_program(const sim_program&) = delete;
+    sim_program& operator=(const sim_program&) = delete;
+    ~sim_program()
+    {
+        if (pid > 0) {
+            kill(pid, SIGKILL);
+            status();
+        }
+        close(out_fd);
+        close(error_fd);
+    }
+
+    /// The first line of standard output, without its line feed.
+    std::string line() const
+    {
+        std::string text;
+        char c = 0;
+        while (wait_for_socket(out_fd, POLLIN, default_patience) && read(out_fd, &c, 1) == 1 &&
+               c != '\n')
+            text += c;
+        return text;
+    }
+
+    /// The port that the ready line names; 0 when there is none.
+    std::uint16_t port() const
+    {
+        const std::string ready = line();
+        const std::string start = "tovriksim: listening on 127.0.0.1:";
+        EXPECT_TRUE(ready.starts_with(start)) << ready;
+        return static_cast<std::uint16_t>(
+            std::atoi(ready.substr(std::min(start.size(), ready.size())).c_str()));
+    }
+
+    std::string complaint() const
+    {
+        return all_of(error_fd);
+    }
+
+    std::string rest() const
+    {
+        return all_of(out_fd);
+    }
+
+    void send_signal(int number) const
+    {
+        kill(pid, number);
+    }
+
+    /// Waits for the end. The exit status, or minus the signal.
+    int status()
+    {
+        int how = 0;
+        waitpid(std::exchange(pid, -1), &how, 0);
+        return WIFEXITED(how) ? WEXITSTATUS(how) : -WTERMSIG(how);
+    }
+
+private:
+    static std::string all_of(int fd)
+    {
+        std::string text;
+        char block[4096];
+        while (wait_for_socket(fd, POLLIN, default_patience)) {
+            const ssize_t count = read(fd, block, sizeof block);
+            if (count <= 0)
+                break;
+            text.append(block, static_cast<std::size_t>(count));
+        }
+        return text;
+    }
+
+    pid_t pid = -1;
+    int out_fd = -1;
+    int error_fd = -1;
+};
+
+TEST(sim_program, says_where_it_listens_and_ends_well_by_signal)
+{
+    for (const int number : {SIGTERM, SIGINT}) {
+        sim_program program{{"--port", "0"}};
+        const std::uint16_t port = program.port();
+        ASSERT_NE(port, 0);
+        sim_raw_client client{port};
+        EXPECT_EQ(client.receive()->kind, 41U);
+        program.send_signal(number);
+        EXPECT_EQ(program.complaint(), "");
+        EXPECT_EQ(program.status(), 0);
+        EXPECT_TRUE(client.ends());
+    }
+}
+
+TEST(sim_program, tells_help_and_succeeds)
+{
+    sim_program program{{"--help"}};
+    const std::string help = program.rest();
+    for (const char* option :
+         {"--port", "--bind", "--rate", "--seed", "--compressed", "--replay", "--name", "--uuid",
+          "--password", "--identify", "--banner", "--ticks", "--uptime", "--announce-replay",
+          "--close-after", "--close-kind", "--pace-ms", "<?xml"})
+        EXPECT_NE(help.find(option), std::string::npos) << option;
+    EXPECT_EQ(program.status(), 0);
+}
+
+TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
+{
+    const std::vector<std::vector<std::string>> cases = {
+        {"--port", "70000"},
+        {"--port", "http"},
+        {"--port", "-1"},
+        {"--frobnicate"},
+        {"stray"},
+        {"--rate", "-1"},
+        {"--rate", "nan"},
+        {"--rate", "1e9"},
+        {"--close-kind", "4"},
+        {"--bind", "1.2.3"},
+        {"--pace-ms", "fast"},
+        {"--seed", "-1"},
+        {"--max-clients", "0"},
+        {"--close-after", ""},
+        {"--known-client"},
+        {"--announce-replay", "1001"},
+        {"--uuid", std::string(201, 'x')},
+    };
+    for (const auto& options : cases) {
+        sim_program program{options};
+        const std::string complaint = program.complaint();
+        EXPECT_TRUE(complaint.starts_with("tovriksim: ")) << options[0] << ": " << complaint;
+        EXPECT_EQ(program.status(), 2) << options[0];
+    }
+}
+
+TEST(sim_program, ends_with_1_and_a_reason_when_it_cannot_serve)
+{
+    sim_program first{{"--port", "0"}};
+    const std::string port = std::to_string(first.port());
+    sim_program second{{"--port", port}};
+    EXPECT_EQ(second.complaint(),
+              "tovriksim: cannot listen on 127.0.0.1:" + port + ": Address already in use\n");
+    EXPECT_EQ(second.status(), 1);
+
+    sim_program third{{"--port", "0", "--replay", "/nowhere/at/all"}};
+    EXPECT_EQ(third.complaint(), "tovriksim: /nowhere/at/all: No such file or directory\n");
+    EXPECT_EQ(third.status(), 1);
+}
+
+TEST(sim_program, passes_its_options_on)
+{
+    sim_program program{{"--port",
+                         "0",
+                         "--pace-ms",
+                         "0",
+                         "--rate",
+                         "6000",
+                         "--compressed",
+                         "--uuid",
+                         "mine",
+                         "--server-version",
+                         "3.2",
+                         "--crc-check",
+                         "--mailing",
+                         "--db-modify",
+                         "--modify-flags",
+                         "--reports",
+                         "--pager",
+                         "--identify",
+                         "--known-client",
+                         "me",
+                         "--password",
+                         "abc",
+                         "--banner",
+                         "one\\ntwo",
+                         "--news",
+                         "n",
+                         "--notice",
+                         "o",
+                         "--error-text",
+                         "e",
+                         "--uptime",
+                         "--announce-replay",
+                         "2",
+                         "--name",
+                         "practice"}};
+    sim_raw_client client{program.port()};
+    const auto capabilities = client.receive();
+    ASSERT_TRUE(capabilities);
+    const xml_document parsed(xml_parse(capabilities->payload.c_str()));
+    const struct {
+        const char* name;
+        const char* value;
+    } elements[] = {{"Version", "3.2"}, {"ServerUUID", "mine"}, {"CRCCheck", "1"},
+                    {"Mailing", "1"},   {"DBModify", "1"},      {"ModifyFlags", "1"},
+                    {"Reports", "1"},   {"Pager", "1"},         {"NeedAuth", "1"}};
+    for (const auto& element : elements) {
+        const heap_text value(xml_get(parsed.get(), element.name, true, true));
+        EXPECT_STREQ(value.get(), element.value) << element.name;
+    }
+    EXPECT_EQ(client.receive()->kind, 85U);
+    EXPECT_EQ(client.receive(), (server_packet{.kind = 64, .payload = "one\ntwo"}));
+    EXPECT_EQ(client.receive(), (server_packet{.kind = 90, .payload = "n"}));
+    EXPECT_EQ(client.receive(), (server_packet{.kind = 103, .payload = "o"}));
+    EXPECT_EQ(client.receive(), (server_packet{.kind = 108, .payload = "e"}));
+    EXPECT_TRUE(client.receive()->payload.ends_with("\tpractice"));
+    client.send_text(85, "ncursesclient");
+    EXPECT_EQ(client.receive()->kind, 87U) << "only the names given are known";
+    client.send_text(85, "me");
+    EXPECT_EQ(client.receive()->kind, 86U);
+    client.send_text(81, "900150983cd24fb0d6963f7d28e17f72");
+    EXPECT_EQ(client.receive()->kind, 82U);
+    const auto announcement = client.receive();
+    ASSERT_TRUE(announcement);
+    EXPECT_EQ(announcement->kind, 27U);
+    EXPECT_EQ(announcement->param1, 2);
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(client.receive()->kind, 204U);
+}
+
+TEST(sim_program, ticks_by_option)
+{
+    sim_program program{{"--port", "0", "--pace-ms", "0", "--rate", "0", "--ticks", "0.01"}};
+    sim_raw_client client{program.port()};
+    EXPECT_EQ(client.receive()->kind, 41U);
+    EXPECT_EQ(client.receive()->kind, 5U);
+}
+
+TEST(sim_program, closes_by_option)
+{
+    sim_program program{{"--port", "0", "--pace-ms", "0", "--rate", "0", "--close-after", "0.01",
+                         "--close-kind", "102"}};
+    sim_raw_client client{program.port()};
+    EXPECT_TRUE(client.receive_kind(102));
+    EXPECT_TRUE(client.ends());
+}
+
+} // namespace
