@@ -1,0 +1,143 @@
+// net_fixture.hpp - the client's own screen, servers and connections, for tests of what it says to
+// servers and shows of them.
+//
+// Owns the far ends of the connections and everything that a test leaves behind in app_state.
+#pragma once
+
+#include "data/owners.hpp"
+#include "support/patience.hpp"
+#include "unit/headless_screen.hpp"
+
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <gtest/gtest.h>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// A packet by its numbers and its text. Its bytes are put together without the client's code.
+struct wire_packet {
+    std::uint32_t kind = 0;
+    std::string text{};
+    std::uint16_t extra = 0;
+    std::uint16_t param1 = 0;
+    std::uint16_t param2 = 0;
+
+    bool operator==(const wire_packet&) const = default;
+};
+using wire_packets = std::vector<wire_packet>;
+
+std::ostream& operator<<(std::ostream& out, const wire_packet& packet);
+
+/// The packet as it travels.
+std::string wire_bytes(const wire_packet& packet);
+
+/// The server's end of a connection.
+class server_end
+{
+public:
+    explicit server_end(int socket) : held(socket) {}
+
+    void send(const wire_packet& packet) const;
+    void send_bytes(std::string_view bytes) const;
+    /// What the client has sent and nobody has taken yet, without waiting.
+    std::string take_bytes() const;
+    /// The same as packets; a piece of a packet fails the test.
+    wire_packets take_packets() const;
+    /// Waits for that many bytes; fewer are given when patience runs out.
+    std::string await_bytes(std::size_t count) const;
+    /// Waits until the client has closed, whatever it has sent before.
+    bool await_end() const;
+    /// Whether the client has closed; what it has sent before is dropped.
+    bool is_ended() const;
+    /// Closes this end.
+    void close();
+
+private:
+    unique_fd held;
+};
+
+/// One line of the status pane.
+struct status_line {
+    std::string text;
+    int pair = 0; // 0 for an empty line, which has no colour that one could see
+
+    bool operator==(const status_line&) const = default;
+};
+using status_lines = std::vector<status_line>;
+
+std::ostream& operator<<(std::ostream& out, const status_line& line);
+
+/// Lets signals in through pauses only, as the running program does; as before afterwards, so that
+/// programs that later tests start are not deaf.
+class signal_room
+{
+public:
+    signal_room();
+    ~signal_room();
+    signal_room(const signal_room&) = delete;
+    signal_room& operator=(const signal_room&) = delete;
+
+private:
+    sigset_t mask_before = {};
+    bool is_owner = false; // nobody else in the test program had begun
+};
+
+/// A wide screen of 24 lines, built as the program builds it, and no servers.
+class net_test : public testing::Test
+{
+protected:
+    explicit net_test(int columns = 160);
+    ~net_test() override;
+    net_test(const net_test&) = delete;
+    net_test& operator=(const net_test&) = delete;
+
+    /// Registers a server and draws the list again, which renews every list_row.
+    server_entry& add_server(const char* name, const char* alias = nullptr,
+                             std::int32_t port = 0) const;
+    /// Gives an entry a connection that is complete, with fresh data, as the connect command and
+    /// its result leave it.
+    server_end connect(server_entry& entry) const;
+
+    /// From here on said() and beeps() count.
+    void mark();
+    /// The status pane's lines since the mark, oldest first; the last four at most.
+    status_lines said() const;
+    std::size_t beeps() const;
+
+    /// A row of the message pane, without the blanks at its ends.
+    std::string message_row(int row) const;
+    /// The marker that the list shows beside an entry that the connect command placed.
+    char marker_of(const server_entry& entry) const;
+
+    /// Lets signals in until the condition holds; false when patience runs out.
+    static bool wait_until(const std::function<bool()>& holds);
+
+    headless_screen screen;
+
+private:
+    signal_room signals;
+    std::size_t bells_at_mark = 0;
+};
+
+/// Types keys into the next prompt.
+void type_ahead(std::string_view keys);
+
+/// A text of the client's own kind: malloc'ed, to be owned by a record.
+char* owned_text(std::string_view text);
+
+/// The XML document of a transmission with these elements below its root.
+std::string transmission_xml(std::string_view elements);
+
+/// Elements of a transmission that has everything but a message text, contacts and statistics.
+extern const std::string plain_elements;
+/// The message text that belongs to it.
+extern const std::string content_elements;
+
+/// What becomes of plain_elements, with or without content_elements, line feeds included.
+extern const std::string plain_record;
+extern const std::string content_record;

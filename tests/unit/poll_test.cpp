@@ -1,0 +1,296 @@
+// poll_test.cpp - one cycle over all servers: who is read, how much, and the idle rule.
+#include "unit/net_fixture.hpp"
+
+#include "net/poll.hpp"
+#include "ui/pane.hpp"
+
+#include <ctime>
+#include <unistd.h>
+
+namespace
+{
+
+const wire_packet heartbeat = {148, "^"};
+const status_line closed_line = {"Connection closed by server", 5};
+
+class poll_cycle : public net_test
+{
+protected:
+    static void poll()
+    {
+        poll_servers(SIGALRM);
+    }
+};
+
+TEST_F(poll_cycle, arms_the_next_alarm)
+{
+    alarm(0);
+    poll();
+    EXPECT_EQ(alarm(0), 1U);
+}
+
+TEST_F(poll_cycle, takes_one_packet_from_a_server_at_a_time)
+{
+    server_entry& entry = add_server("one.example");
+    const server_end server = connect(entry);
+    server.send({103, "first"});
+    server.send({103, "second"});
+    poll();
+    EXPECT_EQ(said(), (status_lines{{"first", 2}}));
+    poll();
+    EXPECT_EQ(said(), (status_lines{{"first", 2}, {"second", 2}}));
+    poll();
+    EXPECT_EQ(said().size(), 2U);
+}
+
+TEST_F(poll_cycle, visits_all_servers_in_the_order_of_the_list)
+{
+    server_entry& low = add_server("a.example");
+    server_entry& middle = add_server("b.example");
+    server_entry& high = add_server("c.example");
+    const server_end ends[] = {connect(low), connect(middle), connect(high)};
+    const char* const names[] = {"a", "b", "c"};
+    for (std::size_t index = 0; index < std::size(ends); ++index)
+        ends[index].send({103, names[index]});
+    poll();
+    EXPECT_EQ(said(), (status_lines{{"c", 2}, {"b", 2}, {"a", 2}}));
+}
+
+TEST_F(poll_cycle, goes_on_after_a_server_that_closes)
+{
+    server_entry& low = add_server("a.example");
+    server_entry& high = add_server("b.example");
+    const server_end low_end = connect(low);
+    const server_end high_end = connect(high);
+    high_end.send({3, "bye"});
+    low_end.send({103, "still here"});
+    poll();
+    EXPECT_EQ(said(), (status_lines{closed_line, {"still here", 2}}));
+    EXPECT_EQ(high.socket_fd, 0);
+    EXPECT_NE(low.socket_fd, 0);
+}
+
+TEST_F(poll_cycle, leaves_out_a_server_whose_connect_is_pending)
+{
+    server_entry& entry = add_server("one.example");
+    const server_end server = connect(entry);
+    entry.connected = 0;
+    entry.last_data_time = 0;
+    server.send({103, "early"});
+    poll();
+    EXPECT_EQ(said(), status_lines{});
+    EXPECT_EQ(server.take_bytes(), "");
+    EXPECT_EQ(entry.bytes_received, 0U);
+}
+
+TEST_F(poll_cycle, leaves_out_a_server_without_a_socket_though_it_was_connected_once)
+{
+    server_entry& entry = add_server("one.example");
+    entry.connected = 1;
+    entry.last_data_time = 1;
+    poll();
+    EXPECT_EQ(said(), status_lines{});
+    EXPECT_EQ(entry.heartbeat_sent, 0);
+    EXPECT_EQ(entry.last_data_time, 1);
+}
+
+TEST_F(poll_cycle, frees_a_packet_after_dispatch_and_is_ready_for_the_next)
+{
+    server_entry& entry = add_server("one.example");
+    const server_end server = connect(entry);
+    server.send({103, "text"});
+    poll();
+    EXPECT_EQ(entry.rx_packet, nullptr);
+    EXPECT_EQ(entry.rx_received, 0U);
+    EXPECT_EQ(entry.bytes_received, 16U);
+}
+
+TEST_F(poll_cycle, notes_the_time_of_every_whole_packet_unknown_kinds_included)
+{
+    server_entry& entry = add_server("one.example");
+    const server_end server = connect(entry);
+    entry.last_data_time = 0;
+    entry.heartbeat_sent = 1;
+    const std::time_t before = std::time(nullptr);
+    server.send({199, "x"});
+    poll();
+    EXPECT_GE(entry.last_data_time, before);
+    EXPECT_LE(entry.last_data_time, std::time(nullptr));
+    EXPECT_NE(entry.socket_fd, 0);
+}
+
+TEST_F(poll_cycle, does_not_count_half_a_packet_or_one_without_payload_as_data)
+{
+    server_entry& entry = add_server("one.example");
+    const server_end server = connect(entry);
+    const std::time_t noted = entry.last_data_time = std::time(nullptr) - 30;
+    server.send({3, ""});
+    poll();
+    EXPECT_EQ(entry.rx_packet, nullptr);
+    server.send_bytes(wire_bytes({103, "in two parts"}).substr(0, 15));
+    poll();
+    EXPECT_NE(entry.rx_packet, nullptr);
+    EXPECT_EQ(entry.last_data_time, noted);
+    EXPECT_NE(entry.socket_fd, 0);
+    EXPECT_EQ(said(), status_lines{});
+    server.send_bytes(wire_bytes({103, "in two parts"}).substr(15));
+    poll();
+    EXPECT_EQ(said(), (status_lines{{"in two parts", 2}}));
+}
+
+TEST_F(poll_cycle, does_nothing_about_the_end_of_a_connection_by_itself)
+{
+    server_entry& entry = add_server("one.example");
+    server_end server = connect(entry);
+    server.close();
+    poll();
+    poll();
+    EXPECT_EQ(said(), status_lines{});
+    EXPECT_NE(entry.socket_fd, 0);
+    EXPECT_EQ(entry.rx_packet, nullptr);
+    entry.last_data_time = std::time(nullptr) - 1'000;
+    poll();
+    poll();
+    EXPECT_EQ(said().back(), closed_line);
+    EXPECT_EQ(entry.socket_fd, 0);
+}
+
+class idle : public poll_cycle
+{
+protected:
+    idle() : entry(add_server("host.example", "srv")), server(connect(entry)) {}
+
+    /// One cycle, in which the last data is exactly that many seconds old. Begins anew when the
+    /// clock's second went by meanwhile.
+    void poll_at_age(std::time_t age_s, std::uint8_t heartbeat_sent)
+    {
+        std::time_t now;
+        do {
+            if (entry.socket_fd > 0)
+                close(entry.socket_fd);
+            server = connect(entry);
+            entry.heartbeat_sent = heartbeat_sent;
+            mark();
+            now = std::time(nullptr);
+            entry.last_data_time = now - age_s;
+            poll();
+        } while (std::time(nullptr) != now);
+    }
+
+    server_entry& entry;
+    server_end server;
+    const status_line heartbeat_line = {"srv - no data since 10 minutes. Sending heartbeat", 7};
+};
+
+TEST_F(idle, is_quiet_for_ten_minutes)
+{
+    poll_at_age(600, 0);
+    EXPECT_EQ(said(), status_lines{});
+    EXPECT_EQ(server.take_packets(), wire_packets{});
+    EXPECT_EQ(entry.heartbeat_sent, 0);
+}
+
+TEST_F(idle, sends_one_heartbeat_after_ten_minutes)
+{
+    poll_at_age(601, 0);
+    EXPECT_EQ(said(), (status_lines{heartbeat_line}));
+    EXPECT_EQ(server.take_packets(), (wire_packets{heartbeat}));
+    EXPECT_EQ(entry.heartbeat_sent, 1);
+    poll();
+    poll();
+    EXPECT_EQ(said().size(), 1U);
+    EXPECT_EQ(server.take_packets(), wire_packets{});
+    EXPECT_NE(entry.socket_fd, 0);
+}
+
+TEST_F(idle, keeps_the_connection_for_fifteen_minutes)
+{
+    poll_at_age(900, 1);
+    EXPECT_EQ(said(), status_lines{});
+    EXPECT_EQ(server.take_packets(), wire_packets{});
+    EXPECT_NE(entry.socket_fd, 0);
+    EXPECT_EQ(entry.heartbeat_sent, 1);
+}
+
+TEST_F(idle, closes_after_fifteen_minutes)
+{
+    poll_at_age(901, 1);
+    EXPECT_EQ(said(), (status_lines{closed_line}));
+    EXPECT_EQ(server.take_packets(), wire_packets{});
+    EXPECT_TRUE(server.is_ended());
+    EXPECT_EQ(entry.socket_fd, 0);
+    EXPECT_EQ(entry.heartbeat_sent, 0);
+    EXPECT_EQ(marker_of(entry), ' ');
+}
+
+TEST_F(idle, sends_the_heartbeat_first_however_long_the_silence_was)
+{
+    poll_at_age(5'000, 0);
+    EXPECT_EQ(said(), (status_lines{heartbeat_line}));
+    poll();
+    EXPECT_EQ(said(), (status_lines{heartbeat_line, closed_line}));
+    EXPECT_EQ(server.take_packets(), (wire_packets{heartbeat}));
+    EXPECT_TRUE(server.is_ended());
+}
+
+TEST_F(idle, closes_a_second_silence_without_a_second_heartbeat)
+{
+    poll_at_age(601, 0);
+    server.take_bytes();
+    server.send({103, "awake"});
+    poll();
+    EXPECT_EQ(entry.heartbeat_sent, 1);
+    entry.last_data_time = std::time(nullptr) - 700;
+    poll();
+    EXPECT_EQ(server.take_packets(), wire_packets{});
+    EXPECT_NE(entry.socket_fd, 0);
+    entry.last_data_time = std::time(nullptr) - 910;
+    poll();
+    EXPECT_EQ(said(), (status_lines{heartbeat_line, {"awake", 2}, closed_line}));
+    EXPECT_EQ(server.take_packets(), wire_packets{});
+}
+
+TEST_F(idle, applies_in_the_cycle_that_brought_a_packet_too)
+{
+    // The packet's own time counts, so nothing is idle any more.
+    entry.last_data_time = 0;
+    server.send({103, "just in time"});
+    poll();
+    EXPECT_EQ(said(), (status_lines{{"just in time", 2}}));
+    EXPECT_EQ(server.take_packets(), wire_packets{});
+}
+
+TEST_F(idle, is_told_from_the_data_of_the_connection_before)
+{
+    entry.last_data_time = std::time(nullptr) - 2'000;
+    const std::time_t kept = entry.last_data_time;
+    close_by_server(entry);
+    EXPECT_EQ(entry.last_data_time, kept);
+    server = connect(entry);
+    entry.last_data_time = kept;
+    mark();
+    poll();
+    EXPECT_EQ(server.take_packets(), (wire_packets{heartbeat}));
+    poll();
+    EXPECT_EQ(said(), (status_lines{heartbeat_line, closed_line}));
+}
+
+TEST_F(idle, treats_a_server_that_never_sent_anything_as_silent_at_once)
+{
+    entry.last_data_time = 0;
+    poll();
+    EXPECT_EQ(said(), (status_lines{heartbeat_line}));
+    poll();
+    EXPECT_EQ(said(), (status_lines{heartbeat_line, closed_line}));
+}
+
+TEST_F(idle, heartbeat_stays_noted_when_the_server_closes)
+{
+    entry.heartbeat_sent = 1;
+    server.send({3, "bye"});
+    poll();
+    EXPECT_EQ(entry.socket_fd, 0);
+    EXPECT_EQ(entry.heartbeat_sent, 1);
+}
+
+} // namespace
