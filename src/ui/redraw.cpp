@@ -3,6 +3,8 @@
 
 #include "app/app_state.hpp"
 
+#include <span>
+
 namespace
 {
 
@@ -14,11 +16,20 @@ void mark_all_lines(WINDOW* window)
     wredrawln(window, 0, getmaxy(window));
 }
 
+/// Puts windows on the screen in this order; what they overlap is sent to the terminal once.
+void show_in_order(std::span<WINDOW* const> windows)
+{
+    for (WINDOW* window : windows) {
+        if (window != nullptr)
+            wnoutrefresh(window);
+    }
+    doupdate();
+}
+
 void redraw_window(WINDOW* window)
 {
     mark_all_lines(window);
-    if (window != nullptr)
-        wrefresh(window);
+    show_in_order({&window, 1});
 }
 
 } // namespace
@@ -34,10 +45,7 @@ void redraw_all()
                              app_state.key_line};
     for (WINDOW* pane : panes)
         mark_all_lines(pane);
-    for (WINDOW* pane : panes) {
-        if (pane != nullptr)
-            wrefresh(pane);
-    }
+    show_in_order(panes);
 }
 
 void help_toggle()
