@@ -2,6 +2,7 @@
 // when the tests run as root.
 #pragma once
 
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <sys/wait.h>
@@ -13,6 +14,7 @@ constexpr unsigned nobody_id = 65534;
 /// What `piece` answers in a child process; false if the child did not end by itself.
 inline bool in_child(const std::function<bool()>& piece)
 {
+    std::fflush(nullptr);
     const pid_t child = fork();
     if (child == 0)
         _exit(piece() ? EXIT_SUCCESS : EXIT_FAILURE);

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace
 {
 
@@ -21,6 +23,17 @@ TEST(xml_index, answers_like_a_look_up_by_path)
         EXPECT_STREQ(xml_index_value(index, row.path), row.value) << row.path;
         EXPECT_STREQ(xml_get(document.get(), row.path, false, false), row.value) << row.path;
     }
+}
+
+TEST(xml_index, gives_the_first_of_very_many_with_one_path)
+{
+    std::string text = "?><r>";
+    for (int number = 0; number < 1000; ++number)
+        text += "<a>" + std::to_string(number) + "</a><b>" + std::to_string(number) + "</b>";
+    const xml_document document(xml_parse(text.c_str()));
+    const xml_index index = xml_index_build(document.get());
+    EXPECT_STREQ(xml_index_value(index, "r/a"), "0");
+    EXPECT_STREQ(xml_index_value(index, "r/b"), "0");
 }
 
 TEST(xml_index, is_empty_without_elements)

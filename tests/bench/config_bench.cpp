@@ -1,0 +1,53 @@
+// config_bench.cpp - see config_bench.hpp.
+#include "bench/config_bench.hpp"
+
+#include "app/app_state.hpp"
+#include "bench/null_screen.hpp"
+#include "data/config_file.hpp"
+#include "support/config_text.hpp"
+
+#include <benchmark/benchmark.h>
+#include <string>
+
+namespace
+{
+
+constexpr std::int64_t server_counts[] = {10, 1'000, 10'000};
+
+std::string config_of(std::int64_t servers)
+{
+    client_settings settings;
+    for (std::int64_t number = 1; number <= servers; ++number) {
+        char name[64];
+        std::snprintf(name, sizeof name, "acars%05lld.example.net", static_cast<long long>(number));
+        settings.servers.push_back({.name = name,
+                                    .alias = "Station " + std::to_string(number),
+                                    .location = "Frankfurt am Main",
+                                    .info = "VHF 131.725 MHz"});
+    }
+    return config_text(settings);
+}
+
+void load_run(benchmark::State& state, const temp_home* home)
+{
+    home->write_config(config_of(state.range(0)));
+    while (state.KeepRunning()) {
+        config_load();
+        state.PauseTiming();
+        if (app_state.servers->count != state.range(0))
+            state.SkipWithError("not all servers were loaded");
+        configuration_forget();
+        state.ResumeTiming();
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+} // namespace
+
+void config_benchmarks_add(const temp_home& home)
+{
+    auto* load = benchmark::RegisterBenchmark("config_load", load_run, &home);
+    for (const std::int64_t count : server_counts)
+        load->Arg(count);
+    load->Unit(benchmark::kMicrosecond)->Complexity();
+}

@@ -1,0 +1,124 @@
+// floor_client.cpp - the least that a curses program with the client's windows can be: the floor
+// that the client's start, memory and idle work are compared with.
+//
+// Draws what the client shows after its start, each visible window once, then reads keys at the
+// client's pace until ^X. Uses no code of the client, so that it stays a floor when that changes.
+#include <clocale>
+#include <cstdio>
+#include <ncurses.h>
+#include <poll.h>
+
+namespace
+{
+
+constexpr int configured_servers = 100;
+constexpr int key_exit = 24;
+constexpr long round_ns = 40'000'000;
+constexpr int server_columns = 27;
+constexpr int bar_cells = 24;
+
+constexpr short colours[][2] = {
+    {COLOR_BLUE, COLOR_BLACK},  {COLOR_WHITE, COLOR_BLACK}, {COLOR_BLUE, COLOR_WHITE},
+    {COLOR_WHITE, COLOR_CYAN},  {COLOR_RED, COLOR_BLACK},   {COLOR_YELLOW, COLOR_BLACK},
+    {COLOR_GREEN, COLOR_BLACK}, {COLOR_BLACK, COLOR_WHITE}, {COLOR_WHITE, COLOR_BLACK},
+    {COLOR_WHITE, COLOR_BLUE},  {COLOR_CYAN, COLOR_BLACK},  {COLOR_RED, COLOR_BLUE},
+    {COLOR_BLUE, COLOR_BLACK},  {COLOR_WHITE, COLOR_BLACK}, {COLOR_MAGENTA, COLOR_BLACK},
+};
+
+void colour_set(WINDOW* window, int pair, bool bold)
+{
+    wattr_set(window, bold ? A_BOLD : A_NORMAL, static_cast<short>(pair), nullptr);
+}
+
+void curses_start()
+{
+    initscr();
+    keypad(stdscr, TRUE);
+    cbreak();
+    noecho();
+    curs_set(0);
+    start_color();
+    for (short pair = 1; pair <= 15; ++pair)
+        init_pair(pair, colours[pair - 1][0], colours[pair - 1][1]);
+}
+
+WINDOW* window_open(int rows, int columns, int row, int column, bool framed)
+{
+    WINDOW* window = newwin(rows, columns, row, column);
+    nodelay(window, TRUE);
+    colour_set(window, 1, false);
+    if (framed)
+        wborder(window, 0, 0, 0, 0, 0, 0, 0, 0);
+    return window;
+}
+
+/// Help and settings lie behind the panes: filled, never shown.
+void hidden_windows_open()
+{
+    WINDOW* help = window_open(LINES, COLS, 0, 0, false);
+    mvwaddstr(help, 0, 2, "[ ncurses tovrik client - Help ]");
+    WINDOW* settings = window_open(LINES, COLS, 0, 0, true);
+    mvwaddstr(settings, 0, 2, "[ ncurses tovrik client - Settings ]");
+}
+
+WINDOW* server_pane_draw()
+{
+    WINDOW* pane = window_open(LINES - 1, server_columns, 0, 0, true);
+    keypad(pane, TRUE);
+    colour_set(pane, 8, false);
+    mvwaddwstr(pane, 1, 1, L"  \u00BB available Servers \u00AB  ");
+    for (int server = 0; server < configured_servers && server < LINES - 4; ++server) {
+        char name[bar_cells + 1];
+        std::snprintf(name, sizeof name, "station-%03d", server + 1);
+        colour_set(pane, 7, true);
+        mvwaddch(pane, server + 2, 1, ' ');
+        colour_set(pane, 2, true);
+        wprintw(pane, "%-*s", bar_cells, name);
+    }
+    mvwchgat(pane, 2, 2, bar_cells, A_NORMAL, 8, nullptr);
+    return pane;
+}
+
+void status_pane_draw()
+{
+    WINDOW* pane = window_open(6, COLS - 26, LINES - 7, 26, true);
+    mvwaddch(pane, 0, 0, ACS_LTEE);
+    mvwaddch(pane, 5, 0, ACS_BTEE);
+    mvwaddch(pane, 0, COLS - 27, ACS_RTEE);
+    colour_set(pane, 6, true);
+    mvwaddstr(pane, 3, 1, "NCurses tovrikclient V0.02.001 - Written by the team");
+    colour_set(pane, 7, true);
+    mvwaddstr(pane, 4, 1, "Loading private serverlist './ncursesclient.conf'");
+    wrefresh(pane);
+}
+
+void key_line_draw()
+{
+    WINDOW* line = window_open(1, COLS, LINES - 1, 0, false);
+    wbkgdset(line, static_cast<chtype>(COLOR_PAIR(8)) | ' ');
+    werase(line);
+    mvwaddstr(line, 0, 0,
+              "^D Disconnect, ^E Settings, ^H Help, ^I ServerInfo, "
+              "^L Connect, ^R ServerList, ^X Exit");
+    wrefresh(line);
+}
+
+} // namespace
+
+int main()
+{
+    std::setlocale(LC_CTYPE, "");
+    curses_start();
+    hidden_windows_open();
+    WINDOW* server_pane = server_pane_draw();
+    wrefresh(window_open(LINES - 6, COLS - 28, 0, server_columns, false));
+    status_pane_draw();
+    key_line_draw();
+    wrefresh(server_pane);
+    while (wgetch(server_pane) != key_exit) {
+        const timespec pause = {0, round_ns};
+        ppoll(nullptr, 0, &pause, nullptr);
+    }
+    endwin();
+    return 0;
+}

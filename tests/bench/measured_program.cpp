@@ -1,0 +1,154 @@
+// measured_program.cpp - see measured_program.hpp.
+#include "bench/measured_program.hpp"
+
+#include "support/patience.hpp"
+#include "support/sanitizer_options.hpp"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/eventfd.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+constexpr unsigned short rows = 24;
+constexpr unsigned short columns = 80;
+constexpr int cannot_start_status = 127;
+constexpr std::string_view exit_key = "\x18";
+
+/// A screen is complete when nothing follows for this long; a program at rest writes nothing.
+constexpr std::chrono::milliseconds quiet{30};
+
+std::int64_t now_ns()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+}
+
+std::int64_t* shared_number()
+{
+    void* place = mmap(nullptr, sizeof(std::int64_t), PROT_READ | PROT_WRITE,
+                       MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return place != MAP_FAILED ? static_cast<std::int64_t*>(place) : nullptr;
+}
+
+std::vector<std::string> environment_for(const std::string& home)
+{
+    std::vector<std::string> environment{"TERM=screen-256color", "LC_ALL=C.UTF-8", "TZ=UTC",
+                                         "PATH=/usr/bin:/bin", "HOME=" + home};
+    for (const auto& [name, value] : sanitizer_environment())
+        environment.push_back(std::string{name}.append("=").append(value));
+    return environment;
+}
+
+/// The child's road from fork to the program.
+[[noreturn]] void become(const char* path, char* const* environment, const char* folder,
+                         std::int64_t* exec_ns)
+{
+    char* const command[] = {const_cast<char*>(path), nullptr};
+    if (chdir(folder) == 0) {
+        *exec_ns = now_ns();
+        execve(path, command, environment);
+    }
+    _exit(cannot_start_status);
+}
+
+} // namespace
+
+measured_program::measured_program(const std::string& path, const std::string& home)
+    : stop_fd(eventfd(0, EFD_CLOEXEC)), exec_ns(shared_number())
+{
+    std::vector<std::string> environment = environment_for(home);
+    std::vector<char*> pointers;
+    pointers.reserve(environment.size() + 1);
+    for (std::string& variable : environment)
+        pointers.push_back(variable.data());
+    pointers.push_back(nullptr);
+    const winsize size = {rows, columns, 0, 0};
+    if (exec_ns != nullptr)
+        child = forkpty(&terminal_fd, nullptr, nullptr, &size);
+    if (child == 0)
+        become(path.c_str(), pointers.data(), home.c_str(), exec_ns);
+    if (child < 0) {
+        std::perror("cannot make a terminal");
+        std::abort();
+    }
+    fcntl(terminal_fd, F_SETFD, FD_CLOEXEC);
+    drainer = std::thread([this] { drain(); });
+}
+
+measured_program::~measured_program()
+{
+    if (child > 0) {
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+    eventfd_write(stop_fd, 1);
+    drainer.join();
+    close(terminal_fd);
+    close(stop_fd);
+    munmap(exec_ns, sizeof *exec_ns);
+}
+
+void measured_program::drain()
+{
+    while (true) {
+        pollfd watched[] = {{terminal_fd, POLLIN, 0}, {stop_fd, POLLIN, 0}};
+        if (poll(watched, 2, -1) < 0 && errno == EINTR)
+            continue;
+        char bytes[16384];
+        const ssize_t length =
+            watched[1].revents == 0 ? read(terminal_fd, bytes, sizeof bytes) : -1;
+        const std::int64_t read_ns = now_ns();
+        const std::lock_guard lock{guard};
+        arrived.notify_all();
+        closed = length <= 0; // an error: nobody holds the other side any more
+        if (closed)
+            return;
+        output.append(bytes, static_cast<std::size_t>(length));
+        last_read_ns = read_ns;
+    }
+}
+
+std::optional<first_screen> measured_program::wait_for_screen(std::string_view last_text)
+{
+    std::unique_lock lock{guard};
+    const auto is_shown = [&] { return closed || output.find(last_text) != std::string::npos; };
+    if (!arrived.wait_for(lock, default_patience, is_shown) || closed)
+        return std::nullopt;
+    std::size_t seen = 0;
+    do {
+        seen = output.size();
+        arrived.wait_for(lock, quiet, [&] { return output.size() != seen; });
+    } while (output.size() != seen);
+    return first_screen{static_cast<double>(last_read_ns - *exec_ns) / 1e6, seen};
+}
+
+bool measured_program::type(std::string_view keys)
+{
+    return write(terminal_fd, keys.data(), keys.size()) == static_cast<ssize_t>(keys.size());
+}
+
+bool measured_program::leave()
+{
+    if (!type(exit_key))
+        return false;
+    std::unique_lock lock{guard};
+    if (!arrived.wait_for(lock, default_patience, [this] { return closed; }))
+        return false;
+    int status = 0;
+    const bool is_reaped = waitpid(child, &status, 0) == child;
+    child = -1;
+    return is_reaped && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}

@@ -1,0 +1,32 @@
+// null_screen.hpp - the client's whole screen on a terminal that swallows everything.
+//
+// Owns the terminal, app_state's windows and servers, and a temporary home folder that is also the
+// working folder. One at a time. Curses works as for a real terminal, up to the last write.
+#pragma once
+
+#include "data/owners.hpp"
+#include "support/temp_home.hpp"
+
+class null_screen
+{
+public:
+    /// 24 lines of 80 columns of a usual terminal type, drawn as after the program's start. Ends
+    /// the program if that is not possible.
+    null_screen();
+    ~null_screen();
+    null_screen(const null_screen&) = delete;
+    null_screen& operator=(const null_screen&) = delete;
+
+    const temp_home& home() const
+    {
+        return folder;
+    }
+
+private:
+    temp_home folder;
+    unique_file input;
+    unique_file output;
+};
+
+/// Forgets all servers and folders, as before a configuration was loaded.
+void configuration_forget();

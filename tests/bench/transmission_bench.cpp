@@ -1,0 +1,230 @@
+// transmission_bench.cpp - see transmission_bench.hpp.
+#include "bench/transmission_bench.hpp"
+
+#include "app/app_state.hpp"
+#include "bench/sample_traffic.hpp"
+#include "data/text.hpp"
+#include "data/xml.hpp"
+#include "net/log_files.hpp"
+#include "net/packet_input.hpp"
+#include "net/poll.hpp"
+#include "net/transmission.hpp"
+#include "ui/pane.hpp"
+#include "ui/popup.hpp"
+
+#include <benchmark/benchmark.h>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <unistd.h>
+#include <utility>
+
+namespace
+{
+
+/// Logs grow by a screenful a round; cut now and then so that a long run fills no disk.
+constexpr int rounds_between_cuts = 10'000;
+constexpr const char* log_name = "bench.log";
+constexpr const char* station = "station";
+
+constexpr const char* looked_up_paths[] = {
+    "tovrik/ACARS/ACARSMode",
+    "tovrik/ACARS/AircraftReg",
+    "tovrik/Extended/Aircraft",
+    "tovrik/ACARS/MessageLabel",
+    "tovrik/ACARS/BlockID",
+    "tovrik/ACARS/MessageNumber",
+    "tovrik/ACARS/FlightNumber",
+    "tovrik/FlightRouting/From",
+    "tovrik/FlightRouting/To",
+    "tovrik/Extended/Operator",
+    "tovrik/ACARS/Authorized/MessageContent",
+    "tovrik/ACARS/MessageDate/Day",
+    "tovrik/ACARS/MessageDate/Month",
+    "tovrik/ACARS/MessageDate/Year",
+    "tovrik/ACARS/MessageDate/Hour",
+    "tovrik/ACARS/MessageDate/Minute",
+};
+
+/// A template that names what the client's own one does.
+std::string sample_template()
+{
+    std::string text;
+    for (const char* path : looked_up_paths)
+        text.append("\nValue: %").append(path).append("%");
+    return text;
+}
+
+/// What a user who only logs has switched on, and one who wants to see everything.
+constexpr std::uint32_t log_only = ACARSLog;
+constexpr std::uint32_t everything = ACARSLog | ContactInfo | FlightStats;
+
+/// A connected server with a log of its own, and the settings of its user.
+class logging_server
+{
+public:
+    explicit logging_server(std::uint32_t settings) : alias(strdup(station))
+    {
+        server.ServerName = alias.get();
+        server.list_row = 1;
+        server.log_file = std::fopen(log_name, "at");
+        app_state.setting_flags = settings;
+    }
+    ~logging_server()
+    {
+        close_log_file(server);
+        popup_close();
+        app_state.setting_flags = 0;
+        std::remove(log_name);
+    }
+    logging_server(const logging_server&) = delete;
+    logging_server& operator=(const logging_server&) = delete;
+
+    bool is_logging() const
+    {
+        return server.log_file != nullptr;
+    }
+    server_entry& entry()
+    {
+        return server;
+    }
+    /// To be called once a round. False if the log could not be cut.
+    bool count_round()
+    {
+        rounds = (rounds + 1) % rounds_between_cuts;
+        return rounds != 0 || ftruncate(fileno(server.log_file), 0) == 0;
+    }
+
+private:
+    heap_text alias;
+    server_entry server = {};
+    int rounds = 0;
+};
+
+void road_run(benchmark::State& state, const packet_buffer& packet, std::uint32_t settings)
+{
+    logging_server server{settings};
+    if (!server.is_logging())
+        return state.SkipWithError("the log cannot be opened");
+    while (state.KeepRunning()) {
+        packet_dispatch(server.entry(), packet);
+        if (!server.count_round())
+            return state.SkipWithError("the log cannot be cut");
+    }
+    if (std::ftell(server.entry().log_file) <= 0)
+        state.SkipWithError("nothing was logged");
+}
+
+void road_log_only_run(benchmark::State& state, const packet_buffer& packet)
+{
+    road_run(state, packet, log_only);
+}
+
+/// Each round closes the statistics window that the one before it has opened.
+void road_everything_run(benchmark::State& state, const packet_buffer& packet)
+{
+    road_run(state, packet, everything);
+}
+
+void inflate_run(benchmark::State& state, const packet_buffer& packet)
+{
+    const packet_header header = packet_header_read(packet.header);
+    while (state.KeepRunning())
+        benchmark::DoNotOptimize(
+            decompress_packet(packet.payload, header.extra, packet_payload_length(header)));
+}
+
+void parse_run(benchmark::State& state, const std::string& document)
+{
+    while (state.KeepRunning()) {
+        const xml_document parsed{xml_parse(document.c_str())};
+        benchmark::DoNotOptimize(parsed.get());
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document.size()));
+}
+
+/// Reading and answering: what any other reader would be asked for.
+void parse_and_look_up_run(benchmark::State& state, const std::string& document)
+{
+    while (state.KeepRunning()) {
+        const xml_document parsed{xml_parse(document.c_str())};
+        for (const char* path : looked_up_paths) {
+            const heap_text value{xml_get(parsed.get(), path, false, true)};
+            benchmark::DoNotOptimize(value.get());
+        }
+    }
+}
+
+void template_run(benchmark::State& state, const std::string& document)
+{
+    const xml_document parsed{xml_parse(document.c_str())};
+    const std::string text = sample_template();
+    while (state.KeepRunning()) {
+        const heap_text filled{fill_template(str_dup(text.c_str()), parsed.get())};
+        benchmark::DoNotOptimize(filled.get());
+    }
+}
+
+/// What a filled template of this document looks like.
+std::string filled_text(const std::string& document)
+{
+    const xml_document parsed{xml_parse(document.c_str())};
+    const heap_text filled{fill_template(str_dup(sample_template().c_str()), parsed.get())};
+    return filled ? filled.get() : "";
+}
+
+void log_run(benchmark::State& state, const std::string& document)
+{
+    logging_server server{log_only};
+    if (!server.is_logging())
+        return state.SkipWithError("the log cannot be opened");
+    const std::string text = filled_text(document);
+    while (state.KeepRunning()) {
+        log_transmission(server.entry(), text.c_str());
+        if (!server.count_round())
+            return state.SkipWithError("the log cannot be cut");
+    }
+}
+
+void screen_run(benchmark::State& state, const std::string& document)
+{
+    const std::string text = filled_text(document);
+    while (state.KeepRunning())
+        pane_printf(app_state.message_pane, 2, 1, LINES - 9, false, true, "%s", text.c_str());
+}
+
+void add(const std::string& name, void (*run)(benchmark::State&, const std::string&),
+         const std::string& document)
+{
+    benchmark::RegisterBenchmark(name.c_str(), run, document)->Unit(benchmark::kMicrosecond);
+}
+
+void add(const std::string& name, void (*run)(benchmark::State&, const packet_buffer&),
+         const packet_buffer& packet)
+{
+    benchmark::RegisterBenchmark(name.c_str(), run, packet)->Unit(benchmark::kMicrosecond);
+}
+
+} // namespace
+
+void transmission_benchmarks_add()
+{
+    const std::pair<const char*, std::string> documents[] = {{"1kB", short_document()},
+                                                             {"3kB", long_document()}};
+    for (const auto& [size, document] : documents) {
+        const std::string road = transmission_road_name;
+        add(road + "plain/" + size, road_log_only_run, plain_packet(document));
+        add(road + "compressed/" + size, road_log_only_run, compressed_packet(document));
+        add(road + "with_statistics/" + size, road_everything_run, compressed_packet(document));
+    }
+    for (const auto& [size, document] : documents) {
+        const std::string suffix = size;
+        add("step/inflate/" + suffix, inflate_run, compressed_packet(document));
+        add("step/xml_parse/" + suffix, parse_run, document);
+        add("step/xml_parse_and_look_up/" + suffix, parse_and_look_up_run, document);
+        add("step/fill_template/" + suffix, template_run, document);
+        add("step/log/" + suffix, log_run, document);
+        add("step/screen/" + suffix, screen_run, document);
+    }
+}
