@@ -1,0 +1,205 @@
+// pty_process.cpp - a program running with a pseudo-terminal as its input and output.
+#include "support/pty_process.hpp"
+
+#include "support/patience.hpp"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/eventfd.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+#include <utmp.h>
+
+namespace
+{
+
+constexpr int cannot_start_status = 127;
+constexpr int longest_write_wait_ms = 20'000;
+
+std::vector<char*> pointers_to(const std::vector<std::string>& texts)
+{
+    std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (const std::string& text : texts)
+        pointers.push_back(const_cast<char*>(text.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+/// Ends this process with one line saying what failed; only calls a forked child may make.
+[[noreturn]] void give_up(const char* what)
+{
+    static_cast<void>(!::write(STDERR_FILENO, what, __builtin_strlen(what)));
+    _exit(cannot_start_status);
+}
+
+/// The child's road from fork to the program: none of the test's descriptors, signals as at login.
+[[noreturn]] void become(char* const* command, char* const* environment, const char* folder,
+                         int error_fd)
+{
+    for (int number = 1; number < NSIG; ++number)
+        std::signal(number, SIG_DFL);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    dup2(error_fd, STDERR_FILENO);
+    close_range(STDERR_FILENO + 1, ~0U, 0);
+    if (*folder != '\0' && chdir(folder) != 0)
+        give_up("cannot enter the working folder\n");
+    execvpe(command[0], command, environment);
+    give_up("cannot start the program\n");
+}
+
+} // namespace
+
+pty_process::pty_process(const program_start& start)
+{
+    const std::vector<char*> command = pointers_to(start.command);
+    const std::vector<char*> environment = pointers_to(start.environment);
+    winsize size{};
+    size.ws_row = static_cast<unsigned short>(start.rows);
+    size.ws_col = static_cast<unsigned short>(start.columns);
+    error_fd = memfd_create("standard error", MFD_CLOEXEC);
+    stop_fd = eventfd(0, EFD_CLOEXEC);
+    int program_fd = -1;
+    if (openpty(&terminal_fd, &program_fd, nullptr, nullptr, &size) == 0) {
+        tcgetattr(program_fd, &found_settings);
+        child = fork();
+    }
+    if (child < 0) {
+        std::perror("cannot start a program in a terminal");
+        std::abort();
+    }
+    if (child == 0) {
+        login_tty(program_fd);
+        become(command.data(), environment.data(), start.folder.c_str(), error_fd);
+    }
+    close(program_fd);
+    fcntl(terminal_fd, F_SETFD, FD_CLOEXEC);
+    fcntl(terminal_fd, F_SETFL, fcntl(terminal_fd, F_GETFL) | O_NONBLOCK);
+    drainer = std::thread([this] { drain(); });
+}
+
+pty_process::~pty_process()
+{
+    // The group holds the program's own children too; it may outlive its leader.
+    kill(-child, SIGKILL);
+    if (!ended_with)
+        waitpid(child, nullptr, 0);
+    eventfd_write(stop_fd, 1);
+    drainer.join();
+    close(terminal_fd);
+    close(stop_fd);
+    close(error_fd);
+}
+
+void pty_process::drain()
+{
+    for (;;) {
+        pollfd watched[] = {{terminal_fd, POLLIN, 0}, {stop_fd, POLLIN, 0}};
+        if (poll(watched, 2, -1) < 0 && errno != EINTR)
+            break;
+        if (watched[1].revents != 0)
+            break;
+        char bytes[16384];
+        const ssize_t length = ::read(terminal_fd, bytes, sizeof bytes);
+        if (length < 0 && (errno == EAGAIN || errno == EINTR))
+            continue;
+        if (length <= 0)
+            break; // EIO: nobody holds the other side any more
+        const std::lock_guard lock{guard};
+        pending.append(bytes, static_cast<std::size_t>(length));
+        arrived.notify_all();
+    }
+    const std::lock_guard lock{guard};
+    closed = true;
+    arrived.notify_all();
+}
+
+bool pty_process::write(std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        pollfd watched{terminal_fd, POLLOUT, 0};
+        if (poll(&watched, 1, longest_write_wait_ms * patience_factor()) <= 0)
+            return false;
+        const ssize_t length = ::write(terminal_fd, bytes.data(), bytes.size());
+        if (length < 0 && (errno == EAGAIN || errno == EINTR))
+            continue;
+        if (length <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(length));
+    }
+    return true;
+}
+
+bool pty_process::write_after_program(std::string_view mark)
+{
+    if (output_ended())
+        return false;
+    const int program_fd = ioctl(terminal_fd, TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (program_fd < 0)
+        return false;
+    const ssize_t written = ::write(program_fd, mark.data(), mark.size());
+    close(program_fd);
+    return written == static_cast<ssize_t>(mark.size());
+}
+
+std::string pty_process::take_output(std::chrono::milliseconds limit)
+{
+    std::unique_lock lock{guard};
+    arrived.wait_for(lock, limit, [this] { return closed || !pending.empty(); });
+    return std::exchange(pending, {});
+}
+
+bool pty_process::output_ended()
+{
+    const std::lock_guard lock{guard};
+    return closed && pending.empty();
+}
+
+void pty_process::set_size(int rows, int columns)
+{
+    winsize size{};
+    size.ws_row = static_cast<unsigned short>(rows);
+    size.ws_col = static_cast<unsigned short>(columns);
+    ioctl(terminal_fd, TIOCSWINSZ, &size);
+}
+
+std::optional<int> pty_process::wait_status()
+{
+    int status = 0;
+    if (!ended_with && waitpid(child, &status, WNOHANG) == child)
+        ended_with = status;
+    return ended_with;
+}
+
+void pty_process::send_signal(int number)
+{
+    if (!ended_with)
+        kill(child, number);
+}
+
+termios pty_process::line_settings() const
+{
+    termios settings{};
+    tcgetattr(terminal_fd, &settings);
+    return settings;
+}
+
+std::string pty_process::error_text() const
+{
+    std::string text;
+    char bytes[4096];
+    ssize_t length = 0;
+    while ((length = pread(error_fd, bytes, sizeof bytes, static_cast<off_t>(text.size()))) > 0)
+        text.append(bytes, static_cast<std::size_t>(length));
+    return text;
+}

@@ -1,0 +1,107 @@
+// terminal_session.hpp - a program as a person at a terminal has it: keys go in, a screen comes
+// out.
+//
+// Owns the program (pty_process) and its terminal (terminal_screen). Every wait takes in what the
+// program writes until a condition holds; nothing is ever asked after a fixed time. A sanitizer's
+// report on the program's standard error fails the running test when the session ends.
+#pragma once
+
+#include "support/patience.hpp"
+#include "support/pty_process.hpp"
+#include "support/terminal_screen.hpp"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// How a terminal tells that ALT was held down with a letter.
+enum class meta_form { escape_first, high_bit, utf8 };
+
+struct terminal_options {
+    std::vector<std::string> command{};
+    int rows = 24;
+    int columns = 80;
+    std::string home{};   // HOME; empty: not set
+    std::string folder{}; // working folder; empty: the test's own
+    bool utf8 = true;     // false: an 8-bit terminal
+
+    /// Added to, or in place of: TERM=screen-256color, LC_ALL=C.UTF-8, TZ=UTC, PATH and the
+    /// sanitizers' options. Nothing else of the test's environment reaches the program.
+    std::map<std::string, std::string> environment{};
+    std::set<std::string> unset{}; // names of the above that are taken away again
+};
+
+class terminal_session
+{
+public:
+    explicit terminal_session(const terminal_options& options);
+    /// Kills the program if it still runs; fails the test if a sanitizer reported something.
+    ~terminal_session();
+    terminal_session(const terminal_session&) = delete;
+    terminal_session& operator=(const terminal_session&) = delete;
+
+    /// Types bytes as they are.
+    void send(std::string_view bytes);
+    void send_key(named_key key);
+    /// CTRL and a letter, 'a' to 'z' or 'A' to 'Z'.
+    void send_control(char letter);
+    /// ALT and a letter.
+    void send_meta(char letter, meta_form form = meta_form::escape_first);
+
+    /// Changes the terminal's size; the program is told by SIGWINCH.
+    void resize(int rows, int columns);
+
+    /// What is on the screen after all output so far was taken in.
+    const terminal_screen& screen();
+    /// Row `number`, 0-based, in its full width.
+    std::string row(int number);
+    screen_cell cell(int row, int column);
+    /// Bells rung so far.
+    int bells();
+
+    /// Takes in all that the program has written until now, writes that it has begun included.
+    void take_in_everything();
+    /// Takes output in until `holds` is true, and still is with everything taken in: what a
+    /// program writes at once is never judged by its beginning. On failure the result carries
+    /// `what` and the screen.
+    [[nodiscard]] testing::AssertionResult
+    wait_until(const std::function<bool()>& holds, std::string_view what,
+               std::chrono::milliseconds limit = default_patience);
+    /// Waits until some row holds `text`.
+    [[nodiscard]] testing::AssertionResult
+    wait_for_text(std::string_view text, std::chrono::milliseconds limit = default_patience);
+    /// Waits until no row holds `text`.
+    [[nodiscard]] testing::AssertionResult
+    wait_for_no_text(std::string_view text, std::chrono::milliseconds limit = default_patience);
+    /// Waits for the program's end and all its output. The wait status, as for WIFEXITED, or none.
+    [[nodiscard]] std::optional<int>
+    wait_for_exit(std::chrono::milliseconds limit = default_patience);
+
+    /// Some row holds `text` now.
+    bool shows(std::string_view text);
+    /// Every byte the program wrote to the terminal since the start or forget_raw_output.
+    const std::string& raw_output();
+    void forget_raw_output();
+    /// The program's standard error so far.
+    std::string error_text() const;
+    termios line_settings() const;
+    /// The line settings that the program found.
+    const termios& initial_line_settings() const;
+    void send_signal(int number);
+    pid_t process_id() const;
+    /// The screen with its row numbers and the standard error, for the eyes of a person.
+    std::string description();
+
+private:
+    void take_in(std::chrono::milliseconds limit);
+    void show(const std::string& output);
+
+    terminal_screen display;
+    pty_process program;
+    std::string raw;
+};

@@ -1,0 +1,59 @@
+// test_clock.cpp - the test's hand on the clock of a program that runs under it.
+#include "support/test_clock.hpp"
+
+#include "support/test_clock_layout.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <sys/mman.h>
+#include <unistd.h>
+
+test_clock::test_clock(int alarm_ms_per_second)
+{
+    path = std::filesystem::temp_directory_path() / "ncursesclient-clock-XXXXXX";
+    const int fd = mkstemp(path.data());
+    void* mapped = MAP_FAILED;
+    if (fd >= 0 && ftruncate(fd, sizeof(test_clock_layout)) == 0)
+        mapped = mmap(nullptr, sizeof(test_clock_layout), PROT_READ | PROT_WRITE, MAP_SHARED, fd,
+                      0); // zeroes: no offset, no alarm yet
+    if (mapped == MAP_FAILED) {
+        std::perror("cannot make a clock");
+        std::abort();
+    }
+    close(fd);
+    shared = static_cast<test_clock_layout*>(mapped);
+    set_alarm_pace(alarm_ms_per_second);
+}
+
+test_clock::~test_clock()
+{
+    munmap(shared, sizeof(test_clock_layout));
+    unlink(path.c_str());
+}
+
+std::map<std::string, std::string> test_clock::environment() const
+{
+    return {{"LD_PRELOAD", CLOCK_PRELOAD}, {clock_file_variable, path}};
+}
+
+void test_clock::set(std::int64_t seconds)
+{
+    shared->offset_ms.store((seconds - std::time(nullptr)) * 1000);
+}
+
+void test_clock::jump(std::int64_t seconds)
+{
+    shared->offset_ms.fetch_add(seconds * 1000);
+}
+
+void test_clock::set_alarm_pace(int alarm_ms_per_second)
+{
+    shared->alarm_ms_per_second.store(alarm_ms_per_second);
+}
+
+std::int64_t test_clock::alarms_set() const
+{
+    return shared->alarms.load();
+}
