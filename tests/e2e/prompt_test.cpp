@@ -1,0 +1,193 @@
+// prompt_test.cpp - the one box in which text is asked for, as a password demand opens it.
+#include "e2e/client_session.hpp"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+constexpr int box_row = 8; // of a screen with 24 rows and 80 columns
+constexpr int box_column = 20;
+constexpr int box_width = 42;
+constexpr const char* need_password =
+    "<?xml version=\"1.0\"?><tovrik><NeedAuth>1</NeedAuth></tovrik>";
+constexpr const char* md5_of_abc = "900150983cd24fb0d6963f7d28e17f72";
+
+/// A client whose server has just asked for a password.
+class prompt : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(client.start(knowing(server)));
+        connection = client.connect_selected(server);
+        ASSERT_TRUE(connection);
+        ASSERT_TRUE(ask());
+    }
+
+    testing::AssertionResult ask()
+    {
+        if (!connection->send(41, need_password))
+            return testing::AssertionFailure() << "nobody takes the demand";
+        return client.terminal().wait_for_text("_");
+    }
+
+    testing::AssertionResult line_is(const std::string& text)
+    {
+        return client.terminal().wait_until([&] { return edit_line().starts_with(text); },
+                                            "\"" + text + "\" in the box");
+    }
+
+    std::string edit_line()
+    {
+        return client.terminal().screen().text(box_row + 1, box_column + 2, box_width - 3);
+    }
+
+    testing::AssertionResult box_closes()
+    {
+        return client.terminal().wait_for_no_text("Password required");
+    }
+
+    scripted_server server;
+    client_session client;
+    std::optional<server_connection> connection;
+};
+
+TEST_F(prompt, is_drawn_in_the_middle_to_the_letter)
+{
+    const terminal_screen& screen = client.terminal().screen();
+    std::string top = "┌─[ Password required ]";
+    for (int column = 23; column < box_width - 1; ++column)
+        top += "─";
+    EXPECT_EQ(screen.text(box_row, box_column, box_width), top + "┐");
+    EXPECT_EQ(screen.text(box_row + 1, box_column, box_width),
+              "│ _" + std::string(box_width - 4, ' ') + "│");
+    std::string bottom = "└";
+    for (int column = 1; column < 17; ++column)
+        bottom += "─";
+    EXPECT_EQ(screen.text(box_row + 2, box_column, box_width),
+              bottom + "[ RET=OK - ESC=CANCEL ]─┘");
+    EXPECT_EQ(screen.cell(box_row, box_column), pair_cell(pairs::frame, false, "┌"));
+    EXPECT_EQ(screen.cell(box_row, box_column + 2), pair_cell(pairs::frame, true, "["));
+    EXPECT_EQ(screen.cell(box_row + 2, box_column + 17), pair_cell(pairs::frame, true, "["));
+    EXPECT_EQ(screen.cell(box_row + 1, box_column + 2), pair_cell(pairs::success, true, "_"));
+    EXPECT_TRUE(
+        client.wait_for_status("Password needed for this Server", pairs::secondary, std::nullopt));
+}
+
+TEST_F(prompt, enter_gives_the_text_and_the_panes_come_back)
+{
+    client.terminal().send("abc");
+    ASSERT_TRUE(line_is("abc_"));
+    EXPECT_EQ(client.terminal().cell(box_row + 1, box_column + 2),
+              pair_cell(pairs::success, true, "a"));
+    client.terminal().send_key(named_key::enter);
+    EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 81, .payload = md5_of_abc}));
+    ASSERT_TRUE(box_closes());
+    ASSERT_TRUE(client.wait_for_keys());
+    for (const std::string& line : client.message_lines())
+        EXPECT_EQ(line, "");
+}
+
+TEST_F(prompt, escape_and_an_empty_line_give_nothing)
+{
+    client.terminal().send("abc");
+    ASSERT_TRUE(line_is("abc_"));
+    client.terminal().send_key(named_key::escape);
+    ASSERT_TRUE(box_closes());
+    ASSERT_TRUE(ask());
+    client.terminal().send_key(named_key::enter);
+    ASSERT_TRUE(box_closes());
+    ASSERT_TRUE(client.wait_for_polls());
+    EXPECT_FALSE(connection->has_unread_bytes());
+}
+
+TEST_F(prompt, ten_seconds_without_a_key_close_it)
+{
+    client.terminal().send("abc");
+    ASSERT_TRUE(line_is("abc_"));
+    client.clock().jump(11);
+    ASSERT_TRUE(box_closes());
+    ASSERT_TRUE(client.wait_for_polls());
+    EXPECT_FALSE(connection->has_unread_bytes());
+}
+
+TEST_F(prompt, every_key_renews_the_time)
+{
+    for (const char* typed : {"a", "b", "c"}) {
+        client.clock().jump(8);
+        client.terminal().send(typed);
+        ASSERT_TRUE(client.terminal().wait_until(
+            [&] { return edit_line().find(typed) != std::string::npos; }, typed));
+    }
+    client.clock().jump(8);
+    client.terminal().send_key(named_key::backspace);
+    ASSERT_TRUE(line_is("ab_"));
+    client.clock().jump(8);
+    client.terminal().send("c\r");
+    EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 81, .payload = md5_of_abc}));
+}
+
+TEST_F(prompt, holds_39_characters_and_no_more)
+{
+    client.terminal().send(std::string(39, 'x'));
+    ASSERT_TRUE(line_is(std::string(39, 'x')));
+    client.terminal().send("yz");
+    client.terminal().send_key(named_key::backspace);
+    client.terminal().send_key(named_key::backspace);
+    ASSERT_TRUE(line_is(std::string(37, 'x') + "_"));
+    client.terminal().send("yzw");
+    ASSERT_TRUE(line_is(std::string(37, 'x') + "yz"));
+    EXPECT_FALSE(client.terminal().shows("xyzw"));
+}
+
+TEST_F(prompt, backspace_takes_back_the_last_character_down_to_the_first)
+{
+    client.terminal().send("zz");
+    ASSERT_TRUE(line_is("zz_"));
+    for (int times = 0; times < 4; ++times)
+        client.terminal().send_key(named_key::backspace);
+    ASSERT_TRUE(line_is("_  "));
+    client.terminal().send("abc");
+    ASSERT_TRUE(line_is("abc_"));
+    client.terminal().send_key(named_key::enter);
+    EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 81, .payload = md5_of_abc}));
+}
+
+TEST_F(prompt, command_keys_are_text_here)
+{
+    client.terminal().send_control('h');
+    client.terminal().send_control('d');
+    client.terminal().send_control('x');
+    client.terminal().send_key(named_key::down);
+    client.terminal().send("end");
+    ASSERT_TRUE(client.terminal().wait_until([&] { return edit_line().find("end_") == 4; },
+                                             "four characters before the end"));
+    EXPECT_FALSE(client.terminal().shows("To exit press"));
+    client.terminal().send_key(named_key::escape);
+    ASSERT_TRUE(box_closes());
+    EXPECT_EQ(client.marker(1).text, "*");
+}
+
+TEST_F(prompt, survives_resizes_and_still_answers)
+{
+    client.terminal().send("ab");
+    ASSERT_TRUE(line_is("ab_"));
+    for (const auto& [rows, columns] : {std::pair{30, 100}, {5, 10}, {1, 1}, {24, 80}, {40, 120}})
+        client.terminal().resize(rows, columns);
+    client.terminal().send("c\r");
+    EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 81, .payload = md5_of_abc}));
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return client.terminal().cell(38, 119).text == "┘" && client.bar_row() == 1; },
+        "the panes at their new size"));
+}
+
+TEST_F(prompt, leaves_with_exit_afterwards)
+{
+    client.terminal().send_key(named_key::escape);
+    ASSERT_TRUE(box_closes());
+    client.quit();
+    EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
+}
+
+} // namespace
