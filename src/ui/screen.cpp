@@ -186,6 +186,8 @@ void on_resize(int)
     windows_close();
     standard_screen_blank();
     endwin();
+    // At once, or keys typed meanwhile would be echoed, and a ^D taken for the end of the input.
+    reset_prog_mode();
     const winsize size = size_now();
     resize_term(size.ws_row, size.ws_col);
     app_state.screen = stdscr;

@@ -9,6 +9,7 @@
 
 #include <arpa/inet.h>
 #include <csignal>
+#include <netdb.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -131,14 +132,22 @@ TEST_F(connection, that_fails_is_reported_and_cleared)
     EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST_F(connection, whose_child_is_killed_has_failed)
+TEST_F(connection, whose_child_is_ended_by_a_signal_has_failed)
 {
     server_entry& entry = local_server("srv");
-    command_connect(entry);
-    kill(entry.connect_pid, SIGKILL);
-    EXPECT_TRUE(wait_until([&] { return entry.connect_pid == 0; }));
-    EXPECT_EQ(said().back(), (status_line{"Unable to connect to " + place("srv", home.port()), 5}));
-    EXPECT_EQ(entry.socket_fd, 0);
+    for (const int signal_number : {SIGKILL, SIGTERM}) {
+        // On a busy machine a child may be through before the signal is sent.
+        for (int attempt = 0; attempt < 10; ++attempt) {
+            command_connect(entry);
+            kill(entry.connect_pid, signal_number);
+            ASSERT_TRUE(wait_until([&] { return entry.connect_pid == 0; }));
+            if (entry.socket_fd == 0)
+                break;
+            disconnect_selected_server();
+        }
+        EXPECT_EQ(said().back(),
+                  (status_line{"Unable to connect to " + place("srv", home.port()), 5}));
+    }
 }
 
 TEST_F(connection, whose_child_cannot_be_started_has_failed)
@@ -180,6 +189,10 @@ TEST_F(connection, without_a_port_goes_to_2202)
 
 TEST_F(connection, finds_a_host_by_its_name)
 {
+    addrinfo* answer = nullptr;
+    if (getaddrinfo("localhost", nullptr, nullptr, &answer) != 0)
+        GTEST_SKIP() << "this machine does not know its own name";
+    freeaddrinfo(answer);
     server_entry& entry = add_server("localhost", nullptr, home.port());
     command_connect(entry);
     EXPECT_TRUE(wait_until([&] { return entry.connected == 1; }));

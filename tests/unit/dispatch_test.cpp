@@ -160,7 +160,6 @@ TEST_F(dispatch, ticks_change_nothing_behind_the_settings_page)
     receive({5, "x"});
     app_state.settings_shown = 1;
     receive({5, "x"});
-    receive({5, "x"});
     EXPECT_EQ(marker_of(entry), '-');
     app_state.settings_shown = 0;
     receive({5, "x"});
