@@ -8,13 +8,25 @@
 #include "data/settings_table.hpp"
 #include "net/limits.hpp"
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <ncurses.h>
+#include <pthread.h>
 #include <termios.h>
 
 /// The client's version, as it is shown and as servers are told.
 constexpr const char* client_version = "0.02.001";
+
+/// What the thread that fetches the server list shares with the rest of the program.
+struct server_list_fetch {
+    pthread_t thread = {};                             // the last one started; detached
+    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER; // held by the thread for its whole run
+    std::atomic<int> running = 0;       // threads started and not ended; raised before the start
+    std::atomic<unsigned> progress = 0; // steps made; stands still while the directory is silent
+    int socket = -1;                    // to the directory; under the state lock
+    bool is_given_up = false;           // the thread must not touch shared state any more; likewise
+};
 
 struct application_state {
     WINDOW* screen = nullptr;       // the standard screen
@@ -34,6 +46,8 @@ struct application_state {
     std::uint32_t setting_flags = 0; // setting_flag bits
     std::FILE* shared_log = nullptr; // the one log of SaveToOne; null: not open
     char** setting_texts = nullptr;  // setting_text_count owned texts; null text: not set
+
+    server_list_fetch fetch;
 
     int checkbox_rows[checkbox_setting_count]; // row on the settings page, -1: not drawn
     int text_rows[setting_text_count];

@@ -6,7 +6,15 @@
 
 #include "app/app_state.hpp"
 #include "app/pause.hpp"
+#include "data/settings_page.hpp"
+#include "data/settings_toggle.hpp"
 #include "net/connection.hpp"
+#include "net/server_list_fetch.hpp"
+#include "services/database_update.hpp"
+#include "services/mailing.hpp"
+#include "services/pager.hpp"
+#include "services/report.hpp"
+#include "services/server_info.hpp"
 #include "ui/keys.hpp"
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
@@ -53,35 +61,42 @@ void help_command()
     help_toggle();
 }
 
+void fetch_command()
+{
+    popup_close();
+    start_server_list_fetch();
+}
+
 /// What a command asks of the selected server before it runs; what is missing is met with silence.
 enum class command_need : std::uint8_t { nothing, selection, connection };
 
 struct key_command {
     int key;
     command_need need;
-    std::uint8_t server_entry::*capability; // null: none asked for
-    const char* refusal;                    // for a server without it; its name is put in
-    void (*action)();                       // null: nothing behind the key
+    void (*action)();
+    std::uint8_t server_entry::*capability = nullptr; // null: none asked for
+    const char* refusal = nullptr;                    // for a server without it; its name is put in
+    void (*dialog)(server_entry& server) = nullptr;   // in place of an action
 };
 
 constexpr key_command key_commands[] = {
-    {control('A'), command_need::connection, &server_entry::can_modify,
-     "Database updates are not allowed on %s", nullptr},
-    {control('D'), command_need::selection, nullptr, nullptr, disconnect_selected_server},
-    {control('E'), command_need::nothing, nullptr, nullptr, popup_close},
-    {control('H'), command_need::nothing, nullptr, nullptr, help_command},
-    {control('I'), command_need::nothing, nullptr, nullptr, nullptr},
+    {control('A'), command_need::connection, nullptr, &server_entry::can_modify,
+     "Database updates are not allowed on %s", add_entries_dialog},
+    {control('D'), command_need::selection, disconnect_selected_server},
+    {control('E'), command_need::nothing, settings_toggle},
+    {control('H'), command_need::nothing, help_command},
+    {control('I'), command_need::nothing, server_info_toggle},
     // Mailings go by the permission for updates; servers grant the two together.
-    {key_enter, command_need::connection, &server_entry::can_modify,
-     "Daily mailings are not supported on %s", nullptr},
-    {control('L'), command_need::nothing, nullptr, nullptr, connect_selected_server},
-    {control('O'), command_need::connection, &server_entry::can_report,
-     "Reports are not supported on %s", nullptr},
-    {control('P'), command_need::connection, &server_entry::can_page,
-     "Pagerlists are not supported on %s", nullptr},
-    {control('R'), command_need::nothing, nullptr, nullptr, popup_close},
-    {KEY_DOWN, command_need::nothing, nullptr, nullptr, selection_down},
-    {KEY_UP, command_need::nothing, nullptr, nullptr, selection_up},
+    {key_enter, command_need::connection, nullptr, &server_entry::can_modify,
+     "Daily mailings are not supported on %s", mailing_dialog},
+    {control('L'), command_need::nothing, connect_selected_server},
+    {control('O'), command_need::connection, nullptr, &server_entry::can_report,
+     "Reports are not supported on %s", report_request},
+    {control('P'), command_need::connection, nullptr, &server_entry::can_page,
+     "Pagerlists are not supported on %s", pager_dialog},
+    {control('R'), command_need::nothing, fetch_command},
+    {KEY_DOWN, command_need::nothing, selection_down},
+    {KEY_UP, command_need::nothing, selection_up},
 };
 
 bool is_met(command_need need, const server_entry* server)
@@ -99,23 +114,25 @@ bool is_met(command_need need, const server_entry* server)
 
 void command_run(const key_command& command)
 {
-    const server_entry* server = selected_server();
+    server_entry* server = selected_server();
     if (!is_met(command.need, server))
         return;
-    if (command.capability != nullptr && server->*command.capability == 0) {
-        beep();
-        status_report(5, command.refusal, server_display_name(*server));
-        return;
-    }
     if (command.action != nullptr)
-        command.action();
+        return command.action();
+    if (server->*command.capability != 0)
+        return command.dialog(*server);
+    beep();
+    status_report(5, command.refusal, server_display_name(*server));
 }
 
+/// Every key that is no command may be a hot key of the settings.
 void key_dispatch(int key)
 {
     const auto* command = std::ranges::find(key_commands, key, &key_command::key);
     if (command != std::end(key_commands))
         command_run(*command);
+    else
+        settings_key(key);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include "net/connection.hpp"
 #include "net/log_files.hpp"
 #include "net/poll.hpp"
+#include "net/server_list_fetch.hpp"
 #include "ui/popup.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
@@ -81,6 +82,8 @@ bool app_start()
     signal_install(SIGWINCH, on_resize);
     config_load();
     server_list_draw();
+    if (is_setting_on(FetchOnStart))
+        start_server_list_fetch();
     signal_install(SIGALRM, poll_servers);
     alarm(first_poll_s);
     return true;
@@ -95,6 +98,7 @@ void app_shutdown()
         close_shared_log();
     app_state.shared_log = nullptr;
     screen_end();
+    server_list_fetch_finish();
     connections_leave();
     if (is_setting_on(SaveOnExit))
         config_save();

@@ -6,10 +6,14 @@
 #include "data/text.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/pane.hpp"
+#include "ui/popup.hpp"
+#include "ui/prompt.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
+#include <sys/stat.h>
 
 namespace
 {
@@ -17,6 +21,7 @@ namespace
 constexpr int first_row = 2;
 constexpr int left_column = 2;
 constexpr int mark_column = 3;
+constexpr int folder_room = 60;
 constexpr std::string_view empty_box = "[ ] ";
 constexpr std::string_view no_box = "    ";
 
@@ -86,6 +91,37 @@ void folders_draw(int row)
     }
 }
 
+/// Asks for a folder. Null unless the answer names one that is there; a link to one does not count.
+heap_text folder_ask(const text_setting& setting)
+{
+    heap_text folder{prompt_input(folder_room, setting.label, "RET=OK - ESC=CANCEL",
+                                  app_state.setting_texts[setting.index])};
+    if (!folder)
+        return nullptr;
+    strip_trailing_slash(folder.get());
+    struct stat status = {};
+    if (lstat(folder.get(), &status) == 0 && S_ISDIR(status.st_mode))
+        return folder;
+    beep();
+    return nullptr;
+}
+
+void folder_edit(std::size_t index)
+{
+    const text_setting& setting = text_setting_table[index];
+    if (app_state.setting_texts == nullptr)
+        return;
+    heap_text folder = folder_ask(setting);
+    if (!folder)
+        return;
+    const int column = app_state.text_columns[index];
+    glyphs_attribute(app_state.settings_win, 2, true);
+    line_blank(app_state.settings_win, app_state.text_rows[index], column, COLS - column - 1);
+    std::free(app_state.setting_texts[setting.index]);
+    app_state.setting_texts[setting.index] = folder.release();
+    settings_folder_draw(index);
+}
+
 } // namespace
 
 void settings_dialog()
@@ -132,4 +168,20 @@ void settings_values_draw()
         settings_mark_draw(index);
     for (std::size_t index = 0; index < setting_text_count; ++index)
         settings_folder_draw(index);
+}
+
+void settings_key(int key)
+{
+    for (std::size_t index = 0; checkbox_setting_table[index].bit != checkbox_table_end; ++index) {
+        if (checkbox_setting_table[index].hot_key != key)
+            continue;
+        app_state.setting_flags ^= checkbox_setting_table[index].bit;
+        settings_mark_draw(index);
+    }
+    for (std::size_t index = 0; text_setting_table[index].kind != nullptr; ++index) {
+        if (text_setting_table[index].hot_key == key)
+            folder_edit(index);
+    }
+    if (app_state.settings_shown != 0 && app_state.settings_win != nullptr)
+        wrefresh(app_state.settings_win);
 }

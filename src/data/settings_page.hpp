@@ -17,3 +17,7 @@ void settings_folder_draw(std::size_t index);
 
 /// Draws all marks and folders as they are set now.
 void settings_values_draw();
+
+/// Acts on a key typed in the key loop: switches the setting whose hot key it is, or asks for the
+/// folder whose hot key it is. Other keys are ignored. Works whether the page is shown or hidden.
+void settings_key(int key);

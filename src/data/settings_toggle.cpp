@@ -5,6 +5,8 @@
 #include "net/log_files.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
+#include "ui/popup.hpp"
+#include "ui/redraw.hpp"
 
 namespace
 {
@@ -20,6 +22,15 @@ void server_apply(server_entry& entry)
 }
 
 } // namespace
+
+void settings_toggle()
+{
+    popup_close();
+    app_state.settings_shown = app_state.settings_shown != 0 ? 0 : 1;
+    redraw_all();
+    if (app_state.settings_shown == 0)
+        apply_log_settings();
+}
 
 void apply_log_settings()
 {

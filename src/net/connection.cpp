@@ -134,13 +134,6 @@ void status_pane_touch()
         touchwin(app_state.status_pane);
 }
 
-void report_reception_drop(server_entry& entry)
-{
-    std::free(entry.report_buffer);
-    entry.report_buffer = nullptr;
-    entry.report_received = 0;
-}
-
 } // namespace
 
 int connect_server(const char* host, std::int32_t port, server_entry* entry)
@@ -250,4 +243,11 @@ void server_identity_clear(server_entry& entry)
     entry.server_version = nullptr;
     std::free(entry.server_uuid);
     entry.server_uuid = nullptr;
+}
+
+void report_reception_drop(server_entry& entry)
+{
+    std::free(entry.report_buffer);
+    entry.report_buffer = nullptr;
+    entry.report_received = 0;
 }

@@ -37,3 +37,6 @@ void connection_leave(server_entry& entry);
 
 /// Forgets the identity that the entry's server reported.
 void server_identity_clear(server_entry& entry);
+
+/// Drops a report that was being received.
+void report_reception_drop(server_entry& entry);

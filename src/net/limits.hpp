@@ -28,5 +28,17 @@ constexpr std::size_t template_max_bytes = 64UL * 1024;
 /// Room for a log file's name, its terminator included.
 constexpr std::size_t log_name_bytes = 256;
 
+/// Most compressed bytes of a report that a server may announce.
+constexpr std::int64_t report_max_total_bytes = 256LL * 1024 * 1024;
+
+/// Largest size of a report that a server may announce; it may inflate to four times as much.
+constexpr std::int64_t report_max_size = 64LL * 1024 * 1024;
+
+/// Most bytes of a directory's answer that are read.
+constexpr std::size_t directory_max_bytes = 16UL * 1024 * 1024;
+
+/// Most servers that the list may hold.
+constexpr std::int32_t servers_max = 100'000;
+
 /// Largest configuration file that is read.
 constexpr std::int64_t config_max_bytes = 16LL * 1024 * 1024;

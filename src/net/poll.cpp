@@ -12,6 +12,8 @@
 #include "net/packet_output.hpp"
 #include "net/readiness.hpp"
 #include "net/transmission.hpp"
+#include "services/pager_list.hpp"
+#include "services/report.hpp"
 #include "ui/pane.hpp"
 #include "ui/server_pane.hpp"
 
@@ -129,6 +131,21 @@ void on_still_connected(server_entry& entry, const packet_view&)
     status_report(6, "You are still connected to %s", server_display_name(entry));
 }
 
+void on_report_header(server_entry& entry, const packet_view& packet)
+{
+    report_header(entry, packet.text);
+}
+
+void on_report_piece(server_entry& entry, const packet_view& packet)
+{
+    report_piece(entry, packet.payload, packet_payload_length(packet.header));
+}
+
+void on_pager_list(server_entry&, const packet_view& packet)
+{
+    pager_list_show(packet.text);
+}
+
 void on_uptime(server_entry&, const packet_view& packet)
 {
     show_uptime(packet.text);
@@ -158,6 +175,7 @@ constexpr packet_kind packet_kinds[] = {
     {71, 0, 6, "Report creation process started...", nullptr},
     {72, 1, 5, "All report processes are busy. Try later", nullptr},
     {73, 1, 5, "No messages for the selected date found", nullptr},
+    {74, 0, 0, nullptr, on_report_header},
     {76, 1, 5, "Pager process is blocked. Please try later", nullptr},
     {78, 0, 7, "Your Pager Request was successfully added/removed", nullptr},
     {79, 1, 5, "Your Pager Request could not be added/removed", nullptr},
@@ -166,6 +184,7 @@ constexpr packet_kind packet_kinds[] = {
     {85, 0, 11, "Answering identification request...", on_identification_request},
     {86, 0, 11, "Client identified. Access granted", nullptr},
     {87, 0, 5, "Identification unknown. Client rejected", nullptr},
+    {89, 0, 0, nullptr, on_pager_list},
     {90, 0, 0, nullptr, on_server_text},
     {100, 0, 0, nullptr, on_close},
     {102, 0, 0, nullptr, on_close},
@@ -175,6 +194,7 @@ constexpr packet_kind packet_kinds[] = {
     {149, 3, 0, nullptr, on_still_connected},
     {153, 0, 0, nullptr, on_uptime},
     {204, 0, 0, nullptr, on_compressed_transmission},
+    {205, 0, 0, nullptr, on_report_piece},
 };
 static_assert(std::ranges::is_sorted(packet_kinds, {}, &packet_kind::number));
 

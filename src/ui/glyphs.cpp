@@ -43,6 +43,20 @@ void glyphs_write_at(WINDOW* window, int row, int column, std::string_view text)
         glyphs_write(window, text);
 }
 
+int glyphs_write_to_edge(WINDOW* window, int row, int column, std::string_view text)
+{
+    const int room = window != nullptr ? std::max(0, getmaxx(window) - column) : 0;
+    text = text.substr(0, static_cast<std::size_t>(room));
+    glyphs_write_at(window, row, column, text);
+    return column + static_cast<int>(text.size());
+}
+
+void glyphs_end_line(WINDOW* window)
+{
+    if (window != nullptr)
+        waddch(window, '\n');
+}
+
 void glyphs_attribute(WINDOW* window, int pair, bool bold)
 {
     const int weight = bold ? static_cast<int>(A_BOLD) : 0;

@@ -16,5 +16,13 @@ void glyphs_write(WINDOW* window, std::string_view text);
 /// Writes text at a place; nothing is written when the place is outside the window.
 void glyphs_write_at(WINDOW* window, int row, int column, std::string_view text);
 
+/// Writes text at a place; what would go beyond the window's last column is left out.
+/// The column behind what was written.
+int glyphs_write_to_edge(WINDOW* window, int row, int column, std::string_view text);
+
+/// Ends the line at the cursor: the rest of it is blanked and the next text begins below, where a
+/// window that scrolls makes room for it.
+void glyphs_end_line(WINDOW* window);
+
 /// Sets the attribute that the next text is written in: a colour pair, bold or not.
 void glyphs_attribute(WINDOW* window, int pair, bool bold);

@@ -2,10 +2,64 @@
 #include "ui/help.hpp"
 
 #include "app/app_state.hpp"
+#include "data/home.hpp"
+#include "data/owners.hpp"
+#include "ui/glyphs.hpp"
 #include "ui/pane.hpp"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <string_view>
+
+namespace
+{
+
+constexpr int text_row = 2;
+constexpr std::size_t line_room = 4096;
+constexpr int most_lines = 10'000; // only the last screenful is ever seen
+
+unique_file help_open()
+{
+    // A fifo under this name must not make the program wait for a writer.
+    unique_fd fd{open(help_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
+    unique_file file{fd ? fdopen(fd.get(), "rt") : nullptr};
+    if (file)
+        fd.release();
+    return file;
+}
+
+void line_append(WINDOW* window, std::string_view line)
+{
+    const bool is_ended = line.ends_with('\n');
+    glyphs_write(window, line.substr(0, line.size() - (is_ended ? 1 : 0)));
+    if (is_ended)
+        glyphs_end_line(window);
+}
+
+void text_append(WINDOW* window, std::FILE* file)
+{
+    char line[line_room];
+    for (int count = 0; count < most_lines && std::fgets(line, sizeof line, file) != nullptr;
+         ++count)
+        line_append(window, line);
+}
+
+} // namespace
 
 void help_fill()
 {
-    pane_printf(app_state.help_win, 1, 2, 0, true, false, "[ ncurses tovrik client - Help ]");
-    pane_printf(app_state.help_win, 2, COLS - 22, LINES - 1, true, false, "[ To exit press ^H ]");
+    const home_visit visit;
+    WINDOW* window = app_state.help_win;
+    pane_printf(window, 1, 2, 0, true, false, "[ ncurses tovrik client - Help ]");
+    pane_printf(window, 2, COLS - 22, LINES - 1, true, false, "[ To exit press ^H ]");
+    if (window == nullptr)
+        return;
+    glyphs_attribute(window, 2, false);
+    // The text goes on behind this blank, which is taken away again in the end.
+    glyphs_write_at(window, text_row, 0, " ");
+    const unique_file file = visit.is_there() ? help_open() : nullptr;
+    if (file)
+        text_append(window, file.get());
+    mvwdelch(window, text_row, 0);
+    wrefresh(window);
 }

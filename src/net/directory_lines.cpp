@@ -1,0 +1,68 @@
+// directory_lines.cpp - see directory_lines.hpp.
+#include "net/directory_lines.hpp"
+
+#include "data/text.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace
+{
+
+constexpr int field_count = 9;
+
+/// Which field of a line holds what.
+constexpr int field_host = 0;
+constexpr int field_port = 1;
+constexpr int field_location = 3;
+constexpr int field_info = 4;
+constexpr int field_alias = 6;
+
+char* field_copy(const char* field)
+{
+    return field[0] != '\0' ? str_dup(field) : nullptr;
+}
+
+std::int32_t port_of(const char* field)
+{
+    const long port =
+        std::clamp<long>(std::strtol(field, nullptr, 10), std::numeric_limits<std::int32_t>::min(),
+                         std::numeric_limits<std::int32_t>::max());
+    return port != 0 ? static_cast<std::int32_t>(port) : DEFAULT_SERVER_PORT;
+}
+
+} // namespace
+
+char* directory_body(char* response)
+{
+    char* header_end = std::strstr(response, "\r\n\r\n");
+    return header_end != nullptr ? header_end + 4 : nullptr;
+}
+
+char* directory_line_next(char*& lines)
+{
+    char* feed = std::strchr(lines, '\n');
+    if (feed == nullptr)
+        return nullptr;
+    *feed = '\0';
+    return std::exchange(lines, feed + 1);
+}
+
+server_entry* directory_entry_new(char* line)
+{
+    char* fields[field_count] = {};
+    if (str_split(line, fields, field_count, "\t") != field_count)
+        return nullptr;
+    auto* entry = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
+    if (entry == nullptr)
+        return nullptr;
+    entry->ServerName = field_copy(fields[field_host]);
+    entry->ServerPort = port_of(fields[field_port]);
+    entry->Location = field_copy(fields[field_location]);
+    entry->Info = field_copy(fields[field_info]);
+    entry->ServerAlias = field_copy(fields[field_alias]);
+    return entry;
+}

@@ -1,0 +1,83 @@
+// pager.cpp - see pager.hpp.
+#include "services/pager.hpp"
+
+#include "data/owners.hpp"
+#include "net/packet_kind.hpp"
+#include "net/packet_output.hpp"
+#include "services/request_text.hpp"
+#include "services/service_menu.hpp"
+#include "ui/pane.hpp"
+#include "ui/prompt.hpp"
+
+#include <cstdlib>
+#include <cstring>
+#include <ncurses.h>
+
+namespace
+{
+
+constexpr menu_entry pager_menu[] = {
+    {'1', "Add entry to your pagerlist"},
+    {'2', "Remove entry from your pagerlist"},
+    {'3', "Request pagerlist from Server"},
+};
+constexpr int menu_width = 38;
+constexpr int menu_height = 5;
+constexpr const char* menu_hint = "[ Press 1-3 or ESC to quit ]";
+constexpr char choice_add = '1';
+constexpr char choice_request = '3';
+
+constexpr int email_room = 50;
+constexpr int code_room = 15;
+
+constexpr request_field pager_fields[] = {
+    {"Enter Aircraft Registration", 30, hint_or_cancel, ""},
+    {"Enter FlightNumber", 30, hint_or_cancel, ""},
+    {"Enter Destination Airport (IATA)", 30, hint_or_cancel, ""},
+};
+
+/// Asks for the three fields and appends them to the text. False when none of them was given.
+bool fields_ask(heap_text& text)
+{
+    bool is_any_given = false;
+    for (const request_field& field : pager_fields) {
+        const std::size_t length_before = std::strlen(text.get());
+        request_field_ask(text, field);
+        is_any_given = is_any_given || std::strlen(text.get()) > length_before + 1;
+    }
+    return is_any_given;
+}
+
+void entry_change(const server_entry& entry, char choice, std::uint16_t code, heap_text& text)
+{
+    if (!fields_ask(text)) {
+        beep();
+        return status_report(5, "Please enter data in one of the fields");
+    }
+    const auto kind = choice == choice_add ? packet_pager_add : packet_pager_remove;
+    send_packet(entry.socket_fd, kind, code, 0, "%s", text.get());
+}
+
+} // namespace
+
+void pager_dialog(server_entry& entry)
+{
+    const char choice = service_menu(pager_menu, menu_width, menu_height, menu_hint);
+    if (choice == '\0')
+        return;
+    if (choice != choice_request)
+        status_report(15, "You can use '_', '?' or '*' as wildcard");
+    heap_text email{
+        prompt_input(email_room, "Enter your email address", hint_or_cancel, entry.UseEMail)};
+    if (!email)
+        return;
+    const heap_text typed_code{
+        prompt_input(code_room, "Your subscription code", hint_or_cancel, entry.SubCode)};
+    if (!typed_code)
+        return;
+    const auto code = static_cast<std::uint16_t>(std::strtol(typed_code.get(), nullptr, 10));
+    if (choice == choice_request)
+        send_packet(entry.socket_fd, packet_pager_list, code, 0, "%s", email.get());
+    else
+        entry_change(entry, choice, code, email);
+}

@@ -1,0 +1,129 @@
+// report.cpp - see report.hpp.
+#include "services/report.hpp"
+
+#include "app/app_state.hpp"
+#include "data/owners.hpp"
+#include "net/connection.hpp"
+#include "net/limits.hpp"
+#include "net/packet_input.hpp"
+#include "net/packet_kind.hpp"
+#include "net/packet_output.hpp"
+#include "services/service_menu.hpp"
+#include "ui/pane.hpp"
+#include "ui/prompt.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <ncurses.h>
+
+namespace
+{
+
+constexpr int date_room = 12;
+constexpr int first_year = 1900;
+
+/// The moment that stands for a day: one second past midnight, local standard time. date: begins
+/// with the day; month and year may follow after slashes, else they are January 1900.
+std::time_t report_moment(const char* date)
+{
+    std::tm moment = {};
+    moment.tm_sec = 1;
+    moment.tm_mday = static_cast<int>(std::strtol(date, nullptr, 10));
+    const char* month = std::strchr(date, '/') + 1;
+    const char* year = std::strchr(month, '/');
+    if (year != nullptr) {
+        moment.tm_mon = static_cast<int>(std::strtol(month, nullptr, 10)) - 1;
+        moment.tm_year = static_cast<int>(std::strtol(year + 1, nullptr, 10)) - first_year;
+    }
+    return std::mktime(&moment);
+}
+
+bool is_within(long number, std::int64_t most)
+{
+    return number >= 0 && number <= most;
+}
+
+/// Opens a file for a report, without waiting where the name is that of a fifo nobody reads.
+unique_file report_open(const char* name)
+{
+    unique_fd fd{open(name, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666)};
+    unique_file file{fd ? fdopen(fd.get(), "wt") : nullptr};
+    if (file)
+        fd.release();
+    return file;
+}
+
+void report_save(const char* text)
+{
+    const heap_text name{prompt_input(COLS - 4, "Save ZOBE Style Report as...", hint_or_cancel,
+                                      folder_setting(ReportPath))};
+    if (!name)
+        return;
+    const unique_file file = report_open(name.get());
+    if (!file) {
+        beep();
+        return status_report(5, "Unable to save report as '%s'", name.get());
+    }
+    std::fputs(text, file.get());
+    status_report(6, "Report successfully saved as '%s'", name.get());
+}
+
+void report_finish(server_entry& entry)
+{
+    const heap_bytes text =
+        decompress_packet(static_cast<const unsigned char*>(entry.report_buffer), entry.report_size,
+                          entry.report_received);
+    report_reception_drop(entry);
+    if (text)
+        report_save(reinterpret_cast<const char*>(text.get()));
+}
+
+} // namespace
+
+void report_request(server_entry& entry)
+{
+    const heap_text date{
+        prompt_input(date_room, "Date of report (DD/MM/YYYY)", hint_or_cancel, nullptr)};
+    if (!date)
+        return;
+    if (std::strchr(date.get(), '/') == nullptr) {
+        beep();
+        return status_report(5, "Wrong date format. Please use DD/MM/YYYY");
+    }
+    send_packet(entry.socket_fd, packet_report_request, 0, 0, "%ld\t*#cnam#\t#cnum#\t0\t0",
+                static_cast<long>(report_moment(date.get())));
+}
+
+void report_header(server_entry& entry, const char* text)
+{
+    const char* tab = std::strchr(text, '\t');
+    const long size = std::strtol(tab != nullptr ? tab + 1 : text, nullptr, 10);
+    const long total = tab != nullptr ? std::strtol(text, nullptr, 10) : 0;
+    if (!is_within(size, report_max_size) || !is_within(total, report_max_total_bytes)) {
+        report_reception_drop(entry);
+        return status_report(5, "Report refused, its announced size is out of bounds");
+    }
+    entry.report_size = static_cast<std::uint32_t>(size);
+    status_report(6, "Now receiving ZOBE Style report. Size %d bytes", static_cast<int>(size));
+    if (tab == nullptr)
+        return;
+    report_reception_drop(entry);
+    entry.report_total = static_cast<std::uint32_t>(total);
+    entry.report_buffer = std::calloc(static_cast<std::size_t>(total) + 1, 1);
+}
+
+void report_piece(server_entry& entry, const unsigned char* bytes, std::size_t length)
+{
+    if (entry.report_buffer == nullptr)
+        return;
+    const std::size_t room = entry.report_total - entry.report_received;
+    const std::size_t taken = std::min(length, room);
+    std::memcpy(static_cast<unsigned char*>(entry.report_buffer) + entry.report_received, bytes,
+                taken);
+    entry.report_received += static_cast<std::uint32_t>(taken);
+    if (entry.report_received == entry.report_total)
+        report_finish(entry);
+}

@@ -1,0 +1,65 @@
+// service_menu.cpp - see service_menu.hpp.
+#include "services/service_menu.hpp"
+
+#include "app/app_state.hpp"
+#include "app/pause.hpp"
+#include "ui/keys.hpp"
+#include "ui/modal_box.hpp"
+#include "ui/popup.hpp"
+#include "ui/redraw.hpp"
+
+#include <ctime>
+
+namespace
+{
+
+constexpr long round_us = 15'000;
+constexpr int key_column = 2;
+constexpr int label_column = 4;
+constexpr int hint_column = 5;
+
+struct open_menu {
+    std::span<const menu_entry> table;
+    int width;
+    int height;
+    const char* hint;
+    modal_box box{};
+};
+
+void draw(open_menu& menu)
+{
+    modal_box_fit(menu.box, {menu.width, menu.height, COLS / 2 - 20, LINES / 2 - 4});
+    int row = 1;
+    for (const menu_entry& entry : menu.table) {
+        modal_box_write(menu.box, row, key_column, 5, true, {&entry.key, 1});
+        modal_box_write(menu.box, row, label_column, 1, true, entry.label);
+        ++row;
+    }
+    modal_box_write(menu.box, menu.height - 1, hint_column, 2, true, menu.hint);
+    modal_box_show(menu.box);
+}
+
+} // namespace
+
+char service_menu(std::span<const menu_entry> table, int width, int height, const char* hint)
+{
+    popup_close();
+    redraw_all();
+    open_menu menu{table, width, height, hint};
+    const std::time_t deadline = std::time(nullptr) + modal_timeout_s;
+    while (std::time(nullptr) <= deadline) {
+        draw(menu);
+        const int key = key_read(app_state.server_pane);
+        if (key == key_escape) {
+            modal_box_close(menu.box);
+            return '\0';
+        }
+        if (key >= '1' && key <= table.back().key) {
+            modal_box_erase(menu.box);
+            return static_cast<char>(key);
+        }
+        pause_for(round_us);
+    }
+    modal_box_erase(menu.box);
+    return '\0';
+}

@@ -1,0 +1,20 @@
+// service_menu.hpp - the numbered menu of the services that have several requests.
+#pragma once
+
+#include <span>
+
+struct menu_entry {
+    char key; // '1' and so on, in order
+    const char* label;
+};
+
+/// Shows a menu and waits for a choice; servers go on being served meanwhile.
+/// width, height: of the box, frame included. hint: shown on its bottom frame.
+/// The key chosen; '\0' for Escape and after ten seconds. Any open popup is closed first.
+char service_menu(std::span<const menu_entry> table, int width, int height, const char* hint);
+
+/// What the menus of five entries say on their bottom frame.
+constexpr const char* hint_of_five = "[ Press 1-5 or ESC to quit ]";
+
+/// What prompts say where Escape abandons the request.
+constexpr const char* hint_or_cancel = "RET=OK - ESC=CANCEL";
