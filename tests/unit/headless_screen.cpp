@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <memory>
 #include <unistd.h>
 
 namespace
@@ -48,7 +49,8 @@ headless_screen::headless_screen() : input(std::fopen("/dev/null", "r")), output
     start_color();
     for (short pair = 1; pair <= last_pair; ++pair)
         init_pair(pair, COLOR_WHITE, COLOR_BLACK);
-    app_state = application_state{};
+    std::destroy_at(&app_state);
+    std::construct_at(&app_state);
     app_state.screen = stdscr;
     app_state.settings_win = newwin(LINES, COLS, 0, 0);
     app_state.status_pane = newwin(6, COLS - 26, LINES - 7, 26);
@@ -63,7 +65,8 @@ headless_screen::~headless_screen()
     folders_release();
     delwin(app_state.settings_win);
     delwin(app_state.status_pane);
-    app_state = application_state{};
+    std::destroy_at(&app_state);
+    std::construct_at(&app_state);
     endwin();
     delscreen(terminal);
 }
