@@ -147,6 +147,8 @@ winsize size_now()
         size.ws_row = static_cast<unsigned short>(LINES);
         size.ws_col = static_cast<unsigned short>(COLS);
     }
+    // With a single column curses reads before its own lines.
+    size.ws_col = std::max<unsigned short>(size.ws_col, 2);
     return size;
 }
 

@@ -179,7 +179,7 @@ void server_marker_write(std::int32_t row, char marker)
 
 bool server_row_is_visible(std::int32_t row)
 {
-    return app_state.list_scroll == 0 || window_row(row) >= 0;
+    return server_count() <= visible_rows() || window_row(row) >= 0;
 }
 
 char server_marker_read(std::int32_t row)

@@ -1,4 +1,5 @@
-// demo_shot.cpp - drives the demo in a terminal of its own, as a person would, and prints its screen.
+// demo_shot.cpp - drives the demo in a terminal of its own, as a person would, and prints its
+// screen.
 //
 // Usage: demo_shot CLIENT HOME. Exits with 0 only if both servers' transmissions have been on the
 // screen, and in the log that HOME's configuration asks for.
@@ -54,13 +55,14 @@ bool messages_seen(terminal_session& session)
     bool seen[servers] = {};
     const auto all_seen = [&] {
         for (int server = 0; server < servers; ++server)
-            seen[server] = seen[server] || session.row(first_server_row + server)
-                                                   .find("Unique Flights:") != std::string::npos;
+            seen[server] =
+                seen[server] ||
+                session.row(first_server_row + server).find("Unique Flights:") != std::string::npos;
         return seen[0] && seen[1] && session.shows("ACARS mode: ") &&
                logged_records() >= wanted_records;
     };
-    return static_cast<bool>(session.wait_until(all_seen, "messages of both servers",
-                                                traffic_patience));
+    return static_cast<bool>(
+        session.wait_until(all_seen, "messages of both servers", traffic_patience));
 }
 
 void screen_print(terminal_session& session)
@@ -79,8 +81,8 @@ int main(int count, char** arguments)
     }
     terminal_session session{
         {.command = {arguments[1]}, .rows = rows, .columns = columns, .home = arguments[2]}};
-    const bool is_good = session.wait_for_text("^H Help") && connect_all(session) &&
-                         messages_seen(session);
+    const bool is_good =
+        session.wait_for_text("^H Help") && connect_all(session) && messages_seen(session);
     screen_print(session);
     if (!is_good) {
         std::fputs("demo_shot: no messages of both servers on the screen\n", stderr);

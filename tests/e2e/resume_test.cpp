@@ -1,0 +1,246 @@
+// resume_test.cpp - a client that was stopped, seen coming or not, takes its terminal over again.
+#include "e2e/network_session.hpp"
+#include "e2e/whole_screen.hpp"
+
+#include <csignal>
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr const char* digest_of_abc = "900150983cd24fb0d6963f7d28e17f72";
+
+bool is_equal(const termios& one, const termios& other)
+{
+    return one.c_lflag == other.c_lflag && one.c_iflag == other.c_iflag &&
+           one.c_oflag == other.c_oflag && one.c_cflag == other.c_cflag;
+}
+
+/// What a shell makes of the terminal while its job is stopped: lines with echo, and its own words
+/// all over the screen.
+void shell_takes_over(terminal_session& terminal)
+{
+    const std::string path = "/proc/" + std::to_string(terminal.process_id()) + "/fd/0";
+    const int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(fd, 0);
+    EXPECT_EQ(tcsetattr(fd, TCSANOW, &terminal.initial_line_settings()), 0);
+    const std::string words(static_cast<std::size_t>(terminal.screen().columns()), '$');
+    std::string output = "\033[0m\033[H";
+    for (int row = 0; row < terminal.screen().rows() - 1; ++row)
+        output += words + "\r\n";
+    EXPECT_EQ(write(fd, output.data(), output.size()), static_cast<ssize_t>(output.size()));
+    close(fd);
+    ASSERT_TRUE(terminal.wait_for_text(words));
+    ASSERT_NE(terminal.line_settings().c_lflag & ICANON, 0U);
+    ASSERT_NE(terminal.line_settings().c_lflag & ECHO, 0U);
+}
+
+/// A client that shows a transmission and is stopped in a way that it cannot see coming.
+class resume : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(client.start(servers.settings(), wide_terminal));
+        connection = client.connect_selected(servers[0]);
+        ASSERT_TRUE(connection);
+        ASSERT_TRUE(connection->send(plain_packet(document_of({}))));
+        ASSERT_TRUE(wait_for_message_rows(client, lines_of({})));
+        modes = client.terminal().line_settings();
+    }
+
+    void stop()
+    {
+        client.terminal().send_signal(SIGSTOP);
+        ASSERT_TRUE(client.terminal().wait_until(
+            [&] { return facts_of(client.terminal().process_id()).state == 'T'; }, "it stops"));
+        shell_takes_over(client.terminal());
+    }
+
+    testing::AssertionResult has_its_modes()
+    {
+        return client.terminal().wait_until(
+            [&] { return is_equal(client.terminal().line_settings(), modes); },
+            "the client's own line settings");
+    }
+
+    listed_servers servers{1};
+    client_session client;
+    std::optional<server_connection> connection;
+    termios modes{};
+};
+
+TEST_F(resume, brings_modes_screen_and_keys_back)
+{
+    const std::vector<screen_cell> before = all_cells(client.terminal().screen());
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_NO_FATAL_FAILURE(stop());
+        client.terminal().send_signal(SIGCONT);
+        ASSERT_TRUE(has_its_modes());
+        ASSERT_TRUE(client.terminal().wait_until(
+            [&] { return all_cells(client.terminal().screen()) == before; },
+            "every cell as it was"));
+    }
+    ASSERT_TRUE(client.wait_for_keys());
+    client.terminal().send_control('l');
+    ASSERT_TRUE(client.wait_for_status("You are already connected to alpha", pairs::error));
+    ASSERT_TRUE(wait_for_notice(client, *connection, "and on"));
+    EXPECT_FALSE(client.terminal().screen().cursor_visible());
+}
+
+TEST_F(resume, finds_a_terminal_that_has_changed_its_size)
+{
+    ASSERT_NO_FATAL_FAILURE(stop());
+    client.terminal().resize(30, 100);
+    client.terminal().send_signal(SIGCONT);
+    ASSERT_TRUE(has_its_modes());
+    ASSERT_TRUE(wait_for_whole_screen(client.terminal()));
+    EXPECT_FALSE(client.terminal().shows("$$"));
+    ASSERT_TRUE(client.wait_for_keys());
+    ASSERT_TRUE(wait_for_notice(client, *connection, "and on"));
+}
+
+TEST_F(resume, brings_the_help_back_in_front)
+{
+    client.terminal().send_control('h');
+    ASSERT_TRUE(client.terminal().wait_for_text("[ To exit press ^H ]"));
+    const std::vector<screen_cell> before = all_cells(client.terminal().screen());
+    ASSERT_NO_FATAL_FAILURE(stop());
+    client.terminal().send_signal(SIGCONT);
+    ASSERT_TRUE(has_its_modes());
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return all_cells(client.terminal().screen()) == before; }, "the help as it was"));
+    client.terminal().send_control('h');
+    ASSERT_TRUE(wait_for_message_rows(client, lines_of({})));
+}
+
+TEST_F(resume, brings_a_password_box_back_with_what_was_typed)
+{
+    ASSERT_TRUE(connection->send(capabilities_packet("<NeedAuth>1</NeedAuth>")));
+    ASSERT_TRUE(client.terminal().wait_for_text("[ Password required ]"));
+    client.terminal().send("ab");
+    ASSERT_TRUE(client.terminal().wait_for_text("│ ab_ "));
+    const std::vector<screen_cell> before = all_cells(client.terminal().screen());
+    ASSERT_NO_FATAL_FAILURE(stop());
+    client.terminal().send_signal(SIGCONT);
+    ASSERT_TRUE(has_its_modes());
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return all_cells(client.terminal().screen()) == before; }, "the box as it was"));
+    client.terminal().send("c\r");
+    EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 81, .payload = digest_of_abc}));
+    ASSERT_TRUE(wait_for_message_rows(client, lines_of({}), 1));
+}
+
+TEST_F(resume, is_not_needed_where_nobody_could_continue_the_client)
+{
+    // Without a shell above it that controls jobs, the system takes no request to stop.
+    client.terminal().forget_raw_output();
+    client.terminal().send_signal(SIGTSTP);
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return client.terminal().raw_output().find("\033[?1049h") != std::string::npos; },
+        "the screen is taken over again"));
+    ASSERT_TRUE(has_its_modes());
+    ASSERT_TRUE(wait_for_message_rows(client, lines_of({})));
+    ASSERT_TRUE(client.wait_for_keys());
+    EXPECT_FALSE(client.terminal().screen().cursor_visible());
+}
+
+/// A client started by a shell that controls jobs and brings it back for every empty line.
+class job : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        home.write_config(config_text(with_aliases({"alpha", "beta"})));
+        terminal_options options{.command = {"sh", "-mc",
+                                             CLIENT_BINARY
+                                             "; stty sane; echo Stopped; read line; "
+                                             "fg; stty sane; echo Stopped; read line; "
+                                             "fg"},
+                                 .home = ".",
+                                 .folder = home.path(),
+                                 .environment = clock.environment()};
+        terminal = std::make_unique<terminal_session>(options);
+        ASSERT_TRUE(terminal->wait_until([&] { return clock.alarms_set() > 0; }, "a start"));
+        ASSERT_TRUE(wait_for_whole_screen(*terminal));
+        modes = terminal->line_settings();
+    }
+
+    testing::AssertionResult stopped()
+    {
+        return terminal->wait_until(
+            [&] {
+                return !terminal->screen().alternate_screen() &&
+                       terminal->screen().cursor_visible() && terminal->shows("Stopped") &&
+                       (terminal->line_settings().c_lflag & (ICANON | ECHO)) == (ICANON | ECHO);
+            },
+            "the shell has its terminal back");
+    }
+
+    testing::AssertionResult continued()
+    {
+        terminal->send("\n");
+        if (testing::AssertionResult taken = terminal->wait_until(
+                [&] {
+                    return terminal->screen().alternate_screen() &&
+                           !terminal->screen().cursor_visible() &&
+                           is_equal(terminal->line_settings(), modes);
+                },
+                "the client has its terminal back");
+            !taken)
+            return taken;
+        return wait_for_whole_screen(*terminal);
+    }
+
+    testing::AssertionResult takes_keys()
+    {
+        terminal->send_control('h');
+        if (testing::AssertionResult shown = terminal->wait_for_text("[ To exit press ^H ]");
+            !shown)
+            return shown;
+        terminal->send_control('h');
+        return wait_for_whole_screen(*terminal);
+    }
+
+    temp_home home;
+    test_clock clock{50};
+    std::unique_ptr<terminal_session> terminal;
+    termios modes{};
+};
+
+TEST_F(job, stopped_from_the_keyboard_comes_back_whole_each_time)
+{
+    for (int round = 0; round < 2; ++round) {
+        terminal->send_control('z');
+        ASSERT_TRUE(stopped());
+        ASSERT_TRUE(continued());
+        EXPECT_FALSE(terminal->shows("Stopped"));
+        ASSERT_TRUE(takes_keys());
+    }
+    terminal->send_control('x');
+    EXPECT_EQ(terminal->wait_for_exit(), 0);
+}
+
+TEST_F(job, finds_a_size_of_which_only_the_shell_was_told)
+{
+    terminal->send_control('z');
+    ASSERT_TRUE(stopped());
+    terminal->resize(31, 97);
+    ASSERT_TRUE(continued());
+    ASSERT_TRUE(takes_keys());
+    // Stopped once more, this time unseen.
+    const std::vector<pid_t> children = children_of(terminal->process_id());
+    ASSERT_EQ(children.size(), 1U);
+    kill(children[0], SIGSTOP);
+    ASSERT_TRUE(terminal->wait_until(
+        [&] { return (terminal->line_settings().c_lflag & ICANON) != 0; }, "the shell's modes"));
+    terminal->resize(24, 80);
+    ASSERT_TRUE(continued());
+    ASSERT_TRUE(takes_keys());
+    terminal->send_control('x');
+    EXPECT_EQ(terminal->wait_for_exit(), 0);
+}
+
+} // namespace
