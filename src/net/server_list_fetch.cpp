@@ -9,6 +9,7 @@
 #include "net/directory_lines.hpp"
 #include "net/packet_output.hpp"
 #include "ui/pane.hpp"
+#include "ui/popup.hpp"
 #include "ui/redraw.hpp"
 #include "ui/server_pane.hpp"
 
@@ -161,6 +162,7 @@ void list_show()
     server_list_draw();
     if (app_state.settings_shown != 0 || app_state.help_shown != 0)
         redraw_all();
+    popup_raise();
 }
 
 /// Shows the result; the next fetch may begin from here on.

@@ -71,8 +71,10 @@ void pane_write(WINDOW* window, const placement& place, const char* text)
         status_scroll(window, status_first_row, status_last_moved_row, COLS - 27);
     glyphs_attribute(window, place.pair, place.bold);
     write_lines(window, place, text);
-    if (app_state.settings_shown == 0)
+    if (app_state.settings_shown == 0) {
         wrefresh(window);
+        popup_raise();
+    }
     glyphs_attribute(window, place.pair, false);
 }
 

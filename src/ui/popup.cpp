@@ -7,6 +7,7 @@
 #include "ui/redraw.hpp"
 
 #include <cstring>
+#include <initializer_list>
 
 namespace
 {
@@ -70,6 +71,16 @@ void popup_close()
     window_erase(app_state.dialog_win);
     app_state.dialog_win = nullptr;
     redraw_all();
+}
+
+void popup_raise()
+{
+    for (WINDOW* window : {app_state.popup_win, app_state.dialog_win}) {
+        if (window == nullptr)
+            continue;
+        touchwin(window);
+        wrefresh(window);
+    }
 }
 
 void line_blank(WINDOW* window, int row, int column, int count)

@@ -13,6 +13,9 @@ WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, int
 /// neither exists.
 void popup_close();
 
+/// Shows popup_win and dialog_win, where they exist, above what was drawn under them since.
+void popup_raise();
+
 /// Erases a window on the screen and deletes it. Null is accepted.
 void window_erase(WINDOW* window);
 
