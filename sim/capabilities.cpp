@@ -3,6 +3,8 @@
 
 #include "sim/xml_text.hpp"
 
+#include <cstdlib>
+
 namespace sim
 {
 namespace
@@ -21,7 +23,32 @@ constexpr capability_element capability_elements[] = {
     {"NeedAuth", &capability_texts::need_auth},
 };
 
+bool is_set(const std::optional<std::string>& text)
+{
+    return text && std::strtol(text->c_str(), nullptr, 10) != 0;
+}
+
 } // namespace
+
+bool offers_updates(const capability_texts& texts)
+{
+    return is_set(texts.db_modify) || is_set(texts.modify_flags);
+}
+
+bool offers_mailings(const capability_texts& texts)
+{
+    return is_set(texts.mailing);
+}
+
+bool offers_reports(const capability_texts& texts)
+{
+    return is_set(texts.reports);
+}
+
+bool offers_pagers(const capability_texts& texts)
+{
+    return is_set(texts.pager);
+}
 
 std::string capabilities_xml(const capability_texts& texts)
 {

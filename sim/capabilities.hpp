@@ -25,6 +25,12 @@ struct capability_texts {
     std::optional<std::string> need_auth = {}; ///< none: a server says 1 with a password, else 0
 };
 
+/// Whether clients will take a service as offered.
+bool offers_updates(const capability_texts& texts);
+bool offers_mailings(const capability_texts& texts);
+bool offers_reports(const capability_texts& texts);
+bool offers_pagers(const capability_texts& texts);
+
 /// The document of kind 41.
 std::string capabilities_xml(const capability_texts& texts);
 

@@ -4,6 +4,7 @@
 #include "sim/limits.hpp"
 
 #include <cerrno>
+#include <iterator>
 #include <sys/socket.h>
 #include <utility>
 
@@ -24,22 +25,41 @@ wire_bytes taken_from(std::deque<wire_bytes>& queue)
     return first;
 }
 
-/// The packet whose turn it is. A tick may pass one transmission, so that neither starves the
-/// other.
+wire_bytes taken_tick(client_session& session)
+{
+    return std::exchange(session.tick, nullptr);
+}
+
+wire_bytes taken_report_piece(client_session& session)
+{
+    return session.report.empty() ? nullptr : taken_from(session.report);
+}
+
+wire_bytes taken_transmission(client_session& session)
+{
+    return session.traffic.empty() ? nullptr : taken_from(session.traffic);
+}
+
+/// In turns, so that none of them starves another.
+constexpr wire_bytes (*turns[])(client_session&) = {taken_tick, taken_report_piece,
+                                                    taken_transmission};
+
 wire_bytes next_packet(client_session& session)
 {
     if (!session.assured.empty())
         return taken_from(session.assured);
-    const bool ticks = session.tick && (session.traffic.empty() || !session.tick_sent_last);
-    session.tick_sent_last = ticks;
-    if (ticks)
-        return std::exchange(session.tick, nullptr);
-    return session.traffic.empty() ? nullptr : taken_from(session.traffic);
+    wire_bytes taken;
+    for (std::size_t i = 0; i < std::size(turns) && !taken; ++i) {
+        taken = turns[session.next_turn](session);
+        session.next_turn = static_cast<unsigned>((session.next_turn + 1) % std::size(turns));
+    }
+    return taken;
 }
 
 bool has_packet(const client_session& session)
 {
-    return !session.assured.empty() || !session.traffic.empty() || session.tick;
+    return !session.assured.empty() || !session.report.empty() || !session.traffic.empty() ||
+           session.tick;
 }
 
 /// Sends on with the packet under way. True when it is out.
@@ -114,6 +134,11 @@ bool session_queue(client_session& session, wire_bytes bytes)
     return true;
 }
 
+bool session_queue_packet(client_session& session, const packet& sent)
+{
+    return session_queue(session, std::make_shared<std::string>(encode_packet(sent)));
+}
+
 void session_queue_transmission(client_session& session, wire_bytes bytes, std::size_t limit)
 {
     if (session.closing || session.gone)
@@ -129,6 +154,7 @@ void session_close(client_session& session, wire_bytes last_packet, time_point d
     if (session.closing)
         return;
     session.assured.clear();
+    session.report.clear();
     session.traffic.clear();
     session.tick.reset();
     session.next_tick = never;

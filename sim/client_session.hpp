@@ -6,6 +6,7 @@
 
 #include "data/owners.hpp"
 #include "sim/packet.hpp"
+#include "sim/pager_lists.hpp"
 
 #include <chrono>
 #include <cstdint>
@@ -13,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace sim
 {
@@ -34,13 +36,15 @@ struct client_session {
 
     std::string input; ///< received and not yet taken; bounded by what is read in a turn
 
-    // Going out. Assured packets go before transmissions and are never dropped for newer ones.
+    // Going out. Assured packets go before all others and are never dropped for newer ones; tick,
+    // report and traffic take turns.
     std::deque<wire_bytes> assured;
+    wire_bytes tick;               ///< none: no tick is due
+    std::deque<wire_bytes> report; ///< the pieces of the report under way
     std::deque<wire_bytes> traffic;
-    wire_bytes sending;         ///< under way, none between packets
-    std::size_t sent_bytes = 0; ///< of `sending`
-    wire_bytes tick;            ///< none: no tick is due
-    bool tick_sent_last = false;
+    wire_bytes sending;            ///< under way, none between packets
+    std::size_t sent_bytes = 0;    ///< of `sending`
+    unsigned next_turn = 0;        ///< whose turn it is among those that take turns
     bool waiting_for_room = false; ///< the socket took no more: send on when it is writable
     bool watched_for_room = false; ///< kept by the loop: what the socket is watched for
     time_point next_send{};        ///< not before this
@@ -50,6 +54,8 @@ struct client_session {
     bool authenticated = false;
     bool admitted = false; ///< gets transmissions
     bool wants_uplinks = true;
+    std::vector<pager_owner> pager_owners; ///< whose pager lists it has shown to know
+    std::size_t changes = 0;               ///< entries that it has added to what services keep
 
     // Its end.
     time_point next_tick = never;
@@ -73,6 +79,9 @@ packet_taken session_take_packet(client_session& session, packet& taken);
 /// Puts a packet behind the assured ones. False, and nothing queued, when max_assured_packets wait
 /// or the client is being closed.
 bool session_queue(client_session& session, wire_bytes bytes);
+
+/// session_queue of the encoded packet.
+bool session_queue_packet(client_session& session, const packet& sent);
 
 /// Puts a transmission behind the others and drops the oldest beyond `limit`.
 void session_queue_transmission(client_session& session, wire_bytes bytes, std::size_t limit);

@@ -2,8 +2,11 @@
 #include "sim/feed.hpp"
 
 #include "sim/limits.hpp"
+#include "sim/read_transmission.hpp"
+#include "sim/reference_use.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace sim
 {
@@ -12,6 +15,9 @@ namespace
 
 constexpr std::time_t seconds_between_past_messages = 60;
 
+/// One of so many made-up messages is about an entry that was added, if there are any.
+constexpr std::size_t messages_for_a_feature = 3;
+
 std::size_t replay_limit(const server_options& options)
 {
     return std::min(options.replay_count, max_replay_count);
@@ -19,30 +25,32 @@ std::size_t replay_limit(const server_options& options)
 
 } // namespace
 
-feed::feed(const server_options& server) : options(server), generator(server.seed)
+feed::feed(const server_options& server, const reference_data& added)
+    : options(server), reference(added), generator(server.seed)
 {
     const std::time_t now = std::time(nullptr);
     for (std::size_t age = replay_limit(options); age > 0; --age) {
-        add(next_document(now - static_cast<std::time_t>(age) * seconds_between_past_messages));
+        next_at(now - static_cast<std::time_t>(age) * seconds_between_past_messages);
     }
 }
 
 std::optional<feed_item> feed::next()
 {
-    return add(next_document(std::time(nullptr)));
+    return next_at(std::time(nullptr));
 }
 
-std::optional<feed_item> feed::add(std::string_view xml)
+std::optional<feed_item> feed::add(const std::string& xml)
 {
-    const auto made = options.compressed ? compressed_transmission(xml) : plain_transmission(xml);
-    if (!made)
-        return std::nullopt;
-    const feed_item item{std::make_shared<std::string>(encode_packet(*made)), is_uplink(xml)};
-    latest.push_back(item);
-    while (latest.size() > replay_limit(options)) {
-        latest.pop_front();
-    }
-    return item;
+    return remember(xml, read_transmission(xml));
+}
+
+std::optional<feed_item> feed::add(transmission message)
+{
+    if (message.time == 0)
+        message.time = std::time(nullptr);
+    apply_reference(message, reference);
+    const std::string xml = transmission_xml(message);
+    return remember(xml, std::move(message));
 }
 
 const std::deque<feed_item>& feed::history() const
@@ -50,14 +58,46 @@ const std::deque<feed_item>& feed::history() const
     return latest;
 }
 
-std::string feed::next_document(std::time_t now)
+std::optional<feed_item> feed::next_at(std::time_t now)
 {
-    const auto& recorded = options.replay_documents;
-    if (recorded.empty())
-        return transmission_xml(generator.next(options.fixed_time.value_or(now)));
+    if (!options.replay_documents.empty())
+        return add(options.replay_documents[take_turn(options.replay_documents.size())]);
+    if (!options.replay_messages.empty())
+        return add(options.replay_messages[take_turn(options.replay_messages.size())]);
+    return add(next_generated(options.fixed_time.value_or(now)));
+}
+
+std::size_t feed::take_turn(std::size_t count)
+{
     const std::size_t index = next_recorded;
-    next_recorded = (next_recorded + 1) % recorded.size();
-    return recorded[index];
+    next_recorded = (next_recorded + 1) % count;
+    return index;
+}
+
+transmission feed::next_generated(std::time_t now)
+{
+    transmission message = generator.next(now);
+    ++since_featured;
+    if (since_featured >= messages_for_a_feature && !message.flight_number.empty()) {
+        feature_entry(message, reference, featured_so_far);
+        since_featured = 0;
+        ++featured_so_far;
+    }
+    return message;
+}
+
+std::optional<feed_item> feed::remember(const std::string& xml, transmission message)
+{
+    const auto made = options.compressed ? compressed_transmission(xml) : plain_transmission(xml);
+    if (!made)
+        return std::nullopt;
+    const feed_item item{std::make_shared<std::string>(encode_packet(*made)), is_uplink(xml),
+                         std::move(message)};
+    latest.push_back(item);
+    while (latest.size() > replay_limit(options)) {
+        latest.pop_front();
+    }
+    return item;
 }
 
 } // namespace sim

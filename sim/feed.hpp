@@ -5,12 +5,12 @@
 
 #include "sim/client_session.hpp"
 #include "sim/options.hpp"
+#include "sim/reference_data.hpp"
 #include "sim/traffic_generator.hpp"
 
 #include <deque>
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace sim
 {
@@ -19,30 +19,42 @@ namespace sim
 struct feed_item {
     wire_bytes bytes;
     bool uplink;
+    transmission message; ///< what its document says
 };
 
 class feed
 {
 public:
     /// With a replay count the feed begins with that many transmissions in its history, the latest
-    /// a minute old. `options` must outlive the feed.
-    explicit feed(const server_options& options);
+    /// a minute old. Both must outlive the feed; what is added to `reference` is used in the
+    /// messages that follow, other than whole documents.
+    feed(const server_options& options, const reference_data& reference);
 
     /// The next transmission of its own. Nothing when it does not fit a packet.
     std::optional<feed_item> next();
 
     /// Makes an item of a document and remembers it. Nothing when it does not fit a packet.
-    std::optional<feed_item> add(std::string_view xml);
+    std::optional<feed_item> add(const std::string& xml);
+
+    /// Completes a message by the reference data and, if it has no time, the clock, makes an item
+    /// of it and remembers it.
+    std::optional<feed_item> add(transmission message);
 
     /// The latest transmissions, oldest first; replay_count at most.
     const std::deque<feed_item>& history() const;
 
 private:
-    std::string next_document(std::time_t now);
+    std::optional<feed_item> next_at(std::time_t now);
+    std::size_t take_turn(std::size_t count);
+    transmission next_generated(std::time_t now);
+    std::optional<feed_item> remember(const std::string& xml, transmission message);
 
     const server_options& options;
+    const reference_data& reference;
     traffic_generator generator;
-    std::size_t next_recorded = 0; ///< index into the recorded documents
+    std::size_t next_recorded = 0;   ///< index into the recorded documents or messages
+    std::size_t since_featured = 0;  ///< messages since one was about an added entry
+    std::size_t featured_so_far = 0; ///< messages about added entries
     std::deque<feed_item> latest;
 };
 

@@ -3,16 +3,36 @@
 
 #include "sim/capabilities.hpp"
 #include "sim/packet.hpp"
+#include "sim/transmission.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace sim
 {
+
+/// How requests of reports are answered.
+enum class report_answer {
+    real,       ///< with a report, if there were messages on that day
+    busy,       ///< all report processes are busy, always
+    empty,      ///< there were no messages, always
+    corrupt,    ///< with data that cannot be decompressed
+    tight,      ///< with a size announced that leaves too little room to decompress
+    unfinished, ///< without the last piece
+};
+
+/// What is wrong with the answers of the directory.
+enum class directory_fault {
+    none,
+    silent,        ///< requests are never answered
+    endless,       ///< the last line is repeated for ever
+    no_header_end, ///< there is no blank line between header and body
+};
 
 struct server_options {
     // Where it listens.
@@ -45,9 +65,25 @@ struct server_options {
     std::uint64_t seed = 1;       ///< of the generated traffic
     std::size_t queue_limit = 64; ///< transmissions that wait for one client; the oldest go first
     std::vector<std::string> replay_documents = {}; ///< sent in turn instead of generated traffic
+    std::vector<transmission> replay_messages = {}; ///< the same, a time of 0 being the moment sent
     std::optional<std::time_t> fixed_time = {};     ///< date of generated traffic; none: the clock
     bool compressed = false;                        ///< transmissions go out compressed
     int tick_every_ms = 0;                          ///< 0: no ticks
+
+    // The directory of servers, over HTTP at the same address.
+    std::optional<std::uint16_t> directory_port = {}; ///< none: no directory; 0: any free one
+    std::optional<std::string> directory_text = {};   ///< its lines; none: this server alone
+    directory_fault directory_answers = directory_fault::none;
+    int directory_delay_ms = 0; ///< from a request to its answer
+
+    // What its services do, where the capabilities offer them.
+    report_answer reports = report_answer::real;
+    bool pager_blocked = false; ///< requests to change pager lists are put off
+
+    // Messages of receivers, one JSON object a line, passed on as they come.
+    std::optional<std::uint16_t> json_udp_port = {}; ///< none: no datagrams; 0: any free port
+    int json_stream_fd = -1; ///< something to wait for, as pipes are; stays the caller's; -1: none
+    std::function<void(const std::string&)> on_complaint = {}; ///< gets a line about broken input
 
     // How it ends.
     int close_after_ms = 0; ///< from a client's arrival; 0: never

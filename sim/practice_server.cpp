@@ -148,13 +148,41 @@ std::uint16_t practice_server::port() const
     return inside->core ? inside->core->port : std::uint16_t{0};
 }
 
+std::uint16_t practice_server::directory_port() const
+{
+    const std::lock_guard held{inside->lock};
+    return inside->core ? inside->core->directory.port : std::uint16_t{0};
+}
+
 bool practice_server::push_transmission(std::string_view xml)
 {
     const std::lock_guard held{inside->lock};
-    if (!inside->core || !core_transmit(*inside->core, xml))
+    if (!inside->core || !core_transmit(*inside->core, std::string{xml}))
         return false;
     inside->wake();
     return true;
+}
+
+std::size_t practice_server::push_json(std::string_view lines)
+{
+    const std::lock_guard held{inside->lock};
+    if (!inside->core)
+        return 0;
+    const std::size_t count = core_take_json(*inside->core, lines);
+    inside->wake();
+    return count;
+}
+
+std::uint16_t practice_server::json_port() const
+{
+    const std::lock_guard held{inside->lock};
+    return inside->core ? inside->core->json.udp_port : std::uint16_t{0};
+}
+
+std::size_t practice_server::broken_json_lines() const
+{
+    const std::lock_guard held{inside->lock};
+    return inside->core ? json_broken(inside->core->json) : 0;
 }
 
 std::size_t practice_server::push_packet(const packet& sent)
@@ -231,6 +259,31 @@ void practice_server::forget_packets()
 {
     const std::lock_guard held{inside->lock};
     inside->record.clear();
+}
+
+std::vector<reference_entry> practice_server::reference_entries() const
+{
+    const std::lock_guard held{inside->lock};
+    return inside->core ? inside->core->services.reference.entries()
+                        : std::vector<reference_entry>{};
+}
+
+std::vector<pager_entry> practice_server::pager_list(const std::string& address,
+                                                     std::uint16_t code) const
+{
+    const std::lock_guard held{inside->lock};
+    return inside->core ? inside->core->services.pagers.list({address, code})
+                        : std::vector<pager_entry>{};
+}
+
+std::optional<unsigned> practice_server::subscription_style(const std::string& address) const
+{
+    const std::lock_guard held{inside->lock};
+    if (!inside->core)
+        return std::nullopt;
+    const auto& subscriptions = inside->core->services.subscriptions;
+    const auto found = subscriptions.find(address);
+    return found == subscriptions.end() ? std::nullopt : std::optional{found->second};
 }
 
 } // namespace sim

@@ -5,6 +5,8 @@
 #pragma once
 
 #include "sim/options.hpp"
+#include "sim/pager_lists.hpp"
+#include "sim/reference_data.hpp"
 
 #include <chrono>
 #include <cstddef>
@@ -50,9 +52,22 @@ public:
     /// The port that the server listens on; 0 while it does not run.
     std::uint16_t port() const;
 
+    /// The port of its directory; 0 without one and while the server does not run.
+    std::uint16_t directory_port() const;
+
     /// Sends a document to all clients that get transmissions, after those that wait already, and
     /// keeps it for replaying. False when it does not fit a packet or the server does not run.
     bool push_transmission(std::string_view xml);
+
+    /// Takes lines of JSON as a datagram brings them. The number of transmissions that were made of
+    /// them; 0 when the server does not run.
+    std::size_t push_json(std::string_view lines);
+
+    /// The port that it takes datagrams of JSON on; 0 without one and while it does not run.
+    std::uint16_t json_port() const;
+
+    /// Broken lines of JSON since the start, those of recorded files not counted.
+    std::size_t broken_json_lines() const;
 
     /// Sends any packet to all clients, before the transmissions that wait. The number of clients
     /// that it was queued for; too long a payload is cut.
@@ -83,6 +98,15 @@ public:
 
     /// Empties the record.
     void forget_packets();
+
+    /// What clients have added to the reference data since the start, by kind and name.
+    std::vector<reference_entry> reference_entries() const;
+
+    /// A pager list, in the order in which its entries were added.
+    std::vector<pager_entry> pager_list(const std::string& address, std::uint16_t code) const;
+
+    /// The style of the reports that are mailed to `address`; nothing without a subscription.
+    std::optional<unsigned> subscription_style(const std::string& address) const;
 
 private:
     struct implementation;

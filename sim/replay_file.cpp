@@ -2,11 +2,9 @@
 #include "sim/replay_file.hpp"
 
 #include "sim/limits.hpp"
+#include "sim/whole_file.hpp"
 
-#include <cerrno>
-#include <cstdio>
-#include <memory>
-#include <system_error>
+#include <utility>
 
 namespace sim
 {
@@ -15,13 +13,6 @@ namespace
 
 constexpr std::string_view declaration_start = "<?xml";
 constexpr std::string_view white_space = " \t\r\n";
-
-struct file_closer {
-    void operator()(std::FILE* file) const noexcept
-    {
-        std::fclose(file);
-    }
-};
 
 /// Where the first line at or after `position` begins that begins a document; npos: nowhere.
 std::size_t next_document(std::string_view text, std::size_t position)
@@ -73,23 +64,10 @@ replay_documents split_documents(std::string_view text)
 
 replay_documents read_replay_file(const std::string& path)
 {
-    const auto system_error = [&path] {
-        return failed(path + ": " + std::generic_category().message(errno));
-    };
-    const std::unique_ptr<std::FILE, file_closer> file{std::fopen(path.c_str(), "re")};
-    if (!file)
-        return system_error();
-    std::string text;
-    char block[65536];
-    while (const std::size_t count = std::fread(block, 1, sizeof block, file.get())) {
-        text.append(block, count);
-        if (text.size() > max_replay_file_bytes)
-            return failed(path + ": larger than " + std::to_string(max_replay_file_bytes) +
-                          " bytes");
-    }
-    if (std::ferror(file.get()) != 0)
-        return system_error();
-    replay_documents result = split_documents(text);
+    whole_file file = read_whole_file(path, max_replay_file_bytes);
+    if (!file.error.empty())
+        return failed(std::move(file.error));
+    replay_documents result = split_documents(file.text);
     if (!result.error.empty())
         result.error = path + ": " + result.error;
     return result;

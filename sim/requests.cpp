@@ -3,6 +3,7 @@
 
 #include "net/md5.hpp"
 #include "sim/random_source.hpp"
+#include "sim/service_requests.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,11 +13,6 @@ namespace sim
 {
 namespace
 {
-
-void queue_packet(client_session& session, const packet& sent)
-{
-    session_queue(session, std::make_shared<std::string>(encode_packet(sent)));
-}
 
 /// Starts the transmissions, recent ones first, once a client has done all that is asked of it.
 void admit_client(server_core& core, client_session& session)
@@ -31,7 +27,7 @@ void admit_client(server_core& core, client_session& session)
     const auto count = std::count_if(recent.begin(), recent.end(), is_wanted);
     if (count == 0)
         return;
-    queue_packet(session, replay_announcement_packet(static_cast<std::uint32_t>(count)));
+    session_queue_packet(session, replay_announcement_packet(static_cast<std::uint32_t>(count)));
     // Announced means promised: among the assured packets newer transmissions cannot push them out.
     for (const auto& item : recent) {
         if (is_wanted(item))
@@ -90,9 +86,9 @@ void on_password_digest(server_core& core, client_session& session, const packet
     const bool right = !core.options.password || received.payload == digest;
     session.authenticated = session.authenticated || right;
     if (right) {
-        queue_packet(session, {.kind = kind::password_accepted, .payload = "OK"});
+        session_queue_packet(session, {.kind = kind::password_accepted, .payload = "OK"});
     } else {
-        queue_packet(session, {.kind = kind::password_refused, .payload = "NO"});
+        session_queue_packet(session, {.kind = kind::password_refused, .payload = "NO"});
     }
     admit_client(core, session);
 }
@@ -105,9 +101,9 @@ void on_identification(server_core& core, client_session& session, const packet&
     session.identified =
         known.empty() || std::find(known.begin(), known.end(), received.payload) != known.end();
     if (session.identified) {
-        queue_packet(session, {.kind = kind::identification_accepted, .payload = "OK"});
+        session_queue_packet(session, {.kind = kind::identification_accepted, .payload = "OK"});
     } else {
-        queue_packet(session, {.kind = kind::identification_refused, .payload = "NO"});
+        session_queue_packet(session, {.kind = kind::identification_refused, .payload = "NO"});
     }
     admit_client(core, session);
 }
@@ -143,14 +139,14 @@ void welcome_client(server_core& core, client_session& session)
     const server_options& options = core.options;
     session.identified = !options.ask_identification;
     session.authenticated = !options.password;
-    queue_packet(session, capabilities_packet(core));
+    session_queue_packet(session, capabilities_packet(core));
     if (options.ask_identification)
-        queue_packet(session, {.kind = kind::identification, .payload = "?"});
+        session_queue_packet(session, {.kind = kind::identification, .payload = "?"});
     for (const packet& greeting : options.greetings) {
-        queue_packet(session, greeting);
+        session_queue_packet(session, greeting);
     }
     if (options.send_uptime)
-        queue_packet(session, uptime_packet(core));
+        session_queue_packet(session, uptime_packet(core));
     admit_client(core, session);
 }
 
@@ -159,8 +155,11 @@ void answer_packet(server_core& core, client_session& session, const packet& rec
     const auto* const found =
         std::find_if(std::begin(client_requests), std::end(client_requests),
                      [&](const client_request& row) { return row.number == received.kind; });
-    if (found != std::end(client_requests))
+    if (found != std::end(client_requests)) {
         found->handle(core, session, received);
+    } else {
+        answer_service_request(core, session, received);
+    }
 }
 
 } // namespace sim

@@ -3,15 +3,16 @@
 
 #include "sim/limits.hpp"
 #include "sim/requests.hpp"
+#include "sim/service_requests.hpp"
+#include "sim/sockets.hpp"
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <cerrno>
+#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <system_error>
 
 namespace sim
 {
@@ -19,43 +20,6 @@ namespace
 {
 
 using std::chrono::milliseconds;
-
-std::string system_text(const std::string& what)
-{
-    return what + ": " + std::generic_category().message(errno);
-}
-
-bool watch(const server_core& core, int operation, int fd, std::uint32_t events)
-{
-    epoll_event event{};
-    event.events = events;
-    event.data.fd = fd;
-    return epoll_ctl(core.epoll.get(), operation, fd, &event) == 0;
-}
-
-std::string open_listener(server_core& core)
-{
-    const server_options& options = core.options;
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(options.port);
-    if (inet_pton(AF_INET, options.bind_address.c_str(), &address.sin_addr) != 1)
-        return options.bind_address + ": not an IPv4 address";
-
-    const std::string where = options.bind_address + ":" + std::to_string(options.port);
-    core.listener = unique_fd{socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)};
-    const int on = 1;
-    socklen_t size = sizeof address;
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    if (!core.listener ||
-        setsockopt(core.listener.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) != 0 ||
-        bind(core.listener.get(), generic, size) != 0 ||
-        listen(core.listener.get(), SOMAXCONN) != 0 ||
-        getsockname(core.listener.get(), generic, &size) != 0)
-        return system_text("cannot listen on " + where);
-    core.port = ntohs(address.sin_port);
-    return {};
-}
 
 time_point after_ms(time_point now, int ms)
 {
@@ -76,7 +40,7 @@ void add_client(server_core& core, int fd, time_point now)
     client_session& session =
         core.sessions.try_emplace(fd, fd, core.clients_so_far + 1).first->second;
     ++core.clients_so_far;
-    session.gone = !watch(core, EPOLL_CTL_ADD, fd, EPOLLIN);
+    session.gone = !watch(core.epoll.get(), EPOLL_CTL_ADD, fd, EPOLLIN);
     session.next_tick = after_ms(now, core.options.tick_every_ms);
     session.close_at = after_ms(now, core.options.close_after_ms);
     welcome_client(core, session);
@@ -85,7 +49,7 @@ void add_client(server_core& core, int fd, time_point now)
 /// Without a free descriptor the waiting client would wake the loop again and again.
 void rest_accepting(server_core& core, time_point now)
 {
-    watch(core, EPOLL_CTL_MOD, core.listener.get(), 0);
+    watch(core.epoll.get(), EPOLL_CTL_MOD, core.listener.get(), 0);
     core.accept_again_at = now + milliseconds{accept_retry_ms};
 }
 
@@ -142,17 +106,40 @@ void serve_session(server_core& core, client_session& session, time_point now)
     session_send(session, now, milliseconds{core.options.pace_ms});
     if (!session.gone && session.waiting_for_room != session.watched_for_room) {
         session.watched_for_room = session.waiting_for_room;
-        watch(core, EPOLL_CTL_MOD, session.socket.get(),
+        watch(core.epoll.get(), EPOLL_CTL_MOD, session.socket.get(),
               session.waiting_for_room ? EPOLLIN | EPOLLOUT : EPOLLIN);
     }
 }
 
-void queue_for_admitted(server_core& core, const feed_item& item)
+void archive(server_core& core, const feed_item& item)
 {
+    if (offers_reports(core.options.capabilities))
+        core.services.archive.add(item.message, std::time(nullptr), core.services.reference);
+}
+
+/// Queues an item for every admitted client, and a notice behind it where a pager list asks for it.
+void pass_on(server_core& core, const feed_item& item)
+{
+    archive(core, item);
     for (auto& [fd, session] : core.sessions) {
-        if (session.admitted && (session.wants_uplinks || !item.uplink))
+        if (!session.admitted)
+            continue;
+        if (session.wants_uplinks || !item.uplink)
             session_queue_transmission(session, item.bytes, core.options.queue_limit);
+        if (const auto notice = pager_notice(core, session, item.message))
+            session_queue_transmission(session,
+                                       std::make_shared<std::string>(encode_packet(*notice)),
+                                       core.options.queue_limit);
     }
+}
+
+std::size_t pass_on_all(server_core& core, std::vector<transmission> received)
+{
+    for (transmission& message : received) {
+        if (const auto item = core.messages.add(std::move(message)))
+            pass_on(core, *item);
+    }
+    return received.size();
 }
 
 void generate_transmissions(server_core& core, time_point now)
@@ -161,7 +148,7 @@ void generate_transmissions(server_core& core, time_point now)
     for (int i = 0; i < max_transmissions_a_turn && now >= core.next_transmission; ++i) {
         core.next_transmission += interval;
         if (const auto item = core.messages.next())
-            queue_for_admitted(core, *item);
+            pass_on(core, *item);
     }
     // What a stalled machine has missed is not made up for.
     core.next_transmission = std::max(core.next_transmission, now);
@@ -170,30 +157,42 @@ void generate_transmissions(server_core& core, time_point now)
 } // namespace
 
 server_core::server_core(const server_options& chosen)
-    : options(chosen), messages(chosen),
-      tick(std::make_shared<std::string>(encode_packet({.kind = kind::tick, .payload = "^"})))
+    : options(chosen), messages(chosen, services.reference),
+      tick(std::make_shared<std::string>(encode_packet({.kind = kind::tick, .payload = "^"}))),
+      json(chosen)
 {
 }
 
 std::string core_open(server_core& core)
 {
-    std::string error = open_listener(core);
+    core.port = core.options.port;
+    std::string error = open_tcp_listener(core.options.bind_address, core.listener, core.port);
     if (!error.empty())
         return error;
     core.epoll = unique_fd{epoll_create1(EPOLL_CLOEXEC)};
     core.wake = unique_fd{eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)};
-    if (!core.epoll || !core.wake || !watch(core, EPOLL_CTL_ADD, core.listener.get(), EPOLLIN) ||
-        !watch(core, EPOLL_CTL_ADD, core.wake.get(), EPOLLIN))
+    if (!core.epoll || !core.wake ||
+        !watch(core.epoll.get(), EPOLL_CTL_ADD, core.listener.get(), EPOLLIN) ||
+        !watch(core.epoll.get(), EPOLL_CTL_ADD, core.wake.get(), EPOLLIN))
         return system_text("cannot wait for events");
+    error = directory_open(core.directory, core.options, core.epoll.get(), core.port);
+    if (error.empty())
+        error = json_open(core.json, core.options, core.epoll.get());
+    if (!error.empty())
+        return error;
     core.started_at = steady_clock::now();
     if (core.options.rate_a_minute > 0)
         core.next_transmission = core.started_at + transmission_interval(core.options);
+    for (const auto& item : core.messages.history()) {
+        archive(core, item);
+    }
     return {};
 }
 
 int core_wait_ms(const server_core& core, time_point now)
 {
-    time_point next = std::min(core.next_transmission, core.accept_again_at);
+    time_point next = std::min(
+        {core.next_transmission, core.accept_again_at, directory_next_time(core.directory)});
     for (const auto& [fd, session] : core.sessions) {
         next = std::min({next, session_send_time(session), session.next_tick, session.close_at,
                          session.drop_at});
@@ -216,6 +215,8 @@ void core_on_event(server_core& core, int fd)
     } else if (const auto found = core.sessions.find(fd); found != core.sessions.end()) {
         found->second.waiting_for_room = false;
         receive_from(core, found->second);
+    } else if (!directory_on_event(core.directory, core.options, core.epoll.get(), fd)) {
+        pass_on_all(core, json_on_event(core.json, core.epoll.get(), fd));
     }
 }
 
@@ -223,22 +224,30 @@ void core_on_time(server_core& core, time_point now)
 {
     if (now >= core.accept_again_at) {
         core.accept_again_at = never;
-        watch(core, EPOLL_CTL_MOD, core.listener.get(), EPOLLIN);
+        watch(core.epoll.get(), EPOLL_CTL_MOD, core.listener.get(), EPOLLIN);
     }
     if (now >= core.next_transmission)
         generate_transmissions(core, now);
     for (auto& [fd, session] : core.sessions) {
         serve_session(core, session, now);
     }
+    directory_on_time(core.directory, core.epoll.get(), now);
     std::erase_if(core.sessions, [](const auto& entry) { return entry.second.gone; });
 }
 
-bool core_transmit(server_core& core, std::string_view xml)
+bool core_transmit(server_core& core, const std::string& xml)
 {
     const auto item = core.messages.add(xml);
     if (item)
-        queue_for_admitted(core, *item);
+        pass_on(core, *item);
     return item.has_value();
+}
+
+std::size_t core_take_json(server_core& core, std::string_view line)
+{
+    json_lines& lines = core.json.pushed_lines;
+    const std::size_t count = pass_on_all(core, lines.take(line));
+    return count + pass_on_all(core, lines.take_rest());
 }
 
 std::size_t core_broadcast(server_core& core, const packet& sent)

@@ -5,8 +5,11 @@
 #pragma once
 
 #include "sim/client_session.hpp"
+#include "sim/directory.hpp"
 #include "sim/feed.hpp"
+#include "sim/json_input.hpp"
 #include "sim/options.hpp"
+#include "sim/services.hpp"
 
 #include <functional>
 #include <map>
@@ -28,8 +31,11 @@ struct server_core {
 
     std::map<int, client_session> sessions; ///< by descriptor
     std::uint64_t clients_so_far = 0;
-    feed messages;
+    service_state services;
+    feed messages; ///< uses what the services keep
     wire_bytes tick;
+    directory_service directory;
+    json_input json;
 
     time_point started_at;
     time_point next_transmission = never;
@@ -49,7 +55,10 @@ void core_on_event(server_core& core, int fd);
 void core_on_time(server_core& core, time_point now);
 
 /// Queues a document for every admitted client. False when it does not fit a packet.
-bool core_transmit(server_core& core, std::string_view xml);
+bool core_transmit(server_core& core, const std::string& xml);
+
+/// Queues the messages of a line of JSON for every admitted client. Their number.
+std::size_t core_take_json(server_core& core, std::string_view line);
 
 /// Queues a packet for every client, admitted or not. The number of clients it was queued for.
 std::size_t core_broadcast(server_core& core, const packet& sent);

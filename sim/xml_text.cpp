@@ -8,20 +8,26 @@ namespace sim
 namespace
 {
 
+// What stands for characters that would be taken for markup or for a template's own.
+constexpr char less_than_stand_in = '(';
+constexpr char greater_than_stand_in = ')';
+constexpr char percent_stand_in = '/';
+constexpr char control_stand_in = ' ';
+
 char carried(char c)
 {
     const auto byte = static_cast<unsigned char>(c);
     switch (c) {
     case '<':
-        return '(';
+        return less_than_stand_in;
     case '>':
-        return ')';
+        return greater_than_stand_in;
     case '%':
-        return '/';
+        return percent_stand_in;
     case '\n':
         return c;
     default:
-        return byte < 0x20 || (byte >= 0x7F && byte < 0xA0) ? ' ' : c;
+        return byte < 0x20 || (byte >= 0x7F && byte < 0xA0) ? control_stand_in : c;
     }
 }
 

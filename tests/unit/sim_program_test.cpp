@@ -1,121 +1,16 @@
 // sim_program_test.cpp - tovriksim as a program: its line, its statuses, its options.
+#include "sim_program.hpp"
 #include "sim_raw_client.hpp"
 
 #include "data/xml.hpp"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
 #include <string>
-#include <sys/wait.h>
 #include <vector>
 
 namespace
 {
-
-/// One run of the program. What it prints is read here, what it complains of too.
-class sim_program
-{
-public:
-    explicit sim_program(std::vector<std::string> options)
-    {
-        int out[2] = {-1, -1};
-        int errors[2] = {-1, -1};
-        EXPECT_EQ(pipe2(out, O_CLOEXEC), 0);
-        EXPECT_EQ(pipe2(errors, O_CLOEXEC), 0);
-        options.insert(options.begin(), TOVRIKSIM_BINARY);
-        std::vector<char*> arguments;
-        for (std::string& option : options)
-            arguments.push_back(option.data());
-        arguments.push_back(nullptr);
-        pid = fork();
-        if (pid == 0) {
-            dup2(out[1], STDOUT_FILENO);
-            dup2(errors[1], STDERR_FILENO);
-            execv(arguments[0], arguments.data());
-            _exit(127);
-        }
-        close(out[1]);
-        close(errors[1]);
-        out_fd = out[0];
-        error_fd = errors[0];
-    }
-    sim_program(const sim_program&) = delete;
-    sim_program& operator=(const sim_program&) = delete;
-    ~sim_program()
-    {
-        if (pid > 0) {
-            kill(pid, SIGKILL);
-            status();
-        }
-        close(out_fd);
-        close(error_fd);
-    }
-
-    /// The first line of standard output, without its line feed.
-    std::string line() const
-    {
-        std::string text;
-        char c = 0;
-        while (wait_for_socket(out_fd, POLLIN, default_patience) && read(out_fd, &c, 1) == 1 &&
-               c != '\n')
-            text += c;
-        return text;
-    }
-
-    /// The port that the ready line names; 0 when there is none.
-    std::uint16_t port() const
-    {
-        const std::string ready = line();
-        const std::string start = "tovriksim: listening on 127.0.0.1:";
-        EXPECT_TRUE(ready.starts_with(start)) << ready;
-        return static_cast<std::uint16_t>(
-            std::atoi(ready.substr(std::min(start.size(), ready.size())).c_str()));
-    }
-
-    std::string complaint() const
-    {
-        return all_of(error_fd);
-    }
-
-    std::string rest() const
-    {
-        return all_of(out_fd);
-    }
-
-    void send_signal(int number) const
-    {
-        kill(pid, number);
-    }
-
-    /// Waits for the end. The exit status, or minus the signal.
-    int status()
-    {
-        int how = 0;
-        waitpid(std::exchange(pid, -1), &how, 0);
-        return WIFEXITED(how) ? WEXITSTATUS(how) : -WTERMSIG(how);
-    }
-
-private:
-    static std::string all_of(int fd)
-    {
-        std::string text;
-        char block[4096];
-        while (wait_for_socket(fd, POLLIN, default_patience)) {
-            const ssize_t count = read(fd, block, sizeof block);
-            if (count <= 0)
-                break;
-            text.append(block, static_cast<std::size_t>(count));
-        }
-        return text;
-    }
-
-    pid_t pid = -1;
-    int out_fd = -1;
-    int error_fd = -1;
-};
 
 TEST(sim_program, says_where_it_listens_and_ends_well_by_signal)
 {
@@ -136,10 +31,18 @@ TEST(sim_program, tells_help_and_succeeds)
 {
     sim_program program{{"--help"}};
     const std::string help = program.rest();
-    for (const char* option :
-         {"--port", "--bind", "--rate", "--seed", "--compressed", "--replay", "--name", "--uuid",
-          "--password", "--identify", "--banner", "--ticks", "--uptime", "--announce-replay",
-          "--close-after", "--close-kind", "--pace-ms", "<?xml"})
+    for (const char* option : {"--port",          "--bind",
+                               "--rate",          "--seed",
+                               "--compressed",    "--replay",
+                               "--name",          "--uuid",
+                               "--password",      "--identify",
+                               "--banner",        "--ticks",
+                               "--uptime",        "--announce-replay",
+                               "--close-after",   "--close-kind",
+                               "--pace-ms",       "--report-answer",
+                               "--pager-blocked", "--http-port",
+                               "--directory",     "--json-udp",
+                               "--json-file",     "<?xml"})
         EXPECT_NE(help.find(option), std::string::npos) << option;
     EXPECT_EQ(program.status(), 0);
 }
@@ -164,6 +67,11 @@ TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
         {"--known-client"},
         {"--announce-replay", "1001"},
         {"--uuid", std::string(201, 'x')},
+        {"--report-answer", "perhaps"},
+        {"--http-port", "65536"},
+        {"--directory", "file"},
+        {"--json-udp", "-1"},
+        {"--json-file", "-", "--replay", "file"},
     };
     for (const auto& options : cases) {
         sim_program program{options};

@@ -107,6 +107,19 @@ TEST(sim_session, lets_ticks_and_transmissions_take_turns)
     EXPECT_EQ(order, "t1t2t3");
 }
 
+TEST(sim_session, lets_a_report_take_its_turn)
+{
+    pair_of_ends ends;
+    auto& session = *ends.session;
+    for (const char* text : {"1", "2", "3"})
+        session_queue_transmission(session, bytes_of(text), 10);
+    for (const char* text : {"a", "b", "c", "d"})
+        session.report.push_back(bytes_of(text));
+    session.tick = bytes_of("t");
+    session_send(session, start, 0ms);
+    EXPECT_EQ(ends.arrived(), "ta1b2c3d");
+}
+
 TEST(sim_session, keeps_packets_whole_when_the_socket_is_full)
 {
     pair_of_ends ends;

@@ -1,0 +1,155 @@
+// carried_text.cpp - see carried_text.hpp.
+#include "sim/carried_text.hpp"
+
+#include "sim/limits.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+namespace sim
+{
+namespace
+{
+
+constexpr char32_t broken = 0xFFFFFFFF;
+constexpr char control_stand_in = ' ';
+constexpr char unknown_stand_in = '?';
+
+struct stand_in {
+    char32_t character;
+    const char* text;
+};
+
+constexpr stand_in typographic_marks[] = {
+    {0x2010, "-"},   {0x2011, "-"},  {0x2012, "-"},   {0x2013, "-"},  {0x2014, "-"},
+    {0x2018, "'"},   {0x2019, "'"},  {0x201A, ","},   {0x201C, "\""}, {0x201D, "\""},
+    {0x201E, "\""},  {0x2022, "*"},  {0x2026, "..."}, {0x2032, "'"},  {0x2033, "\""},
+    {0x20AC, "EUR"}, {0x2190, "<-"}, {0x2192, "->"},  {0x2212, "-"},
+};
+
+unsigned char byte_at(std::string_view text, std::size_t position)
+{
+    return static_cast<unsigned char>(text[position]);
+}
+
+/// Bytes that a character beginning with `first` takes; 0: none begins like this.
+std::size_t sequence_length(unsigned char first)
+{
+    if (first < 0x80)
+        return 1;
+    if (first >= 0xC2 && first < 0xE0)
+        return 2;
+    if (first >= 0xE0 && first < 0xF0)
+        return 3;
+    return first >= 0xF0 && first < 0xF5 ? 4 : 0;
+}
+
+/// The character at `position`, which moves behind it; broken, and not moved, when it is none.
+char32_t next_character(std::string_view utf8, std::size_t& position)
+{
+    constexpr char32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
+    const unsigned char first = byte_at(utf8, position);
+    const std::size_t length = sequence_length(first);
+    if (length == 0 || position + length > utf8.size())
+        return broken;
+    char32_t character = length == 1 ? first : first & (0xFFU >> (length + 1));
+    for (std::size_t i = 1; i < length; ++i) {
+        const unsigned char byte = byte_at(utf8, position + i);
+        if ((byte & 0xC0U) != 0x80)
+            return broken;
+        character = character << 6 | (byte & 0x3FU);
+    }
+    if (character < least[length] || character > 0x10FFFF ||
+        (character >= 0xD800 && character < 0xE000))
+        return broken;
+    position += length;
+    return character;
+}
+
+bool is_utf8(std::string_view bytes)
+{
+    for (std::size_t at = 0; at < bytes.size();) {
+        if (next_character(bytes, at) == broken)
+            return false;
+    }
+    return true;
+}
+
+void append_latin1(std::string& text, char32_t character)
+{
+    if (character == '\n') {
+        text += '\n';
+    } else if (character < 0x20 || (character >= 0x7F && character < 0xA0)) {
+        text += control_stand_in;
+    } else if (character <= 0xFF) {
+        text += static_cast<char>(character);
+    } else {
+        const auto* const found =
+            std::find_if(std::begin(typographic_marks), std::end(typographic_marks),
+                         [character](const stand_in& row) { return row.character == character; });
+        if (found != std::end(typographic_marks)) {
+            text += found->text;
+        } else {
+            text += unknown_stand_in;
+        }
+    }
+}
+
+} // namespace
+
+std::string as_utf8(std::string_view bytes)
+{
+    if (is_utf8(bytes))
+        return std::string{bytes};
+    std::string utf8;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80) {
+            utf8 += c;
+        } else {
+            utf8 += static_cast<char>(0xC0U | byte >> 6);
+            utf8 += static_cast<char>(0x80U | (byte & 0x3FU));
+        }
+    }
+    return utf8;
+}
+
+std::string latin1_text(std::string_view utf8)
+{
+    std::string text;
+    for (std::size_t at = 0; at < utf8.size();) {
+        if (utf8[at] == '\r') {
+            // A pair of carriage return and line feed ends one line, not two.
+            ++at;
+            if (at == utf8.size() || utf8[at] != '\n')
+                text += '\n';
+            continue;
+        }
+        const char32_t character = next_character(utf8, at);
+        if (character == broken) {
+            text += unknown_stand_in;
+            ++at;
+        } else {
+            append_latin1(text, character);
+        }
+    }
+    return text;
+}
+
+std::vector<std::string> content_parts(std::string_view content)
+{
+    content = content.substr(0, content.find_last_not_of('\n') + 1);
+    std::vector<std::string> parts;
+    while (content.size() > max_value_bytes) {
+        const auto line_end = content.rfind('\n', max_value_bytes);
+        const bool at_line = line_end != std::string_view::npos && line_end > 0;
+        const std::size_t length = at_line ? line_end : max_value_bytes;
+        parts.emplace_back(content.substr(0, length));
+        content.remove_prefix(at_line ? length + 1 : length);
+    }
+    parts.emplace_back(content);
+    return parts;
+}
+
+} // namespace sim

@@ -1,0 +1,206 @@
+// directory.cpp - see directory.hpp.
+#include "sim/directory.hpp"
+
+#include "sim/directory_answer.hpp"
+#include "sim/limits.hpp"
+#include "sim/sockets.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+
+namespace sim
+{
+namespace
+{
+
+using std::chrono::milliseconds;
+
+/// So many bytes at least are sent before an endless answer begins again.
+constexpr std::size_t endless_part_bytes = 65536;
+
+/// Without a free descriptor the waiting client would wake the loop again and again.
+void rest_accepting(directory_service& directory, int epoll_fd)
+{
+    watch(epoll_fd, EPOLL_CTL_MOD, directory.listener.get(), 0);
+    directory.accept_again_at = steady_clock::now() + milliseconds{accept_retry_ms};
+}
+
+void accept_connections(directory_service& directory, int epoll_fd)
+{
+    for (std::size_t i = 0; i < max_directory_connections; ++i) {
+        const int fd =
+            accept4(directory.listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        if (fd < 0) {
+            if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
+                rest_accepting(directory, epoll_fd);
+            return;
+        }
+        directory_connection connection{.socket = unique_fd{fd}};
+        connection.end_at = steady_clock::now() + milliseconds{directory_ms};
+        if (directory.connections.size() < max_directory_connections &&
+            watch(epoll_fd, EPOLL_CTL_ADD, fd, EPOLLIN))
+            directory.connections.try_emplace(fd, std::move(connection));
+    }
+}
+
+bool is_finished(const directory_connection& connection)
+{
+    return connection.sent_bytes == connection.answer.size() && connection.repeat_from == 0;
+}
+
+/// What is worth waking up for: input until it ends, room while there is something to send.
+void watch_connection(const directory_connection& connection, int epoll_fd)
+{
+    std::uint32_t events = 0;
+    if (!connection.input_ended)
+        events |= EPOLLIN;
+    if (connection.answering && !is_finished(connection))
+        events |= EPOLLOUT;
+    watch(epoll_fd, EPOLL_CTL_MOD, connection.socket.get(), events);
+}
+
+void make_endless(directory_connection& connection, std::size_t body_bytes)
+{
+    connection.repeat_from = connection.answer.size() - body_bytes;
+    const std::string part =
+        body_bytes > 0 ? connection.answer.substr(connection.repeat_from) : std::string{"\n"};
+    while (connection.answer.size() < connection.repeat_from + endless_part_bytes) {
+        connection.answer += part;
+    }
+    connection.end_at = never;
+}
+
+void choose_answer(const directory_service& directory, const server_options& options,
+                   directory_connection& connection)
+{
+    const directory_fault fault = options.directory_answers;
+    connection.answer = directory_answer(connection.request, directory.body, fault);
+    connection.answer_at = steady_clock::now() + milliseconds{options.directory_delay_ms};
+    // Once more the whole time for taking what may be a long answer.
+    connection.end_at = connection.answer_at + milliseconds{directory_ms};
+    if (fault == directory_fault::endless && connection.answer.ends_with(directory.body))
+        make_endless(connection, directory.body.size());
+    if (fault == directory_fault::silent)
+        connection.answer_at = connection.end_at = never;
+}
+
+/// Reads what there is: the request, and nothing of interest behind it.
+void receive(const directory_service& directory, const server_options& options,
+             directory_connection& connection)
+{
+    char block[4096];
+    const ssize_t count = recv(connection.socket.get(), block, sizeof block, MSG_DONTWAIT);
+    if (count < 0) {
+        connection.gone = errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK;
+        return;
+    }
+    connection.input_ended = count == 0;
+    // Who has said all may still listen.
+    connection.gone = count == 0 && (connection.answer.empty() ||
+                                     (connection.answering && is_finished(connection)) ||
+                                     options.directory_answers == directory_fault::silent);
+    if (!connection.answer.empty())
+        return;
+    connection.request.append(block, static_cast<std::size_t>(count));
+    if (is_request_complete(connection.request) ||
+        connection.request.size() > max_directory_request_bytes)
+        choose_answer(directory, options, connection);
+}
+
+/// Sends on with the answer for one turn, as far as there is room.
+void send_answer(directory_connection& connection)
+{
+    connection.answering = true;
+    connection.answer_at = never;
+    for (int i = 0; i < max_directory_sends_a_turn && !is_finished(connection); ++i) {
+        if (connection.sent_bytes == connection.answer.size())
+            connection.sent_bytes = connection.repeat_from;
+        const ssize_t count =
+            send(connection.socket.get(), connection.answer.data() + connection.sent_bytes,
+                 connection.answer.size() - connection.sent_bytes, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count >= 0) {
+            connection.sent_bytes += static_cast<std::size_t>(count);
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            return;
+        } else if (errno != EINTR) {
+            connection.gone = true;
+            return;
+        }
+    }
+    // What the client has not read yet must not be lost: hanging up is left to it, if it still can.
+    if (is_finished(connection)) {
+        shutdown(connection.socket.get(), SHUT_WR);
+        connection.gone = connection.input_ended;
+    }
+}
+
+} // namespace
+
+std::string directory_open(directory_service& directory, const server_options& options,
+                           int epoll_fd, std::uint16_t server_port)
+{
+    if (!options.directory_port)
+        return {};
+    directory.port = *options.directory_port;
+    std::string error = open_tcp_listener(options.bind_address, directory.listener, directory.port);
+    if (!error.empty())
+        return error;
+    if (!watch(epoll_fd, EPOLL_CTL_ADD, directory.listener.get(), EPOLLIN))
+        return system_text("cannot wait for events");
+    directory.body =
+        options.directory_text ? *options.directory_text : own_directory_line(options, server_port);
+    return {};
+}
+
+bool directory_on_event(directory_service& directory, const server_options& options, int epoll_fd,
+                        int fd)
+{
+    if (directory.port == 0)
+        return false;
+    if (fd == directory.listener.get()) {
+        accept_connections(directory, epoll_fd);
+        return true;
+    }
+    const auto found = directory.connections.find(fd);
+    if (found == directory.connections.end())
+        return false;
+    directory_connection& connection = found->second;
+    if (!connection.input_ended) {
+        receive(directory, options, connection);
+    } else if (!connection.answering) {
+        connection.gone = true; // nothing was watched for: the other end has gone altogether
+    }
+    if (!connection.gone && connection.answering && !is_finished(connection))
+        send_answer(connection);
+    watch_connection(connection, epoll_fd);
+    return true;
+}
+
+void directory_on_time(directory_service& directory, int epoll_fd, time_point now)
+{
+    if (now >= directory.accept_again_at) {
+        directory.accept_again_at = never;
+        watch(epoll_fd, EPOLL_CTL_MOD, directory.listener.get(), EPOLLIN);
+    }
+    for (auto& [fd, connection] : directory.connections) {
+        connection.gone = connection.gone || now >= connection.end_at;
+        if (connection.gone || now < connection.answer_at)
+            continue;
+        send_answer(connection);
+        watch_connection(connection, epoll_fd);
+    }
+    std::erase_if(directory.connections, [](const auto& entry) { return entry.second.gone; });
+}
+
+time_point directory_next_time(const directory_service& directory)
+{
+    time_point next = directory.accept_again_at;
+    for (const auto& [fd, connection] : directory.connections) {
+        next = std::min({next, connection.end_at, connection.answer_at});
+    }
+    return next;
+}
+
+} // namespace sim

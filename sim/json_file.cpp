@@ -1,0 +1,75 @@
+// json_file.cpp - see json_file.hpp.
+#include "sim/json_file.hpp"
+
+#include "sim/limits.hpp"
+#include "sim/sockets.hpp"
+#include "sim/whole_file.hpp"
+
+#include <fcntl.h>
+#include <iterator>
+#include <sys/stat.h>
+#include <utility>
+
+namespace sim
+{
+namespace
+{
+
+/// A named pipe is opened for writing too: so it need not have a writer yet, and does not end when
+/// one leaves.
+int opening_flags(const std::string& path)
+{
+    struct stat about {
+    };
+    const bool pipe = stat(path.c_str(), &about) == 0 && S_ISFIFO(about.st_mode);
+    return (pipe ? O_RDWR : O_RDONLY) | O_CLOEXEC;
+}
+
+unique_fd open_or_share(const std::string& path)
+{
+    return unique_fd{path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                 : open(path.c_str(), opening_flags(path))};
+}
+
+/// Whether something more may come, which can be waited for.
+bool is_live(int fd)
+{
+    struct stat about {
+    };
+    return fstat(fd, &about) == 0 &&
+           (S_ISFIFO(about.st_mode) || S_ISSOCK(about.st_mode) || isatty(fd) != 0);
+}
+
+json_file read_messages(unique_fd fd, const std::string& path, json_lines::complaint_taker complain)
+{
+    const unique_file stream{fdopen(fd.get(), "r")};
+    if (!stream)
+        return {{}, unique_fd{}, system_text(path)};
+    fd.release();
+    whole_file file = read_whole_stream(stream.get(), path, max_json_file_bytes);
+    json_file result;
+    result.error = std::move(file.error);
+    if (!result.error.empty())
+        return result;
+    json_lines lines{std::move(complain)};
+    result.messages = lines.take(file.text);
+    auto rest = lines.take_rest();
+    std::move(rest.begin(), rest.end(), std::back_inserter(result.messages));
+    if (result.messages.empty())
+        result.error = path + ": holds no message";
+    return result;
+}
+
+} // namespace
+
+json_file open_json_file(const std::string& path, json_lines::complaint_taker complain)
+{
+    unique_fd fd = open_or_share(path);
+    if (!fd)
+        return {{}, unique_fd{}, system_text(path)};
+    if (is_live(fd.get()))
+        return {{}, std::move(fd), {}};
+    return read_messages(std::move(fd), path, std::move(complain));
+}
+
+} // namespace sim

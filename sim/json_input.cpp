@@ -1,0 +1,93 @@
+// json_input.cpp - see json_input.hpp.
+#include "sim/json_input.hpp"
+
+#include "sim/limits.hpp"
+#include "sim/sockets.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace sim
+{
+namespace
+{
+
+void append(std::vector<transmission>& messages, std::vector<transmission> more)
+{
+    std::move(more.begin(), more.end(), std::back_inserter(messages));
+}
+
+/// A datagram ends its last line, whether a line feed does or not.
+std::vector<transmission> read_datagrams(json_input& input)
+{
+    std::vector<transmission> messages;
+    std::string block(max_json_line_bytes, '\0');
+    for (int i = 0; i < max_datagrams_a_turn; ++i) {
+        const ssize_t count =
+            recv(input.udp_socket.get(), block.data(), block.size(), MSG_DONTWAIT);
+        if (count < 0)
+            break;
+        append(messages, input.datagram_lines.take(
+                             std::string_view{block}.substr(0, static_cast<std::size_t>(count))));
+        append(messages, input.datagram_lines.take_rest());
+    }
+    return messages;
+}
+
+std::vector<transmission> read_stream(json_input& input, int epoll_fd)
+{
+    char block[16384];
+    // It is ready, so that this does not wait, though the descriptor may be one that would.
+    const ssize_t count = read(input.stream_fd, block, sizeof block);
+    if (count > 0)
+        return input.stream_lines.take({block, static_cast<std::size_t>(count)});
+    if (count < 0 && (errno == EINTR || errno == EAGAIN))
+        return {};
+    watch(epoll_fd, EPOLL_CTL_DEL, input.stream_fd, 0);
+    input.stream_fd = -1;
+    return input.stream_lines.take_rest();
+}
+
+} // namespace
+
+json_input::json_input(const server_options& options)
+    : stream_fd(options.json_stream_fd), datagram_lines(options.on_complaint),
+      stream_lines(options.on_complaint), pushed_lines(options.on_complaint)
+{
+}
+
+std::string json_open(json_input& input, const server_options& options, int epoll_fd)
+{
+    if (options.json_udp_port) {
+        input.udp_port = *options.json_udp_port;
+        std::string error =
+            open_udp_receiver(options.bind_address, input.udp_socket, input.udp_port);
+        if (!error.empty())
+            return error;
+    }
+    if ((input.udp_socket && !watch(epoll_fd, EPOLL_CTL_ADD, input.udp_socket.get(), EPOLLIN)) ||
+        (input.stream_fd >= 0 && !watch(epoll_fd, EPOLL_CTL_ADD, input.stream_fd, EPOLLIN)))
+        return system_text("cannot wait for JSON");
+    return {};
+}
+
+std::vector<transmission> json_on_event(json_input& input, int epoll_fd, int fd)
+{
+    if (fd == input.udp_socket.get())
+        return read_datagrams(input);
+    if (fd == input.stream_fd)
+        return read_stream(input, epoll_fd);
+    return {};
+}
+
+std::size_t json_broken(const json_input& input)
+{
+    return input.datagram_lines.broken() + input.stream_lines.broken() +
+           input.pushed_lines.broken();
+}
+
+} // namespace sim

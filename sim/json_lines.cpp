@@ -1,0 +1,78 @@
+// json_lines.cpp - see json_lines.hpp.
+#include "sim/json_lines.hpp"
+
+#include "sim/json_message.hpp"
+#include "sim/limits.hpp"
+
+#include <iterator>
+#include <utility>
+
+namespace sim
+{
+
+json_lines::json_lines(complaint_taker taker) : complain(std::move(taker)) {}
+
+std::vector<transmission> json_lines::take(std::string_view bytes)
+{
+    std::vector<transmission> messages;
+    while (!bytes.empty()) {
+        const auto line_end = bytes.find('\n');
+        const std::string_view part = bytes.substr(0, line_end);
+        is_too_long = is_too_long || waiting.size() + part.size() > max_json_line_bytes;
+        if (is_too_long) {
+            waiting.clear();
+        } else {
+            waiting += part;
+        }
+        if (line_end == std::string_view::npos)
+            break;
+        auto of_line = take_rest();
+        std::move(of_line.begin(), of_line.end(), std::back_inserter(messages));
+        bytes.remove_prefix(line_end + 1);
+    }
+    return messages;
+}
+
+std::vector<transmission> json_lines::take_rest()
+{
+    std::vector<transmission> messages;
+    const std::string line = std::exchange(waiting, {});
+    if (std::exchange(is_too_long, false)) {
+        complain_of("it is longer than " + std::to_string(max_json_line_bytes) + " bytes");
+    } else {
+        read_line(line, messages);
+    }
+    return messages;
+}
+
+std::size_t json_lines::broken() const
+{
+    return broken_lines;
+}
+
+void json_lines::read_line(std::string_view line, std::vector<transmission>& messages)
+{
+    if (line.find_first_not_of(" \t\r") == std::string_view::npos)
+        return;
+    json_message read = read_json_message(line);
+    messages = std::move(read.parts);
+    if (!read.error.empty())
+        complain_of(read.error);
+}
+
+void json_lines::complain_of(const std::string& error)
+{
+    ++broken_lines;
+    const time_point now = steady_clock::now();
+    if (now - second_began >= std::chrono::seconds{1}) {
+        second_began = now;
+        complaints = 0;
+    }
+    if (!complain || complaints >= max_complaints_a_second)
+        return;
+    ++complaints;
+    complain("dropped a line of JSON (number " + std::to_string(broken_lines) +
+             " so far): " + error);
+}
+
+} // namespace sim

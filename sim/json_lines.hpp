@@ -1,0 +1,46 @@
+// json_lines.hpp - lines of JSON out of bytes as they come, and what is said of broken ones.
+#pragma once
+
+#include "sim/client_session.hpp"
+#include "sim/transmission.hpp"
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sim
+{
+
+class json_lines
+{
+public:
+    using complaint_taker = std::function<void(const std::string&)>;
+
+    /// `complain` may be empty; it gets at most max_complaints_a_second texts of one line each.
+    explicit json_lines(complaint_taker complain);
+
+    /// The messages of the lines that end in `bytes`; what remains waits for its end. A line longer
+    /// than max_json_line_bytes is broken.
+    std::vector<transmission> take(std::string_view bytes);
+
+    /// The messages of the line that waits for its end, which has come now.
+    std::vector<transmission> take_rest();
+
+    /// Broken lines so far.
+    std::size_t broken() const;
+
+private:
+    void read_line(std::string_view line, std::vector<transmission>& messages);
+    void complain_of(const std::string& error);
+
+    complaint_taker complain;
+    std::string waiting;      ///< a line without its end, at most max_json_line_bytes
+    bool is_too_long = false; ///< the rest of the line is skipped
+    std::size_t broken_lines = 0;
+    time_point second_began{}; ///< of the complaints counted
+    int complaints = 0;
+};
+
+} // namespace sim

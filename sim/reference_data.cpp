@@ -1,0 +1,97 @@
+// reference_data.cpp - see reference_data.hpp.
+#include "sim/reference_data.hpp"
+
+#include "sim/limits.hpp"
+#include "sim/packet.hpp"
+#include "sim/text_fields.hpp"
+
+#include <algorithm>
+#include <iterator>
+
+namespace sim
+{
+namespace
+{
+
+struct update_form {
+    std::uint32_t kind;
+    std::size_t field_count;
+    std::size_t required_count; ///< so many of the first ones must not be empty
+};
+
+constexpr update_form update_forms[] = {
+    {kind::add_airline, 2, 2}, {kind::add_flight, 4, 2}, {kind::add_aircraft, 9, 4},
+    {kind::add_airport, 2, 2}, {kind::add_label, 2, 2},
+};
+
+const update_form* form_of(std::uint32_t kind)
+{
+    const auto* const found =
+        std::find_if(std::begin(update_forms), std::end(update_forms),
+                     [kind](const update_form& form) { return form.kind == kind; });
+    return found == std::end(update_forms) ? nullptr : found;
+}
+
+bool are_days(std::string_view days)
+{
+    constexpr std::size_t days_a_week = 7;
+    return days.size() == days_a_week && days.find_first_not_of("Xx-") == std::string_view::npos;
+}
+
+bool is_right(const update_form& form, const std::vector<std::string_view>& fields)
+{
+    if (fields.size() != form.field_count)
+        return false;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (!is_clean_field(fields[i], max_field_bytes))
+            return false;
+        if (i < form.required_count && fields[i].find_first_not_of(' ') == std::string_view::npos)
+            return false;
+    }
+    return form.kind != kind::add_flight || are_days(fields[flight_field::days]);
+}
+
+} // namespace
+
+reference_data::entry_key reference_data::key_of(std::uint32_t kind, std::string_view name)
+{
+    return {kind, kind == kind::add_flight ? flight_key(name) : upper_case(name)};
+}
+
+bool reference_data::add(std::uint32_t kind, std::string_view text)
+{
+    const update_form* const form = form_of(kind);
+    if (form == nullptr)
+        return false;
+    const auto fields = split_fields(text, '\t');
+    if (!is_right(*form, fields))
+        return false;
+    entry_key key = key_of(kind, fields.front());
+    if (added.size() >= max_reference_entries && !added.contains(key))
+        return false;
+    added[std::move(key)] = {kind, {fields.begin(), fields.end()}};
+    return true;
+}
+
+const reference_entry* reference_data::find(std::uint32_t kind, std::string_view name) const
+{
+    const auto found = added.find(key_of(kind, name));
+    return found == added.end() ? nullptr : &found->second;
+}
+
+std::vector<reference_entry> reference_data::entries() const
+{
+    std::vector<reference_entry> result;
+    result.reserve(added.size());
+    for (const auto& [key, entry] : added) {
+        result.push_back(entry);
+    }
+    return result;
+}
+
+std::size_t reference_data::size() const
+{
+    return added.size();
+}
+
+} // namespace sim

@@ -1,0 +1,190 @@
+// reference_use.cpp - see reference_use.hpp.
+#include "sim/reference_use.hpp"
+
+#include "sim/packet.hpp"
+#include "sim/text_fields.hpp"
+#include "sim/traffic_tables.hpp"
+
+#include <algorithm>
+#include <iterator>
+
+namespace sim
+{
+namespace
+{
+
+constexpr std::size_t code_lengths[] = {3, 2}; ///< of airlines: ICAO's, then IATA's
+
+bool is_digit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+/// The part of a flight number that names the airline, if it is so long; else nothing.
+std::string_view airline_code(std::string_view flight_number, std::size_t length)
+{
+    if (flight_number.size() <= length || !is_digit(flight_number[length]))
+        return {};
+    return flight_number.substr(0, length);
+}
+
+const reference_entry* airline_of(std::string_view flight_number, const reference_data& reference)
+{
+    for (const std::size_t length : code_lengths) {
+        if (const auto* const found =
+                reference.find(kind::add_airline, airline_code(flight_number, length)))
+            return found;
+    }
+    return nullptr;
+}
+
+/// The name of the airline with a code, added or known before; empty when it is unknown.
+std::string airline_name(std::string_view code, const reference_data& reference)
+{
+    if (const auto* const added = reference.find(kind::add_airline, code))
+        return added->fields[airline_field::name];
+    const auto known = airlines();
+    const auto found = std::find_if(known.begin(), known.end(),
+                                    [code](const airline& row) { return row.code == code; });
+    return found == known.end() ? "" : found->name;
+}
+
+bool flies_on(const reference_entry& flight, std::time_t time)
+{
+    std::tm utc{};
+    if (gmtime_r(&time, &utc) == nullptr)
+        return false;
+    constexpr int days_a_week = 7;
+    const int from_monday = (utc.tm_wday + days_a_week - 1) % days_a_week;
+    return flight.fields[flight_field::days][static_cast<std::size_t>(from_monday)] != '-';
+}
+
+void apply_routing(transmission& message, const reference_entry& flight)
+{
+    const auto stops = split_fields(flight.fields[flight_field::routing], '-');
+    message.from = stops.front();
+    message.to = stops.size() > 1 ? stops.back() : std::string_view{};
+}
+
+void apply_aircraft(transmission& message, const reference_entry& aircraft,
+                    const reference_data& reference)
+{
+    message.aircraft =
+        aircraft.fields[aircraft_field::manufacturer] + " " + aircraft.fields[aircraft_field::type];
+    for (const std::size_t field : {aircraft_field::operator_iata, aircraft_field::operator_icao}) {
+        const std::string name = airline_name(aircraft.fields[field], reference);
+        if (!name.empty()) {
+            message.operator_name = name;
+            return;
+        }
+    }
+}
+
+void apply_label(transmission& message, const reference_data& reference)
+{
+    const reference_entry* found = nullptr;
+    for (const std::size_t length : code_lengths) {
+        const auto code = airline_code(message.flight_number, length);
+        if (!code.empty() && found == nullptr)
+            found = reference.find(kind::add_label, message.label + std::string{code});
+    }
+    if (found == nullptr)
+        found = reference.find(kind::add_label, message.label);
+    if (found != nullptr)
+        message.label += " [" + found->fields[label_field::description] + "]";
+}
+
+void replace_all(std::string& text, const std::string& from, const std::string& to)
+{
+    for (auto at = text.find(from); !from.empty() && at != std::string::npos;
+         at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+}
+
+void set_flight_number(transmission& message, const std::string& number)
+{
+    replace_all(message.content, message.flight_number, number);
+    message.flight_number = number;
+}
+
+void feature_airline(transmission& message, const reference_entry& entry)
+{
+    const auto digits =
+        std::find_if(message.flight_number.begin() + 2, message.flight_number.end(), is_digit);
+    set_flight_number(message, upper_case(entry.fields[airline_field::code]) +
+                                   std::string{digits, message.flight_number.end()});
+}
+
+void feature_flight(transmission& message, const reference_entry& entry)
+{
+    if (flies_on(entry, message.time))
+        set_flight_number(message, entry.fields[flight_field::number]);
+}
+
+void feature_aircraft(transmission& message, const reference_entry& entry)
+{
+    message.registration = entry.fields[aircraft_field::registration];
+}
+
+void feature_airport(transmission& message, const reference_entry& entry)
+{
+    message.to = upper_case(entry.fields[airport_field::code]);
+}
+
+void feature_label(transmission& message, const reference_entry& entry)
+{
+    constexpr std::size_t label_length = 2;
+    message.label = entry.fields[label_field::label].substr(0, label_length);
+}
+
+struct feature {
+    std::uint32_t kind;
+    void (*show)(transmission& message, const reference_entry& entry);
+};
+
+constexpr feature features[] = {
+    {kind::add_airline, feature_airline},   {kind::add_flight, feature_flight},
+    {kind::add_aircraft, feature_aircraft}, {kind::add_airport, feature_airport},
+    {kind::add_label, feature_label},
+};
+
+} // namespace
+
+void apply_reference(transmission& message, const reference_data& reference)
+{
+    if (reference.size() == 0)
+        return;
+    const auto* const flight = reference.find(kind::add_flight, message.flight_number);
+    if (flight != nullptr && flies_on(*flight, message.time))
+        apply_routing(message, *flight);
+    if (const auto* const owner = airline_of(message.flight_number, reference))
+        message.operator_name = owner->fields[airline_field::name];
+    if (const auto* const flying = reference.find(kind::add_aircraft, message.registration))
+        apply_aircraft(message, *flying, reference);
+    apply_label(message, reference);
+}
+
+void feature_entry(transmission& message, const reference_data& reference, std::size_t turn)
+{
+    constexpr std::size_t shortest_flight_number = 2;
+    if (reference.size() == 0 || message.flight_number.size() < shortest_flight_number)
+        return;
+    const auto entries = reference.entries();
+    const reference_entry& entry = entries[turn % entries.size()];
+    const auto* const found =
+        std::find_if(std::begin(features), std::end(features),
+                     [&entry](const feature& row) { return row.kind == entry.kind; });
+    if (found != std::end(features))
+        found->show(message, entry);
+}
+
+std::string airport_text(std::string_view code, const reference_data& reference)
+{
+    std::string text{code};
+    if (const auto* const known = reference.find(kind::add_airport, code))
+        text += " (" + known->fields[airport_field::name] + ")";
+    return text;
+}
+
+} // namespace sim

@@ -1,0 +1,220 @@
+// service_requests.cpp - see service_requests.hpp.
+#include "sim/service_requests.hpp"
+
+#include "sim/limits.hpp"
+#include "sim/random_source.hpp"
+#include "sim/report_requests.hpp"
+#include "sim/text_fields.hpp"
+
+#include <algorithm>
+#include <iterator>
+
+namespace sim
+{
+namespace
+{
+
+constexpr const char* report_styles[] = {"tovrik", "ZOBE", "News"};
+
+packet notice_packet(std::string text)
+{
+    return {.kind = kind::notice, .payload = std::move(text)};
+}
+
+packet error_packet(std::string text)
+{
+    return {.kind = kind::error_text, .payload = std::move(text)};
+}
+
+bool may_add(const client_session& session)
+{
+    return session.changes < max_changes_a_client;
+}
+
+void on_update(server_core& core, client_session& session, const packet& received)
+{
+    if (may_add(session) && core.services.reference.add(received.kind, received.payload)) {
+        ++session.changes;
+        session_queue_packet(session, {.kind = kind::update_accepted, .payload = "OK"});
+    } else {
+        session_queue_packet(session, {.kind = kind::update_refused, .payload = "NO"});
+    }
+}
+
+bool is_address(std::string_view text)
+{
+    return !text.empty() && is_clean_field(text, max_field_bytes);
+}
+
+/// What a subscriber signs further requests with: not a secret, but the same at every start.
+unsigned subscription_code(std::string_view address)
+{
+    constexpr unsigned least = 10000;
+    constexpr unsigned most = 65535;
+    std::uint64_t seed = 0;
+    for (const char c : address) {
+        seed = seed * 31 + static_cast<unsigned char>(c);
+    }
+    return random_source{seed}.between(least, most);
+}
+
+void on_subscription(server_core& core, client_session& session, const packet& received)
+{
+    auto& subscriptions = core.services.subscriptions;
+    const std::string& address = received.payload;
+    if (!is_address(address)) {
+        session_queue_packet(session, error_packet("This is no e-mail address"));
+    } else if (subscriptions.contains(address)) {
+        session_queue_packet(session, notice_packet(address + " is subscribed already. Code: " +
+                                                    std::to_string(subscription_code(address))));
+    } else if (!may_add(session) || subscriptions.size() >= max_subscriptions) {
+        session_queue_packet(session, error_packet("No more subscriptions are taken"));
+    } else {
+        ++session.changes;
+        subscriptions[address] = 0;
+        session_queue_packet(session, notice_packet("Daily reports for " + address +
+                                                    " subscribed. Your code: " +
+                                                    std::to_string(subscription_code(address))));
+    }
+}
+
+void on_report_style(server_core& core, client_session& session, const packet& received)
+{
+    const auto found = core.services.subscriptions.find(received.payload);
+    if (received.param1 >= std::size(report_styles)) {
+        session_queue_packet(
+            session, error_packet("There is no report style " + std::to_string(received.param1)));
+    } else if (found == core.services.subscriptions.end()) {
+        session_queue_packet(session, error_packet("There is no such subscription"));
+    } else {
+        found->second = received.param1;
+        session_queue_packet(session,
+                             notice_packet("Daily reports for " + found->first + " now have the " +
+                                           report_styles[received.param1] + " style"));
+    }
+}
+
+/// From now on the client is told of what the list is about.
+void remember_owner(client_session& session, const pager_owner& owner)
+{
+    auto& owners = session.pager_owners;
+    if (std::find(owners.begin(), owners.end(), owner) == owners.end() &&
+        owners.size() < max_pager_lists_a_client)
+        owners.push_back(owner);
+}
+
+bool add_to_pager(server_core& core, client_session& session, const pager_owner& owner,
+                  const pager_entry& entry)
+{
+    if (!may_add(session) || !core.services.pagers.add(owner, entry))
+        return false;
+    ++session.changes;
+    return true;
+}
+
+bool change_pager(server_core& core, client_session& session, const packet& received)
+{
+    constexpr std::size_t field_count = 4;
+    const auto fields = split_fields(received.payload, '\t');
+    if (fields.size() != field_count || !is_address(fields[0]))
+        return false;
+    const pager_owner owner{std::string{fields[0]}, received.param1};
+    const pager_entry entry{std::string{fields[1]}, std::string{fields[2]}, std::string{fields[3]}};
+    remember_owner(session, owner);
+    return received.kind == kind::pager_add ? add_to_pager(core, session, owner, entry)
+                                            : core.services.pagers.remove(owner, entry) > 0;
+}
+
+void on_pager_change(server_core& core, client_session& session, const packet& received)
+{
+    if (core.options.pager_blocked) {
+        session_queue_packet(session, {.kind = kind::pager_blocked, .payload = "NO"});
+    } else if (change_pager(core, session, received)) {
+        session_queue_packet(session, {.kind = kind::pager_done, .payload = "OK"});
+    } else {
+        session_queue_packet(session, {.kind = kind::pager_failed, .payload = "NO"});
+    }
+}
+
+void on_pager_list(server_core& core, client_session& session, const packet& received)
+{
+    if (core.options.pager_blocked) {
+        session_queue_packet(session, {.kind = kind::pager_blocked, .payload = "NO"});
+        return;
+    }
+    if (!is_address(received.payload)) {
+        session_queue_packet(session, error_packet("This is no e-mail address"));
+        return;
+    }
+    const pager_owner owner{received.payload, received.param1};
+    remember_owner(session, owner);
+    session_queue_packet(session, {.kind = kind::pager_list,
+                                   .payload = pager_list_text(core.services.pagers.list(owner))});
+}
+
+/// A service's request, and the answer of a server that does not offer the service. Clients have
+/// texts of their own for some of these answers and do not show ours.
+struct service_request {
+    std::uint32_t number;
+    bool (*is_offered)(const capability_texts& texts);
+    std::uint32_t refusal;
+    const char* refusal_text;
+    void (*handle)(server_core& core, client_session& session, const packet& received);
+};
+
+constexpr const char* no_updates = "Updates are not offered here";
+constexpr const char* no_mailings = "Daily mailings are not offered here";
+constexpr const char* no_pagers = "Pager lists are not offered here";
+constexpr const char* no_reports = "Reports are not offered here";
+
+constexpr service_request service_requests[] = {
+    {kind::add_flight, offers_updates, kind::updates_forbidden, no_updates, on_update},
+    {kind::add_airline, offers_updates, kind::updates_forbidden, no_updates, on_update},
+    {kind::add_airport, offers_updates, kind::updates_forbidden, no_updates, on_update},
+    {kind::add_label, offers_updates, kind::updates_forbidden, no_updates, on_update},
+    {kind::add_aircraft, offers_updates, kind::updates_forbidden, no_updates, on_update},
+    {kind::subscription, offers_mailings, kind::error_text, no_mailings, on_subscription},
+    {kind::report_style, offers_mailings, kind::error_text, no_mailings, on_report_style},
+    {kind::report_request, offers_reports, kind::error_text, no_reports, answer_report_request},
+    {kind::pager_add, offers_pagers, kind::pager_failed, no_pagers, on_pager_change},
+    {kind::pager_remove, offers_pagers, kind::pager_failed, no_pagers, on_pager_change},
+    {kind::pager_list, offers_pagers, kind::error_text, no_pagers, on_pager_list},
+};
+
+} // namespace
+
+void answer_service_request(server_core& core, client_session& session, const packet& received)
+{
+    const auto* const found =
+        std::find_if(std::begin(service_requests), std::end(service_requests),
+                     [&](const service_request& row) { return row.number == received.kind; });
+    if (found == std::end(service_requests))
+        return;
+    if (!found->is_offered(core.options.capabilities)) {
+        session_queue_packet(session, {.kind = found->refusal, .payload = found->refusal_text});
+    } else if (!session.admitted) {
+        session_queue_packet(
+            session, {.kind = found->refusal, .payload = "Services are for those who have access"});
+    } else {
+        found->handle(core, session, received);
+    }
+}
+
+std::optional<packet> pager_notice(const server_core& core, const client_session& session,
+                                   const transmission& message)
+{
+    const auto& owners = session.pager_owners;
+    const auto owner = std::find_if(owners.begin(), owners.end(), [&](const pager_owner& each) {
+        return core.services.pagers.is_hit(each, message);
+    });
+    if (owner == owners.end())
+        return std::nullopt;
+    std::string text = "Pager of " + owner->address + ":";
+    for (const auto& part : {message.registration, message.flight_number, message.to}) {
+        if (!part.empty())
+            text += " " + part;
+    }
+    return notice_packet(std::move(text));
+}
+
+} // namespace sim

@@ -1,0 +1,21 @@
+// services.hpp - what a server keeps for its services while it runs: nothing is written to disk.
+#pragma once
+
+#include "sim/message_archive.hpp"
+#include "sim/pager_lists.hpp"
+#include "sim/reference_data.hpp"
+
+#include <map>
+#include <string>
+
+namespace sim
+{
+
+struct service_state {
+    reference_data reference;
+    pager_lists pagers;
+    std::map<std::string, unsigned> subscriptions; ///< style of report by address
+    message_archive archive;
+};
+
+} // namespace sim

@@ -1,0 +1,64 @@
+// sockets.cpp - see sockets.hpp.
+#include "sim/sockets.hpp"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <system_error>
+
+namespace sim
+{
+namespace
+{
+
+std::string open_socket(int type, const std::string& address, unique_fd& opened,
+                        std::uint16_t& port)
+{
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_port = htons(port);
+    if (inet_pton(AF_INET, address.c_str(), &place.sin_addr) != 1)
+        return address + ": not an IPv4 address";
+
+    opened = unique_fd{socket(AF_INET, type | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)};
+    const int on = 1;
+    socklen_t size = sizeof place;
+    auto* const generic = reinterpret_cast<sockaddr*>(&place);
+    const bool stream = type == SOCK_STREAM;
+    if (!opened ||
+        (stream && setsockopt(opened.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) != 0) ||
+        bind(opened.get(), generic, size) != 0 ||
+        (stream && listen(opened.get(), SOMAXCONN) != 0) ||
+        getsockname(opened.get(), generic, &size) != 0)
+        return system_text("cannot listen on " + address + ":" + std::to_string(port));
+    port = ntohs(place.sin_port);
+    return {};
+}
+
+} // namespace
+
+std::string system_text(const std::string& what)
+{
+    return what + ": " + std::generic_category().message(errno);
+}
+
+std::string open_tcp_listener(const std::string& address, unique_fd& socket, std::uint16_t& port)
+{
+    return open_socket(SOCK_STREAM, address, socket, port);
+}
+
+std::string open_udp_receiver(const std::string& address, unique_fd& socket, std::uint16_t& port)
+{
+    return open_socket(SOCK_DGRAM, address, socket, port);
+}
+
+bool watch(int epoll_fd, int operation, int fd, std::uint32_t events)
+{
+    epoll_event event{};
+    event.events = events;
+    event.data.fd = fd;
+    return epoll_ctl(epoll_fd, operation, fd, &event) == 0;
+}
+
+} // namespace sim

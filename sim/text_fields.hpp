@@ -1,0 +1,28 @@
+// text_fields.hpp - the fields of requests: cutting, checking and comparing them.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sim
+{
+
+/// The parts of `text` between separators; at least one, possibly empty. They look into `text`.
+std::vector<std::string_view> split_fields(std::string_view text, char separator);
+
+/// Whether a field has at most `limit` bytes and none of them is a control character.
+bool is_clean_field(std::string_view field, std::size_t limit);
+
+/// `text` with small letters from a to z made capitals.
+std::string upper_case(std::string_view text);
+
+/// A flight number in the form in which two are compared: capitals, and no zeros before the number
+/// that follows the airline's code. LH0400 and lh400 are the same flight.
+std::string flight_key(std::string_view flight_number);
+
+/// Whether `text` matches `pattern`, in which "_" and "?" stand for any one character and "*" for
+/// any number of them. Small letters equal capitals.
+bool wildcard_match(std::string_view pattern, std::string_view text);
+
+} // namespace sim

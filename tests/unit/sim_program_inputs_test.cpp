@@ -1,0 +1,122 @@
+// sim_program_inputs_test.cpp - what tovriksim takes in and gives out besides its clients' road.
+#include "sim_program.hpp"
+#include "sim_raw_client.hpp"
+
+#include "data/owners.hpp"
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <string>
+#include <sys/stat.h>
+
+namespace
+{
+
+/// The port in a line that begins with `start`; 0 when there is none.
+std::uint16_t port_in(const std::string& line, const std::string& start)
+{
+    EXPECT_TRUE(line.starts_with(start)) << line;
+    return static_cast<std::uint16_t>(
+        std::atoi(line.substr(std::min(start.size(), line.size())).c_str()));
+}
+
+std::string written_file(const std::string& text)
+{
+    std::string path = testing::TempDir() + "sim_program_XXXXXX";
+    const unique_fd file{mkstemp(path.data())};
+    EXPECT_EQ(write(file.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    return path;
+}
+
+TEST(sim_program, answers_services_by_option)
+{
+    sim_program program{{"--port", "0", "--pace-ms", "0", "--rate", "0", "--reports", "--pager",
+                         "--report-answer", "busy", "--pager-blocked"}};
+    sim_raw_client client{program.port()};
+    ASSERT_TRUE(client.receive());
+    client.send_text(70, "0\t*#cnam#\t#cnum#\t0\t0");
+    EXPECT_EQ(client.receive()->kind, 72U);
+    client.send_text(89, "me@here");
+    EXPECT_EQ(client.receive()->kind, 76U);
+}
+
+TEST(sim_program, gives_the_directory_out_by_option)
+{
+    const std::string path = written_file("h\t1\t\tp\ti\t\ta\t\t");
+    sim_program program{{"--port", "0", "--http-port", "0", "--directory", path}};
+    ASSERT_NE(program.port(), 0);
+    const std::uint16_t port = port_in(program.line(), "tovriksim: directory on 127.0.0.1:");
+    ASSERT_NE(port, 0);
+    unlink(path.c_str());
+    sim_raw_client reader{port};
+    reader.send_bytes("GET /tovrikserver.main HTTP/1.0\r\n\r\n");
+    std::string answer;
+    char c = 0;
+    while (wait_for_socket(reader.fd, POLLIN, default_patience) && read(reader.fd, &c, 1) == 1)
+        answer += c;
+    EXPECT_TRUE(answer.ends_with("\r\n\r\nh\t1\t\tp\ti\t\ta\t\t\n")) << answer;
+}
+
+TEST(sim_program, refuses_a_directory_with_wrong_lines)
+{
+    const std::string path = written_file("one\ttwo\n");
+    sim_program program{{"--port", "0", "--http-port", "0", "--directory", path}};
+    EXPECT_EQ(program.complaint(), "tovriksim: " + path + ": line 1 does not have nine fields\n");
+    EXPECT_EQ(program.status(), 1);
+    unlink(path.c_str());
+}
+
+TEST(sim_program, takes_datagrams_by_option_and_makes_nothing_up)
+{
+    sim_program program{{"--port", "0", "--pace-ms", "0", "--json-udp", "0"}};
+    sim_raw_client client{program.port()};
+    const std::uint16_t port = port_in(program.line(), "tovriksim: JSON on 127.0.0.1:");
+    ASSERT_TRUE(client.receive());
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_port = htons(port);
+    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const unique_fd sender{socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
+    const std::string lines = "broken\n{\"text\":\"heard\"}";
+    ASSERT_GT(sendto(sender.get(), lines.data(), lines.size(), 0,
+                     reinterpret_cast<const sockaddr*>(&place), sizeof place),
+              0);
+    const auto received = client.receive();
+    ASSERT_TRUE(received);
+    EXPECT_NE(received->payload.find(">heard<"), std::string::npos) << received->payload;
+    program.send_signal(SIGTERM);
+    EXPECT_EQ(program.complaint(),
+              "tovriksim: dropped a line of JSON (number 1 so far): this is not JSON\n");
+    EXPECT_EQ(program.status(), 0);
+}
+
+TEST(sim_program, sends_a_file_of_json_at_its_rate)
+{
+    const std::string path = written_file("{\"text\":\"recorded\"}\n");
+    sim_program program{{"--port", "0", "--pace-ms", "0", "--rate", "6000", "--json-file", path}};
+    sim_raw_client client{program.port()};
+    unlink(path.c_str());
+    ASSERT_TRUE(client.receive());
+    for (int i = 0; i < 3; ++i)
+        EXPECT_NE(client.receive()->payload.find(">recorded<"), std::string::npos);
+}
+
+TEST(sim_program, reads_json_from_a_pipe_whose_writers_come_and_go)
+{
+    const std::string path = written_file("");
+    unlink(path.c_str());
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    sim_program program{{"--port", "0", "--pace-ms", "0", "--json-file", path}};
+    sim_raw_client client{program.port()};
+    ASSERT_TRUE(client.receive());
+    for (const std::string text : {"one", "two"}) {
+        const unique_fd pipe{open(path.c_str(), O_WRONLY | O_CLOEXEC)};
+        const std::string line = "{\"text\":\"" + text + "\"}\n";
+        ASSERT_GT(write(pipe.get(), line.data(), line.size()), 0);
+        EXPECT_NE(client.receive()->payload.find(">" + text + "<"), std::string::npos);
+    }
+    unlink(path.c_str());
+}
+
+} // namespace

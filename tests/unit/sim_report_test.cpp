@@ -1,0 +1,322 @@
+// sim_report_test.cpp - the practice server's reports of a day.
+#include "sim_raw_client.hpp"
+
+#include "sim/limits.hpp"
+#include "sim/message_archive.hpp"
+#include "sim/read_transmission.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <zlib.h>
+
+namespace
+{
+
+constexpr std::time_t then = 1752148020; // 10 July 2025, 11:47 UTC
+
+sim::transmission message_of(const std::string& registration)
+{
+    return {.mode = "2",
+            .registration = registration,
+            .label = "H1",
+            .block_id = "7",
+            .message_number = "M07A",
+            .flight_number = "LH0400",
+            .content = "LINE ONE\nLINE TWO",
+            .from = "FRA",
+            .to = "JFK",
+            .aircraft = "Airbus A320-211",
+            .operator_name = "Lufthansa",
+            .time = then};
+}
+
+std::string request_of(std::time_t moment)
+{
+    return std::to_string(moment) + "\t*#cnam#\t#cnum#\t0\t0";
+}
+
+/// A report as a client receives it; other kinds in between are skipped.
+struct received_report {
+    std::size_t total = 0;
+    std::size_t size = 0;
+    std::string data;
+
+    std::string text(int expected_result) const
+    {
+        std::string unpacked(4 * size, '\0');
+        uLongf length = unpacked.size();
+        EXPECT_EQ(uncompress(reinterpret_cast<Bytef*>(unpacked.data()), &length,
+                             reinterpret_cast<const Bytef*>(data.data()), data.size()),
+                  expected_result);
+        return unpacked.substr(0, expected_result == Z_OK ? length : 0);
+    }
+};
+
+received_report receive_report(sim_raw_client& client)
+{
+    received_report report;
+    EXPECT_TRUE(client.receive_kind(71));
+    const auto header = client.receive_kind(74);
+    EXPECT_TRUE(header);
+    if (!header)
+        return report;
+    report.total = std::stoul(header->payload);
+    report.size = std::stoul(header->payload.substr(header->payload.find('\t') + 1));
+    while (report.data.size() < report.total) {
+        const auto piece = client.receive_kind(205);
+        EXPECT_TRUE(piece);
+        if (!piece)
+            break;
+        report.data += piece->payload;
+    }
+    return report;
+}
+
+sim::server_options reporting_server()
+{
+    auto options = quick_server();
+    options.capabilities.reports = "1";
+    return options;
+}
+
+TEST(sim_report, shows_the_messages_of_its_day)
+{
+    sim::message_archive archive;
+    sim::reference_data reference;
+    ASSERT_TRUE(reference.add(33, "FRA\tFrankfurt, Germany"));
+    archive.add(message_of("D-AIQA"), then, reference);
+    archive.add({.registration = "D-AIQB"}, then + 86400, reference);
+    EXPECT_EQ(archive.report_of({10, 7, 2025}, "practice"),
+              "Messages of 10/07/2025 from practice\n"
+              "1 message. Times are UTC.\n\n"
+              "11:47  D-AIQA  Airbus A320-211  Lufthansa\n"
+              "       Flight LH0400  FRA (Frankfurt, Germany) - JFK\n"
+              "       Mode 2  Label H1  Block 7  Message M07A\n"
+              "       LINE ONE\n"
+              "       LINE TWO\n\n");
+    EXPECT_EQ(archive.report_of(sim::local_day(then + 86400), "practice").substr(37),
+              "1 message. Times are UTC.\n\n--:--  D-AIQB\n\n");
+    EXPECT_EQ(archive.report_of({10, 7, 2024}, "practice"), "");
+    EXPECT_EQ(archive.report_of({}, "practice"), "") << "a moment beyond all calendars";
+}
+
+TEST(sim_report, takes_messages_that_are_dated_or_were_sent_on_its_day)
+{
+    sim::message_archive archive;
+    archive.add(message_of("D-AIQA"), then + 100 * 86400, {});
+    EXPECT_NE(archive.report_of({10, 7, 2025}, ""), "");
+    EXPECT_NE(archive.report_of(sim::local_day(then + 100 * 86400), ""), "");
+}
+
+TEST(sim_report, is_bounded_and_says_so)
+{
+    sim::message_archive archive;
+    auto message = message_of("D-FIRST");
+    message.content = std::string(500, 'x');
+    archive.add(message, then, {});
+    const std::size_t count = sim::max_report_bytes / 500 + 100;
+    message.registration = "D-LATER";
+    for (std::size_t i = 0; i < count; ++i)
+        archive.add(message, then, {});
+    const std::string report = archive.report_of({10, 7, 2025}, "practice");
+    EXPECT_LE(report.size(), sim::max_report_bytes + 200);
+    EXPECT_GT(report.size(), sim::max_report_bytes - 2000);
+    EXPECT_NE(report.find(std::to_string(count + 1) + " messages, of which the latest "),
+              std::string::npos);
+    EXPECT_EQ(report.find("D-FIRST"), std::string::npos) << "the oldest are left out";
+}
+
+TEST(sim_report, archive_drops_the_oldest_messages)
+{
+    sim::message_archive archive;
+    for (std::size_t i = 0; i < sim::max_archived_messages + 10; ++i)
+        archive.add({.registration = "D"}, then, {});
+    EXPECT_EQ(archive.size(), sim::max_archived_messages);
+    auto message = message_of("D-AIQA");
+    message.content = std::string(4000, 'x');
+    for (std::size_t i = 0; i < sim::max_archived_bytes / 4000 + 200; ++i)
+        archive.add(message, then, {});
+    EXPECT_LT(archive.size(), sim::max_archived_bytes / 4000);
+}
+
+TEST(sim_report, reads_messages_back_from_their_documents)
+{
+    const auto message = message_of("D-AIQA");
+    const auto read = sim::read_transmission(transmission_xml(message));
+    EXPECT_EQ(transmission_xml(read), transmission_xml(message));
+    EXPECT_EQ(read.time, then);
+    for (const char* xml : {"", "<?xml?>", "no document",
+                            "<?xml?><tovrik><ACARS><MessageDate>"
+                            "<Day>32</Day><Month>1</Month>"}) {
+        const auto nothing = sim::read_transmission(xml);
+        EXPECT_EQ(nothing.time, 0) << xml;
+        EXPECT_EQ(nothing.registration, "");
+    }
+}
+
+TEST(sim_report, comes_in_pieces_that_decompress_to_what_was_sent)
+{
+    sim::practice_server server{reporting_server()};
+    ASSERT_TRUE(server.start());
+    sim_raw_client client{server.port()};
+    ASSERT_TRUE(client.receive());
+    std::uint32_t state = 1;
+    std::string last;
+    for (int i = 0; i < 60; ++i) {
+        auto message = message_of("D-AIQA");
+        message.content.clear();
+        while (message.content.size() < 400) {
+            state = state * 1664525 + 1013904223;
+            message.content += static_cast<char>('A' + (state >> 24) % 26);
+        }
+        last = message.content;
+        ASSERT_TRUE(server.push_transmission(transmission_xml(message)));
+    }
+    client.send_text(70, request_of(std::time(nullptr)));
+    const auto report = receive_report(client);
+    EXPECT_GT(report.total, 4096U) << "more than one piece";
+    EXPECT_EQ(report.data.size(), report.total);
+    const std::string text = report.text(Z_OK);
+    EXPECT_EQ(text.size(), report.size) << "clients show the size of the text";
+    EXPECT_TRUE(text.starts_with("Messages of ")) << text.substr(0, 100);
+    EXPECT_NE(text.find("60 messages. "), std::string::npos);
+    EXPECT_NE(text.find(last), std::string::npos);
+}
+
+TEST(sim_report, of_a_day_is_found_by_any_moment_of_it)
+{
+    sim::practice_server server{reporting_server()};
+    ASSERT_TRUE(server.start());
+    ASSERT_TRUE(server.push_transmission(transmission_xml(message_of("D-AIQA"))));
+    sim_raw_client client{server.port()};
+    const std::time_t today = std::time(nullptr);
+    std::tm day{};
+    ASSERT_NE(localtime_r(&today, &day), nullptr);
+    day.tm_hour = day.tm_min = 0;
+    day.tm_sec = 1;
+    day.tm_isdst = 0; // as clients reckon it
+    client.send_text(70, request_of(mktime(&day)));
+    EXPECT_NE(receive_report(client).text(Z_OK).find("D-AIQA"), std::string::npos);
+}
+
+TEST(sim_report, includes_the_messages_that_were_there_from_the_start)
+{
+    auto options = reporting_server();
+    options.replay_count = 5;
+    options.fixed_time = then;
+    sim::practice_server server{options};
+    ASSERT_TRUE(server.start());
+    sim_raw_client client{server.port()};
+    client.send_text(70, request_of(then));
+    EXPECT_NE(receive_report(client).text(Z_OK).find("5 messages"), std::string::npos);
+}
+
+TEST(sim_report, is_refused_on_days_without_messages_and_for_requests_without_sense)
+{
+    sim::practice_server server{reporting_server()};
+    ASSERT_TRUE(server.start());
+    ASSERT_TRUE(server.push_transmission(transmission_xml(message_of("D-AIQA"))));
+    sim_raw_client client{server.port()};
+    ASSERT_TRUE(client.receive());
+    const struct {
+        std::string text;
+        std::uint32_t answer;
+    } rows[] = {{request_of(0), 73},
+                {request_of(-1), 73},
+                {request_of(9223372036854775807), 73},
+                {request_of(-9223372036854775807), 73},
+                {"9223372036854775808\t*#cnam#\t#cnum#\t0\t0", 108},
+                {"\t*#cnam#\t#cnum#\t0\t0", 108},
+                {"x\t*#cnam#\t#cnum#\t0\t0", 108},
+                {"1x\t*#cnam#\t#cnum#\t0\t0", 108},
+                {"1752148020", 108},
+                {"1752148020\tx\ty\t0\t0", 108},
+                {"", 108}};
+    for (const auto& row : rows) {
+        client.send_text(70, row.text);
+        const auto answer = client.receive();
+        ASSERT_TRUE(answer);
+        EXPECT_EQ(answer->kind, row.answer) << row.text;
+        EXPECT_FALSE(answer->payload.empty()) << row.text;
+    }
+}
+
+class sim_report_answers : public testing::Test
+{
+protected:
+    void start(sim::report_answer answer)
+    {
+        auto options = reporting_server();
+        options.reports = answer;
+        server = std::make_unique<sim::practice_server>(options);
+        ASSERT_TRUE(server->start());
+        ASSERT_TRUE(server->push_transmission(transmission_xml(message_of("D-AIQA"))));
+        client = std::make_unique<sim_raw_client>(server->port());
+        ASSERT_TRUE(client->receive());
+        client->send_text(70, request_of(then));
+    }
+
+    std::unique_ptr<sim::practice_server> server;
+    std::unique_ptr<sim_raw_client> client;
+};
+
+TEST_F(sim_report_answers, say_busy_or_empty)
+{
+    start(sim::report_answer::busy);
+    EXPECT_EQ(client->receive()->kind, 72U);
+    start(sim::report_answer::empty);
+    EXPECT_EQ(client->receive()->kind, 73U);
+}
+
+TEST_F(sim_report_answers, spoil_the_data)
+{
+    start(sim::report_answer::corrupt);
+    receive_report(*client).text(Z_DATA_ERROR);
+    start(sim::report_answer::tight);
+    receive_report(*client).text(Z_BUF_ERROR);
+}
+
+TEST_F(sim_report_answers, leave_the_last_piece_out)
+{
+    start(sim::report_answer::unfinished);
+    EXPECT_EQ(next_kinds(*client, 2), (std::vector<std::uint32_t>{71, 74}));
+    client->send_text(148, "^");
+    EXPECT_EQ(client->receive()->kind, 5U) << "and no piece before it";
+}
+
+TEST(sim_report, lets_other_messages_pass_and_no_second_report_begin)
+{
+    auto options = reporting_server();
+    options.pace_ms = 20;
+    options.queue_limit = 1000;
+    sim::practice_server server{options};
+    ASSERT_TRUE(server.start());
+    auto message = message_of("D-AIQA");
+    std::uint32_t state = 1;
+    for (int i = 0; i < 400; ++i) {
+        message.content.clear();
+        while (message.content.size() < 500) {
+            state = state * 1664525 + 1013904223;
+            message.content += static_cast<char>('A' + (state >> 24) % 26);
+        }
+        ASSERT_TRUE(server.push_transmission(transmission_xml(message)));
+    }
+    sim_raw_client client{server.port()};
+    client.send_text(70, request_of(then));
+    ASSERT_TRUE(client.receive_kind(205));
+    for (int i = 0; i < 3; ++i)
+        server.push_transmission(transmission_xml(message));
+    client.send_text(70, request_of(then));
+    std::string order;
+    while (order.size() < 7) {
+        const auto received = client.receive();
+        ASSERT_TRUE(received);
+        order += received->kind == 205 ? 'r' : received->kind == 40 ? 't' : 'b';
+        ASSERT_TRUE(order.back() != 'b' || received->kind == 72) << received->kind;
+    }
+    EXPECT_NE(order.find("trt"), std::string::npos) << order;
+    EXPECT_NE(order.find('b'), std::string::npos) << order;
+}
+
+} // namespace
