@@ -101,7 +101,7 @@ void report_header(server_entry& entry, const char* text)
 {
     const char* tab = std::strchr(text, '\t');
     const long size = std::strtol(tab != nullptr ? tab + 1 : text, nullptr, 10);
-    const long total = tab != nullptr ? std::strtol(text, nullptr, 10) : 0;
+    const long total = tab != nullptr && tab != text ? std::strtol(text, nullptr, 10) : 0;
     if (!is_within(size, report_max_size) || !is_within(total, report_max_total_bytes)) {
         report_reception_drop(entry);
         return status_report(5, "Report refused, its announced size is out of bounds");

@@ -9,8 +9,8 @@
 /// server that offers reports.
 void report_request(server_entry& entry);
 
-/// Takes a report's announcement: "total TAB size" in decimal; without a tab only a size, and the
-/// pieces that follow are dropped. Numbers out of bounds refuse the report.
+/// Takes a report's announcement: "total TAB size" in decimal; without a tab only a size, and no
+/// reception begins. Numbers out of bounds refuse the report.
 void report_header(server_entry& entry, const char* text);
 
 /// Takes one piece of an announced report; cut where it would exceed the announced total. With the

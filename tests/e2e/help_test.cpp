@@ -1,0 +1,263 @@
+// help_test.cpp - the help window: what is shown of the user's help text, and when it is read.
+#include "e2e/client_session.hpp"
+
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr const char* file = "ncursesclient.hlp";
+constexpr const char* title = "  [ ncurses tovrik client - Help ]";
+constexpr const char* hint = "[ To exit press ^H ]";
+constexpr int last_row = 23;
+
+class help : public testing::Test
+{
+protected:
+    [[nodiscard]] testing::AssertionResult open_help()
+    {
+        client.terminal().send_control('h');
+        return client.terminal().wait_until([&] { return row(last_row).empty() || is_hinted(); },
+                                            "the help");
+    }
+    bool is_hinted()
+    {
+        return row(client.terminal().screen().rows() - 1).ends_with(hint);
+    }
+    /// A row without its trailing blanks.
+    std::string row(int number)
+    {
+        std::string text = client.terminal().row(number);
+        text.erase(text.find_last_not_of(' ') + 1);
+        return text;
+    }
+    void expect_title_and_hint_alone()
+    {
+        EXPECT_EQ(row(0), title);
+        for (int number = 1; number < last_row; ++number)
+            EXPECT_EQ(row(number), "") << number;
+        EXPECT_EQ(row(last_row), std::string(58, ' ') + hint);
+    }
+    std::string working_folder()
+    {
+        const std::string link = "/proc/" + std::to_string(client.terminal().process_id()) + "/cwd";
+        return std::filesystem::read_symlink(link);
+    }
+
+    client_session client;
+};
+
+std::string numbered_lines(int count)
+{
+    std::string lines;
+    for (int number = 1; number <= count; ++number)
+        lines += "line " + std::to_string(number) + "\n";
+    return lines;
+}
+
+TEST_F(help, one_line_stands_on_row_2_from_column_0)
+{
+    client.home().write_file(file, "Only one line.\n");
+    ASSERT_TRUE(client.start({}));
+    ASSERT_TRUE(open_help());
+    EXPECT_EQ(row(0), title);
+    EXPECT_EQ(row(1), "");
+    EXPECT_EQ(row(2), "Only one line.");
+    for (int number = 3; number < last_row; ++number)
+        EXPECT_EQ(row(number), "") << number;
+    EXPECT_EQ(row(last_row), std::string(58, ' ') + hint);
+    terminal_session& terminal = client.terminal();
+    EXPECT_EQ(terminal.cell(0, 2), pair_cell(pairs::frame, true, "["));
+    EXPECT_EQ(terminal.cell(2, 0), pair_cell(pairs::plain, false, "O"));
+    EXPECT_EQ(terminal.cell(last_row, 58), pair_cell(pairs::plain, true, "["));
+    EXPECT_EQ(terminal.cell(last_row, 77), pair_cell(pairs::plain, true, "]"));
+}
+
+TEST_F(help, the_hint_ends_two_columns_from_the_edge_on_every_size)
+{
+    ASSERT_TRUE(client.start({}, {.rows = 40, .columns = 132}));
+    client.terminal().send_control('h');
+    ASSERT_TRUE(client.terminal().wait_until([&] { return is_hinted(); }, "the help"));
+    EXPECT_EQ(row(39), std::string(110, ' ') + hint);
+}
+
+TEST_F(help, a_text_of_21_lines_just_fits)
+{
+    client.home().write_file(file, numbered_lines(21));
+    ASSERT_TRUE(client.start({}));
+    ASSERT_TRUE(open_help());
+    EXPECT_EQ(row(0), title);
+    for (int number = 1; number <= 21; ++number)
+        EXPECT_EQ(row(number + 1), "line " + std::to_string(number));
+    EXPECT_EQ(row(last_row), std::string(58, ' ') + hint);
+}
+
+TEST_F(help, a_longer_text_shows_its_end)
+{
+    client.home().write_file(file, numbered_lines(40));
+    ASSERT_TRUE(client.start({}));
+    client.terminal().send_control('h');
+    ASSERT_TRUE(client.terminal().wait_until([&] { return row(22) == "line 40"; }, "its end"));
+    for (int number = 18; number <= 40; ++number) {
+        // The blank before the text is taken away where it stood, whatever has moved there.
+        const std::string text = "line " + std::to_string(number);
+        EXPECT_EQ(row(number - 18), number == 20 ? text.substr(1) : text);
+    }
+    EXPECT_EQ(row(last_row), "");
+    EXPECT_FALSE(client.terminal().shows(hint));
+    EXPECT_FALSE(client.terminal().shows("tovrik client"));
+}
+
+TEST_F(help, a_last_line_without_an_end_is_shown)
+{
+    client.home().write_file(file, "first\n\nlast");
+    ASSERT_TRUE(client.start({}));
+    ASSERT_TRUE(open_help());
+    EXPECT_EQ(row(2), "first");
+    EXPECT_EQ(row(3), "");
+    EXPECT_EQ(row(4), "last");
+}
+
+TEST_F(help, is_read_when_the_screen_is_built_and_again_after_a_resize)
+{
+    client.home().write_file(file, "the old text\n");
+    ASSERT_TRUE(client.start({}));
+    client.home().write_file(file, "the new text\n");
+    ASSERT_TRUE(open_help());
+    EXPECT_EQ(row(2), "the old text");
+    client.terminal().resize(30, 100);
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return row(2) == "the new text" && is_hinted(); }, "the new text"));
+    EXPECT_EQ(row(29), std::string(78, ' ') + hint);
+    unlink(client.home().path_of(file).c_str());
+    client.terminal().resize(24, 80);
+    ASSERT_TRUE(
+        client.terminal().wait_until([&] { return row(2).empty() && is_hinted(); }, "no text"));
+}
+
+TEST_F(help, comes_and_goes_without_a_trace)
+{
+    client.home().write_file(file, numbered_lines(30));
+    ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
+    ASSERT_TRUE(client.wait_for_keys());
+    const std::string before = client.terminal().screen().whole_text();
+    client.terminal().send_key(named_key::tab);
+    ASSERT_TRUE(client.terminal().wait_for_text("[ Close Window ^I ]"));
+    client.terminal().send_control('h');
+    ASSERT_TRUE(client.terminal().wait_until([&] { return row(22) == "line 30"; }, "its end"));
+    client.terminal().send_control('h');
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return client.terminal().screen().whole_text() == before; }, "the panes alone"));
+}
+
+TEST_F(help, leaves_the_working_folder_alone)
+{
+    client.home().make_folder("house");
+    client.home().write_file("house/ncursesclient.hlp", "from the house\n");
+    client.home().write_file(file, "from the working folder\n");
+    ASSERT_TRUE(client.start_as_it_is({.home_variable = client.home().path_of("house")}));
+    EXPECT_EQ(working_folder(), client.home().path());
+    ASSERT_TRUE(open_help());
+    EXPECT_EQ(row(2), "from the house");
+    client.terminal().resize(30, 100);
+    ASSERT_TRUE(client.terminal().wait_until([&] { return is_hinted(); }, "the help"));
+    EXPECT_EQ(working_folder(), client.home().path());
+}
+
+TEST_F(help, without_home_the_working_folder_serves)
+{
+    client.home().write_file(file, "from the working folder\n");
+    client_start how;
+    how.unset.insert("HOME");
+    ASSERT_TRUE(client.start_as_it_is(how));
+    ASSERT_TRUE(open_help());
+    EXPECT_EQ(row(2), "from the working folder");
+    EXPECT_EQ(working_folder(), client.home().path());
+}
+
+TEST_F(help, a_home_that_cannot_be_entered_has_no_help)
+{
+    client.home().write_file(file, "from the working folder\n");
+    ASSERT_TRUE(client.start_as_it_is({.home_variable = "./absent"}));
+    ASSERT_TRUE(open_help());
+    expect_title_and_hint_alone();
+}
+
+TEST_F(help, no_file_is_no_text)
+{
+    ASSERT_TRUE(client.start({}));
+    const std::vector<std::string> notices = client.status_lines();
+    ASSERT_TRUE(open_help());
+    expect_title_and_hint_alone();
+    client.terminal().send_control('h');
+    ASSERT_TRUE(client.terminal().wait_for_text("^D Disconnect"));
+    EXPECT_EQ(client.status_lines(), notices);
+}
+
+TEST_F(help, what_is_no_readable_file_is_no_text)
+{
+    const std::string path = client.home().path_of(file);
+    const std::function<int()> makers[] = {
+        [&] { return mkdir(path.c_str(), 0700); }, [&] { return mkfifo(path.c_str(), 0600); },
+        [&] { return symlink(file, path.c_str()); },             // a ring
+        [&] { return symlink("/proc/self/mem", path.c_str()); }, // opens, and cannot be read
+    };
+    for (const auto& make : makers) {
+        std::filesystem::remove(path);
+        ASSERT_EQ(make(), 0);
+        client_session other;
+        ASSERT_TRUE(other.start_as_it_is({.home_variable = client.home().path()}));
+        other.terminal().send_control('h');
+        ASSERT_TRUE(other.terminal().wait_for_text(hint));
+        EXPECT_EQ(other.terminal().row(2), std::string(80, ' '));
+    }
+}
+
+TEST_F(help, bytes_of_the_text_do_not_drive_the_terminal)
+{
+    client.home().write_file(file, "a\033[7mb\ac\x9B"
+                                   "2Jd\te\rf\b\x7F\xFC\n"
+                                   "behind\n");
+    ASSERT_TRUE(client.start({}));
+    ASSERT_TRUE(open_help());
+    EXPECT_EQ(row(2), "a?[7mb?c?2Jd e f??ü");
+    EXPECT_EQ(row(3), "behind");
+    EXPECT_EQ(client.terminal().bells(), 0);
+    EXPECT_FALSE(client.terminal().cell(2, 10).reverse);
+    EXPECT_EQ(client.terminal().raw_output().find("\033[7mb"), std::string::npos);
+}
+
+TEST_F(help, a_line_longer_than_the_screen_goes_on_below)
+{
+    client.home().write_file(file, std::string(100, 'x') + "\nnext\n");
+    ASSERT_TRUE(client.start({}));
+    ASSERT_TRUE(open_help());
+    EXPECT_TRUE(row(2).starts_with(std::string(79, 'x')));
+    EXPECT_TRUE(row(3).starts_with(std::string(20, 'x')));
+    EXPECT_EQ(row(4), "next");
+}
+
+TEST_F(help, very_long_lines_and_texts_show_their_end)
+{
+    client.home().write_file(file, std::string(1'000'000, 'y') + "\nthe end\n");
+    ASSERT_TRUE(client.start({}));
+    client.terminal().send_control('h');
+    ASSERT_TRUE(client.terminal().wait_until([&] { return row(22) == "the end"; }, "its end"));
+    EXPECT_EQ(row(20), std::string(80, 'y'));
+    EXPECT_EQ(row(2), std::string(79, 'y')) << "the blank's place";
+}
+
+TEST_F(help, zero_bytes_end_a_line_early_and_do_no_harm)
+{
+    client.home().write_file(file, std::string{"ab\0cd\nnext\n", 11});
+    ASSERT_TRUE(client.start({}));
+    ASSERT_TRUE(open_help());
+    EXPECT_TRUE(row(2).starts_with("ab"));
+    EXPECT_EQ(row(last_row), std::string(58, ' ') + hint);
+}
+
+} // namespace
