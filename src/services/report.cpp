@@ -46,6 +46,14 @@ bool is_within(long number, std::int64_t most)
     return number >= 0 && number <= most;
 }
 
+/// The decimal number between a text's start and its end at `end`; 0 when memory is short.
+long number_before(const char* text, const char* end)
+{
+    // Cut off first, or a tab would be skipped as a blank before the next number.
+    const heap_text cut{strndup(text, static_cast<std::size_t>(end - text))};
+    return cut ? std::strtol(cut.get(), nullptr, 10) : 0;
+}
+
 /// Opens a file for a report, without waiting where the name is that of a fifo nobody reads.
 unique_file report_open(const char* name)
 {
@@ -101,7 +109,7 @@ void report_header(server_entry& entry, const char* text)
 {
     const char* tab = std::strchr(text, '\t');
     const long size = std::strtol(tab != nullptr ? tab + 1 : text, nullptr, 10);
-    const long total = tab != nullptr && tab != text ? std::strtol(text, nullptr, 10) : 0;
+    const long total = tab != nullptr ? number_before(text, tab) : 0;
     if (!is_within(size, report_max_size) || !is_within(total, report_max_total_bytes)) {
         report_reception_drop(entry);
         return status_report(5, "Report refused, its announced size is out of bounds");

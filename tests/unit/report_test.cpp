@@ -70,6 +70,7 @@ TEST_F(report, announcements_are_read_as_decimal_numbers_within_bounds)
           {"4000", 0, 4000, false},
           {"1000\t", 1000, 0, true},
           {"\t4000", 0, 4000, true},
+          {"  \t4000", 0, 4000, true},
           {"", 0, 0, false},
           {"\t", 0, 0, true},
           {"x\ty", 0, 0, true},
