@@ -76,6 +76,24 @@ void signal_silence(int signal_number)
     sigaction(signal_number, &action, nullptr);
 }
 
+all_signals_blocked::all_signals_blocked() : mask_before{}
+{
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &mask_before);
+}
+
+all_signals_blocked::~all_signals_blocked()
+{
+    pthread_sigmask(SIG_SETMASK, &mask_before, nullptr);
+}
+
+bool thread_start(pthread_t& thread, void* (*run)(void*), void* argument)
+{
+    const all_signals_blocked quiet;
+    return pthread_create(&thread, nullptr, run, argument) == 0 && pthread_detach(thread) == 0;
+}
+
 void signals_reset_in_child()
 {
     struct sigaction action = {};

@@ -6,6 +6,9 @@
 // while they run, and any other thread takes it for the moments in which it touches shared state.
 #pragma once
 
+#include <csignal>
+#include <pthread.h>
+
 /// Blocks the watched signals in the calling thread and takes the state lock. Call once, first.
 void pause_init();
 
@@ -20,6 +23,24 @@ void signal_install(int signal_number, void (*handler)(int));
 
 /// Has a signal ignored from now on; one that was pending is dropped.
 void signal_silence(int signal_number);
+
+/// Keeps every signal out of the calling thread, and of threads and processes that it starts
+/// meanwhile, until the end of its scope.
+class all_signals_blocked
+{
+public:
+    all_signals_blocked();
+    ~all_signals_blocked();
+    all_signals_blocked(const all_signals_blocked&) = delete;
+    all_signals_blocked& operator=(const all_signals_blocked&) = delete;
+
+private:
+    sigset_t mask_before;
+};
+
+/// Starts a detached thread in which every signal is blocked. False when there is none to be had.
+/// thread: its handle. argument: what `run` is given; the thread's from then on.
+bool thread_start(pthread_t& thread, void* (*run)(void*), void* argument);
 
 /// Gives every watched signal its default action and unblocks it, in a child just forked.
 void signals_reset_in_child();

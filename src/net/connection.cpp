@@ -50,14 +50,10 @@ bool connect_in_place(int socket, const sockaddr_in& address)
 
 pid_t child_start(int socket, const sockaddr_in& address)
 {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, &before);
+    const all_signals_blocked quiet;
     const pid_t child = fork();
     if (child == 0)
         child_run(socket, address);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return child;
 }
 

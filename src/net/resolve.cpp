@@ -8,11 +8,9 @@
 #include "ui/keys.hpp"
 
 #include <atomic>
-#include <csignal>
 #include <cstring>
 #include <netdb.h>
 #include <new>
-#include <pthread.h>
 
 namespace
 {
@@ -79,21 +77,6 @@ void* resolver_run(void* argument)
     return nullptr;
 }
 
-/// Starts the resolver's thread, with every signal blocked in it.
-bool resolver_start(name_request* request)
-{
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, &before);
-    pthread_t thread;
-    const bool is_started = pthread_create(&thread, nullptr, resolver_run, request) == 0;
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    if (is_started)
-        pthread_detach(thread);
-    return is_started;
-}
-
 /// Keys typed during a wait, to be typed again after it.
 struct kept_keys {
     int keys[most_kept_keys];
@@ -136,7 +119,8 @@ bool resolve_host(const char* host, sockaddr_in& address)
     if (!request)
         return false;
     request->host.reset(str_dup(host));
-    if (!request->host || !resolver_start(request.get())) {
+    pthread_t thread;
+    if (!request->host || !thread_start(thread, resolver_run, request.get())) {
         request->owners = 1;
         return false;
     }

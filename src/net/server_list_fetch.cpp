@@ -14,8 +14,6 @@
 #include "ui/server_pane.hpp"
 
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -194,20 +192,12 @@ void* fetch_server_list(void*)
     return nullptr;
 }
 
-/// Starts the thread, with every signal blocked in it.
-bool thread_start()
+/// Starts the thread and counts it.
+bool fetch_thread_start()
 {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, &before);
     ++app_state.fetch.running;
-    const bool is_started =
-        pthread_create(&app_state.fetch.thread, nullptr, fetch_server_list, nullptr) == 0;
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    if (is_started)
-        pthread_detach(app_state.fetch.thread);
-    else
+    const bool is_started = thread_start(app_state.fetch.thread, fetch_server_list, nullptr);
+    if (!is_started)
         --app_state.fetch.running;
     return is_started;
 }
@@ -232,7 +222,7 @@ void start_server_list_fetch()
     // The count also covers the moment before a new thread has taken the mutex.
     if (app_state.fetch.running > 0 || pthread_mutex_trylock(&app_state.fetch.mutex) != 0)
         return report_unable();
-    const bool is_started = thread_start();
+    const bool is_started = fetch_thread_start();
     pthread_mutex_unlock(&app_state.fetch.mutex);
     if (is_started)
         status_report(6, "Fetch Serverlist from %s...", directory_host);
