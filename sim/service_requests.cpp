@@ -72,8 +72,8 @@ void on_subscription(server_core& core, client_session& session, const packet& r
     } else {
         ++session.changes;
         subscriptions[address] = 0;
-        session_queue_packet(session, notice_packet("Daily reports for " + address +
-                                                    " subscribed. Your code: " +
+        // Short enough for a line of the status pane at 80 columns.
+        session_queue_packet(session, notice_packet("Daily reports subscribed. Your code: " +
                                                     std::to_string(subscription_code(address))));
     }
 }

@@ -147,7 +147,7 @@ TEST_F(sim_services, record_subscriptions)
     EXPECT_EQ(answer_to(66, "me@here", 1).kind, 108U) << "not subscribed";
     const auto subscribed = answer_to(60, "me@here");
     EXPECT_EQ(subscribed.kind, 103U);
-    EXPECT_TRUE(subscribed.payload.starts_with("Daily reports for me@here subscribed. Your code: "))
+    EXPECT_TRUE(subscribed.payload.starts_with("Daily reports subscribed. Your code: "))
         << subscribed.payload;
     EXPECT_EQ(server->subscription_style("me@here"), 0U);
     const std::string code = subscribed.payload.substr(subscribed.payload.rfind(' '));
