@@ -10,7 +10,6 @@
 #include "net/packet_output.hpp"
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
-#include "ui/redraw.hpp"
 #include "ui/server_pane.hpp"
 
 #include <algorithm>
@@ -154,12 +153,10 @@ bool fetch_through(int socket)
     return true;
 }
 
-/// Shows the list, and leaves in front what was there.
+/// Shows the list, under a window that is open.
 void list_show()
 {
     server_list_draw();
-    if (app_state.settings_shown != 0 || app_state.help_shown != 0)
-        redraw_all();
     popup_raise();
 }
 

@@ -3,6 +3,7 @@
 
 #include "app/app_state.hpp"
 #include "ui/glyphs.hpp"
+#include "ui/redraw.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -40,6 +41,20 @@ std::int32_t server_count()
 std::int32_t last_marked_row()
 {
     return server_count() + first_list_row;
+}
+
+bool is_page_in_front()
+{
+    return app_state.settings_shown != 0 || app_state.help_shown != 0;
+}
+
+/// Brings what was drawn to the screen; a page in front stays in front.
+void list_show()
+{
+    if (app_state.server_pane != nullptr)
+        wrefresh(app_state.server_pane);
+    if (is_page_in_front())
+        redraw_all();
 }
 
 /// The window's row of a list row, or -1 when that is not visible. While the list is not scrolled,
@@ -143,8 +158,7 @@ void server_list_draw()
     glyphs_write_at(app_state.server_pane, heading_row, 1, heading);
     rows_draw();
     server_list_bar_draw();
-    if (app_state.server_pane != nullptr)
-        wrefresh(app_state.server_pane);
+    list_show();
 }
 
 void server_list_select(std::int32_t selected)
@@ -154,7 +168,9 @@ void server_list_select(std::int32_t selected)
     if (scroll_to_selected())
         rows_draw();
     server_list_bar_draw();
-    if (app_state.server_pane != nullptr)
+    if (is_page_in_front())
+        list_show();
+    else if (app_state.server_pane != nullptr)
         touchwin(app_state.server_pane);
 }
 
@@ -173,8 +189,7 @@ void server_marker_write(std::int32_t row, char marker)
     const int drawn_row = window_row(row);
     if (drawn_row >= 0)
         glyphs_write_at(app_state.server_pane, drawn_row, marker_column, text);
-    if (app_state.server_pane != nullptr)
-        wrefresh(app_state.server_pane);
+    list_show();
 }
 
 bool server_row_is_visible(std::int32_t row)
