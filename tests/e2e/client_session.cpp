@@ -8,7 +8,16 @@ namespace
 
 constexpr int server_pane_columns = 27;
 constexpr int name_columns = 24;
-constexpr std::string_view key_line_start = "^D Disconnect";
+constexpr std::string_view key_line_text = "^D Disconnect, ^E Settings, ^H Help, ^I ServerInfo, "
+                                           "^L Connect, ^R ServerList, ^X Exit";
+
+/// The key line as it looks when all of it is painted.
+std::string key_line_of(int columns)
+{
+    std::string line{key_line_text};
+    line.resize(static_cast<std::size_t>(columns), ' ');
+    return line;
+}
 
 constexpr int black = 0;
 constexpr int red = 1;
@@ -190,7 +199,7 @@ testing::AssertionResult client_session::wait_for_keys()
     // The bottom row is the last to be painted, both when the help comes and when it goes.
     const auto key_line_is_shown = [&] {
         const terminal_screen& screen = session->screen();
-        return screen.text(screen.rows() - 1).starts_with(key_line_start);
+        return screen.text(screen.rows() - 1) == key_line_of(screen.columns());
     };
     session->send_control('h');
     if (testing::AssertionResult shown =

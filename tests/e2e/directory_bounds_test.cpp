@@ -135,7 +135,8 @@ TEST_F(directory_bounds, the_settings_page_stays_whole_in_front)
     ASSERT_TRUE(list->send_bytes(answer_header + many_lines(30)));
     list->close();
     ASSERT_TRUE(client.terminal().wait_until([&] { return a_new_fetch_begins(); }, "the end"));
-    EXPECT_EQ(client.terminal().screen().whole_text(), page);
+    EXPECT_TRUE(client.terminal().wait_until(
+        [&] { return client.terminal().screen().whole_text() == page; }, "the page as it was"));
     std::optional<server_connection> second = take_request();
     ASSERT_TRUE(second);
     second->close();

@@ -177,7 +177,8 @@ TEST_F(server_info, without_a_server_nothing_happens)
     const std::string before = client.terminal().screen().whole_text();
     client.terminal().send_key(named_key::tab);
     ASSERT_TRUE(client.wait_for_keys());
-    EXPECT_EQ(client.terminal().screen().whole_text(), before);
+    EXPECT_TRUE(client.terminal().wait_until(
+        [&] { return client.terminal().screen().whole_text() == before; }, "the panes alone"));
     EXPECT_EQ(client.terminal().bells(), 0);
 }
 
