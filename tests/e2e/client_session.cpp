@@ -1,6 +1,8 @@
 // client_session.cpp - the client, running in a terminal with a home and a clock of its own.
 #include "e2e/client_session.hpp"
 
+#include "support/line_settings.hpp"
+
 #include <sys/wait.h>
 
 namespace
@@ -92,7 +94,7 @@ void client_session::launch(const client_start& how)
     time.set_alarm_pace(how.alarm_ms_per_second);
     if (how.start_time)
         time.set(*how.start_time);
-    terminal_options options{.command = {CLIENT_BINARY},
+    terminal_options options{.command = how.command,
                              .rows = how.rows,
                              .columns = how.columns,
                              .home = how.home_variable,
@@ -120,7 +122,7 @@ void client_session::quit()
     ASSERT_TRUE(status);
     EXPECT_TRUE(WIFEXITED(*status) && WEXITSTATUS(*status) == 0) << session->description();
     EXPECT_EQ(session->error_text(), "");
-    EXPECT_EQ(session->line_settings().c_lflag, session->initial_line_settings().c_lflag);
+    EXPECT_EQ(line_difference(session->line_settings(), session->initial_line_settings()), "");
     EXPECT_TRUE(session->screen().cursor_visible());
     EXPECT_FALSE(session->screen().alternate_screen());
 }

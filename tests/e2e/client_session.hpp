@@ -53,6 +53,9 @@ struct client_start {
     std::map<std::string, std::string> environment{};
     std::set<std::string> unset{};
     bool utf8 = true; // false: an 8-bit terminal
+
+    /// What is started in the terminal; a shell, where the client is to have one above it.
+    std::vector<std::string> command{CLIENT_BINARY};
 };
 
 class client_session

@@ -113,6 +113,16 @@ process_facts facts_of(pid_t process)
     return facts;
 }
 
+testing::AssertionResult wait_until_gone(terminal_session& terminal, pid_t process)
+{
+    return terminal.wait_until(
+        [&] {
+            const char state = facts_of(process).state;
+            return state == ' ' || state == 'Z';
+        },
+        "process " + std::to_string(process) + " is gone");
+}
+
 std::vector<pid_t> children_of(pid_t process)
 {
     std::vector<pid_t> children;

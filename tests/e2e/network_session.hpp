@@ -70,6 +70,9 @@ struct process_facts {
 };
 process_facts facts_of(pid_t process);
 
+/// Waits until a process is gone, or waits for nothing but whoever inherits it.
+[[nodiscard]] testing::AssertionResult wait_until_gone(terminal_session& terminal, pid_t process);
+
 /// The children of a process that run, are stopped, or are not yet reaped.
 std::vector<pid_t> children_of(pid_t process);
 

@@ -1,6 +1,7 @@
 // resume_test.cpp - a client that was stopped, seen coming or not, takes its terminal over again.
 #include "e2e/network_session.hpp"
 #include "e2e/whole_screen.hpp"
+#include "support/line_settings.hpp"
 
 #include <csignal>
 #include <fcntl.h>
@@ -11,12 +12,6 @@ namespace
 {
 
 constexpr const char* digest_of_abc = "900150983cd24fb0d6963f7d28e17f72";
-
-bool is_equal(const termios& one, const termios& other)
-{
-    return one.c_lflag == other.c_lflag && one.c_iflag == other.c_iflag &&
-           one.c_oflag == other.c_oflag && one.c_cflag == other.c_cflag;
-}
 
 /// What a shell makes of the terminal while its job is stopped: lines with echo, and its own words
 /// all over the screen.
@@ -62,7 +57,7 @@ protected:
     testing::AssertionResult has_its_modes()
     {
         return client.terminal().wait_until(
-            [&] { return is_equal(client.terminal().line_settings(), modes); },
+            [&] { return line_difference(client.terminal().line_settings(), modes).empty(); },
             "the client's own line settings");
     }
 
@@ -186,7 +181,7 @@ protected:
                 [&] {
                     return terminal->screen().alternate_screen() &&
                            !terminal->screen().cursor_visible() &&
-                           is_equal(terminal->line_settings(), modes);
+                           line_difference(terminal->line_settings(), modes).empty();
                 },
                 "the client has its terminal back");
             !taken)

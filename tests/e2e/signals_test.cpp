@@ -1,6 +1,7 @@
 // signals_test.cpp - signals that end the client: the terminal is given back, nothing is saved and
 // nobody is left behind.
 #include "e2e/network_session.hpp"
+#include "support/line_settings.hpp"
 
 #include <csignal>
 #include <cstring>
@@ -17,12 +18,7 @@ std::string name_of(const testing::TestParamInfo<int>& info)
 
 void expect_given_back(terminal_session& terminal)
 {
-    const termios& before = terminal.initial_line_settings();
-    const termios after = terminal.line_settings();
-    EXPECT_EQ(after.c_lflag, before.c_lflag);
-    EXPECT_EQ(after.c_iflag, before.c_iflag);
-    EXPECT_EQ(after.c_oflag, before.c_oflag);
-    EXPECT_EQ(after.c_cflag, before.c_cflag);
+    EXPECT_EQ(line_difference(terminal.line_settings(), terminal.initial_line_settings()), "");
     EXPECT_TRUE(terminal.screen().cursor_visible());
     EXPECT_FALSE(terminal.screen().alternate_screen());
     EXPECT_EQ(terminal.error_text(), "");
@@ -85,13 +81,7 @@ TEST_P(ending_signal, ends_attempts_to_connect_too)
         "an attempt is under way"));
     kill(programs[0], GetParam());
     ASSERT_TRUE(terminal.wait_for_text("Status " + std::to_string(128 + GetParam())));
-    EXPECT_TRUE(terminal.wait_until(
-        [&] {
-            // Whoever inherits it may take its time to reap it.
-            const char state = facts_of(attempts[0]).state;
-            return state == ' ' || state == 'Z';
-        },
-        "the attempt's process is gone"));
+    EXPECT_TRUE(wait_until_gone(terminal, attempts[0]));
     terminal.send("\n");
     EXPECT_EQ(terminal.wait_for_exit(), 0);
 }

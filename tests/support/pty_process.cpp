@@ -94,9 +94,7 @@ pty_process::~pty_process()
     kill(-child, SIGKILL);
     if (!ended_with)
         waitpid(child, nullptr, 0);
-    eventfd_write(stop_fd, 1);
-    drainer.join();
-    close(terminal_fd);
+    hang_up();
     close(stop_fd);
     close(error_fd);
 }
@@ -171,6 +169,16 @@ void pty_process::set_size(int rows, int columns)
     size.ws_row = static_cast<unsigned short>(rows);
     size.ws_col = static_cast<unsigned short>(columns);
     ioctl(terminal_fd, TIOCSWINSZ, &size);
+}
+
+void pty_process::hang_up()
+{
+    if (terminal_fd < 0)
+        return;
+    eventfd_write(stop_fd, 1);
+    drainer.join();
+    close(terminal_fd);
+    terminal_fd = -1;
 }
 
 std::optional<int> pty_process::wait_status()

@@ -47,6 +47,9 @@ public:
     bool output_ended();
     /// Tells the kernel of a new size; it sends SIGWINCH to the foreground process group.
     void set_size(int rows, int columns);
+    /// Takes the terminal away for good, as when a window is closed or a line is lost. Nothing can
+    /// be typed or asked of the terminal afterwards.
+    void hang_up();
     /// The wait status once the program has ended; reaps it.
     std::optional<int> wait_status();
     /// Sends a signal to the program alone; nothing once it was reaped.

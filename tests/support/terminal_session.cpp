@@ -99,6 +99,12 @@ void terminal_session::resize(int rows, int columns)
     program.set_size(rows, columns);
 }
 
+void terminal_session::hang_up()
+{
+    take_in_everything();
+    program.hang_up();
+}
+
 void terminal_session::take_in(std::chrono::milliseconds limit)
 {
     show(program.take_output(limit));

@@ -56,6 +56,9 @@ public:
     /// Changes the terminal's size; the program is told by SIGWINCH.
     void resize(int rows, int columns);
 
+    /// Takes the terminal away for good; what is on the screen stays there.
+    void hang_up();
+
     /// What is on the screen after all output so far was taken in.
     const terminal_screen& screen();
     /// Row `number`, 0-based, in its full width.
