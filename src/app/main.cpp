@@ -2,6 +2,7 @@
 #include "app/main_loop.hpp"
 #include "app/pause.hpp"
 #include "app/start_stop.hpp"
+#include "ui/terminal_line.hpp"
 
 #include <clocale>
 
@@ -9,6 +10,7 @@ int main()
 {
     // Only characters follow the user's locale; numbers on the wire and on disk stay plain.
     std::setlocale(LC_CTYPE, "");
+    terminal_wait_for_turn();
     pause_init();
     if (!app_start())
         return start_failed_status;

@@ -7,6 +7,7 @@
 #include "app/pause.hpp"
 #include "ui/redraw.hpp"
 #include "ui/screen.hpp"
+#include "ui/terminal_line.hpp"
 #include "ui/terminal_type.hpp"
 
 #include <csignal>
@@ -18,7 +19,9 @@ namespace
 {
 
 constexpr int ending_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
-constexpr int crash_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
+/// Crashes, and what else ends a program that does not ask for it.
+constexpr int crash_signals[] = {SIGSEGV, SIGBUS,  SIGFPE,  SIGILL,  SIGABRT,
+                                 SIGSYS,  SIGTRAP, SIGXCPU, SIGUSR1, SIGUSR2};
 
 /// What gives the terminal back without any help from curses: prepared while all is well.
 struct terminal_rescue {
@@ -53,15 +56,65 @@ void connect_children_end()
     }
 }
 
+/// Leaves the screen without any help from curses; allowed at any moment.
+void rescue_write()
+{
+    signal_silence(SIGTTOU);
+    if (write(STDOUT_FILENO, rescue.bytes, rescue.length) < 0) {
+        // Nothing else can be done about it here.
+    }
+}
+
+/// A shell that has taken the terminal back has set its modes; only the screen is still ours.
+void terminal_give_back()
+{
+    if (isendwin())
+        return;
+    if (terminal_is_lent())
+        rescue_write();
+    else
+        endwin();
+}
+
 void on_end(int signal_number)
 {
     connect_children_end();
-    endwin();
+    terminal_give_back();
     take_default_action(signal_number);
+}
+
+bool is_pending(int signal_number)
+{
+    sigset_t pending;
+    return sigpending(&pending) == 0 && sigismember(&pending, signal_number) == 1;
+}
+
+/// An end that was asked for while the program was stopped comes before the terminal is taken over:
+/// a shell may have it.
+void pending_end_take()
+{
+    for (const int signal_number : ending_signals) {
+        if (is_pending(signal_number))
+            on_end(signal_number);
+    }
+}
+
+/// Stops for as long as the shell continues the program without giving it the terminal.
+void turn_await()
+{
+    pending_end_take();
+    while (terminal_is_lent()) {
+        raise(SIGTTOU);
+        pending_end_take();
+        // The system takes no request to stop where nobody could continue the program.
+        if (!is_pending(SIGCONT))
+            return;
+    }
 }
 
 void on_continue(int)
 {
+    turn_await();
     screen_resume();
 }
 
@@ -69,6 +122,8 @@ void on_stop(int signal_number)
 {
     endwin();
     take_default_action(signal_number);
+    turn_await();
+    shell_modes_note();
     screen_resume();
 }
 
@@ -94,10 +149,8 @@ void rescue_prepare()
 
 [[maybe_unused]] void on_crash(int signal_number)
 {
-    if (write(STDOUT_FILENO, rescue.bytes, rescue.length) < 0) {
-        // Nothing else can be done about it here.
-    }
-    if (app_state.has_shell_modes)
+    rescue_write();
+    if (app_state.has_shell_modes && !terminal_is_lent())
         tcsetattr(STDIN_FILENO, TCSANOW, &app_state.shell_modes);
     take_default_action(signal_number);
 }

@@ -154,9 +154,16 @@ winsize size_now()
 
 } // namespace
 
-bool screen_start()
+void shell_modes_note()
 {
     app_state.has_shell_modes = tcgetattr(STDIN_FILENO, &app_state.shell_modes) == 0;
+    if (app_state.terminal != nullptr)
+        def_shell_mode();
+}
+
+bool screen_start()
+{
+    shell_modes_note();
     app_state.terminal = newterm(nullptr, stdout, stdin);
     if (app_state.terminal == nullptr)
         return false;

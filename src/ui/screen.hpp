@@ -5,6 +5,10 @@
 /// nothing written.
 bool screen_start();
 
+/// Notes the terminal's present modes as those that are given back with it. Call while the terminal
+/// is not set up for curses.
+void shell_modes_note();
+
 /// Builds colours and windows for the terminal's present size. 1 on success, 0 as soon as a window
 /// cannot be made; windows made until then are kept.
 int screen_build();

@@ -30,6 +30,7 @@ const std::map<int, std::vector<std::string>> rooms_by_floor = {
       "app/pause",
       "ui/glyphs",
       "ui/keys",
+      "ui/terminal_line",
       "ui/terminal_type",
       "data/collection",
       "data/text",

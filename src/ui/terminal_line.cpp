@@ -1,0 +1,29 @@
+// terminal_line.cpp - see terminal_line.hpp.
+#include "ui/terminal_line.hpp"
+
+#include <poll.h>
+#include <termios.h>
+#include <unistd.h>
+
+line_state terminal_line_state()
+{
+    pollfd sides[] = {{STDIN_FILENO, POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+    if (poll(sides, 2, 0) <= 0)
+        return line_state::quiet;
+    // What was typed before the other end went away is read first.
+    if ((sides[0].revents & POLLIN) != 0)
+        return line_state::ready;
+    return line_state::gone;
+}
+
+bool terminal_is_lent()
+{
+    const pid_t holder = tcgetpgrp(STDIN_FILENO);
+    return holder > 0 && holder != getpgrp();
+}
+
+void terminal_wait_for_turn()
+{
+    // Like all that touches the line, this stops a job to which the terminal was not given.
+    tcdrain(STDIN_FILENO);
+}

@@ -1,0 +1,22 @@
+// terminal_line.hpp - the terminal's line: whether it is still there, and whose turn it is to use
+// it.
+#pragma once
+
+#include <cstdint>
+
+enum class line_state : std::uint8_t {
+    quiet, // nobody has typed
+    ready, // something to read, or the end of the input
+    gone,  // the terminal, or what stands for it as input or output, has vanished
+};
+
+/// Looks at the program's standard input and output; never waits.
+line_state terminal_line_state();
+
+/// Whether the terminal has been given to another job of its session: its modes are not to be
+/// touched then. False where no shell controls jobs. May be called while the program crashes.
+bool terminal_is_lent();
+
+/// Stops, under a shell that controls jobs, until it is this program's turn to use the terminal.
+/// Call before signals are held back.
+void terminal_wait_for_turn();
