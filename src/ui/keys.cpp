@@ -1,8 +1,11 @@
 // keys.cpp - see keys.hpp.
 #include "ui/keys.hpp"
 
+#include "app/app_state.hpp"
+#include "ui/terminal_line.hpp"
 #include "ui/terminal_type.hpp"
 
+#include <csignal>
 #include <cstring>
 #include <langinfo.h>
 
@@ -12,6 +15,7 @@ namespace
 constexpr int escape_delay_ms = 25;
 constexpr int meta_bit = 0x80;
 constexpr int control_h = 8;
+constexpr int looks_before_the_end = 3;
 
 bool is_utf8_locale()
 {
@@ -41,6 +45,32 @@ bool backspace_sends_control_h()
     return sequence != nullptr && std::strcmp(sequence, "\010") == 0;
 }
 
+/// The next key that was typed; curses makes one up after a resize.
+int typed_key(WINDOW* window)
+{
+    int key = ERR;
+    do
+        key = wgetch(window);
+    while (key == KEY_RESIZE);
+    return key;
+}
+
+/// The next key of a line that curses has found nothing on. An input that has ended is always ready
+/// and never has a key; one look is not enough, since a key may come in at any moment.
+int key_look_closer(WINDOW* window)
+{
+    for (int look = 0; look < looks_before_the_end; ++look) {
+        const line_state state = terminal_line_state();
+        if (state == line_state::quiet)
+            return ERR;
+        const int key = state == line_state::ready ? typed_key(window) : ERR;
+        if (key != ERR)
+            return key;
+    }
+    raise(SIGHUP);
+    return ERR;
+}
+
 } // namespace
 
 void keys_init()
@@ -59,9 +89,11 @@ void keys_init()
 
 int key_read(WINDOW* window)
 {
-    const int key = wgetch(window != nullptr ? window : stdscr);
-    if (key == KEY_RESIZE) // made up by curses after a resize, never typed
-        return ERR;
+    WINDOW* reader = window != nullptr ? window : stdscr;
+    int key = typed_key(reader);
+    const bool has_terminal = app_state.terminal != nullptr;
+    if (key == ERR && has_terminal)
+        key = key_look_closer(reader);
     return key == KEY_ENTER ? key_enter : key;
 }
 

@@ -14,8 +14,9 @@ constexpr int key_escape = 27;
 /// Teaches curses the keys above. Call once for each screen, after it was started.
 void keys_init();
 
-/// The next key typed, or ERR when there is none; never waits longer than a lone Escape needs.
-/// window: where keypad mode is on; null reads from the standard screen.
+/// The next key typed, or ERR when there is none; never waits longer than a lone Escape needs. When
+/// the program's terminal has vanished, SIGHUP is raised for the next pause, as if it had been
+/// sent. window: where keypad mode is on; null reads from the standard screen.
 int key_read(WINDOW* window);
 
 /// As key_read, for text being edited: where the terminal sends 8 for its Backspace key, 8 is
