@@ -16,8 +16,10 @@
 #include <csignal>
 #include <cstring>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace
 {
@@ -39,8 +41,12 @@ bool connect_in_place(int socket, const sockaddr_in& address)
 }
 
 /// What the child does: nothing that could touch what it shares with its parent but the socket.
-[[noreturn]] void child_run(int socket, const sockaddr_in& address)
+[[noreturn]] void child_run(pid_t parent, int socket, const sockaddr_in& address)
 {
+    // However the program ends, nothing of it stays behind.
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent)
+        _exit(child_failed);
     signals_reset_in_child();
     // The delay gives the parent time to note the child's id before the result comes.
     const timespec delay = {0, child_delay_ns};
@@ -51,9 +57,10 @@ bool connect_in_place(int socket, const sockaddr_in& address)
 pid_t child_start(int socket, const sockaddr_in& address)
 {
     const all_signals_blocked quiet;
+    const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0)
-        child_run(socket, address);
+        child_run(parent, socket, address);
     return child;
 }
 
