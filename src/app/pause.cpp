@@ -12,6 +12,8 @@ namespace
 constexpr int watched_signals[] = {SIGALRM, SIGCHLD, SIGWINCH, SIGINT, SIGTERM,
                                    SIGHUP,  SIGQUIT, SIGTSTP,  SIGCONT};
 
+constexpr int fault_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT};
+
 pthread_mutex_t state_lock = PTHREAD_MUTEX_INITIALIZER;
 sigset_t open_mask; // what pause_for lets the kernel block while it waits
 void (*signal_handlers[NSIG])(int);
@@ -80,6 +82,9 @@ all_signals_blocked::all_signals_blocked() : mask_before{}
 {
     sigset_t all;
     sigfillset(&all);
+    // One that a fault raises cannot wait: blocked, it would kill without giving the terminal back.
+    for (const int signal_number : fault_signals)
+        sigdelset(&all, signal_number);
     pthread_sigmask(SIG_BLOCK, &all, &mask_before);
 }
 
@@ -98,7 +103,7 @@ void signals_reset_in_child()
 {
     struct sigaction action = {};
     action.sa_handler = SIG_DFL;
-    for (const int signal_number : watched_signals)
+    for (int signal_number = 1; signal_number < NSIG; ++signal_number)
         sigaction(signal_number, &action, nullptr);
     sigset_t none;
     sigemptyset(&none);
