@@ -155,22 +155,10 @@ void rescue_prepare()
     take_default_action(signal_number);
 }
 
-void crash_handlers_install()
-{
-    // The sanitizers have better handlers of their own.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    struct sigaction action = {};
-    action.sa_handler = on_crash;
-    for (const int signal_number : crash_signals)
-        sigaction(signal_number, &action, nullptr);
-#endif
-}
-
 } // namespace
 
 void signals_init()
 {
-    rescue_prepare();
     for (const int signal_number : ending_signals)
         signal_install(signal_number, on_end);
     // A log that cannot be written, a fifo or at its size limit, is an error and not the end.
@@ -178,5 +166,16 @@ void signals_init()
     signal_silence(SIGXFSZ);
     signal_install(SIGTSTP, on_stop);
     signal_install(SIGCONT, on_continue);
-    crash_handlers_install();
+}
+
+void crash_signals_init()
+{
+    rescue_prepare();
+    // The sanitizers have better handlers of their own.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    struct sigaction action = {};
+    action.sa_handler = on_crash;
+    for (const int signal_number : crash_signals)
+        sigaction(signal_number, &action, nullptr);
+#endif
 }

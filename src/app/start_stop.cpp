@@ -73,13 +73,14 @@ bool app_start()
     app_state.servers = server_collection_new();
     if (app_state.servers == nullptr)
         return start_fail("Error creating servercollection\n");
+    signals_init();
     if (!screen_start())
         return start_fail("Unable to init ncurses library\n");
     // The terminal is left as curses set it, so that what it shows can still be read.
     if (screen_build() == 0)
         return start_fail("Unable to init ncurses windows\n");
     app_state.setting_texts = static_cast<char**>(std::calloc(setting_text_count, sizeof(char*)));
-    signals_init();
+    crash_signals_init();
     signal_install(SIGWINCH, on_resize);
     config_load();
     server_list_draw();

@@ -1,0 +1,66 @@
+// resize_moment_test.cpp - what comes while the client is in the middle of a change of size.
+#include "e2e/client_session.hpp"
+
+#include <csignal>
+#include <unistd.h>
+
+namespace
+{
+
+/// A client that has been told of a new size and is about to ask for it, for as long as the test
+/// wants. The terminal has been given up and is not yet taken over again.
+class resize_moment : public testing::Test
+{
+protected:
+    void begin(std::vector<std::string> command)
+    {
+        client.home().write_config(config_text(with_aliases({"alpha"})));
+        client_start how;
+        how.command = std::move(command);
+        how.environment["CLIENT"] = CLIENT_BINARY;
+        how.environment["LD_PRELOAD"] = CLOCK_PRELOAD ":" HELD_SIZE_PRELOAD;
+        how.environment["HELD_SIZE_FOLDER"] = hand.path();
+        ASSERT_TRUE(client.start_as_it_is(how));
+        hand.write_file("hold", "");
+        client.terminal().resize(30, 100);
+        ASSERT_TRUE(client.terminal().wait_until([&] { return hand.read_file("held").has_value(); },
+                                                 "the size is asked for"));
+    }
+
+    void let_go()
+    {
+        unlink(hand.path_of("hold").c_str());
+    }
+
+    temp_home hand;
+    client_session client;
+};
+
+TEST_F(resize_moment, neither_shows_nor_loses_keys)
+{
+    ASSERT_NO_FATAL_FAILURE(begin({CLIENT_BINARY}));
+    EXPECT_EQ(client.terminal().line_settings().c_lflag & (ICANON | ECHO), 0U);
+    client.terminal().forget_raw_output();
+    client.terminal().send("\010\004\010\010"); // help, disconnect, and help twice
+    client.terminal().take_in_everything();
+    EXPECT_EQ(client.terminal().raw_output(), "");
+    let_go();
+    ASSERT_TRUE(client.terminal().wait_for_text("[ To exit press ^H ]"));
+    client.terminal().send_control('h');
+    ASSERT_TRUE(client.wait_for_status("You are not connected to alpha", pairs::error));
+}
+
+TEST_F(resize_moment, does_not_lose_the_stop_key)
+{
+    ASSERT_NO_FATAL_FAILURE(begin({"sh", "-mc", "\"$CLIENT\"; echo $? >status; fg"}));
+    client.terminal().send_control('z');
+    let_go();
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] {
+            return client.home().read_file("status") == std::to_string(128 + SIGTSTP) + "\n" &&
+                   client.terminal().screen().alternate_screen();
+        },
+        "it stops, and comes back"));
+}
+
+} // namespace
