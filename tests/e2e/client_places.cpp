@@ -99,7 +99,7 @@ testing::AssertionResult to_slow_name(placed_client& at)
 
 } // namespace
 
-const client_place an_attempt_to_connect = {"an_attempt_to_connect", to_attempt, true};
+const client_place an_attempt_to_connect = {"an_attempt_to_connect", to_attempt, true, false, true};
 
 const std::vector<client_place> client_places = {
     {"the_panes", to_panes, true},
@@ -124,11 +124,19 @@ void PrintTo(const client_place& place, std::ostream* out)
     *out << place.name;
 }
 
+placed_client::placed_client(bool with_silent_server)
+{
+    if (with_silent_server)
+        nowhere.emplace("127.0.0.8");
+}
+
 void placed_client::launch(client_settings settings, client_start how)
 {
     settings.servers = {
         {.name = "127.0.0.9", .port = std::to_string(server.port()), .alias = "alpha"},
-        {.name = "127.0.0.8", .port = std::to_string(nowhere.port()), .alias = "bravo"},
+        {.name = "127.0.0.8",
+         .port = std::to_string(nowhere ? nowhere->port() : 1),
+         .alias = "bravo"},
         {.name = "100.example", .port = "2202", .alias = "charlie"}};
     how.environment["LD_PRELOAD"] = CLOCK_PRELOAD ":" RESOLVER_PRELOAD;
     how.environment["SLOW_RESOLVER_FOLDER"] = answers.path();

@@ -12,6 +12,9 @@
 class placed_client
 {
 public:
+    /// A server that never answers takes half a second to make; without it, its place in the list
+    /// is another's.
+    explicit placed_client(bool with_silent_server = false);
     /// Starts it with these settings besides its servers. `how.command`: the client, or a shell
     /// that starts it.
     [[nodiscard]] testing::AssertionResult start(client_settings settings, client_start how = {});
@@ -26,7 +29,7 @@ public:
     }
 
     scripted_server server{"127.0.0.9"};
-    silent_port nowhere{"127.0.0.8"};
+    std::optional<silent_port> nowhere;
     temp_home answers; // for the name that is looked up: see the slow resolver
     client_session client;
     std::optional<server_connection> connection;
@@ -39,6 +42,7 @@ struct client_place {
     testing::AssertionResult (*go)(placed_client& at);
     bool leaves_on_exit_key = false; // ^X ends the client there
     bool is_popup = false;           // closed by a resize and by a stop
+    bool needs_silent_server = false;
 };
 
 extern const client_place an_attempt_to_connect;

@@ -29,7 +29,7 @@ class left_by_signal : public shell_session,
 TEST_P(left_by_signal, gives_everything_back_and_saves_nothing)
 {
     const auto& [place, number] = GetParam();
-    ASSERT_NO_FATAL_FAILURE(begin());
+    ASSERT_NO_FATAL_FAILURE(begin(place.needs_silent_server));
     ASSERT_NO_FATAL_FAILURE(go_to(place));
     kill(at->program, number);
     ASSERT_TRUE(wait_for_status(status_of_signal + number));
@@ -73,7 +73,7 @@ INSTANTIATE_TEST_SUITE_P(from, place_with_exit, testing::ValuesIn(places_with_an
 
 TEST_P(place_with_exit, is_left_in_order_by_the_exit_key)
 {
-    ASSERT_NO_FATAL_FAILURE(begin());
+    ASSERT_NO_FATAL_FAILURE(begin(GetParam().needs_silent_server));
     ASSERT_NO_FATAL_FAILURE(go_to(GetParam()));
     terminal().send_control('x');
     ASSERT_TRUE(wait_for_status(0));
@@ -87,7 +87,7 @@ TEST_P(place_with_exit, is_left_in_order_by_the_exit_key)
 
 TEST_P(place_left, is_lent_to_the_shell_by_the_stop_key)
 {
-    ASSERT_NO_FATAL_FAILURE(begin());
+    ASSERT_NO_FATAL_FAILURE(begin(GetParam().needs_silent_server));
     ASSERT_NO_FATAL_FAILURE(go_to(GetParam()));
     const termios modes = terminal().line_settings();
     const std::vector<screen_cell> cells = all_cells(terminal().screen());
@@ -115,7 +115,7 @@ TEST_P(place_left, is_lent_to_the_shell_by_the_stop_key)
 
 TEST_P(place_left, is_left_by_a_client_that_is_killed_with_nobody_behind_it)
 {
-    ASSERT_NO_FATAL_FAILURE(begin());
+    ASSERT_NO_FATAL_FAILURE(begin(GetParam().needs_silent_server));
     ASSERT_NO_FATAL_FAILURE(go_to(GetParam()));
     kill(at->program, SIGKILL);
     ASSERT_TRUE(wait_for_status(status_of_signal + SIGKILL));
@@ -133,7 +133,7 @@ TEST_P(crash, gives_everything_back_and_saves_nothing)
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "crashes are the sanitizer's";
 #endif
-    ASSERT_NO_FATAL_FAILURE(begin());
+    ASSERT_NO_FATAL_FAILURE(begin(an_attempt_to_connect.needs_silent_server));
     ASSERT_NO_FATAL_FAILURE(go_to(an_attempt_to_connect));
     ASSERT_EQ(children_of(at->program).size(), 1U);
     kill(at->program, GetParam());

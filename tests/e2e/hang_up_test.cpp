@@ -72,7 +72,7 @@ protected:
             EXPECT_TRUE(wait_until_gone(at.terminal(), attempt));
     }
 
-    placed_client at;
+    placed_client at{GetParam().needs_silent_server};
     pid_t shell = 0;
     std::vector<pid_t> attempts;
 };

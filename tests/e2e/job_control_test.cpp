@@ -4,6 +4,7 @@
 #include "e2e/network_session.hpp"
 #include "e2e/whole_screen.hpp"
 
+#include <algorithm>
 #include <csignal>
 
 namespace
@@ -61,18 +62,21 @@ protected:
     {
         return terminal().wait_until(
             [&] {
-                for (const pid_t process : children_of(terminal().process_id()))
-                    if (facts_of(process).state == state)
-                        return true;
-                return false;
+                const std::vector<pid_t> jobs = children_of(terminal().process_id());
+                return std::any_of(jobs.begin(), jobs.end(),
+                                   [&](pid_t process) { return facts_of(process).state == state; });
             },
             std::string{"a job in state "} + state);
     }
 
     testing::AssertionResult no_job_is_left()
     {
-        return terminal().wait_until([&] { return children_of(terminal().process_id()).empty(); },
-                                     "the client is gone");
+        // When the shell reaps it is its own affair.
+        for (const pid_t process : children_of(terminal().process_id())) {
+            if (testing::AssertionResult gone = wait_until_gone(terminal(), process); !gone)
+                return gone;
+        }
+        return testing::AssertionSuccess();
     }
 
     void expect_shell_is_well()

@@ -53,8 +53,9 @@ terminal_state shell_session::state()
     return {all_cells(terminal().screen()), terminal().line_settings()};
 }
 
-void shell_session::begin()
+void shell_session::begin(bool with_silent_server)
 {
+    at = std::make_unique<placed_client>(with_silent_server);
     client_start how;
     how.command = {"sh", "-mc", script};
     how.environment["CLIENT"] = CLIENT_BINARY;

@@ -20,7 +20,7 @@ protected:
     /// Starts a shell that controls jobs, with a screen full of words and a line set to something
     /// of its own; then, under it, the client. While the client is stopped, the shell waits for
     /// bring_back.
-    void begin();
+    void begin(bool with_silent_server = false);
     /// Goes to the place and notes what processes the client has there.
     void go_to(const client_place& place);
 
@@ -41,7 +41,7 @@ protected:
     /// The shell ends in order.
     void expect_shell_ends();
 
-    std::unique_ptr<placed_client> at = std::make_unique<placed_client>();
+    std::unique_ptr<placed_client> at;
 
 private:
     terminal_state state();
