@@ -113,6 +113,19 @@ process_facts facts_of(pid_t process)
     return facts;
 }
 
+bool has_heard(pid_t process, int signal_number)
+{
+    std::ifstream file("/proc/" + std::to_string(process) + "/status");
+    const std::uint64_t bit = std::uint64_t{1} << (signal_number - 1);
+    int sets_without = 0;
+    for (std::string line; std::getline(file, line);) {
+        const std::string name = line.substr(0, line.find(':'));
+        if (name == "SigPnd" || name == "ShdPnd" || name == "SigBlk")
+            sets_without += (std::stoull(line.substr(name.size() + 1), nullptr, 16) & bit) == 0;
+    }
+    return sets_without == 3;
+}
+
 testing::AssertionResult wait_until_gone(terminal_session& terminal, pid_t process)
 {
     return terminal.wait_until(

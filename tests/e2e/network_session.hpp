@@ -70,6 +70,10 @@ struct process_facts {
 };
 process_facts facts_of(pid_t process);
 
+/// Whether a process has dealt with every signal of this number that it was sent, and waits where
+/// it would hear the next: what it does about one is then done.
+bool has_heard(pid_t process, int signal_number);
+
 /// Waits until a process is gone, or waits for nothing but whoever inherits it.
 [[nodiscard]] testing::AssertionResult wait_until_gone(terminal_session& terminal, pid_t process);
 

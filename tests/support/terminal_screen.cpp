@@ -145,7 +145,14 @@ void terminal_screen::feed(std::string_view output)
 
 void terminal_screen::resize(int rows, int columns)
 {
+    // Terminals let scrolling margins go with a new size. The emulator keeps their top and the
+    // saved cursor, be they below the last row, and then writes outside its own memory.
+    const std::string margins_off = "\033[r\033[" + std::to_string(cursor_row() + 1) + ";" +
+                                    std::to_string(cursor_column() + 1) + "H";
+    constexpr std::string_view save_cursor = "\0337";
+    vterm_input_write(inner->terminal, margins_off.data(), margins_off.size());
     vterm_set_size(inner->terminal, rows, columns);
+    vterm_input_write(inner->terminal, save_cursor.data(), save_cursor.size());
 }
 
 int terminal_screen::rows() const
