@@ -1,7 +1,10 @@
 // slow_name_test.cpp - a server whose name takes its time to be found holds nothing else up.
 #include "e2e/network_session.hpp"
+#include "e2e/whole_screen.hpp"
 
 #include <cstdio>
+#include <filesystem>
+#include <iterator>
 #include <unistd.h>
 
 namespace
@@ -15,6 +18,10 @@ protected:
     {
         client_settings settings;
         settings.save_on_exit = true;
+        settings.acars_log = true;
+        settings.log_folder = "logs";
+        for (const char* alias : {"slow", "quick"})
+            client.home().make_folder(alias);
         settings.servers = {
             {.name = "slow.example", .port = std::to_string(named.port()), .alias = "slow"},
             {.name = "127.0.0.1", .port = std::to_string(numeric.port()), .alias = "quick"}};
@@ -35,7 +42,12 @@ protected:
     {
         if (!connection->send(plain_packet(document_of({.flight = flight}))))
             return testing::AssertionFailure() << "the client takes no bytes";
-        return wait_for_message_rows(client, lines_of({.flight = flight}));
+        if (testing::AssertionResult shown =
+                wait_for_message_rows(client, lines_of({.flight = flight}));
+            !shown)
+            return shown;
+        logged += text_of({.flight = flight});
+        return wait_for_file(client, "quick/logs.log", logged);
     }
 
     void answer(const std::string& address)
@@ -51,6 +63,7 @@ protected:
     temp_home answers;
     client_session client;
     std::optional<server_connection> connection;
+    std::string logged;
 };
 
 TEST_F(slow_name, that_does_not_exist_is_reported_while_messages_flow)
@@ -97,6 +110,93 @@ TEST_F(slow_name, ends_with_the_program_without_an_answer)
     EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
     EXPECT_TRUE(connection->wait_for_close());
     EXPECT_TRUE(client.home().read_config()) << "saved in order";
+}
+
+TEST_F(slow_name, lets_a_resize_come_at_once)
+{
+    client.terminal().resize(30, 100);
+    ASSERT_TRUE(wait_for_whole_screen(client.terminal()));
+    EXPECT_FALSE(client.terminal().shows("Try connecting"));
+    ASSERT_TRUE(messages_flow("BIGGER"));
+    ASSERT_TRUE(answers.read_file("asked"));
+    ASSERT_NO_FATAL_FAILURE(answer("127.0.0.1"));
+    ASSERT_TRUE(named.accept());
+    ASSERT_TRUE(client.terminal().wait_for_text("Successfully connected slow:"));
+}
+
+TEST_F(slow_name, says_what_a_quick_one_says)
+{
+    const std::string port = std::to_string(named.port());
+    EXPECT_EQ(client.status_lines().back(), "Try connecting to slow:" + port);
+    ASSERT_NO_FATAL_FAILURE(answer("127.0.0.1"));
+    ASSERT_TRUE(named.accept());
+    ASSERT_TRUE(wait_for_last_status(client, "Logfile 'slow/logs.log' successfully opened"));
+    const std::vector<std::string> lines = client.status_lines();
+    EXPECT_EQ(lines[1], "Try connecting to slow:" + port);
+    EXPECT_TRUE(lines[2].starts_with("Successfully connected slow:" + port + ". Handle #"));
+    EXPECT_TRUE(client.terminal().wait_until([&] { return client.marker(1).text == "*"; },
+                                             "the mark of a connection"));
+}
+
+TEST_F(slow_name, lets_a_second_connect_wait_its_turn)
+{
+    client.terminal().send_control('l');
+    client.terminal().send_key(named_key::down);
+    client.terminal().send_control('l');
+    ASSERT_TRUE(messages_flow("DURING"));
+    EXPECT_EQ(client.bar_row(), 1);
+    EXPECT_FALSE(client.terminal().shows("You are already connected"));
+    ASSERT_NO_FATAL_FAILURE(answer("127.0.0.1"));
+    ASSERT_TRUE(client.wait_for_status("You are already connected to slow", pairs::error));
+    ASSERT_TRUE(client.wait_for_status("You are already connected to quick", pairs::error));
+    EXPECT_TRUE(named.accept());
+    EXPECT_EQ(client.bar_row(), 2);
+    EXPECT_FALSE(named.has_waiting_client());
+}
+
+/// How many threads a process has.
+std::ptrdiff_t threads_of(pid_t process)
+{
+    return std::distance(
+        std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task"), {});
+}
+
+TEST(slow_names, that_are_found_after_the_screen_was_left_do_no_harm)
+{
+    scripted_server directory;
+    temp_home answers;
+    answers.write_file("answer", "127.0.0.1");
+    client_session client;
+    client_settings settings;
+    settings.servers = {{.name = "slow.example", .alias = "slow"}};
+    client_start how;
+    how.environment["LD_PRELOAD"] = CLOCK_PRELOAD ":" RESOLVER_PRELOAD ":" REDIRECT_PRELOAD;
+    how.environment["SLOW_RESOLVER_FOLDER"] = answers.path();
+    how.environment["TEST_DIRECTORY_PORT"] = std::to_string(directory.port());
+    ASSERT_TRUE(client.start(settings, how));
+    // A list that is being fetched keeps the client's end waiting.
+    client.terminal().send_control('r');
+    std::optional<server_connection> list = directory.accept();
+    ASSERT_TRUE(list);
+    for (const char* name : {"answer", "asked"})
+        unlink(answers.path_of(name).c_str());
+    client.terminal().send_control('l');
+    ASSERT_TRUE(client.terminal().wait_until([&] { return answers.read_file("asked").has_value(); },
+                                             "the name is asked for"));
+    const std::ptrdiff_t threads = threads_of(client.terminal().process_id());
+    client.terminal().send_control('x');
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return !client.terminal().screen().alternate_screen(); }, "the screen is left"));
+    answers.write_file("answer", "127.0.0.1");
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return threads_of(client.terminal().process_id()) == threads - 1; },
+        "the name is found"));
+    list->close();
+    const std::optional<int> status = client.wait_for_exit();
+    ASSERT_TRUE(status);
+    EXPECT_EQ(*status, 0);
+    EXPECT_EQ(client.terminal().error_text(), "");
+    EXPECT_FALSE(client.terminal().screen().alternate_screen());
 }
 
 TEST_F(slow_name, survives_a_resize_and_a_password_in_between)

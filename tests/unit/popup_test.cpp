@@ -1,0 +1,40 @@
+// popup_test.cpp - where windows can be opened.
+#include "ui/popup.hpp"
+
+#include "unit/headless_screen.hpp"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+constexpr int width = 10;
+constexpr int height = 4;
+
+WINDOW* open_at(int column, int row)
+{
+    return popup_open(width, height, column, row, true, 1, true);
+}
+
+TEST(popup, is_not_opened_where_no_cell_of_it_would_be_on_the_screen)
+{
+    const headless_screen screen;
+    EXPECT_EQ(open_at(COLS, 0), nullptr);
+    EXPECT_EQ(open_at(0, LINES), nullptr);
+    EXPECT_EQ(open_at(COLS + 30, LINES + 30), nullptr);
+}
+
+TEST(popup, may_reach_beyond_the_screens_edges)
+{
+    const headless_screen screen;
+    for (const auto& [column, row] :
+         {std::pair{COLS - 1, 0}, {0, LINES - 1}, {COLS - 1, LINES - 1}}) {
+        WINDOW* window = open_at(column, row);
+        ASSERT_NE(window, nullptr) << column << ", " << row;
+        EXPECT_EQ(getbegx(window), column);
+        EXPECT_EQ(getbegy(window), row);
+        window_erase(window);
+    }
+}
+
+} // namespace
