@@ -94,8 +94,18 @@ void terminal_session::send_meta(char letter, meta_form form)
 
 void terminal_session::resize(int rows, int columns)
 {
+    if (!is_seen)
+        take_in_everything();
     screen();
+    is_seen = true;
     display.resize(rows, columns);
+    program.set_size(rows, columns);
+}
+
+void terminal_session::resize_unseen(int rows, int columns)
+{
+    screen();
+    is_seen = false;
     program.set_size(rows, columns);
 }
 
@@ -112,6 +122,8 @@ void terminal_session::take_in(std::chrono::milliseconds limit)
 
 void terminal_session::show(const std::string& output)
 {
+    if (!is_seen)
+        return;
     raw += output;
     display.feed(output);
     const std::string answers = display.take_answers();

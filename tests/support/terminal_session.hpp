@@ -56,6 +56,9 @@ public:
     /// Changes the terminal's size; the program is told by SIGWINCH.
     void resize(int rows, int columns);
 
+    /// The same while nobody looks: until the next resize, what the program writes is thrown away.
+    void resize_unseen(int rows, int columns);
+
     /// Takes the terminal away for good; what is on the screen stays there.
     void hang_up();
 
@@ -107,4 +110,5 @@ private:
     terminal_screen display;
     pty_process program;
     std::string raw;
+    bool is_seen = true;
 };
