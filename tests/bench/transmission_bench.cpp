@@ -3,6 +3,7 @@
 
 #include "app/app_state.hpp"
 #include "bench/sample_traffic.hpp"
+#include "bench/xml_readers.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
 #include "net/log_files.hpp"
@@ -28,30 +29,11 @@ constexpr int rounds_between_cuts = 10'000;
 constexpr const char* log_name = "bench.log";
 constexpr const char* station = "station";
 
-constexpr const char* looked_up_paths[] = {
-    "tovrik/ACARS/ACARSMode",
-    "tovrik/ACARS/AircraftReg",
-    "tovrik/Extended/Aircraft",
-    "tovrik/ACARS/MessageLabel",
-    "tovrik/ACARS/BlockID",
-    "tovrik/ACARS/MessageNumber",
-    "tovrik/ACARS/FlightNumber",
-    "tovrik/FlightRouting/From",
-    "tovrik/FlightRouting/To",
-    "tovrik/Extended/Operator",
-    "tovrik/ACARS/Authorized/MessageContent",
-    "tovrik/ACARS/MessageDate/Day",
-    "tovrik/ACARS/MessageDate/Month",
-    "tovrik/ACARS/MessageDate/Year",
-    "tovrik/ACARS/MessageDate/Hour",
-    "tovrik/ACARS/MessageDate/Minute",
-};
-
 /// A template that names what the client's own one does.
 std::string sample_template()
 {
     std::string text;
-    for (const char* path : looked_up_paths)
+    for (const char* path : template_paths)
         text.append("\nValue: %").append(path).append("%");
     return text;
 }
@@ -144,15 +126,14 @@ void parse_run(benchmark::State& state, const std::string& document)
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document.size()));
 }
 
-/// Reading and answering: what any other reader would be asked for.
-void parse_and_look_up_run(benchmark::State& state, const std::string& document)
+/// Reading and answering, by our reader or by another.
+void reader_run(benchmark::State& state, const xml_reader& reader, const std::string& document)
 {
     while (state.KeepRunning()) {
-        const xml_document parsed{xml_parse(document.c_str())};
-        for (const char* path : looked_up_paths) {
-            const heap_text value{xml_get(parsed.get(), path, false, true)};
-            benchmark::DoNotOptimize(value.get());
-        }
+        template_values values;
+        if (!reader.read(document, values))
+            return state.SkipWithError("the document cannot be read");
+        benchmark::DoNotOptimize(values);
     }
 }
 
@@ -222,9 +203,16 @@ void transmission_benchmarks_add()
         const std::string suffix = size;
         add("step/inflate/" + suffix, inflate_run, compressed_packet(document));
         add("step/xml_parse/" + suffix, parse_run, document);
-        add("step/xml_parse_and_look_up/" + suffix, parse_and_look_up_run, document);
         add("step/fill_template/" + suffix, template_run, document);
         add("step/log/" + suffix, log_run, document);
         add("step/screen/" + suffix, screen_run, document);
+    }
+    for (const auto& [size, document] : documents) {
+        if (!xml_readers_agree(document))
+            std::exit(1);
+        for (const xml_reader& reader : xml_readers())
+            benchmark::RegisterBenchmark((std::string{"xml/"} + size + "/" + reader.name).c_str(),
+                                         reader_run, reader, document)
+                ->Unit(benchmark::kMicrosecond);
     }
 }
