@@ -111,8 +111,8 @@ std::uint32_t mark_of(std::string_view text)
 {
     if (text.empty())
         return 0;
-    const auto middle = static_cast<unsigned char>(text[text.size() / 2]);
-    const auto last = static_cast<unsigned char>(text.back());
+    const std::size_t middle = static_cast<unsigned char>(text[text.size() / 2]);
+    const std::size_t last = static_cast<unsigned char>(text.back());
     return static_cast<std::uint32_t>(text.size() << 16 | middle << 8 | last);
 }
 
