@@ -61,6 +61,7 @@ struct application_state {
     std::int32_t list_scroll = 0; // rows that the server list is scrolled up by
     char* list_marks = nullptr;   // the marker of each unscrolled row of the list; owned
     std::int32_t list_marks_count = 0;
+    int screen_batches = 0; // that exist now, one within the other
 
     application_state();
 };

@@ -10,6 +10,7 @@
 #include "net/poll.hpp"
 #include "net/server_list_fetch.hpp"
 #include "ui/popup.hpp"
+#include "ui/redraw.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
 
@@ -66,6 +67,20 @@ void signals_silence()
     signal_install(SIGCHLD, nullptr);
 }
 
+/// Builds the screen, reads the configuration and shows both. False when there is no screen.
+bool first_screen_show()
+{
+    const screen_batch together;
+    if (screen_build() == 0)
+        return false;
+    app_state.setting_texts = static_cast<char**>(std::calloc(setting_text_count, sizeof(char*)));
+    signals_init();
+    signal_install(SIGWINCH, on_resize);
+    config_load();
+    server_list_draw();
+    return true;
+}
+
 } // namespace
 
 bool app_start()
@@ -76,13 +91,8 @@ bool app_start()
     if (!screen_start())
         return start_fail("Unable to init ncurses library\n");
     // The terminal is left as curses set it, so that what it shows can still be read.
-    if (screen_build() == 0)
+    if (!first_screen_show())
         return start_fail("Unable to init ncurses windows\n");
-    app_state.setting_texts = static_cast<char**>(std::calloc(setting_text_count, sizeof(char*)));
-    signals_init();
-    signal_install(SIGWINCH, on_resize);
-    config_load();
-    server_list_draw();
     if (is_setting_on(FetchOnStart))
         start_server_list_fetch();
     signal_install(SIGALRM, poll_servers);

@@ -9,6 +9,7 @@
 #include "data/xml.hpp"
 #include "data/xml_index.hpp"
 #include "ui/pane.hpp"
+#include "ui/redraw.hpp"
 
 #include <algorithm>
 #include <cctype>
@@ -147,7 +148,7 @@ void document_read(const xml_node* document)
     switches_read(index);
     folders_read(index);
     if (app_state.settings_shown != 0)
-        wrefresh(app_state.settings_win);
+        window_show(app_state.settings_win);
 }
 
 /// Reads the configuration that is about to be replaced. Its document stays in memory until the

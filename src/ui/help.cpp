@@ -6,6 +6,7 @@
 #include "data/owners.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/pane.hpp"
+#include "ui/redraw.hpp"
 
 #include <cstdio>
 #include <fcntl.h>
@@ -61,5 +62,5 @@ void help_fill()
     if (file)
         text_append(window, file.get());
     mvwdelch(window, text_row, 0);
-    wrefresh(window);
+    window_show(window);
 }

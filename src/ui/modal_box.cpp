@@ -51,7 +51,7 @@ void modal_box_show(const modal_box& box)
     if (box.window == nullptr)
         return;
     touchwin(box.window);
-    wrefresh(box.window);
+    window_show(box.window);
 }
 
 void modal_box_erase(modal_box& box)

@@ -19,11 +19,11 @@ void mark_all_lines(WINDOW* window)
 /// Puts windows on the screen in this order; what they overlap is sent to the terminal once.
 void show_in_order(std::span<WINDOW* const> windows)
 {
+    const screen_batch together;
     for (WINDOW* window : windows) {
         if (window != nullptr)
             wnoutrefresh(window);
     }
-    doupdate();
 }
 
 void redraw_window(WINDOW* window)
@@ -33,6 +33,22 @@ void redraw_window(WINDOW* window)
 }
 
 } // namespace
+
+void window_show(WINDOW* window)
+{
+    show_in_order({&window, 1});
+}
+
+screen_batch::screen_batch()
+{
+    ++app_state.screen_batches;
+}
+
+screen_batch::~screen_batch()
+{
+    if (--app_state.screen_batches == 0)
+        doupdate();
+}
 
 void redraw_all()
 {

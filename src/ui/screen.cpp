@@ -81,7 +81,7 @@ void frames_join()
     mvwaddch(app_state.status_pane, 0, 0, ACS_LTEE);
     mvwaddch(app_state.status_pane, 5, 0, ACS_BTEE);
     mvwaddch(app_state.status_pane, 0, COLS - 27, ACS_RTEE);
-    wrefresh(app_state.status_pane);
+    window_show(app_state.status_pane);
 }
 
 bool key_line_open()
@@ -97,7 +97,7 @@ bool key_line_open()
     glyphs_attribute(app_state.key_line, 8, false);
     line_blank(app_state.key_line, 0, 0, COLS);
     glyphs_write_at(app_state.key_line, 0, 0, key_line_text);
-    wrefresh(app_state.key_line);
+    window_show(app_state.key_line);
     return true;
 }
 
@@ -123,7 +123,7 @@ void windows_close()
 void standard_screen_blank()
 {
     area_blank(stdscr, LINES, COLS, A_NORMAL);
-    wrefresh(stdscr);
+    window_show(stdscr);
 }
 
 /// Shows the server list whole, and the tees of the status pane on the column they share again.
@@ -133,7 +133,7 @@ void panes_touch()
         if (pane == nullptr)
             continue;
         touchwin(pane);
-        wrefresh(pane);
+        window_show(pane);
     }
 }
 
@@ -195,6 +195,7 @@ void on_resize(int)
     app_state.screen = stdscr;
     clearok(curscr, TRUE);
     terminal_modes_set();
+    const screen_batch whole_screen;
     screen_build();
     app_state.selected = 1;
     server_list_draw();

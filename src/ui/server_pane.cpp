@@ -52,7 +52,7 @@ bool is_page_in_front()
 void list_show()
 {
     if (app_state.server_pane != nullptr)
-        wrefresh(app_state.server_pane);
+        window_show(app_state.server_pane);
     if (is_page_in_front())
         redraw_all();
 }
