@@ -117,6 +117,7 @@ void present_transmission(server_entry& entry, const xml_node* document)
     if (!text)
         return;
     log_transmission(entry, text.get());
+    const screen_batch together;
     popup_close();
     message_print(2, true, text.get());
     status_pane_refresh();
