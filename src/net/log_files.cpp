@@ -2,12 +2,11 @@
 #include "net/log_files.hpp"
 
 #include "app/app_state.hpp"
+#include "data/file_open.hpp"
 #include "data/owners.hpp"
 #include "data/text.hpp"
 #include "ui/pane.hpp"
 
-#include <cerrno>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace
@@ -26,23 +25,13 @@ heap_text log_folder()
     return current;
 }
 
-/// Opens a log, without waiting where the name is that of a fifo nobody reads.
-std::FILE* log_open(const char* name)
-{
-    unique_fd fd{open(name, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666)};
-    std::FILE* log = fd ? fdopen(fd.get(), "at") : nullptr;
-    if (log != nullptr)
-        fd.release();
-    return log;
-}
-
 /// Opens "first/second" and reports how that went. A name that does not fit is not opened.
 std::FILE* log_open_reported(const char* first, const char* second, const char* suffix)
 {
     char name[log_name_bytes];
     const int length = std::snprintf(name, sizeof name, "%s/%s%s", first, second, suffix);
     const bool fits = length >= 0 && static_cast<std::size_t>(length) < sizeof name;
-    std::FILE* log = fits ? log_open(name) : nullptr;
+    std::FILE* log = fits ? file_open(name, file_use::appending).release() : nullptr;
     status_report(6, "Logfile '%s' %s opened", name, log != nullptr ? "successfully" : "not");
     return log;
 }
