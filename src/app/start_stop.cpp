@@ -38,9 +38,8 @@ void connections_leave()
     for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
         server_entry* entry = server_at(app_state.servers, index);
         report_reception_drop(*entry);
-        if (entry->socket_fd == 0)
-            continue;
-        connection_leave(*entry);
+        if (entry->socket_fd != 0)
+            connection_leave(*entry);
         close_log_file(*entry);
     }
 }

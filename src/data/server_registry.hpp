@@ -5,6 +5,7 @@
 #pragma once
 
 #include "data/collection.hpp"
+#include "net/log_record.hpp"
 
 #include <cstdint>
 #include <cstdio>
@@ -49,6 +50,7 @@ struct server_entry {
     std::uint32_t rx_aux;         // cleared with each new packet
     std::uint32_t bytes_received; // every byte read from this server, never reset
     packet_buffer* rx_packet;     // the packet being assembled; null: none under way
+    log_condition log_state;      // of log_file; also when a log was lost
 };
 
 /// Creates the empty collection of servers, ordered by server_compare; null when memory is short.

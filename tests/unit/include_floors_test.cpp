@@ -44,6 +44,7 @@ const std::map<int, std::vector<std::string>> rooms_by_floor = {
       "data/retry",
       "net/md5",
       "net/limits",
+      "net/log_record",
       "net/packet",
       "net/packet_kind",
       "net/readiness",
