@@ -4,6 +4,7 @@
 #include "app/app_state.hpp"
 #include "data/file_replace.hpp"
 #include "data/home.hpp"
+#include "data/retry.hpp"
 #include "data/settings_page.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -26,30 +28,36 @@ namespace
 constexpr std::string_view server_element = "Server";
 constexpr std::size_t key_path_bytes = 64;
 
+/// There was a configuration at the start that could not be read. It is not to be replaced by what
+/// the program knows without it.
+bool is_unread = false;
+
 unique_fd config_open()
 {
     // A fifo under this name must not make the program wait for a writer.
-    return unique_fd{open(config_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
+    return unique_fd{
+        uninterrupted([] { return open(config_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC); })};
 }
 
-std::int64_t size_of(const unique_fd& file)
+std::size_t size_of(const unique_fd& file)
 {
     struct stat status = {};
-    return fstat(file.get(), &status) == 0 ? static_cast<std::int64_t>(status.st_size) : 0;
+    return fstat(file.get(), &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
 }
 
-/// The file's whole content, terminated; null when memory is short.
-heap_text content_read(const unique_fd& file)
+/// The file's whole content, terminated; null when memory is short. What cannot be read of it is
+/// not there, and makes `is_whole` false.
+heap_text content_read(const unique_fd& file, bool& is_whole)
 {
-    const auto size = static_cast<std::size_t>(size_of(file));
+    const std::size_t size = size_of(file);
     heap_text text{static_cast<char*>(std::calloc(size + 1, 1))};
     std::size_t length = 0;
-    while (text && length < size) {
-        const ssize_t count = read(file.get(), text.get() + length, size - length);
-        if (count <= 0)
-            break;
-        length += static_cast<std::size_t>(count);
+    ssize_t count = 1;
+    while (text && length < size && count > 0) {
+        count = uninterrupted([&] { return read(file.get(), text.get() + length, size - length); });
+        length += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
+    is_whole = count >= 0;
     return text;
 }
 
@@ -158,10 +166,11 @@ bool former_config_read()
     const unique_fd file = config_open();
     if (!file)
         return true;
-    const heap_text text = content_read(file);
+    bool is_whole = true;
+    const heap_text text = content_read(file, is_whole);
     if (text)
         static_cast<void>(xml_parse(text.get()));
-    return text != nullptr;
+    return text && is_whole;
 }
 
 bool is_too_large()
@@ -222,25 +231,52 @@ void config_write(std::FILE* file)
     std::fputs("</clientconf>\n", file);
 }
 
+/// What a configuration file holds.
+struct config_text {
+    heap_text bytes; // null when memory is short
+    std::size_t length = 0;
+};
+
+config_text config_text_make()
+{
+    char* bytes = nullptr;
+    std::size_t length = 0;
+    unique_file stream{open_memstream(&bytes, &length)};
+    if (!stream)
+        return {};
+    config_write(stream.get());
+    const bool is_complete = std::ferror(stream.get()) == 0;
+    const bool is_closed = std::fclose(stream.release()) == 0;
+    heap_text owned{bytes};
+    if (!is_complete || !is_closed)
+        return {};
+    return {std::move(owned), length};
+}
+
 } // namespace
 
 void config_load()
 {
     home_visit visit;
     const unique_fd file = visit.is_there() ? config_open() : unique_fd{};
+    is_unread = visit.is_there() && !file && errno != ENOENT;
     if (!file) {
         status_report(5, "No configuration found in '%s'", home_name());
         return;
     }
     if (size_of(file) > config_max_bytes) {
+        is_unread = true;
         status_report(5, "Configuration '%s/%s' is too large, ignored", home_name(), config_name);
         return;
     }
     status_report(7, "Loading private serverlist '%s/%s'", home_name(), config_name);
-    const heap_text text = content_read(file);
+    bool is_whole = true;
+    const heap_text text = content_read(file, is_whole);
     if (!text)
         return visit.stay();
-    const xml_document document{xml_parse(text.get())};
+    is_unread = !is_whole;
+    // A part of the settings and servers would pass for all of them.
+    const xml_document document{xml_parse(is_whole ? text.get() : "")};
     document_read(document.get());
 }
 
@@ -250,7 +286,9 @@ void config_save()
     if (!visit.is_there())
         return;
     visit.stay();
-    if (is_too_large() || !former_config_read())
+    if (is_unread || is_too_large() || !former_config_read())
         return;
-    file_replace(config_name, config_write);
+    const config_text text = config_text_make();
+    if (text.bytes && text.length <= config_max_bytes)
+        file_replace(config_name, {text.bytes.get(), text.length});
 }

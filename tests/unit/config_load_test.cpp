@@ -328,7 +328,7 @@ TEST_F(config_loading, survives_a_folder_and_a_fifo_in_the_files_place)
 
 TEST_F(config_loading, refuses_a_file_over_its_limit_with_one_red_line)
 {
-    constexpr off_t limit = 16L * 1024 * 1024;
+    constexpr off_t limit = 64L * 1024 * 1024;
     const std::string start = configuration(server("1", "a", "1"));
     const std::string path = home.path_of("ncursesclient.conf");
     home.write_config(start);

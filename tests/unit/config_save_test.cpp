@@ -21,6 +21,8 @@ server_entry* add_server(const char* name, std::int32_t port)
     return entry;
 }
 
+constexpr std::size_t limit = 64UL * 1024 * 1024; // of a file that is read
+
 class config_saving : public config_test
 {
 };
@@ -192,7 +194,7 @@ TEST_F(config_saving, replaces_what_was_no_configuration)
 
 TEST_F(config_saving, leaves_a_file_alone_that_was_too_large_to_load)
 {
-    constexpr off_t too_large = 16L * 1024 * 1024 + 1;
+    constexpr off_t too_large = limit + 1;
     const std::string path = home.path_of("ncursesclient.conf");
     home.write_config("kept");
     ASSERT_EQ(truncate(path.c_str(), too_large), 0);
@@ -200,6 +202,28 @@ TEST_F(config_saving, leaves_a_file_alone_that_was_too_large_to_load)
     struct stat status = {};
     ASSERT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_size, too_large);
+}
+
+TEST_F(config_saving, writes_no_file_that_the_next_start_would_refuse)
+{
+    home.write_config("kept");
+    server_entry* server = add_server("a.example", 2202);
+    server->Info = str_dup(std::string(limit, 'i').c_str());
+    save();
+    EXPECT_EQ(home.read_config(), "kept");
+    std::free(server->Info);
+    client_settings expected;
+    expected.servers = {{.name = "a.example"}};
+    const std::size_t room = limit - config_text(expected).size();
+    server->Info = str_dup(std::string(room + 1, 'i').c_str());
+    save();
+    EXPECT_EQ(home.read_config(), "kept");
+    server->Info[room] = '\0';
+    save();
+    EXPECT_EQ(home.read_config()->size(), limit);
+    server->Info[0] = '\0';
+    save();
+    EXPECT_EQ(home.read_config(), config_text(expected));
 }
 
 TEST_F(config_saving, keeps_mode_and_link_and_makes_new_files_private)
