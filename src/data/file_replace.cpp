@@ -110,16 +110,21 @@ bool write_in_place(const char* path, std::string_view content)
     return fd && length_set(fd.get(), content.size()) && content_write(std::move(fd), content);
 }
 
+int owner_set(int fd, uid_t user, gid_t group)
+{
+    return uninterrupted([&] { return fchown(fd, user, group); });
+}
+
 /// Gives the new file the old one's mode, and its owner where that is allowed.
 bool attributes_copy(int fd, const struct stat& status)
 {
-    if (fchown(fd, status.st_uid, status.st_gid) != 0) {
+    if (owner_set(fd, status.st_uid, status.st_gid) != 0) {
         if (errno != EPERM)
             return false;
         // Not ours to give away; at least the group that may read it stays the same.
-        static_cast<void>(fchown(fd, static_cast<uid_t>(-1), status.st_gid) == 0);
+        owner_set(fd, static_cast<uid_t>(-1), status.st_gid);
     }
-    return fchmod(fd, status.st_mode & permission_bits) == 0;
+    return uninterrupted([&] { return fchmod(fd, status.st_mode & permission_bits); }) == 0;
 }
 
 bool write_beside(const replaced_file& file, unfinished_file beside, std::string_view content)

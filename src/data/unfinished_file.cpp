@@ -2,7 +2,6 @@
 #include "data/unfinished_file.hpp"
 
 #include "data/folder.hpp"
-#include "data/retry.hpp"
 #include "data/text.hpp"
 
 #include <algorithm>
@@ -75,9 +74,11 @@ unfinished_file unfinished_file_new(const char* path)
         heap_text name{str_append(str_append(str_dup(path), mark.data()), varied.data())};
         if (!name)
             break;
-        unique_fd fd{uninterrupted([&] { return mkostemp(name.get(), O_CLOEXEC); })};
-        if (!fd)
+        unique_fd fd{mkostemp(name.get(), O_CLOEXEC)};
+        if (!fd && errno != EINTR)
             break;
+        if (!fd)
+            continue;
         // Before it is locked, another program may take it for a leftover.
         if (lock_take(fd.get(), true) && is_named_once(fd.get()))
             return {std::move(name), std::move(fd)};
