@@ -91,7 +91,10 @@ all_signals_blocked::~all_signals_blocked()
 bool thread_start(pthread_t& thread, void* (*run)(void*), void* argument)
 {
     const all_signals_blocked quiet;
-    return pthread_create(&thread, nullptr, run, argument) == 0 && pthread_detach(thread) == 0;
+    const bool is_started = pthread_create(&thread, nullptr, run, argument) == 0;
+    if (is_started)
+        pthread_detach(thread);
+    return is_started;
 }
 
 void signals_reset_in_child()
