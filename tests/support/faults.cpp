@@ -42,7 +42,7 @@ program_faults::~program_faults()
 
 std::map<std::string, std::string> program_faults::environment(const std::string& preloads) const
 {
-    return {{"LD_PRELOAD", preloads + ":" FAULT_PRELOAD}, {fault_file_variable, path}};
+    return {{"LD_PRELOAD", FAULT_PRELOAD ":" + preloads}, {fault_file_variable, path}};
 }
 
 void program_faults::set(const fault& wanted)

@@ -33,7 +33,7 @@ public:
     program_faults(const program_faults&) = delete;
     program_faults& operator=(const program_faults&) = delete;
 
-    /// The environment variables for the program, which is loaded with `preloads` before.
+    /// The environment variables for the program, which is loaded with `preloads` too.
     std::map<std::string, std::string> environment(const std::string& preloads) const;
     void set(const fault& wanted);
     /// Kills the program before the call that it makes as number `step` from now on.
