@@ -10,6 +10,8 @@ namespace
 
 const std::string unwritable = "Logfile 'logs/ACARS.log' cannot be written";
 
+const std::string not_opened = "Logfile 'logs/ACARS.log' not opened";
+
 class fault_logging : public fault_session
 {
 };
@@ -39,6 +41,42 @@ INSTANTIATE_TEST_SUITE_P(
         fault_row{"write_EINTR", {faulty_call::write, EINTR, "ACARS.log", 0, 3}},
         fault_row{"write_short", {faulty_call::write, short_count, "ACARS.log", 0, 100}},
         fault_row{"tty_write_EINTR", {faulty_call::write, EINTR, "/pts/", 0, 3}}),
+    fault_name);
+
+/// The log is opened by the first connection, which each test makes.
+class fault_opening : public fault_session
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_NO_FATAL_FAILURE(start());
+    }
+};
+
+TEST_P(fault_opening, of_a_log_is_reported_and_costs_only_the_log)
+{
+    faults.set(GetParam().wanted);
+    first = client.connect_selected(servers[0]);
+    ASSERT_TRUE(first);
+    ASSERT_TRUE(client.wait_for_status(GetParam().line, GetParam().pair));
+    EXPECT_GT(faults.hits(), 0);
+    faults.set({});
+    ASSERT_TRUE(first->send(plain_packet(document_of({.flight = "DURING"}))));
+    ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = "DURING"})));
+    const bool is_open = GetParam().line == log_opened;
+    EXPECT_EQ(client.home().read_file("logs/ACARS.log"),
+              is_open ? std::optional{text_of({.flight = "DURING"})} : std::nullopt);
+    client.quit();
+    EXPECT_EQ(client.home().read_config(), config_text(settings));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    all, fault_opening,
+    testing::Values(
+        fault_row{"open_EMFILE", {faulty_call::open, EMFILE, "ACARS.log"}, not_opened, 6},
+        fault_row{"open_ENOSPC", {faulty_call::open, ENOSPC, "ACARS.log"}, not_opened, 6},
+        fault_row{"open_EIO", {faulty_call::open, EIO, "ACARS.log"}, not_opened, 6},
+        fault_row{"open_EINTR", {faulty_call::open, EINTR, "ACARS.log", 0, 3}, log_opened, 6}),
     fault_name);
 
 class fault_saving : public fault_session

@@ -3,7 +3,7 @@
 
 #include <unistd.h>
 
-void fault_session::SetUp()
+void fault_session::start()
 {
     settings = servers.settings();
     settings.save_to_one = settings.save_on_exit = true;
@@ -14,6 +14,11 @@ void fault_session::SetUp()
     for (const auto& [name, value] : faults.environment(preloads))
         how.environment[name] = value;
     ASSERT_TRUE(client.start(settings, how));
+}
+
+void fault_session::SetUp()
+{
+    ASSERT_NO_FATAL_FAILURE(start());
     first = client.connect_selected(servers[0]);
     ASSERT_TRUE(first);
     ASSERT_TRUE(client.wait_for_status(log_opened, pairs::notice));

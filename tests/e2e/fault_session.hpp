@@ -34,6 +34,8 @@ class fault_session : public testing::TestWithParam<fault_row>
 {
 protected:
     void SetUp() override;
+    /// Starts the client; nothing is connected and nothing fails yet.
+    void start();
     /// Whatever failed: the first server's transmissions come and are logged whole, the second can
     /// be connected to, and the client leaves in order with its configuration saved.
     void expect_nothing_else_harmed();
