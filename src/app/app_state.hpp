@@ -46,7 +46,7 @@ struct application_state {
     std::uint32_t setting_flags = 0; // setting_flag bits
     std::FILE* shared_log = nullptr; // the one log of SaveToOne; null: not open
     log_condition shared_log_state = {};
-    char** setting_texts = nullptr;  // setting_text_count owned texts; null text: not set
+    char** setting_texts = nullptr; // setting_text_count owned texts; null text: not set
 
     server_list_fetch fetch;
 

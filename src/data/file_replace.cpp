@@ -57,19 +57,17 @@ replaced_file file_find(const char* path)
 }
 
 /// Puts a content at the beginning of an open file. True when all of it has reached the disk.
-bool content_write(unique_fd fd, std::string_view content)
+bool content_write(int fd, std::string_view content)
 {
     while (!content.empty()) {
         const ssize_t count =
-            uninterrupted([&] { return write(fd.get(), content.data(), content.size()); });
+            uninterrupted([&] { return write(fd, content.data(), content.size()); });
         if (count <= 0)
             return false;
         content.remove_prefix(static_cast<std::size_t>(count));
     }
     // Pipes and devices cannot be synced, and say so with EINVAL.
-    if (uninterrupted([&] { return fsync(fd.get()); }) != 0 && errno != EINVAL)
-        return false;
-    return close(fd.release()) == 0 || errno == EINTR;
+    return uninterrupted([&] { return fsync(fd); }) == 0 || errno == EINVAL;
 }
 
 /// Makes the rename itself last through a loss of power.
@@ -106,8 +104,9 @@ bool length_set(int fd, std::size_t length)
 
 bool write_in_place(const char* path, std::string_view content)
 {
-    unique_fd fd{uninterrupted([&] { return open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC); })};
-    return fd && length_set(fd.get(), content.size()) && content_write(std::move(fd), content);
+    const unique_fd fd{
+        uninterrupted([&] { return open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC); })};
+    return fd && length_set(fd.get(), content.size()) && content_write(fd.get(), content);
 }
 
 int owner_set(int fd, uid_t user, gid_t group)
@@ -127,10 +126,11 @@ bool attributes_copy(int fd, const struct stat& status)
     return uninterrupted([&] { return fchmod(fd, status.st_mode & permission_bits); }) == 0;
 }
 
-bool write_beside(const replaced_file& file, unfinished_file beside, std::string_view content)
+bool write_beside(const replaced_file& file, const unfinished_file& beside,
+                  std::string_view content)
 {
     const bool is_ready = !file.exists || attributes_copy(beside.fd.get(), file.status);
-    const bool is_written = is_ready && content_write(std::move(beside.fd), content);
+    const bool is_written = is_ready && content_write(beside.fd.get(), content);
     const auto put_in_place = [&] { return rename(beside.name.get(), file.path.get()); };
     if (is_written && uninterrupted(put_in_place) == 0) {
         folder_sync(file.path.get());
@@ -154,8 +154,8 @@ bool file_replace(const char* path, std::string_view content)
     if (file.exists && !S_ISREG(file.status.st_mode))
         return write_in_place(file.path.get(), content);
     unfinished_files_remove(file.path.get());
-    unfinished_file beside = unfinished_file_new(file.path.get());
+    const unfinished_file beside = unfinished_file_new(file.path.get());
     if (!beside.fd)
         return file.exists && is_refused(errno) && write_in_place(file.path.get(), content);
-    return write_beside(file, std::move(beside), content);
+    return write_beside(file, beside, content);
 }

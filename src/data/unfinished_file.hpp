@@ -5,14 +5,14 @@
 
 #include "data/owners.hpp"
 
-/// A new file and its name; both none when it could not be made.
+/// A new file, locked for as long as it is open, and its name; both none when it could not be made.
 struct unfinished_file {
     heap_text name;
     unique_fd fd;
 };
 
 /// Makes an empty file beside the one at `path`, for its owner only and under a name of its own.
-/// The caller renames or removes it. None on failure, with errno set.
+/// The caller renames or removes it before closing it. None on failure, with errno set.
 unfinished_file unfinished_file_new(const char* path);
 
 /// Removes what programs that died have left beside the file at `path`: unfinished files of this

@@ -55,19 +55,13 @@ private:
 TEST_F(config_faults, in_a_save_keep_the_old_file)
 {
     const fault rows[] = {
-        {faulty_call::make_unique, ENOSPC},
-        {faulty_call::make_unique, EMFILE},
-        {faulty_call::make_unique, EIO},
-        {faulty_call::write, ENOSPC},
-        {faulty_call::write, EIO},
-        {faulty_call::write, EDQUOT, "", 3},
-        {faulty_call::sync, EIO},
-        {faulty_call::sync, ENOSPC},
-        {faulty_call::close, EIO, "unfinished"},
-        {faulty_call::rename, EIO},
-        {faulty_call::rename, ENOSPC},
-        {faulty_call::set_mode, EIO},
-        {faulty_call::set_owner, EIO},
+        {faulty_call::make_unique, ENOSPC}, {faulty_call::make_unique, EMFILE},
+        {faulty_call::make_unique, EIO},    {faulty_call::write, ENOSPC},
+        {faulty_call::write, EIO},          {faulty_call::write, EDQUOT, "", 3},
+        {faulty_call::sync, EIO},           {faulty_call::sync, ENOSPC},
+
+        {faulty_call::rename, EIO},         {faulty_call::rename, ENOSPC},
+        {faulty_call::set_mode, EIO},       {faulty_call::set_owner, EIO},
         {faulty_call::read, EIO, config},
     };
     for (const fault& row : rows) {
@@ -92,7 +86,8 @@ TEST_F(config_faults, that_do_not_matter_do_not_keep_the_new_file_away)
         {faulty_call::sync, EIO, "", 1}, // of the folder
         {faulty_call::rename, EINTR},
         {faulty_call::make_unique, EINTR, "", 0, 2},
-        {faulty_call::close, EINTR, "unfinished"},
+        {faulty_call::close, EIO, config, 0, every_call},
+        {faulty_call::close, EINTR, config, 0, every_call},
         {faulty_call::lock, ENOLCK},
         {faulty_call::lock, EWOULDBLOCK, "", 0, 2},
         {faulty_call::read, EINTR, config},

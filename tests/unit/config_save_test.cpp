@@ -224,14 +224,14 @@ TEST_F(config_saving, gives_back_long_lists)
 {
     constexpr int count = 70'000;
     // In the order of the list, so that each is added at its end.
-    for (int number = 2 * count; number > count; --number)
+    for (int number = 100'000 + count; number > 100'000; --number)
         add_server(("n" + std::to_string(number)).c_str(), 2202);
     save();
     collection_destroy(app_state.servers);
     app_state.servers = server_collection_new();
     config_load();
     ASSERT_EQ(app_state.servers->count, count);
-    EXPECT_STREQ(server_at(app_state.servers, count - 1)->ServerName, "n70001");
+    EXPECT_STREQ(server_at(app_state.servers, count - 1)->ServerName, "n100001");
 }
 
 TEST_F(config_saving, keeps_mode_and_link_and_makes_new_files_private)
