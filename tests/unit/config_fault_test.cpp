@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
+#include <utility>
 
 namespace
 {
@@ -143,6 +144,8 @@ TEST_F(config_faults, that_interrupt_a_load_do_no_harm)
         EXPECT_EQ(app_state.servers->count, 1);
         collection_destroy(app_state.servers);
         app_state.servers = server_collection_new();
+        for (std::size_t index = 0; index < setting_text_count; ++index)
+            std::free(std::exchange(app_state.setting_texts[index], nullptr));
     }
 }
 

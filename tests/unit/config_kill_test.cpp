@@ -5,6 +5,7 @@
 
 #include "data/text.hpp"
 #include "support/config_text.hpp"
+#include "support/patience.hpp"
 
 #include <optional>
 #include <set>
@@ -21,6 +22,10 @@ struct density {
 };
 constexpr density dense{8, 1'000};
 constexpr density sparse{128, 80};
+
+/// Every point is tried. A sanitizer makes processes so large that starting one takes long, and has
+/// nothing to say about a kill: under one it is only every so many points.
+constexpr int stride = patience_factor() == 1 ? 1 : 16;
 
 /// What a look at the configuration finds.
 struct found_config {
@@ -70,7 +75,7 @@ protected:
     {
         int replaced = 0;
         int step = 1;
-        for (bool is_killed = true; is_killed; ++step) {
+        for (bool is_killed = true; is_killed; step += stride) {
             prepare();
             is_killed = killed_at(step, cut.write_bytes, [] { config_save(); });
             const found_config now = found();
