@@ -16,8 +16,10 @@ namespace
 
 using paths = std::vector<std::filesystem::path>;
 
-paths files_of(const std::filesystem::path& place)
+/// Absolute paths: targets go to folders of their own.
+paths files_of(const std::filesystem::path& name)
 {
+    const std::filesystem::path place = std::filesystem::absolute(name);
     if (!std::filesystem::is_directory(place))
         return {place};
     paths files;
@@ -46,14 +48,13 @@ bool replay(const std::filesystem::path& path)
 
 int main(int count, char** arguments)
 {
-    std::size_t replayed = 0;
+    paths all;
     for (int index = 1; index < count; ++index) {
-        for (const std::filesystem::path& path : files_of(arguments[index])) {
-            if (!replay(path))
-                return EXIT_FAILURE;
-            ++replayed;
-        }
+        const paths files = files_of(arguments[index]);
+        all.insert(all.end(), files.begin(), files.end());
     }
-    std::printf("%zu inputs replayed\n", replayed);
-    return replayed > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    if (!std::all_of(all.begin(), all.end(), replay))
+        return EXIT_FAILURE;
+    std::printf("%zu inputs replayed\n", all.size());
+    return all.empty() ? EXIT_FAILURE : EXIT_SUCCESS;
 }
