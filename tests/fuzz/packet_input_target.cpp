@@ -12,7 +12,10 @@
 namespace
 {
 
-constexpr std::size_t most_waiting_bytes = 100'000;
+/// What a socket holds for certain, each piece costing room of its own.
+constexpr std::size_t most_waiting_bytes = 50'000;
+constexpr int most_waiting_pieces = 64;
+
 constexpr std::size_t most_run = 9'000;
 
 struct plain_packet {
@@ -101,6 +104,7 @@ struct receivers {
     socket_pair sockets{};
     server_entry server = {};
     plain_receiver plain{};
+    int pieces = 0; // sent since nothing was waiting
 
     receivers() = default;
     receivers(const receivers&) = delete;
@@ -111,7 +115,9 @@ struct receivers {
     }
     void feed(const std::string& bytes)
     {
-        if (plain.is_closed || plain.waiting.size() + bytes.size() > most_waiting_bytes)
+        pieces = plain.waiting.empty() ? 1 : pieces + 1;
+        if (plain.is_closed || pieces > most_waiting_pieces ||
+            plain.waiting.size() + bytes.size() > most_waiting_bytes)
             return;
         require(bytes.empty() || sockets.feed(bytes), "the socket takes what is sent");
         plain.waiting += bytes;
