@@ -6,7 +6,6 @@
 #include "bench/null_screen.hpp"
 #include "data/owners.hpp"
 #include "fuzz/property.hpp"
-#include "fuzz/stand_ins.hpp"
 #include "net/log_files.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
@@ -123,7 +122,6 @@ bool is_vertical_line(const cchar_t& cell)
 screen_visit::screen_visit()
 {
     terminal();
-    world_begin();
     if (LINES != usual_lines || COLS != usual_columns)
         on_resize(SIGWINCH);
     // A fetch seems to be running, so that none is started.
@@ -133,7 +131,6 @@ screen_visit::screen_visit()
 
 screen_visit::~screen_visit()
 {
-    world.on_pause = nullptr;
     connections_forget();
     close_shared_log();
     windows_forget();

@@ -2,6 +2,8 @@
 // keys that come as a terminal's bytes.
 #pragma once
 
+#include "fuzz/stand_ins.hpp"
+
 #include <ncurses.h>
 #include <string>
 #include <string_view>
@@ -16,6 +18,9 @@ public:
     ~screen_visit();
     screen_visit(const screen_visit&) = delete;
     screen_visit& operator=(const screen_visit&) = delete;
+
+private:
+    world_visit world_around;
 };
 
 /// Types bytes on the terminal's keyboard.

@@ -194,7 +194,7 @@ void step(receivers& both, fuzz_input& input)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    world_begin();
+    const world_visit visit;
     fuzz_input input{data, size};
     receivers both;
     while (!input.is_empty())

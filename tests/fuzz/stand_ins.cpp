@@ -65,7 +65,7 @@ void pause_run()
 
 } // namespace
 
-void world_begin()
+world_visit::world_visit()
 {
     world = {};
     world.is_active = true;
@@ -73,6 +73,11 @@ void world_begin()
     is_refused = false;
     if (written_fd >= 0)
         require(ftruncate(written_fd, 0) == 0, "the written file can be emptied");
+}
+
+world_visit::~world_visit()
+{
+    world = {};
 }
 
 void clock_advance(long microseconds)

@@ -27,8 +27,15 @@ struct stand_ins {
 
 extern stand_ins world;
 
-/// Starts one input: the clock at a fixed moment, no children, nothing written.
-void world_begin();
+/// One input's time: begins with the clock at a fixed moment, no children and nothing written.
+class world_visit
+{
+public:
+    world_visit();
+    ~world_visit();
+    world_visit(const world_visit&) = delete;
+    world_visit& operator=(const world_visit&) = delete;
+};
 
 /// Moves the clock on.
 void clock_advance(long microseconds);
