@@ -1,0 +1,86 @@
+// soak_figures.cpp - see soak_figures.hpp.
+#include "soak/soak_figures.hpp"
+
+#include "bench/process_figures.hpp"
+#include "e2e/network_session.hpp"
+#include "support/patience.hpp"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+int entries_of(const std::string& folder)
+{
+    std::error_code failure;
+    const fs::directory_iterator all{folder, failure};
+    return failure ? 0 : static_cast<int>(std::distance(begin(all), end(all)));
+}
+
+/// The resident part of the mapping that is called [heap].
+double heap_of(const std::string& process_folder)
+{
+    std::ifstream file{process_folder + "/smaps"};
+    bool is_heap = false;
+    for (std::string line; std::getline(file, line);) {
+        if (line.find('-') < line.find(' '))
+            is_heap = line.ends_with("[heap]");
+        double kb = 0;
+        std::string label;
+        if (is_heap && line.starts_with("Rss:") && std::istringstream{line} >> label >> kb)
+            return kb;
+    }
+    return 0;
+}
+
+bool has_sanitizer()
+{
+    return patience_factor() > 1;
+}
+
+} // namespace
+
+soak_sample soak_sample_of(pid_t process)
+{
+    const std::string folder = "/proc/" + std::to_string(process);
+    const memory_use memory = memory_of(process).value_or(memory_use{});
+    return {.resident_kb = memory.resident,
+            .proportional_kb = memory.proportional,
+            .heap_kb = heap_of(folder),
+            .descriptors = entries_of(folder + "/fd"),
+            .threads = entries_of(folder + "/task"),
+            .children = static_cast<int>(children_of(process).size())};
+}
+
+std::string soak_sample_line(const soak_sample& sample)
+{
+    char line[160];
+    std::snprintf(line, sizeof line,
+                  "%7.2f h: %6.0f kB resident, %6.0f kB proportional, %6.0f kB heap, "
+                  "%3d descriptors, %d threads, %d children",
+                  sample.hours, sample.resident_kb, sample.proportional_kb, sample.heap_kb,
+                  sample.descriptors, sample.threads, sample.children);
+    return line;
+}
+
+testing::AssertionResult nothing_has_grown(const std::vector<soak_sample>& samples)
+{
+    if (samples.size() < 2)
+        return testing::AssertionFailure() << "there are not two samples to compare";
+    const soak_sample& first = samples.front();
+    const soak_sample& last = samples.back();
+    const bool is_same = last.descriptors == first.descriptors && last.threads == first.threads &&
+                         last.children == first.children && first.descriptors > 0;
+    const bool is_small =
+        has_sanitizer() || last.resident_kb <= first.resident_kb + tolerated_growth_kb;
+    if (is_same && is_small)
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "the client has grown\nfrom " << soak_sample_line(first)
+                                       << "\nto   " << soak_sample_line(last);
+}
