@@ -5,16 +5,20 @@
 #include "e2e/network_session.hpp"
 #include "support/patience.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <sstream>
 
 namespace
 {
 
 namespace fs = std::filesystem;
+
+constexpr double longest_span_hours = 1;
 
 int entries_of(const std::string& folder)
 {
@@ -37,6 +41,21 @@ double heap_of(const std::string& process_folder)
             return kb;
     }
     return 0;
+}
+
+const soak_sample& least_between(const std::vector<soak_sample>& samples, double begin, double end)
+{
+    const auto key = [&](const soak_sample& sample) {
+        const bool is_within = sample.hours >= begin && sample.hours <= end;
+        return is_within ? sample.resident_kb : std::numeric_limits<double>::infinity();
+    };
+    return *std::ranges::min_element(samples, {}, key);
+}
+
+bool has_same_counts(const soak_sample& one, const soak_sample& other)
+{
+    return one.descriptors == other.descriptors && one.threads == other.threads &&
+           one.children == other.children;
 }
 
 bool has_sanitizer()
@@ -73,13 +92,16 @@ testing::AssertionResult nothing_has_grown(const std::vector<soak_sample>& sampl
 {
     if (samples.size() < 2)
         return testing::AssertionFailure() << "there are not two samples to compare";
-    const soak_sample& first = samples.front();
-    const soak_sample& last = samples.back();
-    const bool is_same = last.descriptors == first.descriptors && last.threads == first.threads &&
-                         last.children == first.children && first.descriptors > 0;
+    const double begin = samples.front().hours;
+    const double end = samples.back().hours;
+    const double span = std::min(longest_span_hours, (end - begin) / 3);
+    const soak_sample& first = least_between(samples, begin, begin + span);
+    const soak_sample& last = least_between(samples, end - span, end);
+    const bool is_same = std::ranges::all_of(
+        samples, [&](const soak_sample& sample) { return has_same_counts(sample, first); });
     const bool is_small =
         has_sanitizer() || last.resident_kb <= first.resident_kb + tolerated_growth_kb;
-    if (is_same && is_small)
+    if (is_same && is_small && first.descriptors > 0)
         return testing::AssertionSuccess();
     return testing::AssertionFailure() << "the client has grown\nfrom " << soak_sample_line(first)
                                        << "\nto   " << soak_sample_line(last);

@@ -17,7 +17,7 @@ struct soak_sample {
     int children = 0;
 };
 
-/// Resident memory may differ by this much between two looks.
+/// Resident memory may grow by this much.
 constexpr double tolerated_growth_kb = 256;
 
 /// Looks at the process now; `hours` is left to the caller.
@@ -26,6 +26,9 @@ soak_sample soak_sample_of(pid_t process);
 /// One line of text.
 std::string soak_sample_line(const soak_sample& sample);
 
-/// Whether the last of the samples shows no more than the first: the counts equal, the resident
-/// memory within its tolerance. With sanitizers memory is not compared: they keep what was freed.
+/// Whether the client shows no more at the end than at the beginning: the counts are equal in all
+/// samples, and the least resident memory of the last hour (or third, if that is shorter) is no
+/// more than that of the first one, but for the tolerance. The least, since a large text that is
+/// just being worked on is no growth. With sanitizers memory is not compared: they keep what was
+/// freed.
 testing::AssertionResult nothing_has_grown(const std::vector<soak_sample>& samples);

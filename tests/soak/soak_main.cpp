@@ -10,16 +10,24 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <regex>
 
 namespace
 {
 
 constexpr double ms_per_hour = 3'600'000;
 constexpr double minutes_per_hour = 60;
-constexpr double default_samples = 24;
+constexpr double default_samples = 144;
 constexpr const char* log_folder = "log";
 
 soak_options options;
+
+/// A configuration without what the user has told servers about themselves, which the client keeps.
+std::string without_answers(const std::string& config)
+{
+    static const std::regex answers{"<(SubCode|UseEMail)>[^<]*<"};
+    return std::regex_replace(config, answers, "<$1><");
+}
 
 class soak : public testing::Test
 {
@@ -165,7 +173,7 @@ TEST_F(soak, the_client_stays_as_it_was_and_loses_nothing)
     client.quit();
     check_logs();
     EXPECT_TRUE(nothing_has_grown(samples));
-    EXPECT_EQ(client.home().read_config(), config_text(settings()));
+    EXPECT_EQ(without_answers(client.home().read_config().value_or("")), config_text(settings()));
 }
 
 } // namespace

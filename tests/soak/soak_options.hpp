@@ -17,7 +17,7 @@ struct soak_options {
     unsigned seed = 1;
     soak_kind kind = soak_kind::steady;
     bool one_log = false;      // all servers write into one log
-    double sample_minutes = 0; // between two looks at the process; 0: 24 looks in all
+    double sample_minutes = 0; // between two looks at the process; 0: 144 looks in all
     std::string report{};      // a file that gets the figures too; empty: none
 };
 
