@@ -17,6 +17,14 @@ constexpr std::uint32_t close_kinds[] = {3, 100, 102};
 
 constexpr std::string_view service_keys = "\001\012\017\020"; // ^A, Enter, ^O, ^P
 
+constexpr std::size_t report_bytes = 60'000;
+
+/// The usual terminals, and the largest.
+constexpr int fewest_rows = 20;
+constexpr int most_rows = 60;
+constexpr int fewest_columns = 80;
+constexpr int most_columns = 200;
+
 /// A menu and its prompts, one for each answer that is asked for.
 constexpr int most_service_boxes = 8;
 
@@ -112,15 +120,17 @@ void soak_user::leave_alone_for_long()
 
 void soak_user::resize()
 {
+    set_size(most_rows, most_columns);
     for (int times = number_from(dice, 1, 5); times > 0; --times)
-        set_size(number_from(dice, 20, 60), number_from(dice, 80, 200));
+        set_size(number_from(dice, fewest_rows, most_rows),
+                 number_from(dice, fewest_columns, most_columns));
     set_size(soak_rows, soak_columns);
     close_boxes();
 }
 
 void soak_user::resize_to_little()
 {
-    set_size(number_from(dice, 1, 19), number_from(dice, 1, 79));
+    set_size(number_from(dice, 1, fewest_rows - 1), number_from(dice, 1, fewest_columns - 1));
     set_size(soak_rows, soak_columns);
     close_boxes();
 }
@@ -168,7 +178,9 @@ void soak_user::use_services()
 
 void soak_user::receive_report()
 {
-    const std::string text(static_cast<std::size_t>(number_from(dice, 1, 60'000)), 'r');
+    // Always as long: the largest block that was ever given back decides how much the C library
+    // keeps for later, and a larger one after hours would look like growth.
+    const std::string text(report_bytes, 'r');
     const std::string packed = compressed_packet(text).payload;
     const int index = any_talking_server();
     const auto say = [&](std::uint32_t kind, const std::string& payload) {
