@@ -168,10 +168,10 @@ void server_list_select(std::int32_t selected)
     if (scroll_to_selected())
         rows_draw();
     server_list_bar_draw();
-    if (is_page_in_front())
-        list_show();
-    else if (app_state.server_pane != nullptr)
+    if (!is_page_in_front() && app_state.server_pane != nullptr)
         touchwin(app_state.server_pane);
+    // Shown now: reading the next key would show it too, but only a round later.
+    list_show();
 }
 
 void server_list_bar_draw()
