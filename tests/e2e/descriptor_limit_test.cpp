@@ -163,6 +163,7 @@ TEST_F(descriptor_limit, leaves_a_report_unsaved)
     ASSERT_TRUE(limit_to(in_use + 1));
     ASSERT_NO_FATAL_FAILURE(connect_selected());
     client.clock().set_speed(1); // the prompt waits ten seconds for its answer
+    client.clock().set_alarm_pace(1000 / connecting_speed);
     const server_packet report = compressed_packet("a report");
     ASSERT_TRUE(connections.front().send(74, std::to_string(report.payload.size()) + "\t8"));
     ASSERT_TRUE(connections.front().send({.kind = 205, .payload = report.payload}));
