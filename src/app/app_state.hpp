@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
 #include <ncurses.h>
 #include <pthread.h>
 #include <termios.h>
@@ -26,6 +27,12 @@ struct server_list_fetch {
     std::atomic<unsigned> progress = 0; // steps made; stands still while the directory is silent
     int socket = -1;                    // to the directory; under the state lock
     bool is_given_up = false;           // the thread must not touch shared state any more; likewise
+};
+
+/// How far the cycle over all servers has come; long ones are made in several runs.
+struct poll_progress {
+    std::int32_t next = 0; // index of the next server to visit; 0: a new cycle begins
+    std::time_t now = 0;   // when the cycle began
 };
 
 struct application_state {
@@ -49,6 +56,7 @@ struct application_state {
     char** setting_texts = nullptr; // setting_text_count owned texts; null text: not set
 
     server_list_fetch fetch;
+    poll_progress poll;
 
     int checkbox_rows[checkbox_setting_count]; // row on the settings page, -1: not drawn
     int text_rows[setting_text_count];

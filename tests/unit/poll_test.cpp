@@ -4,7 +4,10 @@
 #include "net/poll.hpp"
 #include "ui/pane.hpp"
 
+#include <csignal>
 #include <ctime>
+#include <string>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace
@@ -54,6 +57,50 @@ TEST_F(poll_cycle, visits_all_servers_in_the_order_of_the_list)
         ends[index].send({103, names[index]});
     poll();
     EXPECT_EQ(said(), (status_lines{{"c", 2}, {"b", 2}, {"a", 2}}));
+}
+
+/// Servers that have something to say, "s00" to "s19" in the list's order; the first sends a list
+/// that stays open for a while.
+class long_poll_cycle : public poll_cycle
+{
+protected:
+    long_poll_cycle()
+    {
+        for (int index = 0; index < count; ++index)
+            add_server(("host" + std::to_string(99 - index)).c_str());
+        for (int index = 0; index < count; ++index)
+            ends.push_back(connect(*server_at(app_state.servers, index)));
+        ends[0].send({89, "D-AIQA\tFRA\tLH0400"});
+        for (int index = 1; index < count; ++index)
+            ends[static_cast<std::size_t>(index)].send({103, "s" + std::to_string(index)});
+        type_ahead("x\033"); // the first key is none for the list, and costs it a round
+    }
+
+    static constexpr int count = 20;
+    static constexpr int before_a_break = 16;
+    std::vector<server_end> ends;
+};
+
+TEST_F(long_poll_cycle, lets_waiting_keys_be_read_and_goes_on_at_once)
+{
+    poll();
+    EXPECT_EQ(said().back(), (status_line{"s" + std::to_string(before_a_break - 1), 2}));
+    itimerval left{};
+    getitimer(ITIMER_REAL, &left);
+    EXPECT_EQ(left.it_value.tv_sec, 0) << "this was no break";
+    poll();
+    EXPECT_EQ(said(), (status_lines{{"s16", 2}, {"s17", 2}, {"s18", 2}, {"s19", 2}}));
+    EXPECT_EQ(alarm(0), 1U);
+}
+
+TEST_F(long_poll_cycle, visits_no_server_twice)
+{
+    ends[1].send({103, "more"});
+    poll();
+    poll();
+    EXPECT_EQ(said().back(), (status_line{"s19", 2}));
+    poll();
+    EXPECT_EQ(said().back(), (status_line{"more", 2}));
 }
 
 TEST_F(poll_cycle, goes_on_after_a_server_that_closes)
