@@ -13,7 +13,6 @@
 #include <functional>
 #include <netinet/in.h>
 #include <poll.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 
 namespace
@@ -54,17 +53,6 @@ std::string address_of(std::size_t index)
 std::string crowd_alias(std::size_t index)
 {
     return "c" + std::to_string(10'000 + index);
-}
-
-bool allow_open_files(unsigned long count)
-{
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    if (limit.rlim_cur >= count)
-        return true;
-    limit.rlim_cur = count;
-    limit.rlim_max = std::max<rlim_t>(limit.rlim_max, count);
-    return setrlimit(RLIMIT_NOFILE, &limit) == 0;
 }
 
 crowd::crowd(int count)

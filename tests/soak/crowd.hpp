@@ -63,6 +63,3 @@ private:
 
 /// The name under which the client lists the crowd's server `index`.
 std::string crowd_alias(std::size_t index);
-
-/// Lets this program and those that it starts open `count` files; false if that is not allowed.
-bool allow_open_files(unsigned long count);

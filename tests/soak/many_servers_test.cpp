@@ -8,6 +8,7 @@
 #include "soak/crowd.hpp"
 #include "soak/soak_logs.hpp"
 #include "soak/soak_traffic.hpp"
+#include "support/open_files.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -30,7 +31,7 @@ constexpr int terminal_rows = 40;
 constexpr int terminal_columns = 132;
 constexpr int pane_column = 27;
 constexpr int name_cells = 34;
-constexpr std::size_t look_every_bytes = 64;
+constexpr std::size_t look_every_bytes = 200;
 constexpr int first_row = 2;
 constexpr int last_row = terminal_rows - 3;
 constexpr int bar_column = 2;
@@ -38,7 +39,7 @@ constexpr double most_ms_to_answer = 100;
 constexpr const char* log_folder = "log";
 
 struct {
-    int keys = 60;
+    int keys = 30;
     bool judges_times = false;
 } options;
 

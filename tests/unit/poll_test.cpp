@@ -2,9 +2,13 @@
 #include "unit/net_fixture.hpp"
 
 #include "net/poll.hpp"
+#include "support/open_files.hpp"
 #include "ui/pane.hpp"
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <ctime>
 #include <string>
 #include <sys/time.h>
@@ -101,6 +105,29 @@ TEST_F(long_poll_cycle, visits_no_server_twice)
     EXPECT_EQ(said().back(), (status_line{"s19", 2}));
     poll();
     EXPECT_EQ(said().back(), (status_line{"more", 2}));
+}
+
+TEST_F(poll_cycle, over_a_thousand_silent_servers_holds_nobody_up)
+{
+    constexpr int many = 1000;
+    constexpr std::chrono::milliseconds limit{5};
+    if (!allow_open_files(2 * many + 64))
+        GTEST_SKIP() << "no program here may open " << 2 * many << " files";
+    std::vector<server_end> ends;
+    for (int index = 0; index < many; ++index)
+        ends.push_back(connect(add_server(("host" + std::to_string(index)).c_str())));
+    // The quickest of some cycles: the others tell what else the machine had to do.
+    auto quickest = std::chrono::nanoseconds::max();
+    for (int cycle = 0; cycle < 20; ++cycle) {
+        const auto begin = std::chrono::steady_clock::now();
+        poll();
+        quickest =
+            std::min<std::chrono::nanoseconds>(quickest, std::chrono::steady_clock::now() - begin);
+    }
+    std::printf("a cycle over %d silent servers takes %.3f ms\n", many,
+                std::chrono::duration<double, std::milli>(quickest).count());
+    EXPECT_LT(quickest, limit);
+    EXPECT_TRUE(said().empty());
 }
 
 TEST_F(poll_cycle, goes_on_after_a_server_that_closes)
