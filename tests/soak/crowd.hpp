@@ -34,7 +34,7 @@ public:
     {
         is_talking = wanted;
     }
-    /// Transmissions that each server has sent so far; only while nobody talks.
+    /// Transmissions that each server has sent so far.
     std::vector<std::int64_t> transmissions() const;
 
 private:

@@ -92,9 +92,10 @@ testing::AssertionResult nothing_has_grown(const std::vector<soak_sample>& sampl
 {
     if (samples.size() < 2)
         return testing::AssertionFailure() << "there are not two samples to compare";
-    const double begin = samples.front().hours;
     const double end = samples.back().hours;
-    const double span = std::min(longest_span_hours, (end - begin) / 3);
+    const double length = end - samples.front().hours;
+    const double begin = samples.front().hours + std::min(longest_span_hours, length / 6);
+    const double span = std::min(longest_span_hours, length / 3);
     const soak_sample& first = least_between(samples, begin, begin + span);
     const soak_sample& last = least_between(samples, end - span, end);
     const bool is_same = std::ranges::all_of(

@@ -71,14 +71,18 @@ protected:
     void take_sample()
     {
         soak_sample sample;
+        std::int64_t rounds = 0;
         const auto is_quiet = [&] {
             sample = soak_sample_of(client.terminal().process_id());
+            rounds = servers.rounds();
             return (sample.threads == 1 && sample.children == 0) || !user.all_are_connected();
         };
-        // A server that was left alone may be left by the client at any moment.
+        // A server that was left alone may be left by the client at any moment, and sees it later.
+        const auto is_known = [&] { return servers.rounds() >= rounds + 2; };
         do {
             user.connect_all();
             ASSERT_TRUE(client.terminal().wait_until(is_quiet, "one thread, no child"));
+            ASSERT_TRUE(client.terminal().wait_until(is_known, "the servers are awake"));
         } while (!user.all_are_connected());
         sample.hours = hours();
         say("%s\n", soak_sample_line(sample).c_str());

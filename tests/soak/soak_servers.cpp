@@ -79,5 +79,6 @@ void soak_servers::run()
         const std::int64_t polls = clock.alarms_set();
         for (soak_server& server : servers)
             server.step(now_ms, polls);
+        ++rounds_made;
     }
 }

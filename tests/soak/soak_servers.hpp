@@ -33,6 +33,12 @@ public:
         return index <= last_wild;
     }
 
+    /// How often all servers have taken in what had come.
+    std::int64_t rounds() const
+    {
+        return rounds_made;
+    }
+
     /// Does `use(server)` while nothing else happens to the server, and gives what that gives.
     template <typename function> auto with(int index, function use)
     {
@@ -48,6 +54,7 @@ private:
     int last_wild;
     std::deque<soak_server> servers;
     std::mutex guard;
+    std::atomic<std::int64_t> rounds_made = 0;
     std::atomic<bool> stops = false;
     std::thread thread;
 };
