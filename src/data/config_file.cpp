@@ -27,6 +27,7 @@ namespace
 
 constexpr std::string_view server_element = "Server";
 constexpr std::size_t key_path_bytes = 64;
+constexpr std::size_t field_path_bytes = 2 * xml_name_limit;
 
 /// There was a configuration at the start that could not be read. It is not to be replaced by what
 /// the program knows without it.
@@ -69,39 +70,44 @@ std::int32_t number_of(const char* text)
                                                       std::numeric_limits<std::int32_t>::max()));
 }
 
-/// A copy of the text at prefix + element; null when there is none.
-char* field_copy(const xml_index& index, const char* prefix, const char* element)
+/// The text of one of the elements of Server`number`; null when there is none. Borrowed.
+const char* field_value(const xml_index& index, const char* number, const char* element)
 {
-    const heap_text path{str_append(str_dup(prefix), element)};
-    return path ? str_dup(xml_index_value(index, path.get())) : nullptr;
+    char path[field_path_bytes];
+    std::snprintf(path, sizeof path, "clientconf/Server%s/%s", number, element);
+    return xml_index_value(index, path);
 }
 
-std::int32_t port_of(const xml_index& index, const char* prefix)
+char* field_copy(const xml_index& index, const char* number, const char* element)
 {
-    const heap_text text{field_copy(index, prefix, "ServerPort")};
-    return text ? number_of(text.get()) : DEFAULT_SERVER_PORT;
+    return str_dup(field_value(index, number, element));
+}
+
+std::int32_t port_of(const xml_index& index, const char* number)
+{
+    const char* text = field_value(index, number, "ServerPort");
+    return text != nullptr ? number_of(text) : DEFAULT_SERVER_PORT;
 }
 
 /// The fields that stay with the program until its end: server_entry_free does not know them.
-void mailing_fields_read(server_entry& server, const xml_index& index, const char* prefix)
+void mailing_fields_read(server_entry& server, const xml_index& index, const char* number)
 {
-    server.UseEMail = field_copy(index, prefix, "UseEMail");
-    server.SubCode = field_copy(index, prefix, "SubCode");
+    server.UseEMail = field_copy(index, number, "UseEMail");
+    server.SubCode = field_copy(index, number, "SubCode");
 }
 
 void server_read(const xml_index& index, const char* number)
 {
-    const heap_text prefix{str_replace(str_dup("clientconf/Server$/"), "$", number)};
     auto* server = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
-    if (!prefix || server == nullptr)
-        return std::free(server);
-    server->ServerName = field_copy(index, prefix.get(), "ServerName");
-    server->ServerPort = port_of(index, prefix.get());
-    server->ServerAlias = field_copy(index, prefix.get(), "ServerAlias");
-    server->Password = field_copy(index, prefix.get(), "Password");
-    mailing_fields_read(*server, index, prefix.get());
-    server->Location = field_copy(index, prefix.get(), "Location");
-    server->Info = field_copy(index, prefix.get(), "Info");
+    if (server == nullptr)
+        return;
+    server->ServerName = field_copy(index, number, "ServerName");
+    server->ServerPort = port_of(index, number);
+    server->ServerAlias = field_copy(index, number, "ServerAlias");
+    server->Password = field_copy(index, number, "Password");
+    mailing_fields_read(*server, index, number);
+    server->Location = field_copy(index, number, "Location");
+    server->Info = field_copy(index, number, "Info");
     if (server_add(app_state.servers, server) != -1)
         server_entry_free(server);
 }
