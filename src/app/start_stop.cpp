@@ -17,6 +17,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include <malloc.h>
 #include <unistd.h>
 
 namespace
@@ -92,6 +93,8 @@ bool app_start()
     // The terminal is left as curses set it, so that what it shows can still be read.
     if (!first_screen_show())
         return start_fail("Unable to init ncurses windows\n");
+    // Reading the configuration took several times its size.
+    malloc_trim(0);
     if (is_setting_on(FetchOnStart))
         start_server_list_fetch();
     signal_install(SIGALRM, poll_servers);
