@@ -13,7 +13,7 @@ namespace
 {
 
 const std::map<int, std::vector<std::string>> rooms_by_floor = {
-    {6, {"app/main", "app/start_stop", "app/signals", "app/main_loop"}},
+    {6, {"app/main", "app/start_stop", "app/signals", "app/main_loop", "app/terminate"}},
     {5, {"net/poll"}},
     {4,
      {"net/transmission", "net/capabilities", "net/server_list_fetch", "data/settings_toggle",
