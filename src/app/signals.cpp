@@ -79,17 +79,19 @@ int rescue_byte_add(int byte)
     return byte;
 }
 
-void rescue_capability_add(const char* name)
+void rescue_capability_add(terminal_text which)
 {
-    const char* sequence = terminal_capability(name);
+    const char* sequence = terminal_capability(which);
     if (sequence != nullptr)
         terminal_capability_expand(sequence, rescue_byte_add);
 }
 
 void rescue_prepare()
 {
-    for (const char* capability : {"sgr0", "op", "rmkx", "rmcup", "cnorm"})
-        rescue_capability_add(capability);
+    for (const terminal_text which :
+         {terminal_text::attributes_off, terminal_text::first_colours, terminal_text::keypad_off,
+          terminal_text::full_screen_off, terminal_text::cursor_on})
+        rescue_capability_add(which);
 }
 
 [[maybe_unused]] void on_crash(int signal_number)

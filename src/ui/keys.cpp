@@ -37,7 +37,7 @@ void define_utf8_letters()
 
 bool backspace_sends_control_h()
 {
-    const char* sequence = terminal_capability("kbs");
+    const char* sequence = terminal_capability(terminal_text::backspace);
     return sequence != nullptr && std::strcmp(sequence, "\010") == 0;
 }
 

@@ -5,11 +5,35 @@
 #include <ncurses.h>
 #include <term.h>
 
-const char* terminal_capability(const char* name)
+namespace
 {
-    // Some builds of curses declare the name as writable; none writes to it.
-    const char* text = tigetstr(const_cast<char*>(name));
-    // Curses gives the address -1 for names that are no text capabilities.
+
+// Not by name: for that, curses makes a table of all names, 8 kB that would stay.
+const char* text_of(terminal_text which)
+{
+    switch (which) {
+    case terminal_text::attributes_off:
+        return exit_attribute_mode;
+    case terminal_text::first_colours:
+        return orig_pair;
+    case terminal_text::keypad_off:
+        return keypad_local;
+    case terminal_text::full_screen_off:
+        return exit_ca_mode;
+    case terminal_text::cursor_on:
+        return cursor_normal;
+    case terminal_text::backspace:
+        return key_backspace;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+const char* terminal_capability(terminal_text which)
+{
+    const char* text = cur_term != nullptr ? text_of(which) : nullptr;
+    // The address -1 stands for a text that the type has taken back.
     return reinterpret_cast<std::intptr_t>(text) != -1 ? text : nullptr;
 }
 
