@@ -41,17 +41,17 @@ std::optional<double> median(std::vector<double> values)
 
 void comparison_print(const comparison& compared, std::FILE* to)
 {
-    std::fprintf(to, "%-46s", "");
+    std::fprintf(to, "%-38s", "");
     for (const std::string& column : compared.columns)
         std::fprintf(to, "%10s", column.c_str());
     for (const figure_row& row : compared.rows) {
-        std::fprintf(to, "\n%-46s", heading_of(row).c_str());
+        std::fprintf(to, "\n%-38s", heading_of(row).c_str());
         for (const std::optional<double>& figure : row.figures)
             std::fprintf(to, "%10s", text_of(figure).c_str());
     }
     std::fputs("\n\n", to);
     for (const goal_row& goal : compared.goals)
-        std::fprintf(to, "%-46s%-34s%-22s%s\n", goal.what.c_str(), goal.figure.c_str(),
+        std::fprintf(to, "%-38s%-42s%-22s%s\n", goal.what.c_str(), goal.figure.c_str(),
                      goal.wanted.c_str(), verdict(goal));
     for (const std::string& note : compared.notes)
         std::fprintf(to, "\n%s", note.c_str());

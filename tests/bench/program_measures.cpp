@@ -35,10 +35,13 @@ bool start_measure(const compared_program& program, const std::string& home, sta
 {
     measured_program running{program.command, home};
     const std::optional<first_screen> screen = running.wait_for_screen(program.last_text);
-    const std::optional<memory_use> memory = memory_of(running.processes());
-    if (!screen || !memory)
+    const std::vector<pid_t> processes = running.processes();
+    const std::optional<work_done> work = work_of(processes);
+    const std::optional<memory_use> memory = memory_of(processes);
+    if (!screen || !work || !memory)
         return false;
     figures.first_screen_ms.push_back(screen->ms);
+    figures.first_screen_cpu_ms.push_back(work->cpu_ms);
     figures.first_screen_bytes.push_back(static_cast<double>(screen->bytes));
     figures.resident_kb.push_back(memory->resident);
     figures.proportional_kb.push_back(memory->proportional);

@@ -10,6 +10,7 @@
 /// Figures of many starts of one program, one of each a start.
 struct start_figures {
     std::vector<double> first_screen_ms{};
+    std::vector<double> first_screen_cpu_ms{};
     std::vector<double> first_screen_bytes{};
     std::vector<double> resident_kb{};
     std::vector<double> proportional_kb{};

@@ -107,6 +107,7 @@ void starts_add(comparison& compared, const std::vector<start_figures>& starts)
     };
     add("first full screen", "ms", measure_goal::near_floor_leaner,
         &start_figures::first_screen_ms);
+    add("CPU for it", "ms", measure_goal::none, &start_figures::first_screen_cpu_ms);
     add("written for it", "bytes", measure_goal::none, &start_figures::first_screen_bytes);
     add("resident memory at rest", "kB", measure_goal::near_floor_leaner,
         &start_figures::resident_kb);
