@@ -27,7 +27,6 @@ namespace
 
 constexpr std::string_view server_element = "Server";
 constexpr std::size_t key_path_bytes = 64;
-constexpr std::size_t field_path_bytes = 2 * xml_name_limit;
 
 /// There was a configuration at the start that could not be read. It is not to be replaced by what
 /// the program knows without it.
@@ -70,44 +69,59 @@ std::int32_t number_of(const char* text)
                                                       std::numeric_limits<std::int32_t>::max()));
 }
 
-/// The text of one of the elements of Server`number`; null when there is none. Borrowed.
-const char* field_value(const xml_index& index, const char* number, const char* element)
+/// Where a server's elements are: the path of its block, behind which their names are put in turns.
+struct server_path {
+    char text[2 * xml_name_limit];
+    std::size_t block_length; // the "/" behind the block's name included
+};
+
+server_path path_of_block(const char* number)
 {
-    char path[field_path_bytes];
-    std::snprintf(path, sizeof path, "clientconf/Server%s/%s", number, element);
-    return xml_index_value(index, path);
+    server_path path;
+    std::snprintf(path.text, sizeof path.text, "clientconf/Server%s/", number);
+    path.block_length = std::strlen(path.text);
+    return path;
 }
 
-char* field_copy(const xml_index& index, const char* number, const char* element)
+/// The text of one of a server's elements; null when there is none. Borrowed.
+const char* field_value(const xml_index& index, server_path& path, std::string_view element)
 {
-    return str_dup(field_value(index, number, element));
+    char* name = path.text + path.block_length;
+    name[element.copy(name, sizeof path.text - path.block_length - 1)] = '\0';
+    return xml_index_value(index, path.text);
 }
 
-std::int32_t port_of(const xml_index& index, const char* number)
+char* field_copy(const xml_index& index, server_path& path, std::string_view element)
 {
-    const char* text = field_value(index, number, "ServerPort");
+    return str_dup(field_value(index, path, element));
+}
+
+std::int32_t port_of(const xml_index& index, server_path& path)
+{
+    const char* text = field_value(index, path, "ServerPort");
     return text != nullptr ? number_of(text) : DEFAULT_SERVER_PORT;
 }
 
 /// The fields that stay with the program until its end: server_entry_free does not know them.
-void mailing_fields_read(server_entry& server, const xml_index& index, const char* number)
+void mailing_fields_read(server_entry& server, const xml_index& index, server_path& path)
 {
-    server.UseEMail = field_copy(index, number, "UseEMail");
-    server.SubCode = field_copy(index, number, "SubCode");
+    server.UseEMail = field_copy(index, path, "UseEMail");
+    server.SubCode = field_copy(index, path, "SubCode");
 }
 
 void server_read(const xml_index& index, const char* number)
 {
+    server_path path = path_of_block(number);
     auto* server = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
     if (server == nullptr)
         return;
-    server->ServerName = field_copy(index, number, "ServerName");
-    server->ServerPort = port_of(index, number);
-    server->ServerAlias = field_copy(index, number, "ServerAlias");
-    server->Password = field_copy(index, number, "Password");
-    mailing_fields_read(*server, index, number);
-    server->Location = field_copy(index, number, "Location");
-    server->Info = field_copy(index, number, "Info");
+    server->ServerName = field_copy(index, path, "ServerName");
+    server->ServerPort = port_of(index, path);
+    server->ServerAlias = field_copy(index, path, "ServerAlias");
+    server->Password = field_copy(index, path, "Password");
+    mailing_fields_read(*server, index, path);
+    server->Location = field_copy(index, path, "Location");
+    server->Info = field_copy(index, path, "Info");
     if (server_add(app_state.servers, server) != -1)
         server_entry_free(server);
 }
