@@ -72,12 +72,6 @@ std::map<std::string, std::string> manual_entries()
     return entries;
 }
 
-TEST(key_tables, are_read_from_the_code)
-{
-    EXPECT_EQ(command_keys(), (key_names{"^A", "^D", "^E", "^H", "^I", "^L", "^O", "^P", "^R", "^X",
-                                         "Down", "Enter", "Up"}));
-}
-
 TEST(key_tables, of_the_readme_name_every_key)
 {
     const std::string section = text_between(source_text("README.md"), "\n## Keys\n", "\n## ");
