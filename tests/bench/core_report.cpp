@@ -21,7 +21,7 @@ namespace
 std::optional<double> figure_of(const core_figures& figures, const std::string& name)
 {
     const auto found = figures.find(name);
-    return found != figures.end() ? std::optional{median(found->second)} : std::nullopt;
+    return found != figures.end() ? median(found->second) : std::nullopt;
 }
 
 const char* verdict(bool is_reached)
@@ -157,7 +157,8 @@ std::vector<growth_point> growth_of(const core_figures& figures, const std::stri
     std::map<std::int64_t, double> points;
     for (const auto& [key, values] : figures) {
         if (key.starts_with(name + "/"))
-            points[std::strtoll(key.c_str() + name.size() + 1, nullptr, 10)] = median(values);
+            points[std::strtoll(key.c_str() + name.size() + 1, nullptr, 10)] =
+                median(values).value_or(0);
     }
     std::vector<growth_point> growth;
     for (const auto& [count, us] : points)

@@ -98,8 +98,8 @@ TEST_F(config_page_elements, of_its_example_are_understood)
 
 TEST(manual_pages, give_the_bounds_and_names_that_hold)
 {
-    static_assert(config_max_bytes == 16LL << 20 && log_name_bytes == 256);
-    EXPECT_NE(source_text(config_page).find("larger than 16 MiB"), std::string::npos);
+    static_assert(config_max_bytes == 64UL << 20 && log_name_bytes == 256);
+    EXPECT_NE(source_text(config_page).find("larger than 64 MiB"), std::string::npos);
     EXPECT_NE(source_text(client_page).find("longer than 255 bytes"), std::string::npos);
     for (const char* page : {"README.md", client_page})
         for (const char* word : {"ncursesclient.conf", "ncursesclient.hlp", "ACARS.log",
