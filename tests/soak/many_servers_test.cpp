@@ -129,7 +129,8 @@ protected:
 
     double cpu_ms()
     {
-        return work_of(client.terminal().process_id()).value_or(work_done{}).cpu_ms;
+        const pid_t process = client.terminal().process_id();
+        return work_of({&process, 1}).value_or(work_done{}).cpu_ms;
     }
 
     std::string log_of(int index)

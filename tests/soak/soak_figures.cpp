@@ -68,7 +68,7 @@ bool has_sanitizer()
 soak_sample soak_sample_of(pid_t process)
 {
     const std::string folder = "/proc/" + std::to_string(process);
-    const memory_use memory = memory_of(process).value_or(memory_use{});
+    const memory_use memory = memory_of({&process, 1}).value_or(memory_use{});
     return {.resident_kb = memory.resident,
             .proportional_kb = memory.proportional,
             .heap_kb = heap_of(folder),

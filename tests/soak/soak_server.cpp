@@ -31,13 +31,13 @@ constexpr std::size_t longest_burst = 64 * 1024;
 bool packet_take(std::string& inbox, server_packet& packet)
 {
     std::size_t length = 0;
-    if (inbox.size() < packet_header_bytes)
+    if (inbox.size() < wire_header_bytes)
         return false;
     packet = parse_header(inbox, length);
-    if (inbox.size() < packet_header_bytes + length)
+    if (inbox.size() < wire_header_bytes + length)
         return false;
-    packet.payload = inbox.substr(packet_header_bytes, length);
-    inbox.erase(0, packet_header_bytes + length);
+    packet.payload = inbox.substr(wire_header_bytes, length);
+    inbox.erase(0, wire_header_bytes + length);
     return true;
 }
 
