@@ -19,6 +19,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <limits>
+#include <span>
 #include <string_view>
 #include <sys/stat.h>
 
@@ -41,8 +42,9 @@ unique_fd config_open()
 
 std::size_t size_of(const unique_fd& file)
 {
-    struct stat status = {};
-    return fstat(file.get(), &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+    struct stat status = {}; // and stays so when the system refuses
+    static_cast<void>(fstat(file.get(), &status));
+    return static_cast<std::size_t>(status.st_size);
 }
 
 /// The file's whole content, terminated; null when memory is short. What cannot be read of it is
@@ -206,18 +208,14 @@ const char* text_or_empty(const char* text)
 
 void settings_write(std::FILE* file)
 {
-    for (const checkbox_setting& row : checkbox_setting_table) {
-        if (row.bit == checkbox_table_end)
-            break;
+    for (const checkbox_setting& row :
+         std::span{checkbox_setting_table}.first<checkbox_setting_count>()) {
         if (row.key[0] != '*')
             std::fprintf(file, "    <%s>%d</%s>\n", row.key,
                          (app_state.setting_flags & row.bit) != 0 ? 1 : 0, row.key);
     }
-    for (const text_setting& row : text_setting_table) {
-        if (row.kind == nullptr)
-            break;
+    for (const text_setting& row : std::span{text_setting_table}.first<setting_text_count>())
         std::fprintf(file, "    <%s>%s</%s>\n", row.key, folder_setting(row.index), row.key);
-    }
 }
 
 void server_write(std::FILE* file, const server_entry& server, int number)

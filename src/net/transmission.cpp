@@ -48,7 +48,7 @@ char* template_for(const xml_node* document)
 {
     const heap_text content{xml_get(document, "MessageContent", true, true)};
     char* text = str_dup(head_lines);
-    if (content && content.get()[0] != '\0')
+    if (content)
         text = str_append(text, content_lines);
     return str_append(text, date_line);
 }
