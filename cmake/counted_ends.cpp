@@ -1,8 +1,10 @@
 // counted_ends.cpp - lets the coverage build count what runs before ends that know no counters.
 //
 // Linked into every program of that build, with _exit and raise replaced by these.
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <sys/resource.h>
 
 extern "C" {
@@ -17,6 +19,8 @@ int __wrap_raise(int signal_number);
 namespace
 {
 
+constexpr std::size_t probe_bytes = 4096;
+
 /// Whether files may not grow: a counter file of which a part is written spoils what it held.
 bool files_are_limited()
 {
@@ -24,10 +28,15 @@ bool files_are_limited()
     return getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
 }
 
+/// Whoever dies while this writes must not wait for it, and it writes only with memory to do so.
 void counters_write()
 {
-    if (!files_are_limited())
-        __gcov_dump();
+    static std::atomic<bool> is_writing = false;
+    const std::unique_ptr<void, decltype(&std::free)> probe{std::malloc(probe_bytes), std::free};
+    if (!probe || files_are_limited() || is_writing.exchange(true))
+        return;
+    __gcov_dump();
+    is_writing = false;
 }
 
 void leave_uncounted(int status, void*)
