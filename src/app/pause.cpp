@@ -12,6 +12,9 @@ namespace
 constexpr int watched_signals[] = {SIGALRM, SIGCHLD, SIGWINCH, SIGINT, SIGTERM,
                                    SIGHUP,  SIGQUIT, SIGTSTP,  SIGCONT};
 
+/// What a crash raises. Blocked, it would end the program before the terminal could be given back.
+constexpr int crash_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
+
 pthread_mutex_t state_lock = PTHREAD_MUTEX_INITIALIZER;
 sigset_t open_mask; // what pause_for lets the kernel block while it waits
 void (*signal_handlers[NSIG])(int);
@@ -80,6 +83,8 @@ all_signals_blocked::all_signals_blocked() : mask_before{}
 {
     sigset_t all;
     sigfillset(&all);
+    for (const int signal_number : crash_signals)
+        sigdelset(&all, signal_number);
     pthread_sigmask(SIG_BLOCK, &all, &mask_before);
 }
 

@@ -24,7 +24,7 @@ void signal_install(int signal_number, void (*handler)(int));
 /// Has a signal ignored from now on; one that was pending is dropped.
 void signal_silence(int signal_number);
 
-/// Keeps every signal out of the calling thread, and of threads and processes that it starts
+/// Keeps every signal but those of a crash out of the calling thread, and of threads and processes that it starts
 /// meanwhile, until the end of its scope.
 class all_signals_blocked
 {
@@ -38,7 +38,7 @@ private:
     sigset_t mask_before;
 };
 
-/// Starts a detached thread in which every signal is blocked. False when there is none to be had.
+/// Starts a detached thread in which every signal but those of a crash is blocked. False when there is none to be had.
 /// thread: its handle. argument: what `run` is given; the thread's from then on.
 bool thread_start(pthread_t& thread, void* (*run)(void*), void* argument);
 
