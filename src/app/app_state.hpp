@@ -67,6 +67,7 @@ struct application_state {
     SCREEN* terminal = nullptr;   // what curses allocated for the terminal
     termios shell_modes = {};     // the terminal's modes before curses changed them
     bool has_shell_modes = false; // they could be read
+    bool is_screen_lost = false;  // memory was too short for a resize; nothing may be drawn
     std::int32_t list_scroll = 0; // rows that the server list is scrolled up by
     char* list_marks = nullptr;   // the marker of each unscrolled row of the list; owned
     std::int32_t list_marks_count = 0;

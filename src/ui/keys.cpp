@@ -1,6 +1,7 @@
 // keys.cpp - see keys.hpp.
 #include "ui/keys.hpp"
 
+#include "app/app_state.hpp"
 #include "ui/terminal_type.hpp"
 
 #include <cstring>
@@ -59,6 +60,9 @@ void keys_init()
 
 int key_read(WINDOW* window)
 {
+    // Reading from a window draws it.
+    if (app_state.is_screen_lost)
+        return ERR;
     const int key = wgetch(window != nullptr ? window : stdscr);
     if (key == KEY_RESIZE) // made up by curses after a resize, never typed
         return ERR;

@@ -21,7 +21,7 @@ void interior_fill(WINDOW* window, int width, int height)
 WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, int pair, bool framed)
 {
     // Curses reads beyond its own lines when it refreshes a window that begins outside the screen.
-    if (column >= COLS || row >= LINES)
+    if (app_state.is_screen_lost || column >= COLS || row >= LINES)
         return nullptr;
     WINDOW* window = newwin(height, width, row, column);
     if (window == nullptr)

@@ -19,6 +19,8 @@ void mark_all_lines(WINDOW* window)
 /// Puts windows on the screen in this order; what they overlap is sent to the terminal once.
 void show_in_order(std::span<WINDOW* const> windows)
 {
+    if (app_state.is_screen_lost)
+        return;
     const screen_batch together;
     for (WINDOW* window : windows) {
         if (window != nullptr)
@@ -46,7 +48,7 @@ screen_batch::screen_batch()
 
 screen_batch::~screen_batch()
 {
-    if (--app_state.screen_batches == 0)
+    if (--app_state.screen_batches == 0 && !app_state.is_screen_lost)
         doupdate();
 }
 

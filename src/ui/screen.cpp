@@ -122,6 +122,8 @@ void windows_close()
 
 void standard_screen_blank()
 {
+    if (app_state.is_screen_lost)
+        return;
     area_blank(stdscr, LINES, COLS, A_NORMAL);
     window_show(stdscr);
 }
@@ -150,6 +152,42 @@ winsize size_now()
     // With a single column curses reads before its own lines.
     size.ws_col = std::max<unsigned short>(size.ws_col, 2);
     return size;
+}
+
+/// Ends the screen of the former size.
+void screen_leave()
+{
+    standard_screen_blank();
+    endwin();
+    // At once, or keys typed meanwhile would be echoed, and a ^D taken for the end of the input.
+    reset_prog_mode();
+}
+
+/// Changes the size of one of curses' own windows. While only its height changes, curses goes on
+/// using its lines, and frees them all the same when memory for others is short.
+bool window_fit(WINDOW* window, int rows, int columns)
+{
+    const bool is_higher_only = getmaxx(window) == columns && getmaxy(window) != rows;
+    if (is_higher_only && wresize(window, getmaxy(window), columns + 1) == ERR)
+        return false;
+    return wresize(window, rows, columns) != ERR;
+}
+
+bool screen_windows_fit(int rows, int columns)
+{
+    return window_fit(stdscr, rows, columns) && window_fit(curscr, rows, columns) &&
+           window_fit(newscr, rows, columns);
+}
+
+/// Has curses take over the terminal's present size. False when its memory is too short, which it
+/// does not always tell.
+bool size_follow()
+{
+    const winsize size = size_now();
+    if (!screen_windows_fit(size.ws_row, size.ws_col))
+        return false;
+    resize_term(size.ws_row, size.ws_col);
+    return screen_windows_fit(size.ws_row, size.ws_col);
 }
 
 } // namespace
@@ -186,12 +224,15 @@ void on_resize(int)
 {
     popup_close();
     windows_close();
-    standard_screen_blank();
-    endwin();
-    // At once, or keys typed meanwhile would be echoed, and a ^D taken for the end of the input.
-    reset_prog_mode();
-    const winsize size = size_now();
-    resize_term(size.ws_row, size.ws_col);
+    if (!app_state.is_screen_lost)
+        screen_leave();
+    app_state.is_screen_lost = !size_follow();
+    // Curses' own records of the screen disagree now; it would write beyond them. Once more, then,
+    // in the next pause.
+    if (app_state.is_screen_lost) {
+        raise(SIGWINCH);
+        return;
+    }
     app_state.screen = stdscr;
     clearok(curscr, TRUE);
     terminal_modes_set();
