@@ -124,8 +124,7 @@ void server_read(const xml_index& index, const char* number)
     mailing_fields_read(*server, index, path);
     server->Location = field_copy(index, path, "Location");
     server->Info = field_copy(index, path, "Info");
-    if (server_add(app_state.servers, server) != -1)
-        server_entry_free(server);
+    server_add_or_free(app_state.servers, server);
 }
 
 void servers_read(const xml_node* document, const xml_index& index)

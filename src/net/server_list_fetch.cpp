@@ -114,8 +114,9 @@ void entry_add(server_entry* entry)
 {
     if (entry == nullptr)
         return;
-    const bool has_room = app_state.servers->count < servers_max;
-    if (!has_room || server_add(app_state.servers, entry) != -1)
+    if (app_state.servers->count < servers_max)
+        server_add_or_free(app_state.servers, entry);
+    else
         server_entry_free(entry);
 }
 
