@@ -276,9 +276,8 @@ void screen_clear()
 void screen_end()
 {
     endwin();
-    // The standard screen goes with the terminal's record; on its own it may not be deleted.
-    if (app_state.terminal != nullptr)
-        delscreen(app_state.terminal);
+    // What curses holds goes with the program. Asked to release it, curses needs memory for that,
+    // and crashes without.
     app_state.terminal = nullptr;
     app_state.screen = nullptr;
 }
