@@ -24,8 +24,8 @@ void signal_install(int signal_number, void (*handler)(int));
 /// Has a signal ignored from now on; one that was pending is dropped.
 void signal_silence(int signal_number);
 
-/// Keeps every signal but those of a crash out of the calling thread, and of threads and processes that it starts
-/// meanwhile, until the end of its scope.
+/// Keeps every signal but those of a crash out of the calling thread, and of threads and processes
+/// that it starts meanwhile, until the end of its scope.
 class all_signals_blocked
 {
 public:
@@ -38,8 +38,8 @@ private:
     sigset_t mask_before;
 };
 
-/// Starts a detached thread in which every signal but those of a crash is blocked. False when there is none to be had.
-/// thread: its handle. argument: what `run` is given; the thread's from then on.
+/// Starts a detached thread in which every signal but those of a crash is blocked. False when there
+/// is none to be had. thread: its handle. argument: what `run` is given; the thread's from then on.
 bool thread_start(pthread_t& thread, void* (*run)(void*), void* argument);
 
 /// Gives every watched signal its default action and unblocks it, in a child just forked.

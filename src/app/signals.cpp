@@ -10,6 +10,7 @@
 #include "ui/terminal_type.hpp"
 
 #include <csignal>
+#include <cstdlib>
 #include <initializer_list>
 #include <pthread.h>
 #include <unistd.h>
@@ -24,6 +25,7 @@ constexpr int crash_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
 struct terminal_rescue {
     char bytes[256];
     std::size_t length;
+    bool is_wanted; // curses has the terminal
 };
 terminal_rescue rescue;
 
@@ -94,13 +96,23 @@ void rescue_prepare()
         rescue_capability_add(which);
 }
 
-[[maybe_unused]] void on_crash(int signal_number)
+void terminal_rescue_run()
 {
+    if (!rescue.is_wanted)
+        return;
+    // Curses had taken the screen when it gave its record.
+    if (rescue.length == 0 && app_state.terminal != nullptr)
+        rescue_prepare();
     if (write(STDOUT_FILENO, rescue.bytes, rescue.length) < 0) {
         // Nothing else can be done about it here.
     }
     if (app_state.has_shell_modes)
         tcsetattr(STDIN_FILENO, TCSANOW, &app_state.shell_modes);
+}
+
+[[maybe_unused]] void on_crash(int signal_number)
+{
+    terminal_rescue_run();
     take_default_action(signal_number);
 }
 
@@ -115,7 +127,19 @@ void crash_handlers_install()
 #endif
 }
 
+bool guards_install()
+{
+    crash_handlers_install();
+    return std::atexit(terminal_rescue_run) == 0;
+}
+
 } // namespace
+
+void terminal_guard(bool is_on)
+{
+    static const bool is_installed = guards_install();
+    rescue.is_wanted = is_on && is_installed;
+}
 
 void signals_init()
 {
@@ -127,5 +151,4 @@ void signals_init()
     signal_silence(SIGXFSZ);
     signal_install(SIGTSTP, on_stop);
     signal_install(SIGCONT, on_continue);
-    crash_handlers_install();
 }

@@ -88,11 +88,16 @@ bool app_start()
     app_state.servers = server_collection_new();
     if (app_state.servers == nullptr)
         return start_fail("Error creating servercollection\n");
-    if (!screen_start())
+    terminal_guard(true);
+    if (!screen_start()) {
+        terminal_guard(false);
         return start_fail("Unable to init ncurses library\n");
-    // The terminal is left as curses set it, so that what it shows can still be read.
-    if (!first_screen_show())
+    }
+    if (!first_screen_show()) {
+        // The terminal is left as curses set it, so that what it shows can still be read.
+        terminal_guard(false);
         return start_fail("Unable to init ncurses windows\n");
+    }
     // Reading the configuration took several times its size.
     malloc_trim(0);
     if (is_setting_on(FetchOnStart))
@@ -111,6 +116,7 @@ void app_shutdown()
         close_shared_log();
     app_state.shared_log = nullptr;
     screen_end();
+    terminal_guard(false);
     server_list_fetch_finish();
     connections_leave();
     if (is_setting_on(SaveOnExit))

@@ -66,8 +66,8 @@ int server_compare(const void* a, const void* b);
 /// Unless -1 is returned the caller keeps the entry and releases it with server_entry_free.
 std::int32_t server_add(collection* servers, server_entry* entry);
 
-/// Registers an entry, or releases it: when it has no name, when its like is there already, and when
-/// the list cannot grow, which server_add does not tell. entry: must not be null.
+/// Registers an entry, or releases it: when it has no name, when its like is there already, and
+/// when the list cannot grow, which server_add does not tell. entry: must not be null.
 void server_add_or_free(collection* servers, server_entry* entry);
 
 /// Releases an entry and the texts that it owns, UseEMail and SubCode excepted.

@@ -32,7 +32,8 @@ readiness readiness_ask(const collection* servers, std::int32_t first,
     const bool is_answered =
         sockets_collect(answer, servers, first, is_asked) &&
         poll(answer.sockets.data(), static_cast<nfds_t>(answer.sockets.size()), 0) >= 0;
-    // Choosing between the two in one expression would copy the answer, and run out of memory there.
+    // Choosing between the two in one expression would copy the answer, and run out of memory
+    // there.
     if (!is_answered)
         answer = {};
     return answer;

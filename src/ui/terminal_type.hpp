@@ -4,8 +4,10 @@
 // out of every other file.
 #pragma once
 
+#include <cstdint>
+
 /// The texts that the program asks for.
-enum class terminal_text {
+enum class terminal_text : std::uint8_t {
     attributes_off,
     first_colours, // those that the terminal had before
     keypad_off,
@@ -14,7 +16,8 @@ enum class terminal_text {
     backspace, // what the key sends
 };
 
-/// A text of the terminal's type; null when the type has none. Borrowed from curses.
+/// A text of the terminal's type; null when the type has none, and before curses knows the type.
+/// Borrowed from curses.
 const char* terminal_capability(terminal_text which);
 
 /// Expands the delays of a capability and hands its bytes to `put` one by one.
