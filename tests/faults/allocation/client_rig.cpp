@@ -21,6 +21,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -234,6 +235,16 @@ void rig_packets_take(const client_rig& rig, std::string_view keys)
 void rig_poll()
 {
     raise(SIGALRM);
+    pause_for(1'000);
+}
+
+void rig_resize(unsigned short rows, unsigned short columns)
+{
+    winsize size = {};
+    size.ws_row = rows;
+    size.ws_col = columns;
+    ioctl(STDOUT_FILENO, TIOCSWINSZ, &size);
+    raise(SIGWINCH);
     pause_for(1'000);
 }
 

@@ -64,6 +64,9 @@ void rig_packets_take(const client_rig& rig, std::string_view keys);
 /// Has the client look after its servers once.
 void rig_poll();
 
+/// Gives the terminal another size, which the client learns of.
+void rig_resize(unsigned short rows, unsigned short columns);
+
 /// Sends bytes of a server, whole.
 void rig_send(const client_rig& rig, std::size_t index, std::string_view bytes);
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <dlfcn.h>
 #include <execinfo.h>
 #include <iterator>
 #include <unistd.h>
@@ -16,6 +17,8 @@ namespace
 constexpr int crash_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
 
 crash_report* reported = nullptr;
+bool is_noted = false;
+void (*client_handlers[NSIG])(int) = {};
 
 void place_note()
 {
@@ -26,7 +29,15 @@ void on_crash(int number)
 {
     reported->signal_number = number;
     place_note();
+    is_noted = true;
+    if (client_handlers[number] != nullptr)
+        client_handlers[number](number);
     raise(number);
+}
+
+bool is_crash(int number)
+{
+    return std::ranges::find(crash_signals, number) != std::end(crash_signals);
 }
 
 } // namespace
@@ -46,14 +57,17 @@ void crashes_report_to(crash_report& report)
 extern "C" int sigaction(int number, const struct sigaction* action,
                          struct sigaction* before) noexcept
 {
-    const bool is_crash = std::ranges::find(crash_signals, number) != std::end(crash_signals);
-    return __sigaction(number, is_crash ? nullptr : action, before);
+    if (!is_crash(number) || is_noted || action == nullptr)
+        return __sigaction(number, action, before);
+    client_handlers[number] = action->sa_handler;
+    return 0;
 }
 
-/// The test program itself leaves through the C library's own.
+/// The test program itself returns from main.
 extern "C" void exit(int status)
 {
     if (reported != nullptr)
         place_note();
+    reinterpret_cast<void (*)(int)>(dlsym(RTLD_NEXT, "exit"))(status);
     _exit(status);
 }

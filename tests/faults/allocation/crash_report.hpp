@@ -10,6 +10,6 @@ struct crash_report {
     void* frames[crash_frames] = {}; // return addresses, innermost first
 };
 
-/// From here on, crashes of this process, and calls of exit(), note their backtrace and then end
-/// it. The client's own handlers for them are kept out.
+/// From here on, crashes of this process, and calls of exit(), note their backtrace; then what the
+/// client wants to do about them is done.
 void crashes_report_to(crash_report& report);

@@ -25,6 +25,9 @@ struct failing {
     std::atomic<long> counted = 0;
     std::atomic<bool> has_failed = false;
     std::atomic<bool> is_clients = false;
+    block_origin* origins = nullptr; // of failed allocations
+    std::size_t origins_room = 0;
+    std::size_t* origins_count = nullptr;
 };
 constinit failing state;
 
@@ -50,6 +53,16 @@ public:
     table_lock& operator=(const table_lock&) = delete;
 };
 
+block_origin origin_note();
+
+/// Where two threads fail at once, one of them may not be noted.
+void failure_note()
+{
+    state.has_failed = true;
+    if (state.origins != nullptr)
+        state.origins[(*state.origins_count)++ % state.origins_room] = origin_note();
+}
+
 bool must_fail()
 {
     if (!state.is_armed)
@@ -59,7 +72,7 @@ bool must_fail()
                            ? number == state.nth
                            : state.plan == failure_plan::from_then_on && number >= state.nth;
     if (fails) {
-        state.has_failed = true;
+        failure_note();
         errno = ENOMEM;
     }
     return fails;
@@ -152,6 +165,13 @@ long allocations_disarm()
 bool allocations_have_failed()
 {
     return state.has_failed;
+}
+
+void allocations_note_failures(block_origin* origins, std::size_t room, std::size_t& count)
+{
+    state.origins_count = &count;
+    state.origins_room = room;
+    state.origins = origins;
 }
 
 void allocations_are_clients(bool yes)

@@ -19,6 +19,12 @@ long allocations_disarm();
 /// Whether an allocation was failed since the last arming.
 bool allocations_have_failed();
 
+struct block_origin;
+
+/// Notes where allocations are failed, the last `room` of them, the n-th at (n - 1) % room. count:
+/// how many were failed.
+void allocations_note_failures(block_origin* origins, std::size_t room, std::size_t& count);
+
 /// Whether blocks allocated from here on are the client's; others are never called leaks.
 void allocations_are_clients(bool yes);
 
@@ -34,7 +40,7 @@ constexpr std::uintptr_t block_gone = 1;
 
 constexpr int block_frames = 20;
 
-/// Where a block was allocated.
+/// Where an allocation was asked for.
 struct block_origin {
     int depth = 0;
     void* frames[block_frames] = {}; // return addresses, innermost first

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <string_view>
 
 namespace
@@ -10,6 +11,7 @@ namespace
 
 constexpr std::string_view leak_mark = "leak:";
 constexpr std::string_view crash_mark = "crash:";
+constexpr std::string_view sometimes_mark = "sometimes:";
 
 /// What follows the mark in the lines that begin with it.
 std::vector<std::string> marked_lines(const char* file_name, std::string_view mark)
@@ -21,6 +23,19 @@ std::vector<std::string> marked_lines(const char* file_name, std::string_view ma
             found.push_back(line.substr(mark.size()));
     }
     return found;
+}
+
+bool is_program(const frame_name& frame)
+{
+    return frame.object == "allocation_faults";
+}
+
+/// The functions of the test program that lie between a library and its failed allocation.
+bool is_allocator(const frame_name& frame)
+{
+    static constexpr std::string_view names[] = {"origin_note", "failure_note", "must_fail",
+                                                 "malloc",      "calloc",       "realloc"};
+    return is_program(frame) && std::ranges::find(names, frame.function) != std::end(names);
 }
 
 } // namespace
@@ -38,25 +53,25 @@ std::vector<known_leak> known_leaks_read()
 std::vector<known_crash> known_crashes_read()
 {
     std::vector<known_crash> known;
-    for (const std::string& line : marked_lines(FAULTS_FOLDER "/library_crashes.txt", crash_mark)) {
-        const std::size_t blank = line.find(' ');
-        known.push_back({line.substr(0, blank), line.substr(blank + 1)});
+    for (const std::string_view mark : {crash_mark, sometimes_mark}) {
+        for (const std::string& line : marked_lines(FAULTS_FOLDER "/library_crashes.txt", mark)) {
+            const std::size_t blank = line.find(' ');
+            known.push_back({line.substr(0, blank), line.substr(blank + 1), mark == crash_mark});
+        }
     }
     return known;
 }
 
-std::string crash_place(std::span<const frame_name> frames)
+std::string library_place(std::span<const frame_name> frames)
 {
-    // The handler and the frame that the kernel made for it lie on top.
-    const auto trampoline = std::ranges::find(frames, "__restore_rt", &frame_name::function);
-    auto frame = trampoline != frames.end() ? trampoline + 1 : frames.begin();
-    if (frame == frames.end())
-        return "unknown";
-    const std::string library = frame->object;
-    std::string place = frame->function;
-    for (++frame; frame != frames.end() && frame->object == library; ++frame)
-        place += "<" + frame->function;
-    return place + " in " + library;
+    const auto first = std::ranges::find_if_not(frames, is_allocator);
+    const auto client = std::find_if(first, frames.end(), is_program);
+    if (first == client || client == frames.end())
+        return "";
+    std::string place;
+    for (auto frame = first; frame != client; ++frame)
+        place += (place.empty() ? "" : "<") + (frame->function.empty() ? "?" : frame->function);
+    return place;
 }
 
 std::vector<frame_name> frame_names(std::span<void* const> frames)

@@ -14,16 +14,20 @@ struct known_leak {
 };
 std::vector<known_leak> known_leaks_read();
 
-/// A known crash: "crash:SCENARIO FUNCTION<CALLER<... in LIBRARY" in library_crashes.txt.
+/// A library that does not survive a failed allocation of its own: "crash:SCENARIO PLACE", or
+/// "sometimes:SCENARIO PLACE", in library_crashes.txt.
 struct known_crash {
     std::string scenario;
-    std::string place; // as crash_place gives it
+    std::string place; // of the allocation, as library_place gives it
+    bool must_happen = true;
 };
 std::vector<known_crash> known_crashes_read();
 
-/// The innermost functions of a crash in a library up to the first of another, and its name:
-/// "FUNCTION<CALLER in LIBRARY".
-std::string crash_place(std::span<const frame_name> frames);
+/// Where a library asked for memory: "FUNCTION<CALLER<...", innermost first, up to the client's
+/// call.
+/// "?" stands for functions that the library does not name. Of the client's own allocations: the
+/// empty text.
+std::string library_place(std::span<const frame_name> frames);
 
 /// The names behind return addresses.
 std::vector<frame_name> frame_names(std::span<void* const> frames);

@@ -7,6 +7,7 @@
 #include <cstddef>
 
 constexpr std::size_t reported_leaks = 16;
+constexpr std::size_t reported_failures = 64;
 constexpr std::size_t reported_text_bytes = 4096;
 
 /// A block that was lost.
@@ -21,6 +22,8 @@ struct run_report {
     bool has_failed = false;  // one was failed
     bool has_started = false; // the client ran, or ran already
     bool is_over = false;     // the run came to its end
+    std::size_t failure_count = 0;
+    block_origin failures[reported_failures] = {}; // where the last of them were asked for
     std::size_t leak_count = 0;
     lost_block leaks[reported_leaks] = {}; // the first of them
     char complaints[reported_text_bytes] = {};

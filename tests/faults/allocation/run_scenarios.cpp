@@ -7,12 +7,12 @@
 #include "faults/allocation/virtual_time.hpp"
 #include "net/connection.hpp"
 #include "net/server_list_fetch.hpp"
+#include "support/loopback.hpp"
 #include "ui/screen.hpp"
 
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace
@@ -52,10 +52,10 @@ void name_make_wrong(client_rig&)
     entry->ServerName = strdup("no such name");
 }
 
-void port_close(client_rig& rig)
+/// The first server's port becomes one that nobody listens at.
+void port_close(client_rig&)
 {
-    close(rig.servers[0].listener);
-    rig.servers[0].listener = -1;
+    rig_entry(0)->ServerPort = port_of(bind_free_port("127.0.0.9"));
 }
 
 bool act_fetch(client_rig& rig, const scenario&)
@@ -65,19 +65,9 @@ bool act_fetch(client_rig& rig, const scenario&)
     return true;
 }
 
-void size_set(unsigned short rows, unsigned short columns)
-{
-    winsize size = {};
-    size.ws_row = rows;
-    size.ws_col = columns;
-    ioctl(STDOUT_FILENO, TIOCSWINSZ, &size);
-}
-
 template <unsigned short rows, unsigned short columns> bool act_resize(client_rig&, const scenario&)
 {
-    size_set(rows, columns);
-    raise(SIGWINCH);
-    pause_for(1'000);
+    rig_resize(rows, columns);
     return true;
 }
 

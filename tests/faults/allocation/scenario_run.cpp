@@ -57,7 +57,7 @@ void windows_check(run_report& report)
 {
     // What a resize could not make, the next one makes.
     if (app_state.key_line == nullptr)
-        on_resize(SIGWINCH);
+        rig_resize(24, 80);
     for (const WINDOW* window :
          {app_state.status_pane, app_state.server_pane, app_state.message_pane, app_state.key_line,
           app_state.settings_win, app_state.help_win}) {
@@ -142,6 +142,7 @@ void scenario_run(client_rig& rig, const scenario& which, failure_plan plan, lon
         rig_join(rig);
     if (which.prepare != nullptr)
         which.prepare(rig);
+    allocations_note_failures(report.failures, reported_failures, report.failure_count);
     allocations_arm(plan, nth);
     report.has_started = which.act(rig, which);
     report.counted = allocations_disarm();
