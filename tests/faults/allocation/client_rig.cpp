@@ -169,6 +169,13 @@ server_entry* rig_entry(std::size_t index)
     return server_at(app_state.servers, position);
 }
 
+bool rig_is_configured(const client_rig& rig, std::size_t index)
+{
+    const server_entry* entry = rig_entry(index);
+    return entry != nullptr && std::strcmp(entry->ServerName, addresses[index]) == 0 &&
+           entry->ServerPort == port_of(rig.servers[index].listener);
+}
+
 void rig_connect_wait(std::size_t index)
 {
     const server_entry* entry = rig_entry(index);

@@ -40,6 +40,10 @@ bool rig_start();
 /// A server's entry in the client's list; null when it has none.
 server_entry* rig_entry(std::size_t index);
 
+/// Whether the list has the server as the configuration has it; memory may have been short while it
+/// was read.
+bool rig_is_configured(const client_rig& rig, std::size_t index);
+
 /// Connects a server of the list as the user would. False when that did not come about.
 bool rig_connect(client_rig& rig, std::size_t index);
 

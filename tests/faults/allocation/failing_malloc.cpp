@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <execinfo.h>
 #include <malloc.h>
 #include <sys/mman.h>
@@ -17,6 +18,9 @@ void __libc_free(void* block);
 
 namespace
 {
+
+constexpr int fresh_byte = 0xCD;
+constexpr int freed_byte = 0xDB;
 
 struct failing {
     std::atomic<bool> is_armed = false;
@@ -188,7 +192,12 @@ extern "C" {
 
 void* malloc(std::size_t size)
 {
-    return must_fail() ? nullptr : block_add(__libc_malloc(size), size);
+    if (must_fail())
+        return nullptr;
+    void* block = __libc_malloc(size);
+    if (block != nullptr)
+        std::memset(block, fresh_byte, size);
+    return block_add(block, size);
 }
 
 void* calloc(std::size_t count, std::size_t size)
@@ -211,6 +220,7 @@ void free(void* block)
     if (block == nullptr)
         return;
     block_remove(block);
+    std::memset(block, freed_byte, malloc_usable_size(block));
     __libc_free(block);
 }
 

@@ -1,7 +1,8 @@
 // failing_malloc.hpp - the test program's own malloc, calloc, realloc and free.
 //
 // They stand in for the C library's everywhere in the process: in the client, in curses, zlib and
-// the C and C++ libraries themselves. They fail on demand, and remember every block that is in use.
+// the C and C++ libraries themselves. They fail on demand, remember every block that is in use, and
+// overwrite fresh and freed memory, so that nobody gets by with what it happens to hold.
 #pragma once
 
 #include <cstddef>

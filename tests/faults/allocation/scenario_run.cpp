@@ -84,8 +84,7 @@ void client_check(client_rig& rig, const scenario& which, run_report& report)
         first_server_check(rig, report);
     if (which.stage == rig_stage::connected && which.keeps_second && !is_connected(notice_server))
         run_complain(report, "the second server's connection is lost");
-    // Memory may have been short while it was read from the configuration.
-    if (rig_entry(notice_server) == nullptr)
+    if (!rig_is_configured(rig, notice_server))
         return;
     if (!is_connected(notice_server) && !rig_connect(rig, notice_server))
         return run_complain(report, "the second server cannot be connected");
