@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-constexpr std::size_t reported_leaks = 16;
+constexpr std::size_t reported_leaks = 1024;
 constexpr std::size_t reported_failures = 64;
 constexpr std::size_t reported_text_bytes = 4096;
 

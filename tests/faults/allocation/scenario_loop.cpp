@@ -26,7 +26,7 @@ namespace
 
 constexpr std::chrono::milliseconds run_limit = default_patience;
 constexpr rlimit run_processor_limit = {1, 2}; // seconds; a run that hangs uses them up
-constexpr int poll_limit_ms = 1'000;
+constexpr int poll_limit_ms = 50;
 constexpr std::size_t most_kinds_told = 40;
 constexpr int failed_start_status = 255;
 constexpr std::size_t result_bytes = 256UL * 1024;
@@ -115,13 +115,12 @@ void run_wait(const loop& all, pid_t process, finished_run& run)
     const unique_fd process_fd{static_cast<int>(syscall(SYS_pidfd_open, process, 0))};
     pollfd watched[] = {{process_fd.get(), POLLIN, 0}, {all.terminal.screen_fd(), POLLIN, 0}};
     const auto deadline = std::chrono::steady_clock::now() + run_limit;
-    while (watched[0].revents == 0) {
+    while (waitpid(process, &run.status, WNOHANG) == 0) {
         static_cast<void>(poll(watched, 2, poll_limit_ms));
         all.terminal.drain(run.output);
         if (std::chrono::steady_clock::now() > deadline)
             kill(process, SIGKILL);
     }
-    waitpid(process, &run.status, 0);
     all.terminal.drain_whole(run.output);
 }
 
@@ -215,6 +214,8 @@ void leaks_judge(loop& all, const std::string& name)
 {
     const run_report& report = *all.report;
     const std::size_t count = std::min(report.leak_count, reported_leaks);
+    if (report.leak_count > count)
+        failure_add(all, name, "more blocks lost than there is room to report");
     for (const lost_block& block : std::span{report.leaks, count}) {
         const auto frames = names_of(block.origin);
         if (!is_known_leak(all.leaks, frames))
