@@ -98,6 +98,7 @@ bool app_start()
         terminal_guard(false);
         return start_fail("Unable to init ncurses windows\n");
     }
+    screen_settle();
     // Reading the configuration took several times its size.
     malloc_trim(0);
     if (is_setting_on(FetchOnStart))

@@ -52,6 +52,12 @@ screen_batch::~screen_batch()
         doupdate();
 }
 
+void screen_settle()
+{
+    if (!app_state.is_screen_lost)
+        doupdate();
+}
+
 void redraw_all()
 {
     if (app_state.settings_shown != 0)

@@ -17,6 +17,11 @@ public:
     screen_batch& operator=(const screen_batch&) = delete;
 };
 
+/// To be called behind the first update of a screen: has curses make the tables of its later ones,
+/// by which it finds lines that moved. It does not survive being short of memory for them, so that
+/// is to show while the screen is made, not at some message.
+void screen_settle();
+
 /// Paints the window in front whole: the settings page or the help when one is shown, else the four
 /// panes. Needs no content of theirs to have changed.
 void redraw_all();

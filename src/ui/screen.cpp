@@ -220,6 +220,24 @@ int screen_build()
     return 1;
 }
 
+namespace
+{
+
+/// Builds a screen of the new size, and shows it.
+void screen_rebuild()
+{
+    const screen_batch whole_screen;
+    screen_build();
+    app_state.selected = 1;
+    server_list_draw();
+    if (app_state.settings_shown != 0 || app_state.help_shown != 0)
+        redraw_all();
+    else
+        panes_touch();
+}
+
+} // namespace
+
 void on_resize(int)
 {
     popup_close();
@@ -236,14 +254,8 @@ void on_resize(int)
     app_state.screen = stdscr;
     clearok(curscr, TRUE);
     terminal_modes_set();
-    const screen_batch whole_screen;
-    screen_build();
-    app_state.selected = 1;
-    server_list_draw();
-    if (app_state.settings_shown != 0 || app_state.help_shown != 0)
-        redraw_all();
-    else
-        panes_touch();
+    screen_rebuild();
+    screen_settle();
 }
 
 void screen_resume()
