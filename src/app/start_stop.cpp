@@ -78,7 +78,8 @@ bool first_screen_show()
     signal_install(SIGWINCH, on_resize);
     config_load();
     server_list_draw();
-    return true;
+    app_state.is_screen_lost = !has_memory_for_screen();
+    return !app_state.is_screen_lost;
 }
 
 } // namespace

@@ -3,10 +3,15 @@
 
 #include "app/app_state.hpp"
 
+#include <cstddef>
+#include <cstdlib>
 #include <span>
 
 namespace
 {
+
+/// More than curses asks for when it makes its tables for the highest terminal.
+constexpr std::size_t screen_tables_bytes = 256UL * 1024;
 
 void mark_all_lines(WINDOW* window)
 {
@@ -50,6 +55,15 @@ screen_batch::~screen_batch()
 {
     if (--app_state.screen_batches == 0 && !app_state.is_screen_lost)
         doupdate();
+}
+
+bool has_memory_for_screen()
+{
+    // Volatile, or the compiler takes such an allocation for granted.
+    void* volatile probe = std::malloc(screen_tables_bytes);
+    const bool is_there = probe != nullptr;
+    std::free(probe);
+    return is_there;
 }
 
 void screen_settle()

@@ -17,9 +17,12 @@ public:
     screen_batch& operator=(const screen_batch&) = delete;
 };
 
+/// Whether there is memory for the first two updates of a new screen. Curses does not survive being
+/// short of it in them.
+bool has_memory_for_screen();
+
 /// To be called behind the first update of a screen: has curses make the tables of its later ones,
-/// by which it finds lines that moved. It does not survive being short of memory for them, so that
-/// is to show while the screen is made, not at some message.
+/// by which it finds lines that moved, while it is known that there is memory for them.
 void screen_settle();
 
 /// Paints the window in front whole: the settings page or the help when one is shown, else the four

@@ -223,17 +223,24 @@ int screen_build()
 namespace
 {
 
-/// Builds a screen of the new size, and shows it.
+/// Builds a screen of the new size, and shows it; without the memory for that the screen is lost.
 void screen_rebuild()
 {
-    const screen_batch whole_screen;
-    screen_build();
-    app_state.selected = 1;
-    server_list_draw();
-    if (app_state.settings_shown != 0 || app_state.help_shown != 0)
-        redraw_all();
-    else
-        panes_touch();
+    app_state.screen = stdscr;
+    clearok(curscr, TRUE);
+    terminal_modes_set();
+    {
+        const screen_batch whole_screen;
+        screen_build();
+        app_state.selected = 1;
+        server_list_draw();
+        if (app_state.settings_shown != 0 || app_state.help_shown != 0)
+            redraw_all();
+        else
+            panes_touch();
+        app_state.is_screen_lost = !has_memory_for_screen();
+    }
+    screen_settle();
 }
 
 } // namespace
@@ -245,17 +252,12 @@ void on_resize(int)
     if (!app_state.is_screen_lost)
         screen_leave();
     app_state.is_screen_lost = !size_follow();
-    // Curses' own records of the screen disagree now; it would write beyond them. Once more, then,
-    // in the next pause.
-    if (app_state.is_screen_lost) {
+    if (!app_state.is_screen_lost)
+        screen_rebuild();
+    // Curses' own records of the screen may disagree now; it would write beyond them. Once more,
+    // then, in the next pause.
+    if (app_state.is_screen_lost)
         raise(SIGWINCH);
-        return;
-    }
-    app_state.screen = stdscr;
-    clearok(curscr, TRUE);
-    terminal_modes_set();
-    screen_rebuild();
-    screen_settle();
 }
 
 void screen_resume()
