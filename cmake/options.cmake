@@ -18,3 +18,14 @@ if(NCURSESCLIENT_SANITIZE)
     -fsanitize=${NCURSESCLIENT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(project_options INTERFACE -fsanitize=${NCURSESCLIENT_SANITIZE})
 endif()
+
+# What the client's own code is built with, and only that: tests and practice server are not measured.
+add_library(coverage_options INTERFACE)
+if(NCURSESCLIENT_COVERAGE)
+  # Threads count too, so the counters are atomic.
+  target_compile_options(coverage_options INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(coverage_options INTERFACE --coverage -Wl,--wrap=_exit -Wl,--wrap=raise)
+  add_library(counted_ends OBJECT cmake/counted_ends.cpp)
+  target_compile_definitions(counted_ends PRIVATE
+    COUNTER_COMPLAINTS="${CMAKE_BINARY_DIR}/counter_complaints.txt")
+endif()

@@ -66,7 +66,7 @@ void accept_clients(server_core& core, time_point now)
         if (core.sessions.size() < core.options.max_clients) {
             add_client(core, fd, now);
         } else {
-            unique_fd{fd};
+            close(fd);
         }
     }
 }
@@ -86,7 +86,7 @@ void receive_from(server_core& core, client_session& session)
     session.gone = session.gone || taken == packet_taken::broken;
 }
 
-void close_session(server_core& core, client_session& session, std::uint32_t close_kind,
+void close_session(const server_core& core, client_session& session, std::uint32_t close_kind,
                    time_point now)
 {
     const packet last{.kind = close_kind, .payload = "Good Bye"};

@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
 #include <ncurses.h>
 #include <pthread.h>
 #include <termios.h>
@@ -26,6 +27,12 @@ struct server_list_fetch {
     std::atomic<unsigned> progress = 0; // steps made; stands still while the directory is silent
     int socket = -1;                    // to the directory; under the state lock
     bool is_given_up = false;           // the thread must not touch shared state any more; likewise
+};
+
+/// How far the cycle over all servers has come; long ones are made in several runs.
+struct poll_progress {
+    std::int32_t next = 0; // index of the next server to visit; 0: a new cycle begins
+    std::time_t now = 0;   // when the cycle began
 };
 
 struct application_state {
@@ -45,9 +52,11 @@ struct application_state {
     std::int32_t help_shown = 0;
     std::uint32_t setting_flags = 0; // setting_flag bits
     std::FILE* shared_log = nullptr; // the one log of SaveToOne; null: not open
-    char** setting_texts = nullptr;  // setting_text_count owned texts; null text: not set
+    log_condition shared_log_state = {};
+    char** setting_texts = nullptr; // setting_text_count owned texts; null text: not set
 
     server_list_fetch fetch;
+    poll_progress poll;
 
     int checkbox_rows[checkbox_setting_count]; // row on the settings page, -1: not drawn
     int text_rows[setting_text_count];
@@ -58,9 +67,11 @@ struct application_state {
     SCREEN* terminal = nullptr;   // what curses allocated for the terminal
     termios shell_modes = {};     // the terminal's modes before curses changed them
     bool has_shell_modes = false; // they could be read
+    bool is_screen_lost = false;  // memory was too short for a resize; nothing may be drawn
     std::int32_t list_scroll = 0; // rows that the server list is scrolled up by
     char* list_marks = nullptr;   // the marker of each unscrolled row of the list; owned
     std::int32_t list_marks_count = 0;
+    int screen_batches = 0; // that exist now, one within the other
 
     application_state();
 };

@@ -101,15 +101,9 @@ constexpr key_command key_commands[] = {
 
 bool is_met(command_need need, const server_entry* server)
 {
-    switch (need) {
-    case command_need::nothing:
+    if (need == command_need::nothing)
         return true;
-    case command_need::selection:
-        return server != nullptr;
-    case command_need::connection:
-        return server != nullptr && server->socket_fd != 0;
-    }
-    return false;
+    return server != nullptr && (need == command_need::selection || server->socket_fd != 0);
 }
 
 void command_run(const key_command& command)

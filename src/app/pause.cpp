@@ -12,6 +12,7 @@ namespace
 constexpr int watched_signals[] = {SIGALRM, SIGCHLD, SIGWINCH, SIGINT, SIGTERM,
                                    SIGHUP,  SIGQUIT, SIGTSTP,  SIGCONT};
 
+/// What a fault raises. Blocked, it would end the program before the terminal could be given back.
 constexpr int fault_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT};
 
 pthread_mutex_t state_lock = PTHREAD_MUTEX_INITIALIZER;
@@ -82,7 +83,6 @@ all_signals_blocked::all_signals_blocked() : mask_before{}
 {
     sigset_t all;
     sigfillset(&all);
-    // One that a fault raises cannot wait: blocked, it would kill without giving the terminal back.
     for (const int signal_number : fault_signals)
         sigdelset(&all, signal_number);
     pthread_sigmask(SIG_BLOCK, &all, &mask_before);
@@ -96,7 +96,10 @@ all_signals_blocked::~all_signals_blocked()
 bool thread_start(pthread_t& thread, void* (*run)(void*), void* argument)
 {
     const all_signals_blocked quiet;
-    return pthread_create(&thread, nullptr, run, argument) == 0 && pthread_detach(thread) == 0;
+    const bool is_started = pthread_create(&thread, nullptr, run, argument) == 0;
+    if (is_started)
+        pthread_detach(thread);
+    return is_started;
 }
 
 void signals_reset_in_child()

@@ -11,6 +11,7 @@
 #include "ui/terminal_type.hpp"
 
 #include <csignal>
+#include <cstdlib>
 #include <initializer_list>
 #include <pthread.h>
 #include <unistd.h>
@@ -27,6 +28,7 @@ constexpr int crash_signals[] = {SIGSEGV, SIGBUS,  SIGFPE,  SIGILL,  SIGABRT,
 struct terminal_rescue {
     char bytes[256];
     std::size_t length;
+    bool is_wanted; // curses has the terminal
 };
 terminal_rescue rescue;
 
@@ -134,28 +136,66 @@ int rescue_byte_add(int byte)
     return byte;
 }
 
-void rescue_capability_add(const char* name)
+void rescue_capability_add(terminal_text which)
 {
-    const char* sequence = terminal_capability(name);
+    const char* sequence = terminal_capability(which);
     if (sequence != nullptr)
         terminal_capability_expand(sequence, rescue_byte_add);
 }
 
 void rescue_prepare()
 {
-    for (const char* capability : {"sgr0", "op", "rmkx", "rmcup", "cnorm"})
-        rescue_capability_add(capability);
+    rescue.length = 0;
+    for (const terminal_text which :
+         {terminal_text::attributes_off, terminal_text::first_colours, terminal_text::keypad_off,
+          terminal_text::full_screen_off, terminal_text::cursor_on})
+        rescue_capability_add(which);
+}
+
+void terminal_rescue_run()
+{
+    if (!rescue.is_wanted)
+        return;
+    // Curses had taken the screen when it gave its record.
+    if (rescue.length == 0 && app_state.terminal != nullptr)
+        rescue_prepare();
+    rescue_write();
+    if (app_state.has_shell_modes && !terminal_is_lent())
+        tcsetattr(STDIN_FILENO, TCSANOW, &app_state.shell_modes);
 }
 
 [[maybe_unused]] void on_crash(int signal_number)
 {
-    rescue_write();
-    if (app_state.has_shell_modes && !terminal_is_lent())
-        tcsetattr(STDIN_FILENO, TCSANOW, &app_state.shell_modes);
+    terminal_rescue_run();
     take_default_action(signal_number);
 }
 
+void crash_handlers_install()
+{
+    // The sanitizers have better handlers of their own.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    struct sigaction action = {};
+    action.sa_handler = on_crash;
+    for (const int signal_number : crash_signals)
+        sigaction(signal_number, &action, nullptr);
+#endif
+}
+
+bool guards_install()
+{
+    crash_handlers_install();
+    return std::atexit(terminal_rescue_run) == 0;
+}
+
 } // namespace
+
+void terminal_guard(bool is_on)
+{
+    static const bool is_installed = guards_install();
+    rescue.is_wanted = is_on && is_installed;
+    if (is_on && app_state.terminal != nullptr)
+        rescue_prepare();
+}
 
 void signals_init()
 {
@@ -166,16 +206,4 @@ void signals_init()
     signal_silence(SIGXFSZ);
     signal_install(SIGTSTP, on_stop);
     signal_install(SIGCONT, on_continue);
-}
-
-void crash_signals_init()
-{
-    rescue_prepare();
-    // The sanitizers have better handlers of their own.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    struct sigaction action = {};
-    action.sa_handler = on_crash;
-    for (const int signal_number : crash_signals)
-        sigaction(signal_number, &action, nullptr);
-#endif
 }

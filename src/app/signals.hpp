@@ -6,6 +6,7 @@
 /// stop that was asked for meanwhile would be lost.
 void signals_init();
 
-/// Installs the handlers for crashes. Call once, after curses was started, which tells them what
-/// gives the terminal back.
-void crash_signals_init();
+/// Whether the terminal is to be given back should the program crash, or a library end it, as
+/// curses does when its memory runs out. Off at first. To be turned on before curses is started,
+/// and once more when it knows the terminal's type, which tells how that is done.
+void terminal_guard(bool is_on);

@@ -10,12 +10,14 @@
 #include "net/poll.hpp"
 #include "net/server_list_fetch.hpp"
 #include "ui/popup.hpp"
+#include "ui/redraw.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
 
 #include <csignal>
 #include <cstdlib>
 
+#include <malloc.h>
 #include <unistd.h>
 
 namespace
@@ -37,9 +39,8 @@ void connections_leave()
     for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
         server_entry* entry = server_at(app_state.servers, index);
         report_reception_drop(*entry);
-        if (entry->socket_fd == 0)
-            continue;
-        connection_leave(*entry);
+        if (entry->socket_fd != 0)
+            connection_leave(*entry);
         close_log_file(*entry);
     }
 }
@@ -66,6 +67,20 @@ void signals_silence()
     signal_install(SIGCHLD, nullptr);
 }
 
+/// Builds the screen, reads the configuration and shows both. False when there is no screen.
+bool first_screen_show()
+{
+    const screen_batch together;
+    if (screen_build() == 0)
+        return false;
+    app_state.setting_texts = static_cast<char**>(std::calloc(setting_text_count, sizeof(char*)));
+    signal_install(SIGWINCH, on_resize);
+    config_load();
+    server_list_draw();
+    app_state.is_screen_lost = !has_memory_for_screen();
+    return !app_state.is_screen_lost;
+}
+
 } // namespace
 
 bool app_start()
@@ -74,16 +89,20 @@ bool app_start()
     if (app_state.servers == nullptr)
         return start_fail("Error creating servercollection\n");
     signals_init();
-    if (!screen_start())
+    terminal_guard(true);
+    if (!screen_start()) {
+        terminal_guard(false);
         return start_fail("Unable to init ncurses library\n");
-    // The terminal is left as curses set it, so that what it shows can still be read.
-    if (screen_build() == 0)
+    }
+    terminal_guard(true);
+    if (!first_screen_show()) {
+        // The terminal is left as curses set it, so that what it shows can still be read.
+        terminal_guard(false);
         return start_fail("Unable to init ncurses windows\n");
-    app_state.setting_texts = static_cast<char**>(std::calloc(setting_text_count, sizeof(char*)));
-    crash_signals_init();
-    signal_install(SIGWINCH, on_resize);
-    config_load();
-    server_list_draw();
+    }
+    screen_settle();
+    // Reading the configuration took several times its size.
+    malloc_trim(0);
     if (is_setting_on(FetchOnStart))
         start_server_list_fetch();
     signal_install(SIGALRM, poll_servers);
@@ -100,6 +119,7 @@ void app_shutdown()
         close_shared_log();
     app_state.shared_log = nullptr;
     screen_end();
+    terminal_guard(false);
     server_list_fetch_finish();
     connections_leave();
     if (is_setting_on(SaveOnExit))

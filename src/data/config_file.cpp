@@ -4,18 +4,22 @@
 #include "app/app_state.hpp"
 #include "data/file_replace.hpp"
 #include "data/home.hpp"
+#include "data/retry.hpp"
 #include "data/settings_page.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
 #include "data/xml_index.hpp"
 #include "ui/pane.hpp"
+#include "ui/redraw.hpp"
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <limits>
+#include <span>
 #include <string_view>
 #include <sys/stat.h>
 
@@ -25,30 +29,37 @@ namespace
 constexpr std::string_view server_element = "Server";
 constexpr std::size_t key_path_bytes = 64;
 
+/// There was a configuration at the start that could not be read. It is not to be replaced by what
+/// the program knows without it.
+bool is_unread = false;
+
 unique_fd config_open()
 {
     // A fifo under this name must not make the program wait for a writer.
-    return unique_fd{open(config_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
+    return unique_fd{
+        uninterrupted([] { return open(config_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC); })};
 }
 
-std::int64_t size_of(const unique_fd& file)
+std::size_t size_of(const unique_fd& file)
 {
-    struct stat status = {};
-    return fstat(file.get(), &status) == 0 ? static_cast<std::int64_t>(status.st_size) : 0;
+    struct stat status = {}; // and stays so when the system refuses
+    static_cast<void>(fstat(file.get(), &status));
+    return static_cast<std::size_t>(status.st_size);
 }
 
-/// The file's whole content, terminated; null when memory is short.
-heap_text content_read(const unique_fd& file)
+/// The file's whole content, terminated; null when memory is short. What cannot be read of it is
+/// not there, and makes `is_whole` false.
+heap_text content_read(const unique_fd& file, bool& is_whole)
 {
-    const auto size = static_cast<std::size_t>(size_of(file));
+    const std::size_t size = size_of(file);
     heap_text text{static_cast<char*>(std::calloc(size + 1, 1))};
     std::size_t length = 0;
-    while (text && length < size) {
-        const ssize_t count = read(file.get(), text.get() + length, size - length);
-        if (count <= 0)
-            break;
-        length += static_cast<std::size_t>(count);
+    ssize_t count = 1;
+    while (text && length < size && count > 0) {
+        count = uninterrupted([&] { return read(file.get(), text.get() + length, size - length); });
+        length += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
+    is_whole = count >= 0;
     return text;
 }
 
@@ -60,41 +71,60 @@ std::int32_t number_of(const char* text)
                                                       std::numeric_limits<std::int32_t>::max()));
 }
 
-/// A copy of the text at prefix + element; null when there is none.
-char* field_copy(const xml_index& index, const char* prefix, const char* element)
+/// Where a server's elements are: the path of its block, behind which their names are put in turns.
+struct server_path {
+    char text[2 * xml_name_limit];
+    std::size_t block_length; // the "/" behind the block's name included
+};
+
+server_path path_of_block(const char* number)
 {
-    const heap_text path{str_append(str_dup(prefix), element)};
-    return path ? str_dup(xml_index_value(index, path.get())) : nullptr;
+    server_path path;
+    std::snprintf(path.text, sizeof path.text, "clientconf/Server%s/", number);
+    path.block_length = std::strlen(path.text);
+    return path;
 }
 
-std::int32_t port_of(const xml_index& index, const char* prefix)
+/// The text of one of a server's elements; null when there is none. Borrowed.
+const char* field_value(const xml_index& index, server_path& path, std::string_view element)
 {
-    const heap_text text{field_copy(index, prefix, "ServerPort")};
-    return text ? number_of(text.get()) : DEFAULT_SERVER_PORT;
+    char* name = path.text + path.block_length;
+    name[element.copy(name, sizeof path.text - path.block_length - 1)] = '\0';
+    return xml_index_value(index, path.text);
+}
+
+char* field_copy(const xml_index& index, server_path& path, std::string_view element)
+{
+    return str_dup(field_value(index, path, element));
+}
+
+std::int32_t port_of(const xml_index& index, server_path& path)
+{
+    const char* text = field_value(index, path, "ServerPort");
+    return text != nullptr ? number_of(text) : DEFAULT_SERVER_PORT;
 }
 
 /// The fields that stay with the program until its end: server_entry_free does not know them.
-void mailing_fields_read(server_entry& server, const xml_index& index, const char* prefix)
+void mailing_fields_read(server_entry& server, const xml_index& index, server_path& path)
 {
-    server.UseEMail = field_copy(index, prefix, "UseEMail");
-    server.SubCode = field_copy(index, prefix, "SubCode");
+    server.UseEMail = field_copy(index, path, "UseEMail");
+    server.SubCode = field_copy(index, path, "SubCode");
 }
 
 void server_read(const xml_index& index, const char* number)
 {
-    const heap_text prefix{str_replace(str_dup("clientconf/Server$/"), "$", number)};
+    server_path path = path_of_block(number);
     auto* server = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
-    if (!prefix || server == nullptr)
-        return std::free(server);
-    server->ServerName = field_copy(index, prefix.get(), "ServerName");
-    server->ServerPort = port_of(index, prefix.get());
-    server->ServerAlias = field_copy(index, prefix.get(), "ServerAlias");
-    server->Password = field_copy(index, prefix.get(), "Password");
-    mailing_fields_read(*server, index, prefix.get());
-    server->Location = field_copy(index, prefix.get(), "Location");
-    server->Info = field_copy(index, prefix.get(), "Info");
-    if (server_add(app_state.servers, server) != -1)
-        server_entry_free(server);
+    if (server == nullptr)
+        return;
+    server->ServerName = field_copy(index, path, "ServerName");
+    server->ServerPort = port_of(index, path);
+    server->ServerAlias = field_copy(index, path, "ServerAlias");
+    server->Password = field_copy(index, path, "Password");
+    mailing_fields_read(*server, index, path);
+    server->Location = field_copy(index, path, "Location");
+    server->Info = field_copy(index, path, "Info");
+    server_add_or_free(app_state.servers, server);
 }
 
 void servers_read(const xml_node* document, const xml_index& index)
@@ -147,7 +177,7 @@ void document_read(const xml_node* document)
     switches_read(index);
     folders_read(index);
     if (app_state.settings_shown != 0)
-        wrefresh(app_state.settings_win);
+        window_show(app_state.settings_win);
 }
 
 /// Reads the configuration that is about to be replaced. Its document stays in memory until the
@@ -157,10 +187,11 @@ bool former_config_read()
     const unique_fd file = config_open();
     if (!file)
         return true;
-    const heap_text text = content_read(file);
+    bool is_whole = true;
+    const heap_text text = content_read(file, is_whole);
     if (text)
         static_cast<void>(xml_parse(text.get()));
-    return text != nullptr;
+    return text && is_whole;
 }
 
 bool is_too_large()
@@ -176,18 +207,14 @@ const char* text_or_empty(const char* text)
 
 void settings_write(std::FILE* file)
 {
-    for (const checkbox_setting& row : checkbox_setting_table) {
-        if (row.bit == checkbox_table_end)
-            break;
+    for (const checkbox_setting& row :
+         std::span{checkbox_setting_table}.first<checkbox_setting_count>()) {
         if (row.key[0] != '*')
             std::fprintf(file, "    <%s>%d</%s>\n", row.key,
                          (app_state.setting_flags & row.bit) != 0 ? 1 : 0, row.key);
     }
-    for (const text_setting& row : text_setting_table) {
-        if (row.kind == nullptr)
-            break;
+    for (const text_setting& row : std::span{text_setting_table}.first<setting_text_count>())
         std::fprintf(file, "    <%s>%s</%s>\n", row.key, folder_setting(row.index), row.key);
-    }
 }
 
 void server_write(std::FILE* file, const server_entry& server, int number)
@@ -221,25 +248,52 @@ void config_write(std::FILE* file)
     std::fputs("</clientconf>\n", file);
 }
 
+/// What a configuration file holds.
+struct config_text {
+    heap_text bytes; // null when memory is short
+    std::size_t length = 0;
+};
+
+config_text config_text_make()
+{
+    char* bytes = nullptr;
+    std::size_t length = 0;
+    unique_file stream{open_memstream(&bytes, &length)};
+    if (!stream)
+        return {};
+    config_write(stream.get());
+    const bool is_complete = std::ferror(stream.get()) == 0;
+    const bool is_closed = std::fclose(stream.release()) == 0;
+    heap_text owned{bytes};
+    if (!is_complete || !is_closed)
+        return {};
+    return {std::move(owned), length};
+}
+
 } // namespace
 
 void config_load()
 {
     home_visit visit;
     const unique_fd file = visit.is_there() ? config_open() : unique_fd{};
+    is_unread = visit.is_there() && !file && errno != ENOENT;
     if (!file) {
         status_report(5, "No configuration found in '%s'", home_name());
         return;
     }
     if (size_of(file) > config_max_bytes) {
+        is_unread = true;
         status_report(5, "Configuration '%s/%s' is too large, ignored", home_name(), config_name);
         return;
     }
     status_report(7, "Loading private serverlist '%s/%s'", home_name(), config_name);
-    const heap_text text = content_read(file);
+    bool is_whole = true;
+    const heap_text text = content_read(file, is_whole);
     if (!text)
         return visit.stay();
-    const xml_document document{xml_parse(text.get())};
+    is_unread = !is_whole;
+    // A part of the settings and servers would pass for all of them.
+    const xml_document document{xml_parse(is_whole ? text.get() : "")};
     document_read(document.get());
 }
 
@@ -249,7 +303,9 @@ void config_save()
     if (!visit.is_there())
         return;
     visit.stay();
-    if (is_too_large() || !former_config_read())
+    if (is_unread || is_too_large() || !former_config_read())
         return;
-    file_replace(config_name, config_write);
+    const config_text text = config_text_make();
+    if (text.bytes && text.length <= config_max_bytes)
+        file_replace(config_name, {text.bytes.get(), text.length});
 }

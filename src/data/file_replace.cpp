@@ -1,12 +1,15 @@
 // file_replace.cpp - see file_replace.hpp.
 #include "data/file_replace.hpp"
 
+#include "data/folder.hpp"
 #include "data/owners.hpp"
+#include "data/retry.hpp"
 #include "data/text.hpp"
+#include "data/unfinished_file.hpp"
 
 #include <cerrno>
 #include <climits>
-#include <cstring>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -22,17 +25,6 @@ struct replaced_file {
     bool exists = false;
     struct stat status = {};
 };
-
-/// The folder part of a path, with its slash; the empty text for a bare name.
-heap_text folder_of(const char* path)
-{
-    heap_text folder{str_dup(path)};
-    if (folder) {
-        char* slash = std::strrchr(folder.get(), '/');
-        *(slash != nullptr ? slash + 1 : folder.get()) = '\0';
-    }
-    return folder;
-}
 
 /// Where a link points to, seen from where the link is; null when path is no link or memory is
 /// short.
@@ -64,30 +56,26 @@ replaced_file file_find(const char* path)
     return file;
 }
 
-/// Lets `write` fill a stream on a descriptor. True when all of it has reached the disk.
-bool content_write(unique_fd fd, void (*write)(std::FILE* file))
+/// Puts a content at the beginning of an open file. True when all of it has reached the disk.
+bool content_write(int fd, std::string_view content)
 {
-    unique_file stream{fdopen(fd.get(), "w")};
-    if (!stream)
-        return false;
-    fd.release();
-    write(stream.get());
-    const bool is_written = std::fflush(stream.get()) == 0 && std::ferror(stream.get()) == 0;
+    while (!content.empty()) {
+        const ssize_t count =
+            uninterrupted([&] { return write(fd, content.data(), content.size()); });
+        if (count <= 0)
+            return false;
+        content.remove_prefix(static_cast<std::size_t>(count));
+    }
     // Pipes and devices cannot be synced, and say so with EINVAL.
-    const bool is_synced = fsync(fileno(stream.get())) == 0 || errno == EINVAL;
-    return std::fclose(stream.release()) == 0 && is_written && is_synced;
+    return uninterrupted([&] { return fsync(fd); }) == 0 || errno == EINVAL;
 }
 
 /// Makes the rename itself last through a loss of power.
 void folder_sync(const char* path)
 {
-    const heap_text folder = folder_of(path);
-    if (!folder)
-        return;
-    const char* name = folder.get()[0] != '\0' ? folder.get() : ".";
-    const unique_fd fd{open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+    const unique_fd fd = folder_open(path);
     if (fd)
-        fsync(fd.get());
+        uninterrupted([&] { return fsync(fd.get()); });
 }
 
 /// Whether an error says that the folder forbids the change, not that it failed.
@@ -96,42 +84,67 @@ bool is_refused(int error)
     return error == EACCES || error == EPERM || error == EROFS || error == EBUSY;
 }
 
-bool write_in_place(const char* path, void (*write)(std::FILE* file))
+/// Gives a file the room that a content needs, so that writing it cannot fail half way, and cuts
+/// what is longer. A file that cannot get the room stays as it is.
+bool length_set(int fd, std::size_t length)
 {
-    unique_fd fd{open(path, O_WRONLY | O_TRUNC | O_NONBLOCK | O_CLOEXEC)};
-    return fd && content_write(std::move(fd), write);
+    struct stat status = {};
+    if (fstat(fd, &status) != 0)
+        return false;
+    if (!S_ISREG(status.st_mode))
+        return true;
+    const auto wanted = static_cast<off_t>(length);
+    int error = 0;
+    do {
+        error = wanted > 0 ? posix_fallocate(fd, 0, wanted) : 0;
+    } while (error == EINTR);
+    const off_t agreed = error == 0 ? wanted : status.st_size;
+    return uninterrupted([&] { return ftruncate(fd, agreed); }) == 0 && error == 0;
+}
+
+bool write_in_place(const char* path, std::string_view content)
+{
+    const unique_fd fd{
+        uninterrupted([&] { return open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC); })};
+    return fd && length_set(fd.get(), content.size()) && content_write(fd.get(), content);
+}
+
+int owner_set(int fd, uid_t user, gid_t group)
+{
+    return uninterrupted([&] { return fchown(fd, user, group); });
 }
 
 /// Gives the new file the old one's mode, and its owner where that is allowed.
 bool attributes_copy(int fd, const struct stat& status)
 {
-    if (fchown(fd, status.st_uid, status.st_gid) != 0) {
+    if (owner_set(fd, status.st_uid, status.st_gid) != 0) {
         if (errno != EPERM)
             return false;
         // Not ours to give away; at least the group that may read it stays the same.
-        static_cast<void>(fchown(fd, static_cast<uid_t>(-1), status.st_gid) == 0);
+        owner_set(fd, static_cast<uid_t>(-1), status.st_gid);
     }
-    return fchmod(fd, status.st_mode & permission_bits) == 0;
+    return uninterrupted([&] { return fchmod(fd, status.st_mode & permission_bits); }) == 0;
 }
 
-bool write_beside(const replaced_file& file, const char* beside, unique_fd fd,
-                  void (*write)(std::FILE* file))
+bool write_beside(const replaced_file& file, const unfinished_file& beside,
+                  std::string_view content)
 {
-    const bool is_ready = !file.exists || attributes_copy(fd.get(), file.status);
-    const bool is_written = is_ready && content_write(std::move(fd), write);
-    if (is_written && rename(beside, file.path.get()) == 0) {
+    const bool is_ready = !file.exists || attributes_copy(beside.fd.get(), file.status);
+    const bool is_written = is_ready && content_write(beside.fd.get(), content);
+    const auto put_in_place = [&] { return rename(beside.name.get(), file.path.get()); };
+    if (is_written && uninterrupted(put_in_place) == 0) {
         folder_sync(file.path.get());
         return true;
     }
     const int rename_error = is_written ? errno : 0;
-    unlink(beside);
+    unlink(beside.name.get());
     // Some folders let nobody but its owner replace a file, and a mounted file cannot be replaced.
-    return file.exists && is_refused(rename_error) && write_in_place(file.path.get(), write);
+    return file.exists && is_refused(rename_error) && write_in_place(file.path.get(), content);
 }
 
 } // namespace
 
-bool file_replace(const char* path, void (*write)(std::FILE* file))
+bool file_replace(const char* path, std::string_view content)
 {
     const replaced_file file = file_find(path);
     if (!file.path)
@@ -139,12 +152,10 @@ bool file_replace(const char* path, void (*write)(std::FILE* file))
     if (file.exists && access(file.path.get(), W_OK) != 0)
         return false;
     if (file.exists && !S_ISREG(file.status.st_mode))
-        return write_in_place(file.path.get(), write);
-    const heap_text beside{str_append(str_dup(file.path.get()), ".XXXXXX")};
-    if (!beside)
-        return false;
-    unique_fd fd{mkostemp(beside.get(), O_CLOEXEC)};
-    if (!fd)
-        return file.exists && is_refused(errno) && write_in_place(file.path.get(), write);
-    return write_beside(file, beside.get(), std::move(fd), write);
+        return write_in_place(file.path.get(), content);
+    unfinished_files_remove(file.path.get());
+    const unfinished_file beside = unfinished_file_new(file.path.get());
+    if (!beside.fd)
+        return file.exists && is_refused(errno) && write_in_place(file.path.get(), content);
+    return write_beside(file, beside, content);
 }

@@ -1,6 +1,8 @@
 // home.cpp - see home.hpp.
 #include "data/home.hpp"
 
+#include "data/retry.hpp"
+
 #include <cstdlib>
 #include <fcntl.h>
 
@@ -10,7 +12,7 @@ home_visit::home_visit()
     if (home == nullptr)
         return;
     // A descriptor finds the way back whatever the former folder's path is long or has become.
-    former = unique_fd{open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)};
+    former = unique_fd{uninterrupted([] { return open(".", O_PATH | O_DIRECTORY | O_CLOEXEC); })};
     entered = chdir(home) == 0;
     there = entered;
 }

@@ -44,6 +44,14 @@ std::int32_t server_add(collection* servers, server_entry* entry)
     return -1;
 }
 
+void server_add_or_free(collection* servers, server_entry* entry)
+{
+    const std::int32_t count_before = servers->count;
+    server_add(servers, entry);
+    if (servers->count == count_before)
+        server_entry_free(entry);
+}
+
 void server_entry_free(void* entry)
 {
     auto* server = static_cast<server_entry*>(entry);

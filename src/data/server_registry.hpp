@@ -5,6 +5,7 @@
 #pragma once
 
 #include "data/collection.hpp"
+#include "net/log_record.hpp"
 
 #include <cstdint>
 #include <cstdio>
@@ -49,6 +50,7 @@ struct server_entry {
     std::uint32_t rx_aux;         // cleared with each new packet
     std::uint32_t bytes_received; // every byte read from this server, never reset
     packet_buffer* rx_packet;     // the packet being assembled; null: none under way
+    log_condition log_state;      // of log_file; also when a log was lost
 };
 
 /// Creates the empty collection of servers, ordered by server_compare; null when memory is short.
@@ -63,6 +65,10 @@ int server_compare(const void* a, const void* b);
 /// Otherwise the index of the entry that has the same name and port already.
 /// Unless -1 is returned the caller keeps the entry and releases it with server_entry_free.
 std::int32_t server_add(collection* servers, server_entry* entry);
+
+/// Registers an entry, or releases it: when it has no name, when its like is there already, and
+/// when the list cannot grow, which server_add does not tell. entry: must not be null.
+void server_add_or_free(collection* servers, server_entry* entry);
 
 /// Releases an entry and the texts that it owns, UseEMail and SubCode excepted.
 /// entry: a malloc'ed server_entry; must have no connection.

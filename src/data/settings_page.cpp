@@ -8,6 +8,7 @@
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
 #include "ui/prompt.hpp"
+#include "ui/redraw.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -183,5 +184,5 @@ void settings_key(int key)
             folder_edit(index);
     }
     if (app_state.settings_shown != 0 && app_state.settings_win != nullptr)
-        wrefresh(app_state.settings_win);
+        window_show(app_state.settings_win);
 }

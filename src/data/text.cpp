@@ -61,7 +61,7 @@ char* str_append(char* text, const char* added)
 
 char* str_replace(char* text, const char* pattern, const char* replacement)
 {
-    if (text == nullptr || pattern == nullptr || *pattern == '\0')
+    if (text == nullptr || *pattern == '\0')
         return text;
     if (replacement == nullptr)
         replacement = "";

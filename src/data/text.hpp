@@ -12,8 +12,8 @@ char* str_dup(const char* text);
 /// itself, unchanged. `added` must not lie within `text`.
 char* str_append(char* text, const char* added);
 
-/// Replaces every `pattern` in the heap text `text` (may be null) by `replacement` (null: by
-/// nothing), left to right, without overlap and without looking into what was inserted.
+/// Replaces every `pattern` (never null) in the heap text `text` (may be null) by `replacement`
+/// (null: by nothing), left to right, without overlap and without looking into what was inserted.
 /// The text, which may have moved; when there is nothing to replace or the allocation fails,
 /// `text` itself, unchanged. An empty pattern matches nothing. Neither `pattern` nor
 /// `replacement` may lie within `text`.

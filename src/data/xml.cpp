@@ -1,10 +1,14 @@
-// xml.cpp - one pass over the text, run by run between the angle brackets.
+// xml.cpp - one pass over the text, run by run between the angle brackets. A document lies in a
+// few blocks of memory that are let go together.
 #include "data/xml.hpp"
 
 #include "data/text.hpp"
 
+#include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -26,59 +30,152 @@ template <std::size_t size> struct bounded_text {
     }
 };
 
+/// A stretch of memory for nodes, which fill it from the front, and texts, which fill it from the
+/// back. The first one of a document begins with the first node, so that the document's address is
+/// enough to release them all.
+struct block {
+    block* next;           // null in the last one
+    std::size_t nodes_end; // both count bytes from the end of this record
+    std::size_t texts_begin;
+
+    char* bytes()
+    {
+        return reinterpret_cast<char*>(this + 1);
+    }
+};
+static_assert(sizeof(block) % alignof(xml_node) == 0);
+
+/// Bytes in a block. Larger requests than this and its record are slow to serve for malloc, which
+/// counts for the short documents of packets.
+constexpr std::size_t block_room = 1032 - sizeof(block);
+
 struct reader {
-    xml_node* current = nullptr;       // the latest node; nameless while it waits for a start tag
-    bool in_tag = false;               // whether a "<" still waits for its ">"
-    std::string_view tag;              // the latest tag, without brackets
-    bounded_text<xml_text_limit> text; // what stood outside tags since the latest "<"
-    bounded_text<xml_path_limit> path; // names of the open elements
+    block* memory = nullptr;             // the last block
+    xml_node* current = nullptr;         // the latest node; nameless while it waits for a start tag
+    bool in_tag = true;                  // whether a "<" still waits for its ">"
+    std::string_view tag;                // the latest tag, without brackets
+    const char* text_begin = nullptr;    // behind the latest tag
+    bool has_brackets = false;           // a ">" has come since, which is no text
+    bounded_text<xml_path_limit> path;   // names of the open elements
+    bounded_text<xml_text_limit> joined; // a text put together from its pieces
 };
 
-xml_node* new_node()
+block* block_new(std::size_t room)
 {
-    return static_cast<xml_node*>(std::calloc(1, sizeof(xml_node)));
+    auto* made = static_cast<block*>(std::malloc(sizeof(block) + room));
+    if (made != nullptr)
+        *made = {nullptr, 0, room};
+    return made;
 }
 
-char* copy_of(std::string_view bytes)
+/// The block to take `size` bytes from: the last one, or one more. Null without memory.
+block* block_with(reader& state, std::size_t size)
 {
-    auto* copy = static_cast<char*>(std::malloc(bytes.size() + 1));
-    if (copy != nullptr)
-        copy[bytes.copy(copy, bytes.size())] = '\0';
-    return copy;
+    block* last = state.memory;
+    if (last->texts_begin - last->nodes_end >= size)
+        return last;
+    last->next = block_new(std::max(size, block_room));
+    if (last->next != nullptr)
+        state.memory = last->next;
+    return last->next;
+}
+
+xml_node* new_node(reader& state)
+{
+    block* from = block_with(state, sizeof(xml_node));
+    if (from == nullptr)
+        return nullptr;
+    char* place = from->bytes() + from->nodes_end;
+    from->nodes_end += sizeof(xml_node);
+    return new (place) xml_node{};
+}
+
+/// Room for a text, its terminator included. Null without memory.
+char* text_room(reader& state, std::size_t size)
+{
+    block* from = block_with(state, size);
+    if (from == nullptr)
+        return nullptr;
+    from->texts_begin -= size;
+    return from->bytes() + from->texts_begin;
+}
+
+char* text_put(char* place, std::string_view bytes)
+{
+    place[bytes.copy(place, bytes.size())] = '\0';
+    return place;
+}
+
+/// A number made of a text's length and two of its bytes, those in which paths tend to differ.
+std::uint32_t mark_of(std::string_view text)
+{
+    if (text.empty())
+        return 0;
+    const std::size_t middle = static_cast<unsigned char>(text[text.size() / 2]);
+    const std::size_t last = static_cast<unsigned char>(text.back());
+    return static_cast<std::uint32_t>(text.size() << 16 | middle << 8 | last);
 }
 
 /// Gives the waiting node the newly opened element's name and path. False, and neither given,
 /// without memory: a node with a path always has a name.
-bool name_node(xml_node& node, std::string_view name, std::string_view path)
+bool name_node(reader& state, std::string_view name)
 {
-    node.name = copy_of(name);
-    node.path = copy_of(path);
-    if (node.name != nullptr && node.path != nullptr)
+    const std::string_view path = state.path.view();
+    // A name is the end of its path, unless that one was cut.
+    const std::size_t name_size = path.ends_with(name) ? 0 : name.size() + 1;
+    char* place = text_room(state, name_size + path.size() + 1);
+    if (place == nullptr)
+        return false;
+    xml_node& node = *state.current;
+    node.path = text_put(place + name_size, path);
+    node.name = name_size > 0 ? text_put(place, name) : node.path + path.size() - name.size();
+    node.name_mark = mark_of(name);
+    node.path_mark = mark_of(path);
+    return true;
+}
+
+/// The same text without the ">" in it, which are none.
+std::string_view brackets_drop(reader& state, std::string_view text)
+{
+    state.joined.length = 0;
+    while (!text.empty()) {
+        const std::string_view run = text.substr(0, text.find('>'));
+        state.joined.append(run);
+        text.remove_prefix(std::min(run.size() + 1, text.size()));
+    }
+    return state.joined.view();
+}
+
+/// Stores the text up to `end` as the node's value. False without memory.
+bool value_node(reader& state, const char* end)
+{
+    std::string_view text{state.text_begin, static_cast<std::size_t>(end - state.text_begin)};
+    if (state.has_brackets)
+        text = brackets_drop(state, text);
+    text = text.substr(0, xml_text_limit - 1);
+    if (text.empty())
         return true;
-    std::free(std::exchange(node.name, nullptr));
-    std::free(std::exchange(node.path, nullptr));
-    return false;
+    char* place = text_room(state, text.size() + 1);
+    if (place == nullptr)
+        return false;
+    state.current->value = text_put(place, text);
+    return true;
 }
 
 /// At a "<": stores the text so far and lets a fresh node wait for the next start tag. False
 /// without memory.
-bool begin_tag(reader& state)
+bool begin_tag(reader& state, const char* at)
 {
-    state.in_tag = true;
-    const std::string_view text = state.text.view();
-    state.text.length = 0;
-    xml_node& node = *state.current;
-    if (node.name == nullptr)
+    const bool has_text = !std::exchange(state.in_tag, true);
+    if (state.current->name == nullptr)
         return true;
-    if (!text.empty()) {
-        node.value = copy_of(text);
-        if (node.value == nullptr)
-            return false;
-    }
-    node.next = new_node();
-    if (node.next == nullptr)
+    if (has_text && !value_node(state, at))
         return false;
-    state.current = node.next;
+    xml_node* next = new_node(state);
+    if (next == nullptr)
+        return false;
+    state.current->next = next;
+    state.current = next;
     return true;
 }
 
@@ -93,10 +190,15 @@ void leave_element(reader& state, std::string_view name)
     state.path.length = after_slash ? found - 1 : found;
 }
 
-/// At a ">": opens or closes the element that the latest tag names. False without memory.
-bool end_tag(reader& state)
+/// At a ">": opens or closes the element that the latest tag names, which began at `tag` if it ends
+/// here. False without memory.
+bool end_tag(reader& state, const char* tag, const char* at)
 {
-    state.in_tag = false;
+    state.has_brackets = !std::exchange(state.in_tag, false);
+    if (!state.has_brackets) {
+        state.tag = {tag, static_cast<std::size_t>(at - tag)};
+        state.text_begin = at + 1;
+    }
     const bool closes = state.tag.starts_with('/');
     std::string_view name = state.tag.substr(closes ? 1 : 0);
     name = name.substr(0, name.find(' ')).substr(0, xml_name_limit - 1);
@@ -109,40 +211,69 @@ bool end_tag(reader& state)
     state.path.append(name);
     if (state.current->name != nullptr)
         return true;
-    return name_node(*state.current, name, state.path.view());
+    return name_node(state, name);
+}
+
+/// The first angle bracket from `at` on, or `end`. The two kinds differ in one bit, so that one
+/// test finds either among eight bytes.
+const char* bracket_find(const char* at, const char* end)
+{
+    constexpr std::uint64_t each_byte = 0x0101010101010101;
+    for (; end - at >= 8; at += 8) {
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, at, sizeof bytes);
+        const std::uint64_t other = (bytes & each_byte * 0xFD) ^ each_byte * '<';
+        const std::uint64_t found = (other - each_byte) & ~other & each_byte * 0x80;
+        if (found == 0)
+            continue;
+        if constexpr (std::endian::native == std::endian::little)
+            return at + std::countr_zero(found) / 8;
+        break;
+    }
+    while (at != end && *at != '<' && *at != '>')
+        ++at;
+    return at;
+}
+
+/// Reads from the declaration's ">" on, which ends an empty tag: so arises the first node.
+void document_read(reader& state, const char* at, const char* end)
+{
+    while (true) {
+        const char* bracket = bracket_find(at, end);
+        if (bracket == end)
+            return;
+        const bool goes_on =
+            *bracket == '<' ? begin_tag(state, bracket) : end_tag(state, at, bracket);
+        if (!goes_on)
+            return;
+        at = bracket + 1;
+    }
 }
 
 } // namespace
 
 xml_node* xml_parse(const char* text)
 {
-    xml_node* document = new_node();
-    const char* at = std::strstr(text, "?>");
-    if (document == nullptr || at == nullptr)
-        return document;
-
     reader state;
-    state.current = document;
-    // The first byte read is the declaration's ">", which ends an empty tag: so arises the first
-    // node.
-    for (++at; *at != '\0'; ++at) {
-        const std::string_view run(at, std::strcspn(at, "<>"));
-        if (state.in_tag)
-            state.tag = run;
-        else
-            state.text.append(run);
-        at += run.size();
-        if (*at == '\0' || !(*at == '<' ? begin_tag(state) : end_tag(state)))
-            break;
-    }
+    state.memory = block_new(block_room);
+    if (state.memory == nullptr)
+        return nullptr;
+    xml_node* document = state.current = new_node(state);
+    const char* declaration_end = std::strstr(text, "?>");
+    if (declaration_end != nullptr)
+        document_read(state, declaration_end + 1, declaration_end + std::strlen(declaration_end));
     return document;
 }
 
 char* xml_get(const xml_node* document, const char* key, bool by_name, bool want_copy)
 {
+    const std::string_view wanted{key};
+    const std::uint32_t mark = mark_of(wanted);
     for (const xml_node* node = document; node != nullptr; node = node->next) {
         const char* compared = by_name ? node->name : node->path;
-        if (compared != nullptr && std::strcmp(compared, key) == 0)
+        // Texts of one mark are of one length.
+        if ((by_name ? node->name_mark : node->path_mark) == mark && compared != nullptr &&
+            std::memcmp(compared, key, wanted.size()) == 0)
             return by_name || want_copy ? str_dup(node->value) : node->value;
     }
     return nullptr;
@@ -152,15 +283,7 @@ void xml_free(xml_node* document)
 {
     if (document == nullptr)
         return;
-    // Taking out the node behind the first one again and again leaves the first for the end.
-    while (true) {
-        xml_node* node = document->next != nullptr ? document->next : document;
-        document->next = node->next;
-        std::free(node->name);
-        std::free(node->path);
-        std::free(node->value);
-        std::free(node);
-        if (node == document)
-            return;
-    }
+    block* memory = reinterpret_cast<block*>(document) - 1;
+    while (memory != nullptr)
+        std::free(std::exchange(memory, memory->next));
 }

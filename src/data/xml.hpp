@@ -9,6 +9,7 @@
 #include "data/owners.hpp"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 // Working limits in bytes, the terminating NUL included; what is longer is cut.
@@ -18,11 +19,15 @@ constexpr std::size_t xml_path_limit = 1024;
 
 /// One element. The first node of a document with a declaration stands for the declaration itself,
 /// with empty name and path; a node without a name is the last one, and all its fields are null.
+/// Nodes and texts belong to the document and go with it.
 struct xml_node {
-    char* path;     // names from the root down to this element, joined by "/"; owned
-    char* name;     // without attributes; owned
-    char* value;    // the text from the start tag to the next tag, null when empty; owned
+    char* path;     // names from the root down to this element, joined by "/"
+    char* name;     // without attributes
+    char* value;    // the text from the start tag to the next tag, null when empty
     xml_node* next; // in the order of the start tags; null at the end
+
+    std::uint32_t path_mark; // texts of different marks differ: look-ups pass over most nodes by
+    std::uint32_t name_mark; // these alone
 };
 
 /// Reads `text` (never null), which is not kept.
@@ -36,7 +41,7 @@ xml_node* xml_parse(const char* text);
 /// Null when nothing matches, the match has no value, `document` is null, or memory runs out.
 char* xml_get(const xml_node* document, const char* key, bool by_name, bool want_copy);
 
-/// Releases all nodes and texts of `document` (may be null), the first node last.
+/// Releases all nodes and texts of `document` (may be null).
 void xml_free(xml_node* document);
 
 /// A document that is freed at the end of its scope.

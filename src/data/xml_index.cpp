@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 xml_index xml_index_build(const xml_node* document)
 {
@@ -13,7 +12,7 @@ xml_index xml_index_build(const xml_node* document)
             if (node->path != nullptr)
                 index.push_back(node);
         }
-    } catch (const std::bad_alloc&) {
+    } catch (...) { // memory is short
         return {};
     }
     // Stable, so that of several nodes with one path the first in the document stays first.

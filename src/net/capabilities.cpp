@@ -44,7 +44,7 @@ void flags_record(server_entry& entry, const xml_node* document)
 {
     // Unlike the others, this one is set by any text at all, a "0" included.
     const heap_text crc_check = element_text(document, "CRCCheck");
-    entry.crc_check = crc_check && crc_check.get()[0] != '\0' ? 1 : 0;
+    entry.crc_check = crc_check ? 1 : 0;
     entry.can_mail = element_flag(document, "Mailing");
     entry.can_modify = element_flag(document, "DBModify") | element_flag(document, "ModifyFlags");
     entry.can_report = element_flag(document, "Reports");

@@ -4,6 +4,7 @@
 #include "app/app_state.hpp"
 #include "app/pause.hpp"
 #include "data/owners.hpp"
+#include "data/retry.hpp"
 #include "data/text.hpp"
 #include "net/log_files.hpp"
 #include "net/packet_input.hpp"
@@ -13,6 +14,7 @@
 #include "ui/pane.hpp"
 #include "ui/server_pane.hpp"
 
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <poll.h>
@@ -37,7 +39,10 @@ void socket_close(int socket)
 
 bool connect_in_place(int socket, const sockaddr_in& address)
 {
-    return connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    const auto* general = reinterpret_cast<const sockaddr*>(&address);
+    // A connect that was interrupted goes on meanwhile; asked again, it waits for itself.
+    return uninterrupted([&] { return connect(socket, general, sizeof address); }) == 0 ||
+           errno == EISCONN;
 }
 
 /// What the child does: nothing that could touch what it shares with its parent but the socket.
@@ -164,7 +169,8 @@ void on_connect_result(int)
 {
     int status = 0;
     // One signal may stand for several children.
-    for (pid_t child; (child = waitpid(-1, &status, WNOHANG)) > 0;) {
+    const auto next_ended = [&] { return waitpid(-1, &status, WNOHANG); };
+    for (pid_t child; (child = uninterrupted(next_ended)) > 0;) {
         server_entry* entry = entry_of_child(child);
         if (entry == nullptr)
             continue;

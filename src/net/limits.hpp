@@ -40,5 +40,6 @@ constexpr std::size_t directory_max_bytes = 16UL * 1024 * 1024;
 /// Most servers that the list may hold.
 constexpr std::int32_t servers_max = 100'000;
 
-/// Largest configuration file that is read.
-constexpr std::int64_t config_max_bytes = 16LL * 1024 * 1024;
+/// Largest configuration file that is read, and that is written: room for as many servers as the
+/// list may hold, with all the texts that a directory may send.
+constexpr std::size_t config_max_bytes = 64UL * 1024 * 1024;

@@ -2,12 +2,12 @@
 #include "net/log_files.hpp"
 
 #include "app/app_state.hpp"
+#include "data/file_open.hpp"
 #include "data/owners.hpp"
 #include "data/text.hpp"
 #include "ui/pane.hpp"
 
-#include <cerrno>
-#include <fcntl.h>
+#include <cstdlib>
 #include <unistd.h>
 
 namespace
@@ -26,36 +26,83 @@ heap_text log_folder()
     return current;
 }
 
-/// Opens a log, without waiting where the name is that of a fifo nobody reads.
-std::FILE* log_open(const char* name)
+/// A log as its owner holds it.
+struct held_log {
+    std::FILE*& stream;
+    log_condition& condition;
+};
+
+held_log own_log(server_entry& entry)
 {
-    unique_fd fd{open(name, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666)};
-    std::FILE* log = fd ? fdopen(fd.get(), "at") : nullptr;
-    if (log != nullptr)
-        fd.release();
-    return log;
+    return {entry.log_file, entry.log_state};
 }
 
-/// Opens "first/second" and reports how that went. A name that does not fit is not opened.
-std::FILE* log_open_reported(const char* first, const char* second, const char* suffix)
+held_log shared_log()
+{
+    return {app_state.shared_log, app_state.shared_log_state};
+}
+
+/// When an opened log is worth a word.
+enum class open_report : std::uint8_t { always, success };
+
+/// Opens "first/second.log" and reports how that went. A name that does not fit is not opened.
+void log_open(held_log log, const char* first, const char* second, open_report report)
 {
     char name[log_name_bytes];
-    const int length = std::snprintf(name, sizeof name, "%s/%s%s", first, second, suffix);
+    const int length = std::snprintf(name, sizeof name, "%s/%s.log", first, second);
     const bool fits = length >= 0 && static_cast<std::size_t>(length) < sizeof name;
-    std::FILE* log = fits ? log_open(name) : nullptr;
-    status_report(6, "Logfile '%s' %s opened", name, log != nullptr ? "successfully" : "not");
-    return log;
+    log.stream = fits ? file_open(name, file_use::appending).release() : nullptr;
+    if (log.stream != nullptr) {
+        std::free(log.condition.name);
+        log.condition.name = str_dup(name);
+        log.condition.is_lost = false;
+    }
+    if (log.stream != nullptr || report == open_report::always)
+        status_report(6, "Logfile '%s' %s opened", name,
+                      log.stream != nullptr ? "successfully" : "not");
 }
 
-void record_write(std::FILE* log, const char* text)
+/// Closes a log, if it is open; what is remembered of it stays.
+void stream_close(held_log log)
 {
-    std::fputs(text, log);
-    std::fflush(log);
+    if (log.stream == nullptr)
+        return;
+    record_take_back(fileno(log.stream), log.condition.torn);
+    std::fclose(log.stream);
+    log.stream = nullptr;
+    log.condition.torn = {};
 }
 
-} // namespace
+void log_close(held_log log)
+{
+    stream_close(log);
+    std::free(log.condition.name);
+    log.condition = {};
+}
 
-void open_log_files(server_entry& entry)
+/// Says once that a log takes no records; again only after it has taken one.
+void failure_report(log_condition& condition)
+{
+    if (!condition.is_failing)
+        status_report(5, "Logfile '%s' cannot be written",
+                      condition.name != nullptr ? condition.name : "");
+    condition.is_failing = true;
+}
+
+void record_write(held_log log, const char* text)
+{
+    const int file = fileno(log.stream);
+    log.condition.is_lost = is_deleted(file);
+    if (!log.condition.is_lost && record_append(file, text, log.condition.torn)) {
+        log.condition.is_failing = false;
+        return;
+    }
+    failure_report(log.condition);
+    if (log.condition.is_lost)
+        stream_close(log);
+}
+
+void logs_open(server_entry& entry, open_report report)
 {
     const heap_text folder = log_folder();
     if (!folder)
@@ -63,30 +110,44 @@ void open_log_files(server_entry& entry)
     // The server's name stands before the folder; users have their folders laid out for that.
     if (!is_setting_on(SaveToOne)) {
         if (entry.log_file == nullptr)
-            entry.log_file = log_open_reported(server_display_name(entry), folder.get(), ".log");
+            log_open(own_log(entry), server_display_name(entry), folder.get(), report);
     } else if (app_state.shared_log == nullptr) {
-        app_state.shared_log = log_open_reported(folder.get(), "ACARS", ".log");
+        log_open(shared_log(), folder.get(), "ACARS", report);
     }
+}
+
+/// Whether the log that the settings ask for was deleted while it was open.
+bool is_log_lost(const server_entry& entry)
+{
+    if (is_setting_on(SaveToOne))
+        return app_state.shared_log_state.is_lost;
+    return is_setting_on(ACARSLog) && entry.log_state.is_lost;
+}
+
+} // namespace
+
+void open_log_files(server_entry& entry)
+{
+    logs_open(entry, open_report::always);
 }
 
 void close_log_file(server_entry& entry)
 {
-    if (entry.log_file != nullptr)
-        std::fclose(entry.log_file);
-    entry.log_file = nullptr;
+    log_close(own_log(entry));
 }
 
 void close_shared_log()
 {
-    if (app_state.shared_log != nullptr)
-        std::fclose(app_state.shared_log);
-    app_state.shared_log = nullptr;
+    log_close(shared_log());
 }
 
 void log_transmission(server_entry& entry, const char* text)
 {
+    // That it was lost has been said; that it cannot be had again is no news.
+    if (is_log_lost(entry))
+        logs_open(entry, open_report::success);
     if (is_setting_on(ACARSLog) && entry.log_file != nullptr)
-        record_write(entry.log_file, text);
+        record_write(own_log(entry), text);
     else if (is_setting_on(SaveToOne) && app_state.shared_log != nullptr)
-        record_write(app_state.shared_log, text);
+        record_write(shared_log(), text);
 }

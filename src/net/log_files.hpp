@@ -1,6 +1,6 @@
 // log_files.hpp - the files that transmissions are logged to: one per server, or one for all.
 //
-// Files are opened for appending and flushed after every record; the client never rotates them.
+// Files are opened for appending and written after every record; the client never rotates them.
 #pragma once
 
 #include "data/server_registry.hpp"
@@ -15,6 +15,8 @@ void close_log_file(server_entry& entry);
 /// Closes the shared log, if it is open.
 void close_shared_log();
 
-/// Writes one record to the entry's own log or to the shared one, never to both, and flushes it.
-/// Nothing while logging is off or the file is not open.
+/// Writes one record, at once, to the entry's own log or to the shared one, never to both. Nothing
+/// while logging is off or the file is not open. A log that cannot take the record loses all of it;
+/// that is reported once, until the log takes a record again. One that was deleted is closed, and
+/// opened anew with the next record.
 void log_transmission(server_entry& entry, const char* text);

@@ -2,6 +2,7 @@
 #include "net/packet_input.hpp"
 
 #include "app/app_state.hpp"
+#include "data/retry.hpp"
 #include "net/packet_output.hpp"
 #include "ui/pane.hpp"
 
@@ -33,8 +34,9 @@ int header_read(int socket, server_entry& server)
 {
     std::size_t have = 0;
     while (true) {
+        unsigned char* rest = server.rx_packet->header + have;
         const ssize_t count =
-            read(socket, server.rx_packet->header + have, packet_header_bytes - have);
+            uninterrupted([&] { return read(socket, rest, packet_header_bytes - have); });
         if (count <= 0)
             return packet_drop(server, packet_failed);
         have += static_cast<std::size_t>(count);
@@ -67,7 +69,8 @@ void text_terminate(packet_buffer& packet, const packet_header& header)
 /// stream may thus be taken along.
 int payload_read(int socket, server_entry& server, const packet_header& header)
 {
-    const ssize_t count = read(socket, app_state.receive_scratch, packet_payload_length(header));
+    const ssize_t count = uninterrupted(
+        [&] { return read(socket, app_state.receive_scratch, packet_payload_length(header)); });
     if (count <= 0)
         return packet_drop(server, packet_failed);
     payload_append(server, static_cast<std::size_t>(count));

@@ -2,6 +2,7 @@
 #include "net/packet_output.hpp"
 
 #include "data/owners.hpp"
+#include "data/retry.hpp"
 
 #include <algorithm>
 #include <cstdarg>
@@ -31,7 +32,9 @@ ssize_t packet_send(int socket, const packet_buffer& packet, std::size_t length)
     if (wait_ready(socket, for_writing, 0) != 1)
         return 0;
     // A socket with room for a part only must not hold the program up either.
-    return send(socket, &packet, packet_header_bytes + length, MSG_NOSIGNAL | MSG_DONTWAIT);
+    return uninterrupted([&] {
+        return send(socket, &packet, packet_header_bytes + length, MSG_NOSIGNAL | MSG_DONTWAIT);
+    });
 }
 
 } // namespace
@@ -68,7 +71,7 @@ int wait_ready(int socket, int direction, int seconds)
     pollfd watched = {socket, static_cast<short>(direction == for_writing ? POLLOUT : POLLIN), 0};
     if (socket <= 0)
         return -1;
-    const int ready = ppoll(&watched, 1, &limit, nullptr);
+    const int ready = uninterrupted([&] { return ppoll(&watched, 1, &limit, nullptr); });
     if (ready < 0 || (watched.revents & POLLNVAL) != 0)
         return -1;
     return ready > 0 ? 1 : 0;

@@ -18,10 +18,12 @@
 #include "ui/server_pane.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <iterator>
 #include <string_view>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace
@@ -30,6 +32,12 @@ namespace
 constexpr std::time_t heartbeat_after_s = 600;
 constexpr std::time_t close_after_s = 900;
 constexpr unsigned poll_interval_s = 1;
+
+/// A cycle over many busy servers stops for a moment after this time, so that keys are read.
+constexpr std::chrono::milliseconds longest_run{20};
+/// But not before so many packets: a few are always dealt with in one run.
+constexpr int packets_before_break = 16;
+constexpr suseconds_t break_us = 1'000;
 
 /// What a handler gets to see of a packet.
 struct packet_view {
@@ -217,29 +225,68 @@ bool is_polled(const server_entry& entry)
     return entry.socket_fd != 0 && entry.connected == 1;
 }
 
-void server_visit(server_entry& entry, bool may_be_ready, std::time_t now)
+/// True when the server had a whole packet.
+bool server_visit(server_entry& entry, bool may_be_ready, std::time_t now)
 {
-    if (may_be_ready && receive_packet(entry.socket_fd, entry) == packet_complete) {
+    const bool has_packet =
+        may_be_ready && receive_packet(entry.socket_fd, entry) == packet_complete;
+    if (has_packet) {
         entry.last_data_time = now;
         // Taken out first: a packet that closes its own connection must not pull itself away.
         const received_packet packet = packet_take(entry);
         packet_dispatch(entry, *packet);
     }
     idle_rule(entry, now);
+    return has_packet;
+}
+
+/// What one run of the cycle has done; keys wait as long as it lasts.
+struct poll_run {
+    std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+    int packets = 0;
+
+    bool is_long() const
+    {
+        return packets >= packets_before_break &&
+               std::chrono::steady_clock::now() - begin >= longest_run;
+    }
+};
+
+/// Rings when the key loop has had its round.
+void break_begin()
+{
+    const itimerval soon = {{0, 0}, {0, break_us}};
+    setitimer(ITIMER_REAL, &soon, nullptr);
+}
+
+/// Visits servers from where the cycle stands. False when it was broken off for waiting keys.
+bool cycle_continue(poll_progress& cycle)
+{
+    poll_run run;
+    readiness ready = readiness_ask(app_state.servers, cycle.next, is_polled);
+    while (cycle.next < app_state.servers->count) {
+        server_entry* entry = server_at(app_state.servers, cycle.next);
+        const bool may_be_ready = readiness_of(ready, *entry);
+        ++cycle.next;
+        if (!is_polled(*entry) || !server_visit(*entry, may_be_ready, cycle.now))
+            continue;
+        ++run.packets;
+        if (run.is_long() && cycle.next < app_state.servers->count)
+            return false;
+    }
+    return true;
 }
 
 } // namespace
 
 void poll_servers(int)
 {
-    const std::time_t now = std::time(nullptr);
-    readiness ready = readiness_ask(app_state.servers, is_polled);
-    for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
-        server_entry* entry = server_at(app_state.servers, index);
-        const bool may_be_ready = readiness_of(ready, *entry);
-        if (is_polled(*entry))
-            server_visit(*entry, may_be_ready, now);
-    }
+    poll_progress& cycle = app_state.poll;
+    if (cycle.next == 0)
+        cycle.now = std::time(nullptr);
+    if (!cycle_continue(cycle))
+        return break_begin();
+    cycle.next = 0;
     alarm(poll_interval_s);
 }
 

@@ -8,7 +8,9 @@
 #include "net/packet.hpp"
 
 /// Visits every connected server once: at most one packet, then the idle rule (a heartbeat after
-/// ten minutes of silence, closing after fifteen). Arms the next alarm. Runs on SIGALRM.
+/// ten minutes of silence, closing after fifteen). Arms the next alarm. Runs on SIGALRM. A run that
+/// has taken long ends early and goes on with the next server a moment later; keys are read
+/// between.
 void poll_servers(int signal_number);
 
 /// Acts on one whole packet by its kind; unknown kinds are ignored.

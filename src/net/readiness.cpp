@@ -6,11 +6,11 @@
 namespace
 {
 
-bool sockets_collect(readiness& answer, const collection* servers,
+bool sockets_collect(readiness& answer, const collection* servers, std::int32_t first,
                      bool (*is_asked)(const server_entry&))
 {
     try {
-        for (std::int32_t index = 0; index < servers->count; ++index) {
+        for (std::int32_t index = first; index < servers->count; ++index) {
             const server_entry* entry = server_at(servers, index);
             if (!is_asked(*entry))
                 continue;
@@ -25,13 +25,18 @@ bool sockets_collect(readiness& answer, const collection* servers,
 
 } // namespace
 
-readiness readiness_ask(const collection* servers, bool (*is_asked)(const server_entry&))
+readiness readiness_ask(const collection* servers, std::int32_t first,
+                        bool (*is_asked)(const server_entry&))
 {
     readiness answer;
     const bool is_answered =
-        sockets_collect(answer, servers, is_asked) &&
+        sockets_collect(answer, servers, first, is_asked) &&
         poll(answer.sockets.data(), static_cast<nfds_t>(answer.sockets.size()), 0) >= 0;
-    return is_answered ? answer : readiness{};
+    // Choosing between the two in one expression would copy the answer, and run out of memory
+    // there.
+    if (!is_answered)
+        answer = {};
+    return answer;
 }
 
 bool readiness_of(readiness& answer, const server_entry& entry)

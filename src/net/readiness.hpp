@@ -15,8 +15,10 @@ struct readiness {
     std::size_t next = 0;        // where readiness_of goes on
 };
 
-/// Asks for all servers that `is_asked` accepts; never waits. An empty answer when memory is short.
-readiness readiness_ask(const collection* servers, bool (*is_asked)(const server_entry&));
+/// Asks for all servers from the index `first` on that `is_asked` accepts; never waits. An empty
+/// answer when memory is short.
+readiness readiness_ask(const collection* servers, std::int32_t first,
+                        bool (*is_asked)(const server_entry&));
 
 /// Whether the server is worth reading from. Servers must be asked for in the collection's order.
 /// True for one that was not asked about: it has been connected, or has moved, since.

@@ -4,6 +4,7 @@
 #include "app/app_state.hpp"
 #include "app/pause.hpp"
 #include "data/owners.hpp"
+#include "data/retry.hpp"
 #include "net/connection.hpp"
 #include "net/directory.hpp"
 #include "net/directory_lines.hpp"
@@ -66,7 +67,7 @@ bool request_send(int socket)
                                      directory_host, client_version);
     const auto sent =
         static_cast<std::size_t>(std::clamp<int>(length, 0, static_cast<int>(sizeof request) - 1));
-    return send(socket, request, sent, MSG_NOSIGNAL) >= 0;
+    return uninterrupted([&] { return send(socket, request, sent, MSG_NOSIGNAL); }) >= 0;
 }
 
 /// A response as far as it has come, with room for a terminator.
@@ -97,7 +98,8 @@ bool response_read(int socket, response_text& response)
     while (response.length + block_bytes <= directory_max_bytes && room_make(response)) {
         if (wait_ready(socket, for_reading, ready_wait_s) == -1)
             return false;
-        const ssize_t count = read(socket, response.bytes.get() + response.length, block_bytes);
+        char* end = response.bytes.get() + response.length;
+        const ssize_t count = uninterrupted([&] { return read(socket, end, block_bytes); });
         if (count <= 0)
             break;
         response.length += static_cast<std::size_t>(count);
@@ -112,8 +114,9 @@ void entry_add(server_entry* entry)
 {
     if (entry == nullptr)
         return;
-    const bool has_room = app_state.servers->count < servers_max;
-    if (!has_room || server_add(app_state.servers, entry) != -1)
+    if (app_state.servers->count < servers_max)
+        server_add_or_free(app_state.servers, entry);
+    else
         server_entry_free(entry);
 }
 

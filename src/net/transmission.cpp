@@ -8,6 +8,7 @@
 #include "ui/glyphs.hpp"
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
+#include "ui/redraw.hpp"
 #include "ui/server_pane.hpp"
 
 #include <cstring>
@@ -47,7 +48,7 @@ char* template_for(const xml_node* document)
 {
     const heap_text content{xml_get(document, "MessageContent", true, true)};
     char* text = str_dup(head_lines);
-    if (content && content.get()[0] != '\0')
+    if (content)
         text = str_append(text, content_lines);
     return str_append(text, date_line);
 }
@@ -79,7 +80,7 @@ void status_pane_refresh()
     if (app_state.settings_shown != 0 || app_state.status_pane == nullptr)
         return;
     touchwin(app_state.status_pane);
-    wrefresh(app_state.status_pane);
+    window_show(app_state.status_pane);
 }
 
 void contacts_print(const xml_node* document)
@@ -105,7 +106,7 @@ void statistics_show(const server_entry& entry, const xml_node* document)
     glyphs_write_at(window, 0, 0, statistics_label);
     glyphs_write(window, flights);
     mvwchgat(window, 0, 0, -1, A_BOLD, 10, nullptr);
-    wrefresh(window);
+    window_show(window);
 }
 
 } // namespace
@@ -116,6 +117,7 @@ void present_transmission(server_entry& entry, const xml_node* document)
     if (!text)
         return;
     log_transmission(entry, text.get());
+    const screen_batch together;
     popup_close();
     message_print(2, true, text.get());
     status_pane_refresh();

@@ -2,6 +2,7 @@
 #include "services/report.hpp"
 
 #include "app/app_state.hpp"
+#include "data/file_open.hpp"
 #include "data/owners.hpp"
 #include "net/connection.hpp"
 #include "net/limits.hpp"
@@ -16,7 +17,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <fcntl.h>
 #include <ncurses.h>
 
 namespace
@@ -54,23 +54,13 @@ long number_before(const char* text, const char* end)
     return cut ? std::strtol(cut.get(), nullptr, 10) : 0;
 }
 
-/// Opens a file for a report, without waiting where the name is that of a fifo nobody reads.
-unique_file report_open(const char* name)
-{
-    unique_fd fd{open(name, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666)};
-    unique_file file{fd ? fdopen(fd.get(), "wt") : nullptr};
-    if (file)
-        fd.release();
-    return file;
-}
-
 void report_save(const char* text)
 {
     const heap_text name{prompt_input(COLS - 4, "Save ZOBE Style Report as...", hint_or_cancel,
                                       folder_setting(ReportPath))};
     if (!name)
         return;
-    const unique_file file = report_open(name.get());
+    const unique_file file = file_open(name.get(), file_use::replacing);
     if (!file) {
         beep();
         return status_report(5, "Unable to save report as '%s'", name.get());

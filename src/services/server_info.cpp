@@ -6,6 +6,7 @@
 #include "data/text.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/popup.hpp"
+#include "ui/redraw.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -152,5 +153,5 @@ void server_info_toggle()
     services_draw(window, *server);
     identity_draw(window, *server);
     info_draw(window, *server);
-    wrefresh(window);
+    window_show(window);
 }

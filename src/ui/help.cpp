@@ -2,13 +2,14 @@
 #include "ui/help.hpp"
 
 #include "app/app_state.hpp"
+#include "data/file_open.hpp"
 #include "data/home.hpp"
 #include "data/owners.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/pane.hpp"
+#include "ui/redraw.hpp"
 
 #include <cstdio>
-#include <fcntl.h>
 #include <string_view>
 
 namespace
@@ -17,16 +18,6 @@ namespace
 constexpr int text_row = 2;
 constexpr std::size_t line_room = 4096;
 constexpr int most_lines = 10'000; // only the last screenful is ever seen
-
-unique_file help_open()
-{
-    // A fifo under this name must not make the program wait for a writer.
-    unique_fd fd{open(help_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
-    unique_file file{fd ? fdopen(fd.get(), "rt") : nullptr};
-    if (file)
-        fd.release();
-    return file;
-}
 
 void line_append(WINDOW* window, std::string_view line)
 {
@@ -57,9 +48,9 @@ void help_fill()
     glyphs_attribute(window, 2, false);
     // The text goes on behind this blank, which is taken away again in the end.
     glyphs_write_at(window, text_row, 0, " ");
-    const unique_file file = visit.is_there() ? help_open() : nullptr;
+    const unique_file file = visit.is_there() ? file_open(help_name, file_use::reading) : nullptr;
     if (file)
         text_append(window, file.get());
     mvwdelch(window, text_row, 0);
-    wrefresh(window);
+    window_show(window);
 }

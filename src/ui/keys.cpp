@@ -41,7 +41,7 @@ void define_utf8_letters()
 
 bool backspace_sends_control_h()
 {
-    const char* sequence = terminal_capability("kbs");
+    const char* sequence = terminal_capability(terminal_text::backspace);
     return sequence != nullptr && std::strcmp(sequence, "\010") == 0;
 }
 
@@ -63,8 +63,9 @@ int key_look_closer(WINDOW* window)
         const line_state state = terminal_line_state();
         if (state == line_state::quiet)
             return ERR;
-        const int key = state == line_state::ready ? typed_key(window) : ERR;
-        if (key != ERR)
+        const int key = state != line_state::gone ? typed_key(window) : ERR;
+        // Bytes that could not be read now are read in a later round.
+        if (key != ERR || state == line_state::typed)
             return key;
     }
     raise(SIGHUP);
@@ -89,6 +90,9 @@ void keys_init()
 
 int key_read(WINDOW* window)
 {
+    // Reading from a window draws it.
+    if (app_state.is_screen_lost)
+        return ERR;
     WINDOW* reader = window != nullptr ? window : stdscr;
     int key = typed_key(reader);
     const bool has_terminal = app_state.terminal != nullptr;

@@ -1,6 +1,7 @@
 // modal_box.cpp - see modal_box.hpp.
 #include "ui/modal_box.hpp"
 
+#include "app/app_state.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/popup.hpp"
 #include "ui/redraw.hpp"
@@ -16,7 +17,8 @@ void box_open(modal_box& box, const box_place& place)
         delwin(box.window);
     box.window = popup_open(place.width, place.height, std::max(0, place.column),
                             std::max(0, place.row), true, 1, true);
-    box.made_for_lines = LINES;
+    // On a lost screen there is no box, and it is opened again on the next.
+    box.made_for_lines = app_state.is_screen_lost ? 0 : LINES;
     box.made_for_columns = COLS;
     if (box.window != nullptr)
         keypad(box.window, TRUE);
@@ -26,7 +28,7 @@ void box_open(modal_box& box, const box_place& place)
 
 void modal_box_fit(modal_box& box, const box_place& place)
 {
-    if (box.made_for_lines != LINES || box.made_for_columns != COLS)
+    if (app_state.is_screen_lost || box.made_for_lines != LINES || box.made_for_columns != COLS)
         box_open(box, place);
     if (box.window == nullptr)
         return;
@@ -51,7 +53,7 @@ void modal_box_show(const modal_box& box)
     if (box.window == nullptr)
         return;
     touchwin(box.window);
-    wrefresh(box.window);
+    window_show(box.window);
 }
 
 void modal_box_erase(modal_box& box)

@@ -5,6 +5,7 @@
 #include "data/owners.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/popup.hpp"
+#include "ui/redraw.hpp"
 
 #include <cstdarg>
 #include <cstdio>
@@ -72,7 +73,7 @@ void pane_write(WINDOW* window, const placement& place, const char* text)
     glyphs_attribute(window, place.pair, place.bold);
     write_lines(window, place, text);
     if (app_state.settings_shown == 0) {
-        wrefresh(window);
+        window_show(window);
         popup_raise();
     }
     glyphs_attribute(window, place.pair, false);
@@ -121,5 +122,5 @@ void status_scroll(WINDOW* window, int first, int last, int width)
     }
     line_blank(window, last + 1, 1, width);
     if (app_state.settings_shown == 0)
-        wrefresh(window);
+        window_show(window);
 }

@@ -2,38 +2,26 @@
 #include "ui/popup.hpp"
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/redraw.hpp"
 
-#include <cstring>
 #include <initializer_list>
 
 namespace
 {
 
-heap_text blanks_new(int room)
+void interior_fill(WINDOW* window, int width, int height)
 {
-    return heap_text{room > 0 ? static_cast<char*>(std::calloc(static_cast<size_t>(room), 1))
-                              : nullptr};
-}
-
-void interior_fill(WINDOW* window, char* line, int width, int height)
-{
-    if (width <= 2)
-        return;
-    std::memset(line, ' ', static_cast<size_t>(width) - 2);
-    for (int row = 1; row <= height - 2; ++row)
-        glyphs_write_at(window, row, 1, line);
+    for (int row = 1; width > 2 && row <= height - 2; ++row)
+        line_blank(window, row, 1, width - 2);
 }
 
 } // namespace
 
 WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, int pair, bool framed)
 {
-    const heap_text line = blanks_new(width + 2);
     // Curses reads beyond its own lines when it refreshes a window that begins outside the screen.
-    if (!line || column >= COLS || row >= LINES)
+    if (app_state.is_screen_lost || column >= COLS || row >= LINES)
         return nullptr;
     WINDOW* window = newwin(height, width, row, column);
     if (window == nullptr)
@@ -43,13 +31,11 @@ WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, int
     scrollok(window, scrolls);
     if (framed && width > 1 && height > 1)
         wborder(window, 0, 0, 0, 0, 0, 0, 0, 0);
-    interior_fill(window, line.get(), width, height);
+    interior_fill(window, width, height);
     glyphs_attribute(window, pair, false);
-    wrefresh(window);
+    window_show(window);
     noecho();
     nodelay(window, TRUE);
-    for (int painted = 1; painted <= height - 3; ++painted)
-        line_blank(window, painted, 1, width - 2);
     return window;
 }
 
@@ -58,7 +44,7 @@ void window_erase(WINDOW* window)
     if (window == nullptr)
         return;
     werase(window);
-    wrefresh(window);
+    window_show(window);
     delwin(window);
 }
 
@@ -79,17 +65,22 @@ void popup_raise()
         if (window == nullptr)
             continue;
         touchwin(window);
-        wrefresh(window);
+        window_show(window);
     }
 }
 
 void line_blank(WINDOW* window, int row, int column, int count)
 {
-    const heap_text line = blanks_new(count + 1);
-    if (!line)
+    if (window == nullptr || count < 0 || wmove(window, row, column) == ERR)
         return;
-    std::memset(line.get(), ' ', static_cast<size_t>(count));
-    glyphs_write_at(window, row, column, line.get());
+    if (column + count < getmaxx(window)) {
+        whline(window, ' ', count);
+        wmove(window, row, column + count);
+        return;
+    }
+    // Only written text goes on in the next row, or stops at the window's last cell.
+    for (int written = 0; written < count; ++written)
+        glyphs_write(window, " ");
 }
 
 int area_blank(WINDOW* window, int rows, int columns, attr_t attribute)

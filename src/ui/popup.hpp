@@ -20,7 +20,7 @@ void popup_raise();
 void window_erase(WINDOW* window);
 
 /// Writes `count` blanks at a place, in the window's current attribute; nothing when the place is
-/// outside the window or memory is short.
+/// outside the window.
 void line_blank(WINDOW* window, int row, int column, int count);
 
 /// Blanks the first `rows` rows and `columns` columns in the given attribute.

@@ -3,10 +3,15 @@
 
 #include "app/app_state.hpp"
 
+#include <cstddef>
+#include <cstdlib>
 #include <span>
 
 namespace
 {
+
+/// More than curses asks for when it makes its tables for the highest terminal.
+constexpr std::size_t screen_tables_bytes = 256UL * 1024;
 
 void mark_all_lines(WINDOW* window)
 {
@@ -19,11 +24,13 @@ void mark_all_lines(WINDOW* window)
 /// Puts windows on the screen in this order; what they overlap is sent to the terminal once.
 void show_in_order(std::span<WINDOW* const> windows)
 {
+    if (app_state.is_screen_lost)
+        return;
+    const screen_batch together;
     for (WINDOW* window : windows) {
         if (window != nullptr)
             wnoutrefresh(window);
     }
-    doupdate();
 }
 
 void redraw_window(WINDOW* window)
@@ -33,6 +40,37 @@ void redraw_window(WINDOW* window)
 }
 
 } // namespace
+
+void window_show(WINDOW* window)
+{
+    show_in_order({&window, 1});
+}
+
+screen_batch::screen_batch()
+{
+    ++app_state.screen_batches;
+}
+
+screen_batch::~screen_batch()
+{
+    if (--app_state.screen_batches == 0 && !app_state.is_screen_lost)
+        doupdate();
+}
+
+bool has_memory_for_screen()
+{
+    // Volatile, or the compiler takes such an allocation for granted.
+    void* volatile probe = std::malloc(screen_tables_bytes);
+    const bool is_there = probe != nullptr;
+    std::free(probe);
+    return is_there;
+}
+
+void screen_settle()
+{
+    if (!app_state.is_screen_lost)
+        doupdate();
+}
 
 void redraw_all()
 {

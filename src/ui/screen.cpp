@@ -81,7 +81,7 @@ void frames_join()
     mvwaddch(app_state.status_pane, 0, 0, ACS_LTEE);
     mvwaddch(app_state.status_pane, 5, 0, ACS_BTEE);
     mvwaddch(app_state.status_pane, 0, COLS - 27, ACS_RTEE);
-    wrefresh(app_state.status_pane);
+    window_show(app_state.status_pane);
 }
 
 bool key_line_open()
@@ -97,7 +97,7 @@ bool key_line_open()
     glyphs_attribute(app_state.key_line, 8, false);
     line_blank(app_state.key_line, 0, 0, COLS);
     glyphs_write_at(app_state.key_line, 0, 0, key_line_text);
-    wrefresh(app_state.key_line);
+    window_show(app_state.key_line);
     return true;
 }
 
@@ -122,8 +122,10 @@ void windows_close()
 
 void standard_screen_blank()
 {
+    if (app_state.is_screen_lost)
+        return;
     area_blank(stdscr, LINES, COLS, A_NORMAL);
-    wrefresh(stdscr);
+    window_show(stdscr);
 }
 
 /// Shows the server list whole, and the tees of the status pane on the column they share again.
@@ -133,7 +135,7 @@ void panes_touch()
         if (pane == nullptr)
             continue;
         touchwin(pane);
-        wrefresh(pane);
+        window_show(pane);
     }
 }
 
@@ -150,6 +152,42 @@ winsize size_now()
     // With a single column curses reads before its own lines.
     size.ws_col = std::max<unsigned short>(size.ws_col, 2);
     return size;
+}
+
+/// Ends the screen of the former size.
+void screen_leave()
+{
+    standard_screen_blank();
+    endwin();
+    // At once, or keys typed meanwhile would be echoed, and a ^D taken for the end of the input.
+    reset_prog_mode();
+}
+
+/// Changes the size of one of curses' own windows. While only its height changes, curses goes on
+/// using its lines, and frees them all the same when memory for others is short.
+bool window_fit(WINDOW* window, int rows, int columns)
+{
+    const bool is_higher_only = getmaxx(window) == columns && getmaxy(window) != rows;
+    if (is_higher_only && wresize(window, getmaxy(window), columns + 1) == ERR)
+        return false;
+    return wresize(window, rows, columns) != ERR;
+}
+
+bool screen_windows_fit(int rows, int columns)
+{
+    return window_fit(stdscr, rows, columns) && window_fit(curscr, rows, columns) &&
+           window_fit(newscr, rows, columns);
+}
+
+/// Has curses take over the terminal's present size. False when its memory is too short, which it
+/// does not always tell.
+bool size_follow()
+{
+    const winsize size = size_now();
+    if (!screen_windows_fit(size.ws_row, size.ws_col))
+        return false;
+    resize_term(size.ws_row, size.ws_col);
+    return screen_windows_fit(size.ws_row, size.ws_col);
 }
 
 } // namespace
@@ -189,26 +227,44 @@ int screen_build()
     return 1;
 }
 
+namespace
+{
+
+/// Builds a screen of the new size, and shows it; without the memory for that the screen is lost.
+void screen_rebuild()
+{
+    app_state.screen = stdscr;
+    clearok(curscr, TRUE);
+    terminal_modes_set();
+    {
+        const screen_batch whole_screen;
+        screen_build();
+        app_state.selected = 1;
+        server_list_draw();
+        if (app_state.settings_shown != 0 || app_state.help_shown != 0)
+            redraw_all();
+        else
+            panes_touch();
+        app_state.is_screen_lost = !has_memory_for_screen();
+    }
+    screen_settle();
+}
+
+} // namespace
+
 void on_resize(int)
 {
     popup_close();
     windows_close();
-    standard_screen_blank();
-    endwin();
-    // At once, or keys typed meanwhile would be echoed, and a ^D taken for the end of the input.
-    reset_prog_mode();
-    const winsize size = size_now();
-    resize_term(size.ws_row, size.ws_col);
-    app_state.screen = stdscr;
-    clearok(curscr, TRUE);
-    terminal_modes_set();
-    screen_build();
-    app_state.selected = 1;
-    server_list_draw();
-    if (app_state.settings_shown != 0 || app_state.help_shown != 0)
-        redraw_all();
-    else
-        panes_touch();
+    if (!app_state.is_screen_lost)
+        screen_leave();
+    app_state.is_screen_lost = !size_follow();
+    if (!app_state.is_screen_lost)
+        screen_rebuild();
+    // Curses' own records of the screen may disagree now; it would write beyond them. Once more,
+    // then, in the next pause.
+    if (app_state.is_screen_lost)
+        raise(SIGWINCH);
 }
 
 void screen_resume()
@@ -241,9 +297,8 @@ void screen_clear()
 void screen_end()
 {
     endwin();
-    // The standard screen goes with the terminal's record; on its own it may not be deleted.
-    if (app_state.terminal != nullptr)
-        delscreen(app_state.terminal);
+    // What curses holds goes with the program. Asked to release it, curses needs memory for that,
+    // and crashes without.
     app_state.terminal = nullptr;
     app_state.screen = nullptr;
 }

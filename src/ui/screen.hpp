@@ -23,5 +23,5 @@ void screen_resume();
 /// Deletes all panes and full-screen windows and blanks the screen.
 void screen_clear();
 
-/// Gives the terminal back and releases what curses holds for it. Nothing may be drawn afterwards.
+/// Gives the terminal back. Nothing may be drawn afterwards.
 void screen_end();

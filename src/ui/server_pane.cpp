@@ -52,7 +52,7 @@ bool is_page_in_front()
 void list_show()
 {
     if (app_state.server_pane != nullptr)
-        wrefresh(app_state.server_pane);
+        window_show(app_state.server_pane);
     if (is_page_in_front())
         redraw_all();
 }
@@ -102,14 +102,11 @@ void name_format(const char* name, char (&shown)[name_room])
 void row_draw(std::int32_t index)
 {
     const std::int32_t row = index + first_list_row;
-    const int drawn_row = window_row(row);
-    if (drawn_row < first_list_row)
-        return;
     char name[name_room];
     name_format(server_display_name(*server_at(app_state.servers, index)), name);
     const char marker[] = {server_marker_read(row), '\0'};
     glyphs_attribute(app_state.server_pane, pair_marker, true);
-    glyphs_write_at(app_state.server_pane, drawn_row, marker_column, marker);
+    glyphs_write_at(app_state.server_pane, window_row(row), marker_column, marker);
     glyphs_attribute(app_state.server_pane, pair_name, true);
     glyphs_write(app_state.server_pane, name);
 }
@@ -168,10 +165,10 @@ void server_list_select(std::int32_t selected)
     if (scroll_to_selected())
         rows_draw();
     server_list_bar_draw();
-    if (is_page_in_front())
-        list_show();
-    else if (app_state.server_pane != nullptr)
+    if (!is_page_in_front() && app_state.server_pane != nullptr)
         touchwin(app_state.server_pane);
+    // Shown now: reading the next key would show it too, but only a round later.
+    list_show();
 }
 
 void server_list_bar_draw()

@@ -2,6 +2,7 @@
 #include "ui/terminal_line.hpp"
 
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -11,9 +12,11 @@ line_state terminal_line_state()
     if (poll(sides, 2, 0) <= 0)
         return line_state::quiet;
     // What was typed before the other end went away is read first.
-    if ((sides[0].revents & POLLIN) != 0)
-        return line_state::ready;
-    return line_state::gone;
+    if ((sides[0].revents & POLLIN) == 0)
+        return line_state::gone;
+    int bytes = 0;
+    const bool is_typed = ioctl(STDIN_FILENO, FIONREAD, &bytes) == 0 && bytes > 0;
+    return is_typed ? line_state::typed : line_state::ready;
 }
 
 bool terminal_is_lent()

@@ -6,7 +6,8 @@
 
 enum class line_state : std::uint8_t {
     quiet, // nobody has typed
-    ready, // something to read, or the end of the input
+    typed, // bytes wait to be read
+    ready, // to be read, but without bytes, as at the end of the input; or it cannot be told
     gone,  // the terminal, or what stands for it as input or output, has vanished
 };
 

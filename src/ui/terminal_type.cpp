@@ -1,15 +1,19 @@
 // terminal_type.cpp - see terminal_type.hpp.
 #include "ui/terminal_type.hpp"
 
-#include <cstdint>
+#include <cstddef>
 #include <ncurses.h>
 #include <term.h>
 
-const char* terminal_capability(const char* name)
+const char* terminal_capability(terminal_text which)
 {
-    // Some builds of curses declare the name as writable; none writes to it.
-    const char* text = tigetstr(const_cast<char*>(name));
-    // Curses gives the address -1 for names that are no text capabilities.
+    if (cur_term == nullptr)
+        return nullptr;
+    // Not by name: for that, curses makes a table of all names, 8 kB that would stay.
+    const char* const texts[] = {exit_attribute_mode, orig_pair,     keypad_local,
+                                 exit_ca_mode,        cursor_normal, key_backspace};
+    const char* text = texts[static_cast<std::size_t>(which)];
+    // The address -1 stands for a text that the type has taken back.
     return reinterpret_cast<std::intptr_t>(text) != -1 ? text : nullptr;
 }
 

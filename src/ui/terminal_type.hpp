@@ -4,9 +4,21 @@
 // out of every other file.
 #pragma once
 
-/// A text capability of the terminal's type by its short name ("rmcup"); null when the type has
-/// none. Borrowed from curses.
-const char* terminal_capability(const char* name);
+#include <cstdint>
+
+/// The texts that the program asks for.
+enum class terminal_text : std::uint8_t {
+    attributes_off,
+    first_colours, // those that the terminal had before
+    keypad_off,
+    full_screen_off,
+    cursor_on,
+    backspace, // what the key sends
+};
+
+/// A text of the terminal's type; null when the type has none, and before curses knows the type.
+/// Borrowed from curses.
+const char* terminal_capability(terminal_text which);
 
 /// Expands the delays of a capability and hands its bytes to `put` one by one.
 void terminal_capability_expand(const char* capability, int (*put)(int byte));

@@ -3,48 +3,79 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 
 namespace
 {
 
-std::string goal_text(const comparison& line)
+std::string heading_of(const figure_row& row)
 {
-    char text[64] = "";
-    if (line.most_ratio)
-        std::snprintf(text, sizeof text, "ratio <= %.3g", *line.most_ratio);
-    else if (line.most_client)
-        std::snprintf(text, sizeof text, "< %.6g %s", *line.most_client, line.unit.c_str());
+    return row.unit.empty() ? row.what : row.what + ", " + row.unit;
+}
+
+/// Three digits at least, and a "-" for what was not measured.
+std::string text_of(const std::optional<double>& figure)
+{
+    if (!figure)
+        return "-";
+    const int decimals = *figure < 10 ? 2 : *figure < 100 ? 1 : 0;
+    char text[32];
+    std::snprintf(text, sizeof text, "%.*f", decimals, *figure);
     return text;
 }
 
-const char* verdict(const comparison& line, double ratio)
+const char* verdict(const goal_row& goal)
 {
-    if (line.most_ratio)
-        return ratio <= *line.most_ratio ? "reached" : "missed";
-    if (line.most_client)
-        return line.client < *line.most_client ? "reached" : "missed";
-    return "";
+    return goal.is_reached ? "reached" : "missed";
 }
 
 } // namespace
 
-double median(std::vector<double> values)
+std::optional<double> median(std::vector<double> values)
 {
+    if (values.empty())
+        return std::nullopt;
     std::sort(values.begin(), values.end());
     const std::size_t middle = values.size() / 2;
     return values.size() % 2 != 0 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
-void comparison_heading_print()
+void comparison_print(const comparison& compared, std::FILE* to)
 {
-    std::printf("%-38s %-5s %10s %10s %7s  %s\n", "", "", "client", "floor", "ratio", "goal");
+    std::fprintf(to, "%-38s", "");
+    for (const std::string& column : compared.columns)
+        std::fprintf(to, "%10s", column.c_str());
+    for (const figure_row& row : compared.rows) {
+        std::fprintf(to, "\n%-38s", heading_of(row).c_str());
+        for (const std::optional<double>& figure : row.figures)
+            std::fprintf(to, "%10s", text_of(figure).c_str());
+    }
+    std::fputs("\n\n", to);
+    for (const goal_row& goal : compared.goals)
+        std::fprintf(to, "%-38s%-42s%-22s%s\n", goal.what.c_str(), goal.figure.c_str(),
+                     goal.wanted.c_str(), verdict(goal));
+    for (const std::string& note : compared.notes)
+        std::fprintf(to, "\n%s", note.c_str());
+    std::fputs("\n", to);
 }
 
-void comparison_print(const comparison& line)
+void comparison_write_markdown(const comparison& compared, std::FILE* to)
 {
-    const double ratio = line.floor > 0 ? line.client / line.floor : 0;
-    std::printf("%-38s %-5s %10.2f %10.2f %7.2f  %-14s %s\n", line.what.c_str(), line.unit.c_str(),
-                line.client, line.floor, ratio, goal_text(line).c_str(), verdict(line, ratio));
-    std::fflush(stdout);
+    std::fputs("| measure |", to);
+    for (const std::string& column : compared.columns)
+        std::fprintf(to, " %s |", column.c_str());
+    std::fputs("\n|---|", to);
+    for (std::size_t column = 0; column < compared.columns.size(); ++column)
+        std::fputs("---:|", to);
+    for (const figure_row& row : compared.rows) {
+        std::fprintf(to, "\n| %s |", heading_of(row).c_str());
+        for (const std::optional<double>& figure : row.figures)
+            std::fprintf(to, " %s |", text_of(figure).c_str());
+    }
+    std::fputs("\n\n| measure | client | goal | |\n|---|---|---|---|\n", to);
+    for (const goal_row& goal : compared.goals)
+        std::fprintf(to, "| %s | %s | %s | %s |\n", goal.what.c_str(), goal.figure.c_str(),
+                     goal.wanted.c_str(), verdict(goal));
+    std::fputs("\n", to);
+    for (const std::string& note : compared.notes)
+        std::fprintf(to, "- %s\n", note.c_str());
 }

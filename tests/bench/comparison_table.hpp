@@ -1,25 +1,38 @@
-// comparison_table.hpp - prints figures of the client beside those of the floor.
+// comparison_table.hpp - figures of several programs side by side, and goals, as tables.
 #pragma once
 
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <vector>
 
-/// A figure of both programs and what the client is to reach.
-struct comparison {
+/// One measure of all programs.
+struct figure_row {
     std::string what;
     std::string unit;
-    double client = 0;
-    double floor = 0;
-    std::optional<double> most_ratio{};  // client : floor
-    std::optional<double> most_client{}; // in the unit
+    std::vector<std::optional<double>> figures; // in the order of the columns; none: not measured
 };
 
-/// The middle of the values, or the mean of the two in the middle. values: not empty.
-double median(std::vector<double> values);
+/// What the client is to reach in one measure.
+struct goal_row {
+    std::string what;
+    std::string figure; // of the client, alone or beside another's
+    std::string wanted;
+    bool is_reached = false;
+};
 
-/// Prints the heading of a table of comparisons.
-void comparison_heading_print();
+struct comparison {
+    std::vector<std::string> columns{};
+    std::vector<figure_row> rows{};
+    std::vector<goal_row> goals{};
+    std::vector<std::string> notes{}; // what the figures need to be understood
+};
 
-/// Prints one line: both figures, their ratio, the goal and whether it is reached.
-void comparison_print(const comparison& line);
+/// The middle of the values, or the mean of the two in the middle; none of no values.
+std::optional<double> median(std::vector<double> values);
+
+/// Prints both tables and the notes for a terminal.
+void comparison_print(const comparison& compared, std::FILE* to);
+
+/// Writes the same in Markdown.
+void comparison_write_markdown(const comparison& compared, std::FILE* to);

@@ -39,15 +39,32 @@ void load_run(benchmark::State& state, const temp_home* home)
         configuration_forget();
         state.ResumeTiming();
     }
-    state.SetComplexityN(state.range(0));
+}
+
+void save_run(benchmark::State& state, const temp_home* home)
+{
+    home->write_config(config_of(state.range(0)));
+    config_load();
+    while (state.KeepRunning())
+        config_save();
+    if (app_state.servers->count != state.range(0))
+        state.SkipWithError("not all servers were saved");
+    configuration_forget();
 }
 
 } // namespace
 
 void config_benchmarks_add(const temp_home& home)
 {
-    auto* load = benchmark::RegisterBenchmark("config_load", load_run, &home);
-    for (const std::int64_t count : server_counts)
-        load->Arg(count);
-    load->Unit(benchmark::kMicrosecond)->Complexity();
+    for (const std::int64_t count : server_counts) {
+        benchmark::RegisterBenchmark(config_load_name, load_run, &home)
+            ->Arg(count)
+            ->Unit(benchmark::kMicrosecond);
+        // Few rounds: the program saves once, and what it read before that stays in memory.
+        benchmark::RegisterBenchmark(config_save_name, save_run, &home)
+            ->Arg(count)
+            ->Iterations(10)
+            ->UseRealTime()
+            ->Unit(benchmark::kMicrosecond);
+    }
 }

@@ -1,7 +1,11 @@
-// config_bench.hpp - measures how loading the configuration grows with the number of servers.
+// config_bench.hpp - measures how loading and saving the configuration grow with the number of
+// servers.
 #pragma once
 
 #include "support/temp_home.hpp"
+
+constexpr const char* config_load_name = "config_load";
+constexpr const char* config_save_name = "config_save";
 
 /// Registers the benchmarks. home: where HOME points to; its configuration is written by them.
 /// A null_screen must be up while they run.

@@ -1,70 +1,70 @@
 // core_main.cpp - measures what the client does with its input, without a terminal and a network.
 //
-// Takes the options of Google Benchmark. Its status tells only whether everything worked.
+//   bench_core [--markdown FILE] [options of Google Benchmark]
+//
+// Its status tells only whether everything worked.
+#include "app/pause.hpp"
 #include "bench/config_bench.hpp"
+#include "bench/core_report.hpp"
+#include "bench/directory_bench.hpp"
 #include "bench/null_screen.hpp"
+#include "bench/poll_bench.hpp"
 #include "bench/transmission_bench.hpp"
+#include "bench/xml_bench.hpp"
 
 #include <benchmark/benchmark.h>
+#include <csignal>
 #include <cstdio>
-#include <string>
-#include <vector>
+#include <cstring>
 
 namespace
 {
 
-constexpr double most_transmission_us = 100;
-
-struct road_figure {
-    std::string name;
-    double cpu_us;
-};
-
-/// Prints the usual table, and keeps what the goals are about.
-class goal_reporter : public benchmark::ConsoleReporter
+/// Takes "--markdown FILE" out of the command line. The file's name; null: not wanted.
+const char* markdown_option(int& count, char** arguments)
 {
-public:
-    goal_reporter() : ConsoleReporter(OO_None) {}
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            has_failed = has_failed || run.error_occurred;
-            if (run.run_type == Run::RT_Iteration &&
-                run.benchmark_name().starts_with(transmission_road_name))
-                roads.push_back({run.benchmark_name(), run.GetAdjustedCPUTime()});
-        }
-    }
-    bool failed() const
-    {
-        return has_failed;
-    }
-    void goals_print() const
-    {
-        for (const road_figure& road : roads)
-            std::printf("%-32s %8.2f us of CPU, goal < %g us: %s\n", road.name.c_str(), road.cpu_us,
-                        most_transmission_us,
-                        road.cpu_us < most_transmission_us ? "reached" : "missed");
-    }
+    if (count < 3 || std::strcmp(arguments[1], "--markdown") != 0)
+        return nullptr;
+    const char* name = arguments[2];
+    for (int at = 3; at <= count; ++at)
+        arguments[at - 2] = arguments[at];
+    count -= 2;
+    return name;
+}
 
-private:
-    std::vector<road_figure> roads;
-    bool has_failed = false;
-};
+bool report_write(const char* name, const core_figures& figures)
+{
+    const unique_file file{std::fopen(name, "w")};
+    if (!file) {
+        std::perror(name);
+        return false;
+    }
+    core_report_write(file.get(), figures);
+    return true;
+}
 
 } // namespace
 
 int main(int count, char** arguments)
 {
+    const char* markdown = markdown_option(count, arguments);
     benchmark::Initialize(&count, arguments);
     if (benchmark::ReportUnrecognizedArguments(count, arguments))
         return 2;
+    pause_init();
+    // Each poll cycle sets the alarm for the next one, which is not wanted here.
+    std::signal(SIGALRM, SIG_IGN);
     const null_screen screen;
+    if (!xml_benchmarks_add())
+        return 1;
     transmission_benchmarks_add();
     config_benchmarks_add(screen.home());
-    goal_reporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.goals_print();
+    directory_benchmarks_add();
+    poll_benchmarks_add();
+    figure_keeper keeper;
+    benchmark::RunSpecifiedBenchmarks(&keeper);
     benchmark::Shutdown();
-    return reporter.failed() ? 1 : 0;
+    if (markdown != nullptr && !report_write(markdown, keeper.figures()))
+        return 1;
+    return keeper.has_failed() ? 1 : 0;
 }

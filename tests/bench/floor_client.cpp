@@ -2,11 +2,16 @@
 // that the client's start, memory and idle work are compared with.
 //
 // Draws what the client shows after its start, each visible window once, then reads keys at the
-// client's pace until ^X. Uses no code of the client, so that it stays a floor when that changes.
+// client's pace until ^X. Shows what comes through the pipe "messages" of its folder, if there is
+// one, as the client shows a transmission. Uses no code of the client, so that it stays a floor
+// when that changes.
 #include <clocale>
 #include <cstdio>
+#include <fcntl.h>
 #include <ncurses.h>
 #include <poll.h>
+#include <string_view>
+#include <unistd.h>
 
 namespace
 {
@@ -103,6 +108,35 @@ void key_line_draw()
     wrefresh(line);
 }
 
+WINDOW* message_pane_draw()
+{
+    WINDOW* pane = window_open(LINES - 6, COLS - 28, 0, server_columns, false);
+    scrollok(pane, TRUE);
+    wsetscrreg(pane, 1, LINES - 9);
+    wrefresh(pane);
+    return pane;
+}
+
+void line_write(WINDOW* pane, std::string_view line)
+{
+    wmove(pane, LINES - 9, 1);
+    waddnstr(pane, line.data(), static_cast<int>(line.size()));
+    wscrl(pane, 1);
+}
+
+void message_show(WINDOW* pane, int pipe)
+{
+    char bytes[4096];
+    const ssize_t length = read(pipe, bytes, sizeof bytes);
+    if (length <= 0)
+        return;
+    colour_set(pane, 2, false);
+    std::string_view text{bytes, static_cast<std::size_t>(length)};
+    for (std::size_t end = 0; (end = text.find('\n')) != text.npos; text.remove_prefix(end + 1))
+        line_write(pane, text.substr(0, end));
+    wrefresh(pane);
+}
+
 } // namespace
 
 int main()
@@ -111,13 +145,15 @@ int main()
     curses_start();
     hidden_windows_open();
     WINDOW* server_pane = server_pane_draw();
-    wrefresh(window_open(LINES - 6, COLS - 28, 0, server_columns, false));
+    WINDOW* message_pane = message_pane_draw();
     status_pane_draw();
     key_line_draw();
     wrefresh(server_pane);
+    pollfd messages = {open("messages", O_RDONLY | O_NONBLOCK), POLLIN, 0};
     while (wgetch(server_pane) != key_exit) {
         const timespec pause = {0, round_ns};
-        ppoll(nullptr, 0, &pause, nullptr);
+        if (ppoll(&messages, 1, &pause, nullptr) > 0)
+            message_show(message_pane, messages.fd);
     }
     endwin();
     return 0;

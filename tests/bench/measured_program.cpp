@@ -1,9 +1,11 @@
 // measured_program.cpp - see measured_program.hpp.
 #include "bench/measured_program.hpp"
 
+#include "bench/process_figures.hpp"
 #include "support/patience.hpp"
 #include "support/sanitizer_options.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -24,10 +26,15 @@ namespace
 constexpr unsigned short rows = 24;
 constexpr unsigned short columns = 80;
 constexpr int cannot_start_status = 127;
-constexpr std::string_view exit_key = "\x18";
 
 /// A screen is complete when nothing follows for this long; a program at rest writes nothing.
-constexpr std::chrono::milliseconds quiet{30};
+constexpr std::chrono::milliseconds screen_quiet{30};
+
+/// The same for what a program writes later, a piece of it perhaps only in its next round.
+constexpr std::chrono::milliseconds later_quiet{100};
+
+/// How often to look for something that the kernel does not announce.
+constexpr std::chrono::milliseconds look_again{2};
 
 std::int64_t now_ns()
 {
@@ -52,34 +59,41 @@ std::vector<std::string> environment_for(const std::string& home)
     return environment;
 }
 
+/// What exec takes: a null-terminated list of the texts, which stay the caller's.
+std::vector<char*> pointers_to(std::vector<std::string>& texts)
+{
+    std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (std::string& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
 /// The child's road from fork to the program.
-[[noreturn]] void become(const char* path, char* const* environment, const char* folder,
+[[noreturn]] void become(char* const* command, char* const* environment, const char* folder,
                          std::int64_t* exec_ns)
 {
-    char* const command[] = {const_cast<char*>(path), nullptr};
     if (chdir(folder) == 0) {
         *exec_ns = now_ns();
-        execve(path, command, environment);
+        execve(command[0], command, environment);
     }
     _exit(cannot_start_status);
 }
 
 } // namespace
 
-measured_program::measured_program(const std::string& path, const std::string& home)
-    : stop_fd(eventfd(0, EFD_CLOEXEC)), exec_ns(shared_number())
+measured_program::measured_program(std::vector<std::string> command, const std::string& home)
+    : home_path(home), stop_fd(eventfd(0, EFD_CLOEXEC)), exec_ns(shared_number())
 {
     std::vector<std::string> environment = environment_for(home);
-    std::vector<char*> pointers;
-    pointers.reserve(environment.size() + 1);
-    for (std::string& variable : environment)
-        pointers.push_back(variable.data());
-    pointers.push_back(nullptr);
+    const std::vector<char*> command_pointers = pointers_to(command);
+    const std::vector<char*> environment_pointers = pointers_to(environment);
     const winsize size = {rows, columns, 0, 0};
     if (exec_ns != nullptr)
         child = forkpty(&terminal_fd, nullptr, nullptr, &size);
     if (child == 0)
-        become(path.c_str(), pointers.data(), home.c_str(), exec_ns);
+        become(command_pointers.data(), environment_pointers.data(), home.c_str(), exec_ns);
     if (child < 0) {
         std::perror("cannot make a terminal");
         std::abort();
@@ -90,15 +104,23 @@ measured_program::measured_program(const std::string& path, const std::string& h
 
 measured_program::~measured_program()
 {
-    if (child > 0) {
-        kill(child, SIGKILL);
+    for (const pid_t process : processes())
+        kill(process, SIGKILL);
+    if (child > 0)
         waitpid(child, nullptr, 0);
-    }
     eventfd_write(stop_fd, 1);
     drainer.join();
     close(terminal_fd);
     close(stop_fd);
     munmap(exec_ns, sizeof *exec_ns);
+}
+
+std::vector<pid_t> measured_program::processes() const
+{
+    std::vector<pid_t> found = processes_at_home(home_path);
+    if (child > 0 && std::ranges::find(found, child) == found.end())
+        found.push_back(child);
+    return found;
 }
 
 void measured_program::drain()
@@ -127,12 +149,34 @@ std::optional<first_screen> measured_program::wait_for_screen(std::string_view l
     const auto is_shown = [&] { return closed || output.find(last_text) != std::string::npos; };
     if (!arrived.wait_for(lock, default_patience, is_shown) || closed)
         return std::nullopt;
+    wait_for_quiet(lock, screen_quiet);
+    return first_screen{static_cast<double>(last_read_ns - *exec_ns) / 1e6, output.size()};
+}
+
+void measured_program::wait_for_quiet(std::unique_lock<std::mutex>& lock,
+                                      std::chrono::milliseconds quiet)
+{
     std::size_t seen = 0;
     do {
         seen = output.size();
         arrived.wait_for(lock, quiet, [&] { return output.size() != seen; });
     } while (output.size() != seen);
-    return first_screen{static_cast<double>(last_read_ns - *exec_ns) / 1e6, seen};
+}
+
+std::size_t measured_program::written()
+{
+    const std::lock_guard lock{guard};
+    return output.size();
+}
+
+std::optional<std::size_t> measured_program::wait_for_more(std::size_t before)
+{
+    std::unique_lock lock{guard};
+    const auto has_come = [&] { return closed || output.size() > before; };
+    if (!arrived.wait_for(lock, default_patience, has_come) || closed)
+        return std::nullopt;
+    wait_for_quiet(lock, later_quiet);
+    return output.size();
 }
 
 bool measured_program::type(std::string_view keys)
@@ -140,15 +184,29 @@ bool measured_program::type(std::string_view keys)
     return write(terminal_fd, keys.data(), keys.size()) == static_cast<ssize_t>(keys.size());
 }
 
-bool measured_program::leave()
+/// Waits until no process of the program runs any more.
+bool measured_program::others_end()
 {
-    if (!type(exit_key))
+    const auto give_up = std::chrono::steady_clock::now() + default_patience;
+    while (!processes_at_home(home_path).empty()) {
+        if (std::chrono::steady_clock::now() > give_up)
+            return false;
+        std::this_thread::sleep_for(look_again);
+    }
+    return true;
+}
+
+bool measured_program::leave(std::string_view keys)
+{
+    if (!type(keys))
         return false;
-    std::unique_lock lock{guard};
-    if (!arrived.wait_for(lock, default_patience, [this] { return closed; }))
-        return false;
+    {
+        std::unique_lock lock{guard};
+        if (!arrived.wait_for(lock, default_patience, [this] { return closed; }))
+            return false;
+    }
     int status = 0;
     const bool is_reaped = waitpid(child, &status, 0) == child;
     child = -1;
-    return is_reaped && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return is_reaped && WIFEXITED(status) && WEXITSTATUS(status) == 0 && others_end();
 }

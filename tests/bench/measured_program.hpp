@@ -14,6 +14,7 @@
 #include <string_view>
 #include <sys/types.h>
 #include <thread>
+#include <vector>
 
 /// How long a program took to show its first screen.
 struct first_screen {
@@ -24,10 +25,11 @@ struct first_screen {
 class measured_program
 {
 public:
-    /// Starts the program `path` on 24 lines of 80 columns with `home` as HOME and as working
-    /// folder. One that cannot be started ends with status 127.
-    measured_program(const std::string& path, const std::string& home);
-    /// Kills the program if it still runs.
+    /// Starts a program on 24 lines of 80 columns. command: the path of the program and its
+    /// arguments. home: HOME and working folder, of this program alone; by it the processes that
+    /// the program starts are known. A program that cannot be started ends with status 127.
+    measured_program(std::vector<std::string> command, const std::string& home);
+    /// Kills what still runs of the program.
     ~measured_program();
     measured_program(const measured_program&) = delete;
     measured_program& operator=(const measured_program&) = delete;
@@ -37,16 +39,22 @@ public:
     std::optional<first_screen> wait_for_screen(std::string_view last_text);
     /// Types `keys`; false if the terminal does not take them all.
     bool type(std::string_view keys);
-    /// Types ^X; true if the program then ends with status 0.
-    bool leave();
-    pid_t id() const
-    {
-        return child;
-    }
+    /// Bytes that the program has written so far.
+    std::size_t written();
+    /// Waits until the program has written more than `before` bytes and then nothing more for a
+    /// while: the bytes written by then. None if nothing comes.
+    std::optional<std::size_t> wait_for_more(std::size_t before);
+    /// Types `keys`; true if the program then ends with status 0, and its other processes end too.
+    bool leave(std::string_view keys);
+    /// The program's processes that run now.
+    std::vector<pid_t> processes() const;
 
 private:
     void drain();
+    bool others_end();
+    void wait_for_quiet(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds quiet);
 
+    std::string home_path;
     pid_t child = -1;
     int terminal_fd = -1;
     int stop_fd = -1;

@@ -15,8 +15,6 @@
 namespace
 {
 
-constexpr const char* null_device = "/dev/null";
-
 /// All texts of the entries, those included that outlive their entry in the program.
 void servers_release()
 {
@@ -53,8 +51,8 @@ void environment_set(const temp_home& home)
 
 } // namespace
 
-null_screen::null_screen()
-    : input(std::fopen(null_device, "r")), output(std::fopen(null_device, "w"))
+null_screen::null_screen(const char* keys)
+    : input(std::fopen(keys, "r")), output(std::fopen("/dev/null", "w"))
 {
     environment_set(folder);
     if (input && output)

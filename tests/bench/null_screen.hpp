@@ -11,8 +11,8 @@ class null_screen
 {
 public:
     /// 24 lines of 80 columns of a usual terminal type, drawn as after the program's start. Ends
-    /// the program if that is not possible.
-    null_screen();
+    /// the program if that is not possible. keys: name of the file that keys are read from.
+    explicit null_screen(const char* keys = "/dev/null");
     ~null_screen();
     null_screen(const null_screen&) = delete;
     null_screen& operator=(const null_screen&) = delete;

@@ -1,11 +1,13 @@
 // process_figures.cpp - see process_figures.hpp.
 #include "bench/process_figures.hpp"
 
+#include <charconv>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <limits>
 #include <string>
+#include <system_error>
 
 namespace
 {
@@ -45,29 +47,76 @@ std::optional<double> wake_ups_of(pid_t process)
     return failure ? std::nullopt : std::optional{sum};
 }
 
-} // namespace
-
-std::optional<memory_use> memory_of(pid_t process)
-{
-    // The VmRSS of the status file lags behind by up to 64 pages; this one is counted anew.
-    const fs::path path = folder_of(process) / "smaps_rollup";
-    const std::optional<double> resident = labelled_number(path, "Rss:");
-    const std::optional<double> proportional = labelled_number(path, "Pss:");
-    if (!resident || !proportional)
-        return std::nullopt;
-    return memory_use{*resident, *proportional};
-}
-
-std::optional<work_done> work_of(pid_t process)
+std::optional<double> cpu_ms_of(pid_t process)
 {
     clockid_t clock = 0;
     timespec used = {};
     if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &used) != 0)
         return std::nullopt;
-    const std::optional<double> wake_ups = wake_ups_of(process);
-    if (!wake_ups)
+    return static_cast<double>(used.tv_sec) * 1e3 + static_cast<double>(used.tv_nsec) / 1e6;
+}
+
+/// The process that a folder of /proc belongs to; none for the other folders.
+std::optional<pid_t> process_of(const fs::path& folder)
+{
+    const std::string name = folder.filename();
+    pid_t process = 0;
+    const auto [end, failure] = std::from_chars(name.data(), name.data() + name.size(), process);
+    if (failure != std::errc{} || end != name.data() + name.size())
         return std::nullopt;
-    return work_done{static_cast<double>(used.tv_sec) * 1e3 +
-                         static_cast<double>(used.tv_nsec) / 1e6,
-                     *wake_ups};
+    return process;
+}
+
+bool has_variable(const fs::path& folder, const std::string& variable)
+{
+    std::ifstream file{folder / "environ"};
+    for (std::string line; std::getline(file, line, '\0');) {
+        if (line == variable)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+std::vector<pid_t> processes_at_home(const std::string& home)
+{
+    std::vector<pid_t> found;
+    std::error_code failure;
+    for (const fs::directory_entry& entry : fs::directory_iterator{"/proc", failure}) {
+        const std::optional<pid_t> process = process_of(entry.path());
+        if (process && has_variable(entry.path(), "HOME=" + home))
+            found.push_back(*process);
+    }
+    return found;
+}
+
+std::optional<memory_use> memory_of(std::span<const pid_t> processes)
+{
+    memory_use sum;
+    for (const pid_t process : processes) {
+        // The VmRSS of the status file lags behind by up to 64 pages; this one is counted anew.
+        const fs::path path = folder_of(process) / "smaps_rollup";
+        const std::optional<double> resident = labelled_number(path, "Rss:");
+        const std::optional<double> proportional = labelled_number(path, "Pss:");
+        if (!resident || !proportional)
+            return std::nullopt;
+        sum.resident += *resident;
+        sum.proportional += *proportional;
+    }
+    return sum;
+}
+
+std::optional<work_done> work_of(std::span<const pid_t> processes)
+{
+    work_done sum;
+    for (const pid_t process : processes) {
+        const std::optional<double> cpu_ms = cpu_ms_of(process);
+        const std::optional<double> wake_ups = wake_ups_of(process);
+        if (!cpu_ms || !wake_ups)
+            return std::nullopt;
+        sum.cpu_ms += *cpu_ms;
+        sum.wake_ups += *wake_ups;
+    }
+    return sum;
 }

@@ -1,14 +1,19 @@
-// programs_main.cpp - compares the whole client with the floor: start, memory, idle work and size.
+// programs_main.cpp - compares the whole client with the floor and with programs that people have:
+// start, memory, idle work, what a message costs, and size.
 //
-// Both run in the same kind of terminal on the same machine in one run. Prints a table; its status
-// tells only whether both programs worked, never how fast they were.
+// All run in the same kind of terminal on the same machine in one run. Prints a table; the status
+// tells only whether the programs worked, never how fast they were.
 #include "bench/comparison_table.hpp"
+#include "bench/message_measures.hpp"
+#include "bench/program_goals.hpp"
 #include "bench/program_measures.hpp"
+#include "data/owners.hpp"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 
 namespace
 {
@@ -17,21 +22,27 @@ struct options {
     int repetitions = 21;
     int idle_seconds = 60;
     int connections = 20;
+    int messages = 20;
+    bool with_peers = false;
+    const char* markdown = nullptr; // the file's name; null: none wanted
 };
 
 constexpr int most_connections = 500;
 
 int usage_fail()
 {
-    std::fputs("Usage: bench_programs [--repetitions N] [--idle-seconds N] [--connections N]\n"
-               "  --repetitions   starts of each program (21)\n"
-               "  --idle-seconds  length of the idle time (60)\n"
-               "  --connections   connections in the idle time (20)\n",
+    std::fputs("Usage: bench_programs [OPTION]...\n"
+               "  --repetitions N   starts of each program (21)\n"
+               "  --idle-seconds N  length of the idle time (60)\n"
+               "  --connections N   connections of one client in the idle time (20)\n"
+               "  --messages N      messages that are shown (20)\n"
+               "  --peers           also compare with programs that people have\n"
+               "  --markdown FILE   also write the tables into FILE\n",
                stderr);
     return 2;
 }
 
-int* option_named(options& wanted, const char* name)
+int* number_named(options& wanted, const char* name)
 {
     if (std::strcmp(name, "--repetitions") == 0)
         return &wanted.repetitions;
@@ -39,93 +50,197 @@ int* option_named(options& wanted, const char* name)
         return &wanted.idle_seconds;
     if (std::strcmp(name, "--connections") == 0)
         return &wanted.connections;
+    if (std::strcmp(name, "--messages") == 0)
+        return &wanted.messages;
     return nullptr;
 }
 
-bool options_read(options& wanted, int count, char** arguments)
+/// Reads an option and the value behind it. False if they are none.
+bool valued_option_read(options& wanted, const char* name, const char* value)
 {
-    for (int at = 1; at < count; at += 2) {
-        int* option = option_named(wanted, arguments[at]);
-        if (option == nullptr || at + 1 >= count)
+    if (value == nullptr)
+        return false;
+    if (std::strcmp(name, "--markdown") == 0) {
+        wanted.markdown = value;
+        return true;
+    }
+    int* number = number_named(wanted, name);
+    if (number == nullptr)
+        return false;
+    *number = std::atoi(value);
+    return *number >= 1;
+}
+
+/// arguments: null-terminated, without the program's name.
+bool options_read(options& wanted, char** arguments)
+{
+    for (; *arguments != nullptr; ++arguments) {
+        if (std::strcmp(*arguments, "--peers") == 0) {
+            wanted.with_peers = true;
+            continue;
+        }
+        if (!valued_option_read(wanted, arguments[0], arguments[1]))
             return false;
-        *option = std::atoi(arguments[at + 1]);
-        if (*option < 1)
-            return false;
+        ++arguments;
     }
     return wanted.connections <= most_connections;
 }
 
-void starts_print(const start_comparison& starts)
+/// A row whose figures `figure_of` gives for each program's place.
+void row_add(comparison& compared, const std::string& what, const char* unit, measure_goal goal,
+             const std::function<std::optional<double>(std::size_t)>& figure_of)
 {
-    const start_figures& client = starts.client;
-    const start_figures& floor = starts.floor;
-    comparison_print({.what = "first full screen, 100 servers",
-                      .unit = "ms",
-                      .client = median(client.first_screen_ms),
-                      .floor = median(floor.first_screen_ms),
-                      .most_ratio = 3});
-    comparison_print({.what = "bytes written for it",
-                      .unit = "B",
-                      .client = median(client.first_screen_bytes),
-                      .floor = median(floor.first_screen_bytes)});
-    comparison_print({.what = "resident memory at rest",
-                      .unit = "kB",
-                      .client = median(client.resident_kb),
-                      .floor = median(floor.resident_kb),
-                      .most_client = 4096});
-    comparison_print({.what = "proportional memory at rest",
-                      .unit = "kB",
-                      .client = median(client.proportional_kb),
-                      .floor = median(floor.proportional_kb)});
+    figure_row row{what, unit, {}};
+    for (std::size_t column = 0; column < compared.columns.size(); ++column)
+        row.figures.push_back(figure_of(column));
+    goal_add(compared, row, goal);
+    compared.rows.push_back(row);
 }
 
-void idle_print(const idle_comparison& idle, const options& wanted)
+void starts_add(comparison& compared, const std::vector<start_figures>& starts)
 {
-    const std::string during = " in " + std::to_string(wanted.idle_seconds) + " s idle, " +
-                               std::to_string(wanted.connections) + " conn.";
-    comparison_print({.what = "CPU" + during,
-                      .unit = "ms",
-                      .client = idle.client.work.cpu_ms,
-                      .floor = idle.floor.work.cpu_ms,
-                      .most_ratio = 1.5});
-    comparison_print({.what = "wake-ups" + during,
-                      .unit = "",
-                      .client = idle.client.work.wake_ups,
-                      .floor = idle.floor.work.wake_ups});
-    comparison_print({.what = "resident memory after it",
-                      .unit = "kB",
-                      .client = idle.client.memory.resident,
-                      .floor = idle.floor.memory.resident,
-                      .most_client = 4096});
+    using figures_field = std::vector<double> start_figures::*;
+    const auto add = [&](const char* what, const char* unit, measure_goal goal,
+                         figures_field field) {
+        row_add(compared, what, unit, goal,
+                [&](std::size_t column) { return median(starts[column].*field); });
+    };
+    add("first full screen", "ms", measure_goal::near_floor_leaner,
+        &start_figures::first_screen_ms);
+    add("CPU for it", "ms", measure_goal::none, &start_figures::first_screen_cpu_ms);
+    add("written for it", "bytes", measure_goal::none, &start_figures::first_screen_bytes);
+    add("resident memory at rest", "kB", measure_goal::near_floor_leaner,
+        &start_figures::resident_kb);
+    add("proportional memory at rest", "kB", measure_goal::near_floor_leaner,
+        &start_figures::proportional_kb);
 }
 
-double size_kb(const char* path)
+void idle_add(comparison& compared, const idle_comparison& idle, const options& wanted)
+{
+    const std::string during = " in " + std::to_string(wanted.idle_seconds) + " s idle";
+    row_add(compared, "CPU" + during, "ms", measure_goal::near_floor,
+            [&](std::size_t column) { return idle.programs[column].work.cpu_ms; });
+    row_add(compared, "wake-ups" + during, "", measure_goal::none,
+            [&](std::size_t column) { return idle.programs[column].work.wake_ups; });
+    row_add(compared, "resident memory after it", "kB", measure_goal::near_floor,
+            [&](std::size_t column) { return idle.programs[column].memory.resident; });
+}
+
+/// The same of the client with its connections, beside the floor, which can have none.
+void connected_add(comparison& compared, const idle_comparison& idle, const options& wanted)
+{
+    const auto add = [&](const char* what, const char* unit, measure_goal goal,
+                         double (*figure_of)(const idle_figures&)) {
+        const std::string with =
+            std::string{what} + ", " + std::to_string(wanted.connections) + " connections";
+        row_add(compared, with, unit, goal, [&](std::size_t column) -> std::optional<double> {
+            if (column == client_column)
+                return figure_of(idle.connected_client);
+            if (column == floor_column)
+                return figure_of(idle.programs[column]);
+            return std::nullopt;
+        });
+    };
+    add("idle CPU", "ms", measure_goal::near_floor,
+        [](const idle_figures& figures) { return figures.work.cpu_ms; });
+    add("wake-ups", "", measure_goal::none,
+        [](const idle_figures& figures) { return figures.work.wake_ups; });
+    add("resident memory", "kB", measure_goal::near_floor,
+        [](const idle_figures& figures) { return figures.memory.resident; });
+}
+
+void messages_add(comparison& compared, const message_figures& messages)
+{
+    row_add(compared, "written for a message", "bytes", measure_goal::none,
+            [&](std::size_t column) { return median(messages.written_bytes[column]); });
+    char note[160];
+    std::snprintf(note, sizeof note,
+                  "A message is what the client makes of a transmission: %.0f lines, %.0f bytes "
+                  "of text (medians of %zu different ones).",
+                  median(messages.text_lines).value_or(0), median(messages.text_bytes).value_or(0),
+                  messages.text_bytes.size());
+    compared.notes.emplace_back(note);
+}
+
+std::optional<double> size_kb(const std::string& path)
 {
     std::error_code failure;
     const auto bytes = std::filesystem::file_size(path, failure);
-    return failure ? 0 : static_cast<double>(bytes) / 1024;
+    return failure ? std::nullopt : std::optional{static_cast<double>(bytes) / 1024};
+}
+
+void sizes_add(comparison& compared, const std::vector<compared_program>& programs)
+{
+    row_add(compared, "program file, stripped", "kB", measure_goal::small_file,
+            [&](std::size_t column) {
+                return size_kb(column == client_column  ? CLIENT_STRIPPED
+                               : column == floor_column ? FLOOR_STRIPPED
+                                                        : programs[column].command.front());
+            });
+}
+
+void notes_add(comparison& compared, const std::vector<compared_program>& programs,
+               const options& wanted)
+{
+    compared.notes.insert(
+        compared.notes.begin(),
+        {"Medians of " + std::to_string(wanted.repetitions) +
+             " starts of each program in turns; all idle at the same time; 24 lines of 80 columns.",
+         "The client has " + std::to_string(configured_servers) +
+             " configured servers. The floor is a bare curses program with the same windows and "
+             "the same loop.",
+         "tmux counts with its server, but without the program in its pane."});
+    std::string versions;
+    for (const std::string& version : package_versions(programs))
+        versions += (versions.empty() ? "" : ", ") + version;
+    if (!versions.empty())
+        compared.notes.push_back("Packages: " + versions + ".");
+}
+
+/// Whether the two are there that everything else is compared with.
+bool has_own(const std::vector<compared_program>& programs)
+{
+    return programs.size() > floor_column && programs[client_column].package == nullptr &&
+           programs[floor_column].package == nullptr;
+}
+
+bool markdown_write(const comparison& compared, const char* name)
+{
+    const unique_file file{std::fopen(name, "w")};
+    if (!file) {
+        std::perror(name);
+        return false;
+    }
+    comparison_write_markdown(compared, file.get());
+    return true;
 }
 
 } // namespace
 
-int main(int count, char** arguments)
+int main(int, char** arguments)
 {
     options wanted;
-    if (!options_read(wanted, count, arguments))
+    if (!options_read(wanted, arguments + 1))
         return usage_fail();
-    comparison_heading_print();
-    const std::optional<start_comparison> starts = measure_starts(wanted.repetitions);
-    if (!starts)
+    const std::vector<compared_program> programs =
+        working_programs(programs_to_compare(wanted.with_peers));
+    if (!has_own(programs))
         return 1;
-    starts_print(*starts);
-    const std::optional<idle_comparison> idle =
-        measure_idle(wanted.connections, wanted.idle_seconds);
-    if (!idle)
+    comparison compared;
+    for (const compared_program& program : programs)
+        compared.columns.emplace_back(program.name);
+    const auto starts = measure_starts(programs, wanted.repetitions);
+    const auto idle =
+        starts ? measure_idle(programs, wanted.connections, wanted.idle_seconds) : std::nullopt;
+    const auto messages = idle ? measure_messages(programs, wanted.messages) : std::nullopt;
+    if (!messages)
         return 1;
-    idle_print(*idle, wanted);
-    comparison_print({.what = "program file, stripped",
-                      .unit = "kB",
-                      .client = size_kb(CLIENT_STRIPPED),
-                      .floor = size_kb(FLOOR_STRIPPED)});
-    return 0;
+    starts_add(compared, *starts);
+    idle_add(compared, *idle, wanted);
+    connected_add(compared, *idle, wanted);
+    messages_add(compared, *messages);
+    sizes_add(compared, programs);
+    notes_add(compared, programs, wanted);
+    comparison_print(compared, stdout);
+    return wanted.markdown == nullptr || markdown_write(compared, wanted.markdown) ? 0 : 1;
 }

@@ -82,8 +82,6 @@ packet_buffer packet_with(packet_header header, const void* payload, std::size_t
     return packet;
 }
 
-} // namespace
-
 std::string short_document()
 {
     return std::string{head}.append(short_content).append(between).append(tail);
@@ -94,6 +92,14 @@ std::string long_document()
     std::string document{head};
     document.append(long_content()).append(between).append(waypoint_elements()).append(tail);
     return document;
+}
+
+} // namespace
+
+std::span<const sample_document> sample_documents()
+{
+    static const sample_document samples[] = {{"1kB", short_document()}, {"3kB", long_document()}};
+    return samples;
 }
 
 packet_buffer plain_packet(const std::string& document)

@@ -4,14 +4,18 @@
 
 #include "net/packet.hpp"
 
-#include <cstddef>
+#include <span>
 #include <string>
 
-/// A transmission's document of about 1,000 bytes, every element of the template filled.
-std::string short_document();
+/// A transmission's document.
+struct sample_document {
+    const char* size;
+    std::string text;
+};
 
-/// One of about 3,000 bytes: a long message text and many more elements.
-std::string long_document();
+/// One of about 1 kB, every element of the template filled, and one of about 3 kB, with a long
+/// message text and many more elements.
+std::span<const sample_document> sample_documents();
 
 /// The packet that carries a document as it is (kind 40). The document is below 4,096 bytes.
 packet_buffer plain_packet(const std::string& document);

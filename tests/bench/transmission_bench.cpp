@@ -3,6 +3,7 @@
 
 #include "app/app_state.hpp"
 #include "bench/sample_traffic.hpp"
+#include "bench/xml_readers.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
 #include "net/log_files.hpp"
@@ -18,7 +19,6 @@
 #include <cstring>
 #include <string>
 #include <unistd.h>
-#include <utility>
 
 namespace
 {
@@ -28,30 +28,11 @@ constexpr int rounds_between_cuts = 10'000;
 constexpr const char* log_name = "bench.log";
 constexpr const char* station = "station";
 
-constexpr const char* looked_up_paths[] = {
-    "tovrik/ACARS/ACARSMode",
-    "tovrik/ACARS/AircraftReg",
-    "tovrik/Extended/Aircraft",
-    "tovrik/ACARS/MessageLabel",
-    "tovrik/ACARS/BlockID",
-    "tovrik/ACARS/MessageNumber",
-    "tovrik/ACARS/FlightNumber",
-    "tovrik/FlightRouting/From",
-    "tovrik/FlightRouting/To",
-    "tovrik/Extended/Operator",
-    "tovrik/ACARS/Authorized/MessageContent",
-    "tovrik/ACARS/MessageDate/Day",
-    "tovrik/ACARS/MessageDate/Month",
-    "tovrik/ACARS/MessageDate/Year",
-    "tovrik/ACARS/MessageDate/Hour",
-    "tovrik/ACARS/MessageDate/Minute",
-};
-
 /// A template that names what the client's own one does.
 std::string sample_template()
 {
     std::string text;
-    for (const char* path : looked_up_paths)
+    for (const char* path : template_paths)
         text.append("\nValue: %").append(path).append("%");
     return text;
 }
@@ -135,24 +116,22 @@ void inflate_run(benchmark::State& state, const packet_buffer& packet)
             decompress_packet(packet.payload, header.extra, packet_payload_length(header)));
 }
 
+/// One look at each byte, as any reader must.
+void pass_run(benchmark::State& state, const std::string& document)
+{
+    while (state.KeepRunning()) {
+        unsigned sum = 0;
+        for (const char byte : document)
+            sum += static_cast<unsigned char>(byte);
+        benchmark::DoNotOptimize(sum);
+    }
+}
+
 void parse_run(benchmark::State& state, const std::string& document)
 {
     while (state.KeepRunning()) {
         const xml_document parsed{xml_parse(document.c_str())};
         benchmark::DoNotOptimize(parsed.get());
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document.size()));
-}
-
-/// Reading and answering: what any other reader would be asked for.
-void parse_and_look_up_run(benchmark::State& state, const std::string& document)
-{
-    while (state.KeepRunning()) {
-        const xml_document parsed{xml_parse(document.c_str())};
-        for (const char* path : looked_up_paths) {
-            const heap_text value{xml_get(parsed.get(), path, false, true)};
-            benchmark::DoNotOptimize(value.get());
-        }
     }
 }
 
@@ -210,21 +189,18 @@ void add(const std::string& name, void (*run)(benchmark::State&, const packet_bu
 
 void transmission_benchmarks_add()
 {
-    const std::pair<const char*, std::string> documents[] = {{"1kB", short_document()},
-                                                             {"3kB", long_document()}};
-    for (const auto& [size, document] : documents) {
+    for (const sample_document& sample : sample_documents()) {
+        const std::string size = sample.size;
         const std::string road = transmission_road_name;
-        add(road + "plain/" + size, road_log_only_run, plain_packet(document));
-        add(road + "compressed/" + size, road_log_only_run, compressed_packet(document));
-        add(road + "with_statistics/" + size, road_everything_run, compressed_packet(document));
-    }
-    for (const auto& [size, document] : documents) {
-        const std::string suffix = size;
-        add("step/inflate/" + suffix, inflate_run, compressed_packet(document));
-        add("step/xml_parse/" + suffix, parse_run, document);
-        add("step/xml_parse_and_look_up/" + suffix, parse_and_look_up_run, document);
-        add("step/fill_template/" + suffix, template_run, document);
-        add("step/log/" + suffix, log_run, document);
-        add("step/screen/" + suffix, screen_run, document);
+        add(road + "plain/" + size, road_log_only_run, plain_packet(sample.text));
+        add(road + "compressed/" + size, road_log_only_run, compressed_packet(sample.text));
+        add(road + "with_statistics/" + size, road_everything_run, compressed_packet(sample.text));
+        const std::string step = transmission_step_name;
+        add(step + "inflate/" + size, inflate_run, compressed_packet(sample.text));
+        add(step + "pass/" + size, pass_run, sample.text);
+        add(step + "parse/" + size, parse_run, sample.text);
+        add(step + "template/" + size, template_run, sample.text);
+        add(step + "log/" + size, log_run, sample.text);
+        add(step + "screen/" + size, screen_run, sample.text);
     }
 }

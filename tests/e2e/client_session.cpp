@@ -3,6 +3,7 @@
 
 #include "support/line_settings.hpp"
 
+#include <fcntl.h>
 #include <sys/wait.h>
 
 namespace
@@ -87,6 +88,14 @@ testing::AssertionResult client_session::start_as_it_is(const client_start& how)
     launch(how);
     // The first alarm is set when everything has been drawn.
     return session->wait_until([&] { return time.alarms_set() > 0; }, "the client has started");
+}
+
+unique_fd client_session::open_terminal()
+{
+    const std::string path = "/proc/" + std::to_string(session->process_id()) + "/fd/0";
+    unique_fd opened{open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)};
+    EXPECT_TRUE(opened);
+    return opened;
 }
 
 void client_session::launch(const client_start& how)

@@ -4,6 +4,7 @@
 // screen things are, and at the end leaves it with ^X, so that every test also checks a clean exit.
 #pragma once
 
+#include "data/owners.hpp"
 #include "support/config_text.hpp"
 #include "support/scripted_server.hpp"
 #include "support/temp_home.hpp"
@@ -82,6 +83,9 @@ public:
     {
         return *session;
     }
+
+    /// The program's terminal, opened once more. Only after a start.
+    unique_fd open_terminal();
 
     /// Writes the configuration and starts the program in it; see start_as_it_is.
     [[nodiscard]] testing::AssertionResult start(const client_settings& settings,

@@ -1,6 +1,7 @@
 // directory_exit_test.cpp - leaving while a list is being fetched: one that comes is waited for and
 // saved, one that does not is given up.
 #include "e2e/directory_session.hpp"
+#include "e2e/network_session.hpp"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -151,6 +152,31 @@ TEST_F(directory_exit, connected_servers_are_left_in_order_all_the_same)
     EXPECT_TRUE(connection->wait_for_close());
     expect_good_end();
     expect_saved_servers(settings.servers);
+}
+
+TEST_F(directory_exit, an_attempt_to_connect_that_ends_meanwhile_is_no_longer_heard)
+{
+    const silent_port nowhere;
+    settings.servers = {{.port = std::to_string(nowhere.port()), .alias = "alpha"}};
+    ASSERT_TRUE(start());
+    client.terminal().send_control('l');
+    std::vector<pid_t> attempts;
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] {
+            attempts = children_of(client.terminal().process_id());
+            return client.terminal().shows("Try connecting to alpha") && attempts.size() == 1;
+        },
+        "an attempt is under way"));
+    std::optional<server_connection> list = fetch();
+    ASSERT_TRUE(list);
+    ASSERT_TRUE(leave());
+    kill(attempts[0], SIGKILL);
+    ASSERT_TRUE(client.terminal().wait_until([&] { return facts_of(attempts[0]).state == 'Z'; },
+                                             "its process has ended"));
+    ASSERT_TRUE(list->send_bytes(answer_header + directory_line(first)));
+    list->close();
+    expect_good_end();
+    expect_saved_servers({first, settings.servers.front()});
 }
 
 TEST_F(directory_exit, keys_typed_before_the_first_list_leave_in_order)

@@ -251,6 +251,14 @@ TEST_F(help, very_long_lines_and_texts_show_their_end)
     EXPECT_EQ(row(2), std::string(79, 'y')) << "the blank's place";
 }
 
+TEST_F(help, of_very_many_lines_the_first_ten_thousand_are_read)
+{
+    client.home().write_file(file, numbered_lines(10'001));
+    ASSERT_TRUE(client.start({}));
+    client.terminal().send_control('h');
+    EXPECT_TRUE(client.terminal().wait_until([&] { return row(22) == "line 10000"; }, "its end"));
+}
+
 TEST_F(help, zero_bytes_end_a_line_early_and_do_no_harm)
 {
     client.home().write_file(file, std::string{"ab\0cd\nnext\n", 11});

@@ -1,7 +1,9 @@
 // log_trouble_test.cpp - logs and a configuration that cannot be written cost only what was to be
 // written.
 #include "e2e/network_session.hpp"
+#include "support/small_disk.hpp"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -9,6 +11,9 @@
 
 namespace
 {
+
+const std::string opened = "Logfile 'logs/ACARS.log' successfully opened";
+const std::string unwritable = "Logfile 'logs/ACARS.log' cannot be written";
 
 /// The end of a fifo that is read from; opening it waits for nobody.
 class fifo_reader
@@ -52,8 +57,7 @@ protected:
         ASSERT_TRUE(client.start(settings, wide_terminal));
         connection = client.connect_selected(servers[0]);
         ASSERT_TRUE(connection);
-        ASSERT_TRUE(
-            client.wait_for_status("Logfile 'logs/ACARS.log' successfully opened", pairs::notice));
+        ASSERT_TRUE(client.wait_for_status(opened, pairs::notice));
     }
 
     /// Sends a transmission that must be shown, whatever becomes of its record.
@@ -62,6 +66,13 @@ protected:
         if (!connection->send(plain_packet(document_of({.flight = flight}))))
             return testing::AssertionFailure() << "the client takes no bytes";
         return wait_for_message_rows(client, lines_of({.flight = flight}));
+    }
+
+    /// How many lines of the status pane are `text`.
+    auto lines_saying(const std::string& text)
+    {
+        const std::vector<std::string> lines = client.status_lines();
+        return std::count(lines.begin(), lines.end(), text);
     }
 
     /// No file that the client writes may grow beyond `bytes` from now on.
@@ -89,8 +100,10 @@ TEST_F(log_trouble, a_fifo_whose_reader_goes_away_loses_only_records)
             [&] { return reader.text() == text_of({.flight = "READ"}); }, "the fifo's bytes"));
     }
     ASSERT_TRUE(shown("LOST1"));
+    ASSERT_TRUE(client.wait_for_status(unwritable, pairs::error));
     ASSERT_TRUE(shown("LOST2"));
     ASSERT_TRUE(wait_for_notice(client, *connection, "still here"));
+    EXPECT_EQ(lines_saying(unwritable), 1);
     fifo_reader later(path);
     ASSERT_TRUE(shown("AGAIN"));
     EXPECT_TRUE(client.terminal().wait_until(
@@ -98,24 +111,59 @@ TEST_F(log_trouble, a_fifo_whose_reader_goes_away_loses_only_records)
     client.quit();
 }
 
-TEST_F(log_trouble, a_log_at_the_limit_for_file_sizes_loses_only_records)
+TEST_F(log_trouble, a_log_at_the_limit_for_file_sizes_loses_only_whole_records)
 {
     client.home().make_folder("logs");
     ASSERT_NO_FATAL_FAILURE(begin());
     const std::string first = text_of({.flight = "FITS"});
     ASSERT_TRUE(shown("FITS"));
     ASSERT_TRUE(wait_for_file(client, "logs/ACARS.log", first));
-    constexpr std::size_t room = 20;
-    ASSERT_TRUE(limit_file_size(first.size() + room));
-    ASSERT_TRUE(shown("TORN"));
-    ASSERT_TRUE(shown("LOST"));
-    const std::string torn = text_of({.flight = "TORN"}).substr(0, room);
-    ASSERT_TRUE(wait_for_file(client, "logs/ACARS.log", first + torn));
+    ASSERT_TRUE(limit_file_size(first.size() + 20));
+    ASSERT_TRUE(shown("LOST1"));
+    ASSERT_TRUE(client.wait_for_status(unwritable, pairs::error));
+    ASSERT_TRUE(shown("LOST2"));
     ASSERT_TRUE(wait_for_notice(client, *connection, "still here"));
+    EXPECT_EQ(client.home().read_file("logs/ACARS.log"), first);
+    EXPECT_EQ(lines_saying(unwritable), 1);
     ASSERT_TRUE(limit_file_size(RLIM_INFINITY));
     ASSERT_TRUE(shown("AGAIN"));
-    EXPECT_TRUE(
-        wait_for_file(client, "logs/ACARS.log", first + torn + text_of({.flight = "AGAIN"})));
+    EXPECT_TRUE(wait_for_file(client, "logs/ACARS.log", first + text_of({.flight = "AGAIN"})));
+    client.quit();
+}
+
+TEST_F(log_trouble, a_log_on_a_full_disk_goes_on_when_there_is_room_again)
+{
+    client.home().make_folder("logs");
+    const small_disk disk(client.home().path_of("logs"), 64UL * 1024);
+    if (!disk.is_there())
+        GTEST_SKIP() << "nothing may be mounted here";
+    ASSERT_NO_FATAL_FAILURE(begin());
+    ASSERT_TRUE(disk.fill());
+    // There is room for none: the log has no page yet.
+    ASSERT_TRUE(shown("LOST1"));
+    ASSERT_TRUE(client.wait_for_status(unwritable, pairs::error));
+    ASSERT_TRUE(shown("LOST2"));
+    ASSERT_TRUE(wait_for_notice(client, *connection, "still here"));
+    EXPECT_EQ(lines_saying(unwritable), 1);
+    disk.empty();
+    ASSERT_TRUE(shown("AGAIN"));
+    EXPECT_TRUE(wait_for_file(client, "logs/ACARS.log", text_of({.flight = "AGAIN"})));
+    client.quit();
+}
+
+TEST_F(log_trouble, a_log_that_was_deleted_is_made_anew)
+{
+    client.home().make_folder("logs");
+    ASSERT_NO_FATAL_FAILURE(begin());
+    ASSERT_TRUE(shown("BEFORE"));
+    ASSERT_TRUE(wait_for_file(client, "logs/ACARS.log", text_of({.flight = "BEFORE"})));
+    ASSERT_EQ(unlink(client.home().path_of("logs/ACARS.log").c_str()), 0);
+    ASSERT_TRUE(shown("LOST"));
+    ASSERT_TRUE(client.wait_for_status(unwritable, pairs::error));
+    ASSERT_TRUE(shown("AGAIN"));
+    ASSERT_TRUE(wait_for_last_status(client, opened));
+    EXPECT_TRUE(wait_for_file(client, "logs/ACARS.log", text_of({.flight = "AGAIN"})));
+    EXPECT_EQ(client.terminal().bells(), 0);
     client.quit();
 }
 

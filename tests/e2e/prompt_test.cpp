@@ -11,6 +11,7 @@ constexpr int box_column = 20;
 constexpr int box_width = 42;
 constexpr const char* need_password =
     "<?xml version=\"1.0\"?><tovrik><NeedAuth>1</NeedAuth></tovrik>";
+constexpr const char* vt100_keypad_enter = "\033OM";
 constexpr const char* md5_of_abc = "900150983cd24fb0d6963f7d28e17f72";
 
 /// A client whose server has just asked for a password.
@@ -182,12 +183,52 @@ TEST_F(prompt, survives_resizes_and_still_answers)
         "the panes at their new size"));
 }
 
+TEST_F(prompt, moves_to_the_middle_of_a_terminal_that_has_grown_wider_only)
+{
+    client.terminal().send("ab");
+    ASSERT_TRUE(line_is("ab_"));
+    client.terminal().resize(24, 120);
+    EXPECT_TRUE(client.terminal().wait_until(
+        [&] {
+            return client.terminal().screen().text(box_row, 40, 23) == "┌─[ Password required ]" &&
+                   client.terminal().screen().text(box_row + 1, 40, 6) == "│ ab_ ";
+        },
+        "the box in the middle"));
+    client.terminal().send("c\r");
+    EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 81, .payload = md5_of_abc}));
+}
+
 TEST_F(prompt, leaves_with_exit_afterwards)
 {
     client.terminal().send_key(named_key::escape);
     ASSERT_TRUE(box_closes());
     client.quit();
     EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
+}
+
+TEST(prompt_keys, on_a_terminal_whose_backspace_is_control_h_erase_with_it)
+{
+    scripted_server server;
+    client_session client;
+    client.home().write_config(config_text(knowing(server)));
+    client.launch({.environment = {{"TERM", "vt100"}}});
+    ASSERT_TRUE(client.terminal().wait_for_text("Disconnect"));
+    client.terminal().send_control('l');
+    std::optional<server_connection> connection = server.accept();
+    ASSERT_TRUE(connection);
+    EXPECT_TRUE(connection->read_packet());
+    EXPECT_TRUE(connection->read_packet());
+    ASSERT_TRUE(connection->send(41, need_password));
+    ASSERT_TRUE(client.terminal().wait_for_text("Password required"));
+    client.terminal().send("abz");
+    client.terminal().send_control('h');
+    client.terminal().send("c");
+    client.terminal().send(vt100_keypad_enter);
+    EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 81, .payload = md5_of_abc}));
+    ASSERT_TRUE(client.terminal().wait_for_no_text("Password required"));
+    client.terminal().send_control('h');
+    EXPECT_TRUE(client.terminal().wait_for_text("[ To exit press ^H ]")) << "no longer erasing";
+    client.terminal().send_control('h');
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 #include "support/line_settings.hpp"
 
 #include <csignal>
-#include <fcntl.h>
 #include <memory>
 #include <unistd.h>
 
@@ -15,18 +14,16 @@ constexpr const char* digest_of_abc = "900150983cd24fb0d6963f7d28e17f72";
 
 /// What a shell makes of the terminal while its job is stopped: lines with echo, and its own words
 /// all over the screen.
-void shell_takes_over(terminal_session& terminal)
+void shell_takes_over(client_session& client)
 {
-    const std::string path = "/proc/" + std::to_string(terminal.process_id()) + "/fd/0";
-    const int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_GE(fd, 0);
-    EXPECT_EQ(tcsetattr(fd, TCSANOW, &terminal.initial_line_settings()), 0);
+    terminal_session& terminal = client.terminal();
+    const unique_fd fd = client.open_terminal();
+    EXPECT_EQ(tcsetattr(fd.get(), TCSANOW, &terminal.initial_line_settings()), 0);
     const std::string words(static_cast<std::size_t>(terminal.screen().columns()), '$');
     std::string output = "\033[0m\033[H";
     for (int row = 0; row < terminal.screen().rows() - 1; ++row)
         output += words + "\r\n";
-    EXPECT_EQ(write(fd, output.data(), output.size()), static_cast<ssize_t>(output.size()));
-    close(fd);
+    EXPECT_EQ(write(fd.get(), output.data(), output.size()), static_cast<ssize_t>(output.size()));
     ASSERT_TRUE(terminal.wait_for_text(words));
     ASSERT_NE(terminal.line_settings().c_lflag & ICANON, 0U);
     ASSERT_NE(terminal.line_settings().c_lflag & ECHO, 0U);
@@ -51,7 +48,7 @@ protected:
         client.terminal().send_signal(SIGSTOP);
         ASSERT_TRUE(client.terminal().wait_until(
             [&] { return facts_of(client.terminal().process_id()).state == 'T'; }, "it stops"));
-        shell_takes_over(client.terminal());
+        shell_takes_over(client);
     }
 
     testing::AssertionResult has_its_modes()

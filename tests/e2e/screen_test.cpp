@@ -1,7 +1,9 @@
 // screen_test.cpp - where everything is on the screen, in which colours, and what resizing does.
 #include "e2e/client_session.hpp"
+#include "e2e/whole_screen.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 
 namespace
 {
@@ -137,6 +139,20 @@ TEST(screen, a_resize_brings_the_bar_back_to_the_first_server)
     ASSERT_TRUE(client.wait_for_status("You are not connected to alpha", pairs::error));
     const screen_cell left = client.terminal().cell(4, 2);
     EXPECT_EQ(left, pair_cell(pairs::plain, true, "g"));
+}
+
+TEST(screen, a_terminal_that_does_not_tell_its_size_keeps_the_one_it_had)
+{
+    client_session client;
+    ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"}), {.rows = 30, .columns = 100}));
+    const unique_fd terminal = client.open_terminal();
+    for (const winsize& size : {winsize{0, 0, 0, 0}, {0, 100, 0, 0}, {30, 0, 0, 0}}) {
+        client.terminal().send_key(named_key::down);
+        ASSERT_TRUE(client.terminal().wait_until([&] { return client.bar_row() == 2; }, "below"));
+        ASSERT_EQ(ioctl(terminal.get(), TIOCSWINSZ, &size), 0);
+        ASSERT_TRUE(client.terminal().wait_until([&] { return client.bar_row() == 1; }, "above"));
+        EXPECT_TRUE(wait_for_whole_screen(client.terminal())) << size.ws_row << " " << size.ws_col;
+    }
 }
 
 TEST(screen, a_resize_of_an_empty_list_lays_the_bar_but_selects_nothing)

@@ -248,6 +248,12 @@ TEST_F(settings_page, arrows_do_not_move_behind_it)
     EXPECT_EQ(client.terminal().screen().whole_text(), before);
     ASSERT_TRUE(close_page());
     EXPECT_EQ(client.bar_row(), 1);
+    client.terminal().send_key(named_key::down);
+    ASSERT_TRUE(client.terminal().wait_until([&] { return client.bar_row() == 2; }, "one down"));
+    ASSERT_TRUE(open_page());
+    client.terminal().send_key(named_key::up);
+    ASSERT_TRUE(close_page());
+    EXPECT_EQ(client.bar_row(), 2);
 }
 
 TEST_F(settings_page, closes_the_information_window_and_comes_before_the_help)

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace
@@ -48,6 +49,21 @@ protected:
             return shown;
         logged += text_of({.flight = flight});
         return wait_for_file(client, "quick/logs.log", logged);
+    }
+
+    /// Keys that were typed have begun to wait in the terminal, and none does so any more.
+    testing::AssertionResult keys_are_read()
+    {
+        const unique_fd terminal = client.open_terminal();
+        bool have_waited = false;
+        return client.terminal().wait_until(
+            [&] {
+                int waiting = 0;
+                const bool is_known = ioctl(terminal.get(), FIONREAD, &waiting) == 0;
+                have_waited = have_waited || waiting > 0;
+                return is_known && have_waited && waiting == 0;
+            },
+            "every key is read");
     }
 
     void answer(const std::string& address)
@@ -101,6 +117,18 @@ TEST_F(slow_name, keeps_keys_for_afterwards)
     ASSERT_TRUE(client.terminal().wait_for_text("[ To exit press ^H ]"));
     client.terminal().send_control('h');
     ASSERT_TRUE(client.wait_for_status("Unable to create new socket", pairs::error));
+}
+
+TEST_F(slow_name, forgets_keys_beyond_the_sixty_fourth)
+{
+    client.terminal().send(std::string(64, 'q'));
+    client.terminal().send_control('h');
+    ASSERT_TRUE(keys_are_read());
+    ASSERT_NO_FATAL_FAILURE(answer(""));
+    ASSERT_TRUE(client.wait_for_status("Unable to create new socket", pairs::error));
+    client.terminal().send_control('i');
+    ASSERT_TRUE(client.terminal().wait_for_text("[ Close Window ^I ]"));
+    EXPECT_FALSE(client.terminal().shows("To exit press ^H"));
 }
 
 TEST_F(slow_name, ends_with_the_program_without_an_answer)

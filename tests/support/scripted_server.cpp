@@ -96,7 +96,7 @@ std::optional<std::string> server_connection::read_bytes(std::size_t count,
 
 std::optional<server_packet> server_connection::read_packet(std::chrono::milliseconds limit)
 {
-    const std::optional<std::string> header = read_bytes(packet_header_bytes, limit);
+    const std::optional<std::string> header = read_bytes(wire_header_bytes, limit);
     if (!header)
         return std::nullopt;
     std::size_t length = 0;
@@ -128,14 +128,14 @@ std::vector<server_packet> server_connection::received_packets() const
 {
     std::vector<server_packet> packets;
     std::string_view rest = all;
-    while (rest.size() >= packet_header_bytes) {
+    while (rest.size() >= wire_header_bytes) {
         std::size_t length = 0;
         server_packet packet = parse_header(rest, length);
-        if (rest.size() < packet_header_bytes + length)
+        if (rest.size() < wire_header_bytes + length)
             break;
-        packet.payload = rest.substr(packet_header_bytes, length);
+        packet.payload = rest.substr(wire_header_bytes, length);
         packets.push_back(std::move(packet));
-        rest.remove_prefix(packet_header_bytes + length);
+        rest.remove_prefix(wire_header_bytes + length);
     }
     return packets;
 }

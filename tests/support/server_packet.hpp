@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// Bytes of a packet before its payload.
-constexpr std::size_t packet_header_bytes = 12;
+constexpr std::size_t wire_header_bytes = 12;
 
 struct server_packet {
     std::uint32_t kind = 0;

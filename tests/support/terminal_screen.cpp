@@ -19,6 +19,9 @@ struct terminal_screen::emulator {
 namespace
 {
 
+/// The emulator puts four bytes on the stack for each that it is given at once.
+constexpr std::size_t longest_piece = 16384;
+
 constexpr std::string_view show_cursor = "\033[?25h";
 constexpr std::string_view hide_cursor = "\033[?25l";
 
@@ -132,7 +135,11 @@ terminal_screen::~terminal_screen()
 
 void terminal_screen::feed(std::string_view output)
 {
-    vterm_input_write(inner->terminal, output.data(), output.size());
+    for (std::string_view rest = output; !rest.empty();) {
+        const std::string_view piece = rest.substr(0, longest_piece);
+        vterm_input_write(inner->terminal, piece.data(), piece.size());
+        rest.remove_prefix(piece.size());
+    }
     // Not asked of the emulator: it brings visibility back with a saved cursor, terminals do not.
     const std::string recent = inner->unfinished.append(output);
     const std::size_t shown = recent.rfind(show_cursor);

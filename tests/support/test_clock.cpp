@@ -3,12 +3,22 @@
 
 #include "support/test_clock_layout.hpp"
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <sys/mman.h>
 #include <unistd.h>
+
+namespace
+{
+
+std::int64_t true_now_ns()
+{
+    return std::chrono::nanoseconds{std::chrono::system_clock::now().time_since_epoch()}.count();
+}
+
+} // namespace
 
 test_clock::test_clock(int alarm_ms_per_second)
 {
@@ -40,7 +50,7 @@ std::map<std::string, std::string> test_clock::environment() const
 
 void test_clock::set(std::int64_t seconds)
 {
-    shared->offset_ms.store((seconds - std::time(nullptr)) * 1000);
+    shared->offset_ms.store(seconds * 1000 - clock_shown_ns(*shared, true_now_ns()) / ns_per_ms);
 }
 
 void test_clock::jump(std::int64_t seconds)
@@ -51,6 +61,22 @@ void test_clock::jump(std::int64_t seconds)
 void test_clock::set_alarm_pace(int alarm_ms_per_second)
 {
     shared->alarm_ms_per_second.store(alarm_ms_per_second);
+}
+
+void test_clock::set_speed(int speed)
+{
+    const std::int64_t now_ns = true_now_ns();
+    const std::int64_t unused = 1 - shared->speed_in_use.load();
+    shared->speeds[unused].since_ns.store(now_ns);
+    shared->speeds[unused].shown_ns.store(clock_shown_ns(*shared, now_ns));
+    shared->speeds[unused].speed.store(speed);
+    shared->speed_in_use.store(unused);
+    set_alarm_pace(1000 / speed);
+}
+
+std::int64_t test_clock::now_ms() const
+{
+    return clock_shown_ns(*shared, true_now_ns()) / ns_per_ms + shared->offset_ms.load();
 }
 
 std::int64_t test_clock::alarms_set() const

@@ -26,6 +26,11 @@ public:
     void jump(std::int64_t seconds);
     /// A new length of a second of alarm(), from the program's next call on; 0: alarms never ring.
     void set_alarm_pace(int alarm_ms_per_second);
+    /// Lets the program's wall clock, its alarms and its waits run `speed` times as fast as the
+    /// true clock from now on, 1 to 1000. An alarm that is already set keeps its time.
+    void set_speed(int speed);
+    /// What the program's wall clock shows, in milliseconds since 1970.
+    std::int64_t now_ms() const;
     /// How often the program has set its alarm; it does so at the end of every poll.
     std::int64_t alarms_set() const;
 

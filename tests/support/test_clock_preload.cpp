@@ -2,17 +2,22 @@
 //
 // The wall clock (time, gettimeofday, clock_gettime with CLOCK_REALTIME or its coarse form) runs
 // ahead by the offset in the file that TEST_CLOCK_FILE names; a test may change it at any moment.
-// Monotonic and process clocks are left alone, and so are sleeps. A second of alarm() is as long as
-// the file says, so that a program that polls once a second does so more often, or only when the
-// test sends it SIGALRM. Without the variable nothing changes.
+// It may also run faster than the true one by a whole factor; waits in ppoll() of a millisecond and
+// more are then shorter by the same factor, shorter ones are about the machine and not the clock.
+// Monotonic and process clocks are left alone. A second of alarm() is as long as the file says, so
+// that a program that polls once a second does so more often, or only when the test sends it
+// SIGALRM. Without the variable nothing changes.
 //
 // The kernel is asked directly: looking up the next definition of a function would reach the
-// sanitizers' own, which may not be ready when the first call comes.
+// sanitizers' own, which may not be ready when the first call comes. Only ppoll() goes through
+// them, since the thread sanitizer lets handlers run in the waits that it knows of.
 #include "support/test_clock_layout.hpp"
 
 #include <cstdlib>
 #include <ctime>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
@@ -22,13 +27,16 @@ namespace
 {
 
 constexpr std::int64_t ms_per_second = 1000;
-constexpr std::int64_t ns_per_ms = 1'000'000;
 constexpr std::int64_t ns_per_second = 1'000'000'000;
 
+using ppoll_function = int (*)(pollfd*, nfds_t, const timespec*, const sigset_t*);
+
 test_clock_layout* shared = nullptr;
+ppoll_function next_ppoll = nullptr;
 
 __attribute__((constructor)) void attach()
 {
+    next_ppoll = reinterpret_cast<ppoll_function>(dlsym(RTLD_NEXT, "ppoll"));
     const char* name = std::getenv(clock_file_variable);
     const int fd = name == nullptr ? -1 : open(name, O_RDWR | O_CLOEXEC);
     if (fd < 0)
@@ -40,17 +48,34 @@ __attribute__((constructor)) void attach()
         shared = static_cast<test_clock_layout*>(mapped);
 }
 
+std::int64_t ns_of(const timespec& time)
+{
+    return time.tv_sec * ns_per_second + time.tv_nsec;
+}
+
+timespec timespec_of(std::int64_t ns)
+{
+    timespec time{};
+    time.tv_sec = ns / ns_per_second;
+    time.tv_nsec = ns % ns_per_second;
+    return time;
+}
+
 timespec shifted_now(clockid_t clock)
 {
     timespec now{};
     syscall(SYS_clock_gettime, clock, &now);
     if (shared == nullptr)
         return now;
-    const std::int64_t offset_ms = shared->offset_ms.load();
-    const std::int64_t ns = now.tv_nsec + offset_ms % ms_per_second * ns_per_ms;
-    now.tv_sec += offset_ms / ms_per_second + (ns >= ns_per_second ? 1 : 0) - (ns < 0 ? 1 : 0);
-    now.tv_nsec = (ns + ns_per_second) % ns_per_second;
-    return now;
+    return timespec_of(clock_shown_ns(*shared, ns_of(now)) + shared->offset_ms.load() * ns_per_ms);
+}
+
+/// How long a wait is by the true clock.
+timespec shortened(const timespec& wait)
+{
+    const std::int64_t ns = ns_of(wait);
+    const std::int64_t speed = shared == nullptr || ns < ns_per_ms ? 1 : clock_speed_now(*shared);
+    return timespec_of(ns / speed);
 }
 
 } // namespace
@@ -96,6 +121,14 @@ unsigned alarm(unsigned seconds) noexcept
     const std::int64_t left_ms =
         previous.it_value.tv_sec * ms_per_second + previous.it_value.tv_usec / 1000;
     return pace == 0 ? 0 : static_cast<unsigned>((left_ms + pace - 1) / pace);
+}
+
+int ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* mask)
+{
+    if (limit == nullptr)
+        return next_ppoll(watched, count, nullptr, mask);
+    const timespec wait = shortened(*limit);
+    return next_ppoll(watched, count, &wait, mask);
 }
 
 } // extern "C"

@@ -314,6 +314,21 @@ TEST_F(config_loading, takes_what_stands_before_a_break)
     EXPECT_EQ(app_state.setting_flags, FlightStats);
 }
 
+TEST_F(config_loading, shows_its_values_on_a_page_that_is_in_front)
+{
+    constexpr int statistics_row = 6;
+    constexpr int mark_column = 3;
+    const auto shown = [] {
+        return static_cast<char>(mvwinch(curscr, statistics_row, mark_column) & A_CHARTEXT);
+    };
+    const std::string text = configuration("<FlightStats>1</FlightStats>");
+    load(text);
+    EXPECT_EQ(shown(), ' ');
+    app_state.settings_shown = 1;
+    load(text);
+    EXPECT_EQ(shown(), 'X');
+}
+
 TEST_F(config_loading, survives_a_folder_and_a_fifo_in_the_files_place)
 {
     home.make_folder("ncursesclient.conf");
@@ -328,7 +343,7 @@ TEST_F(config_loading, survives_a_folder_and_a_fifo_in_the_files_place)
 
 TEST_F(config_loading, refuses_a_file_over_its_limit_with_one_red_line)
 {
-    constexpr off_t limit = 16L * 1024 * 1024;
+    constexpr off_t limit = 64L * 1024 * 1024;
     const std::string start = configuration(server("1", "a", "1"));
     const std::string path = home.path_of("ncursesclient.conf");
     home.write_config(start);

@@ -5,6 +5,7 @@
 #include "data/text.hpp"
 #include "support/config_text.hpp"
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <sys/stat.h>
@@ -20,6 +21,8 @@ server_entry* add_server(const char* name, std::int32_t port)
     EXPECT_EQ(server_add(app_state.servers, entry), -1);
     return entry;
 }
+
+constexpr std::size_t limit = 64UL * 1024 * 1024; // of a file that is read
 
 class config_saving : public config_test
 {
@@ -192,7 +195,7 @@ TEST_F(config_saving, replaces_what_was_no_configuration)
 
 TEST_F(config_saving, leaves_a_file_alone_that_was_too_large_to_load)
 {
-    constexpr off_t too_large = 16L * 1024 * 1024 + 1;
+    constexpr off_t too_large = limit + 1;
     const std::string path = home.path_of("ncursesclient.conf");
     home.write_config("kept");
     ASSERT_EQ(truncate(path.c_str(), too_large), 0);
@@ -200,6 +203,36 @@ TEST_F(config_saving, leaves_a_file_alone_that_was_too_large_to_load)
     struct stat status = {};
     ASSERT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_size, too_large);
+}
+
+TEST_F(config_saving, writes_no_file_that_the_next_start_would_refuse)
+{
+    home.write_config("kept");
+    server_entry* server = add_server("a.example", 2202);
+    client_settings expected;
+    expected.servers = {{.name = "a.example"}};
+    const std::size_t room = limit - config_text(expected).size();
+    server->Info = str_dup(std::string(room + 1, 'i').c_str());
+    save();
+    EXPECT_EQ(home.read_config(), "kept");
+    server->Info[room] = '\0';
+    save();
+    EXPECT_EQ(std::filesystem::file_size(home.path_of("ncursesclient.conf")), limit);
+}
+
+TEST_F(config_saving, gives_back_long_lists)
+{
+    constexpr int count = 30'000; // about 20 MB
+    const std::string info(400, 'i');
+    // In the order of the list, so that each is added at its end.
+    for (int number = 100'000 + count; number > 100'000; --number)
+        add_server(("n" + std::to_string(number)).c_str(), 2202)->Info = str_dup(info.c_str());
+    save();
+    collection_destroy(app_state.servers);
+    app_state.servers = server_collection_new();
+    config_load();
+    ASSERT_EQ(app_state.servers->count, count);
+    EXPECT_STREQ(server_at(app_state.servers, count - 1)->ServerName, "n100001");
 }
 
 TEST_F(config_saving, keeps_mode_and_link_and_makes_new_files_private)

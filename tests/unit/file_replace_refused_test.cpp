@@ -21,16 +21,7 @@ namespace
 constexpr const char* new_content = "the new content\n";
 constexpr const char* old_content = "the old content, which is longer\n";
 
-void write_new(std::FILE* file)
-{
-    std::fputs(new_content, file);
-}
-
-void write_much(std::FILE* file)
-{
-    for (int line = 0; line < 10'000; ++line)
-        std::fputs(new_content, file);
-}
+const std::string much(200'000, 'n');
 
 /// A folder in which only a file's owner may replace it, with a file of root's that all may write.
 class sticky_folder : public testing::Test
@@ -71,7 +62,7 @@ protected:
 
 TEST_F(sticky_folder, has_its_file_written_in_place)
 {
-    EXPECT_TRUE(unprivileged([this] { return file_replace(path.c_str(), write_new); }));
+    EXPECT_TRUE(unprivileged([this] { return file_replace(path.c_str(), new_content); }));
     EXPECT_EQ(home.read_file("folder/file"), new_content);
     expect_same_file_and_no_other();
 }
@@ -81,7 +72,7 @@ TEST_F(sticky_folder, keeps_the_old_content_when_there_is_no_room)
     EXPECT_TRUE(unprivileged([this] {
         const rlimit limit = {4096, 4096};
         std::signal(SIGXFSZ, SIG_IGN);
-        return setrlimit(RLIMIT_FSIZE, &limit) == 0 && !file_replace(path.c_str(), write_much);
+        return setrlimit(RLIMIT_FSIZE, &limit) == 0 && !file_replace(path.c_str(), much);
     }));
     EXPECT_EQ(home.read_file("folder/file"), old_content);
     expect_same_file_and_no_other();
@@ -91,7 +82,7 @@ TEST_F(sticky_folder, keeps_a_file_that_may_not_be_written)
 {
     ASSERT_EQ(chmod(path.c_str(), 0644), 0);
     before = status();
-    EXPECT_TRUE(unprivileged([this] { return !file_replace(path.c_str(), write_new); }));
+    EXPECT_TRUE(unprivileged([this] { return !file_replace(path.c_str(), new_content); }));
     EXPECT_EQ(home.read_file("folder/file"), old_content);
     expect_same_file_and_no_other();
 }
@@ -112,7 +103,7 @@ TEST(mounted_file, is_written_in_place)
     };
     if (!in_own_mounts([] { return true; }))
         GTEST_SKIP() << "nothing may be mounted here";
-    EXPECT_TRUE(in_own_mounts([&] { return file_replace(path.c_str(), write_new); }));
+    EXPECT_TRUE(in_own_mounts([&] { return file_replace(path.c_str(), new_content); }));
     EXPECT_EQ(home.read_file("behind"), new_content);
     EXPECT_EQ(home.read_file("file"), "");
     EXPECT_EQ(home.files(), (std::vector<std::string>{"behind", "file"}));

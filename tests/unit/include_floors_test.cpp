@@ -13,7 +13,7 @@ namespace
 {
 
 const std::map<int, std::vector<std::string>> rooms_by_floor = {
-    {6, {"app/main", "app/start_stop", "app/signals", "app/main_loop"}},
+    {6, {"app/main", "app/start_stop", "app/signals", "app/main_loop", "app/terminate"}},
     {5, {"net/poll"}},
     {4,
      {"net/transmission", "net/capabilities", "net/server_list_fetch", "data/settings_toggle",
@@ -40,9 +40,14 @@ const std::map<int, std::vector<std::string>> rooms_by_floor = {
       "data/settings_table",
       "data/owners",
       "data/home",
+      "data/file_open",
       "data/file_replace",
+      "data/folder",
+      "data/retry",
+      "data/unfinished_file",
       "net/md5",
       "net/limits",
+      "net/log_record",
       "net/packet",
       "net/packet_kind",
       "net/readiness",

@@ -1,51 +1,22 @@
 // log_files_test.cpp - where transmissions are logged to, and what is written there.
-#include "net/log_files.hpp"
-#include "unit/net_fixture.hpp"
+#include "unit/log_fixture.hpp"
 
 #include "net/transmission.hpp"
-#include "support/temp_home.hpp"
 
-#include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace
 {
 
-/// The working folder is an empty one; wide enough for long file names in the status pane.
-class logging : public net_test
+class logging : public log_test
 {
 protected:
-    logging() : net_test(400), entry(add_server("host.example", "srv"))
-    {
-        EXPECT_EQ(chdir(folder.path().c_str()), 0);
-        app_state.setting_flags = ACARSLog;
-    }
-    ~logging() override
-    {
-        EXPECT_EQ(fchdir(former_folder.get()), 0);
-    }
-    logging(const logging&) = delete;
-    logging& operator=(const logging&) = delete;
-
-    static void set_log_folder(const char* name)
-    {
-        std::free(app_state.setting_texts[LogFilePath]);
-        app_state.setting_texts[LogFilePath] = owned_text(name);
-    }
-
     void present(const std::string& elements) const
     {
         const xml_document document{xml_parse(transmission_xml(elements).c_str())};
         present_transmission(entry, document.get());
     }
-
-    temp_home folder;
-    server_entry& entry;
-
-private:
-    unique_fd former_folder{open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)};
 };
 
 TEST_F(logging, puts_the_servers_name_before_the_folder)

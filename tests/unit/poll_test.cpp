@@ -2,9 +2,16 @@
 #include "unit/net_fixture.hpp"
 
 #include "net/poll.hpp"
+#include "support/open_files.hpp"
 #include "ui/pane.hpp"
 
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
 #include <ctime>
+#include <string>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace
@@ -54,6 +61,73 @@ TEST_F(poll_cycle, visits_all_servers_in_the_order_of_the_list)
         ends[index].send({103, names[index]});
     poll();
     EXPECT_EQ(said(), (status_lines{{"c", 2}, {"b", 2}, {"a", 2}}));
+}
+
+/// Servers that have something to say, "s00" to "s19" in the list's order; the first sends a list
+/// that stays open for a while.
+class long_poll_cycle : public poll_cycle
+{
+protected:
+    long_poll_cycle()
+    {
+        for (int index = 0; index < count; ++index)
+            add_server(("host" + std::to_string(99 - index)).c_str());
+        for (int index = 0; index < count; ++index)
+            ends.push_back(connect(*server_at(app_state.servers, index)));
+        ends[0].send({89, "D-AIQA\tFRA\tLH0400"});
+        for (int index = 1; index < count; ++index)
+            ends[static_cast<std::size_t>(index)].send({103, "s" + std::to_string(index)});
+        type_ahead("x\033"); // the first key is none for the list, and costs it a round
+    }
+
+    static constexpr int count = 20;
+    static constexpr int before_a_break = 16;
+    std::vector<server_end> ends;
+};
+
+TEST_F(long_poll_cycle, lets_waiting_keys_be_read_and_goes_on_at_once)
+{
+    poll();
+    EXPECT_EQ(said().back(), (status_line{"s" + std::to_string(before_a_break - 1), 2}));
+    itimerval left{};
+    getitimer(ITIMER_REAL, &left);
+    EXPECT_EQ(left.it_value.tv_sec, 0) << "this was no break";
+    poll();
+    EXPECT_EQ(said(), (status_lines{{"s16", 2}, {"s17", 2}, {"s18", 2}, {"s19", 2}}));
+    EXPECT_EQ(alarm(0), 1U);
+}
+
+TEST_F(long_poll_cycle, visits_no_server_twice)
+{
+    ends[1].send({103, "more"});
+    poll();
+    poll();
+    EXPECT_EQ(said().back(), (status_line{"s19", 2}));
+    poll();
+    EXPECT_EQ(said().back(), (status_line{"more", 2}));
+}
+
+TEST_F(poll_cycle, over_a_thousand_silent_servers_holds_nobody_up)
+{
+    constexpr int many = 1000;
+    constexpr std::chrono::milliseconds limit{5};
+    if (!allow_open_files(2 * many + 64))
+        GTEST_SKIP() << "no program here may open " << 2 * many << " files";
+    std::vector<server_end> ends;
+    for (int index = 0; index < many; ++index)
+        ends.push_back(connect(add_server(("host" + std::to_string(index)).c_str())));
+    // The quickest of some cycles: the others tell what else the machine had to do.
+    auto quickest = std::chrono::nanoseconds::max();
+    for (int cycle = 0; cycle < 20; ++cycle) {
+        const auto begin = std::chrono::steady_clock::now();
+        poll();
+        quickest =
+            std::min<std::chrono::nanoseconds>(quickest, std::chrono::steady_clock::now() - begin);
+    }
+    std::printf("a cycle over %d silent servers takes %.3f ms\n", many,
+                std::chrono::duration<double, std::milli>(quickest).count());
+    EXPECT_LT(quickest, limit);
+    EXPECT_TRUE(said().empty());
 }
 
 TEST_F(poll_cycle, goes_on_after_a_server_that_closes)

@@ -28,10 +28,22 @@ TEST_F(readiness_answer, tells_servers_with_data_from_silent_ones)
     const server_end second_end = connect(second);
     const server_end third_end = connect(third);
     second_end.send({103, "data"});
-    readiness answer = readiness_ask(app_state.servers, has_socket);
+    readiness answer = readiness_ask(app_state.servers, 0, has_socket);
     EXPECT_FALSE(readiness_of(answer, first));
     EXPECT_TRUE(readiness_of(answer, second));
     EXPECT_FALSE(readiness_of(answer, third));
+}
+
+TEST_F(readiness_answer, is_about_the_servers_from_the_wanted_one_on)
+{
+    const server_end first_end = connect(first);
+    const server_end second_end = connect(second);
+    const server_end third_end = connect(third);
+    third_end.send({103, "data"});
+    readiness answer = readiness_ask(app_state.servers, 1, has_socket);
+    EXPECT_EQ(answer.sockets.size(), 2U);
+    EXPECT_FALSE(readiness_of(answer, second));
+    EXPECT_TRUE(readiness_of(answer, third));
 }
 
 TEST_F(readiness_answer, counts_the_end_of_a_connection_as_something_to_read)
@@ -39,7 +51,7 @@ TEST_F(readiness_answer, counts_the_end_of_a_connection_as_something_to_read)
     server_end first_end = connect(first);
     const server_end second_end = connect(second);
     first_end.close();
-    readiness answer = readiness_ask(app_state.servers, has_socket);
+    readiness answer = readiness_ask(app_state.servers, 0, has_socket);
     EXPECT_TRUE(readiness_of(answer, first));
     EXPECT_FALSE(readiness_of(answer, second));
 }
@@ -48,7 +60,7 @@ TEST_F(readiness_answer, is_yes_for_a_server_that_was_not_asked_about)
 {
     const server_end first_end = connect(first);
     const server_end third_end = connect(third);
-    readiness answer = readiness_ask(app_state.servers, has_socket);
+    readiness answer = readiness_ask(app_state.servers, 0, has_socket);
     EXPECT_EQ(answer.sockets.size(), 2U);
     EXPECT_FALSE(readiness_of(answer, first));
     EXPECT_TRUE(readiness_of(answer, second));
@@ -58,7 +70,7 @@ TEST_F(readiness_answer, is_yes_for_a_server_that_was_not_asked_about)
 TEST_F(readiness_answer, is_yes_for_a_server_that_has_another_socket_by_now)
 {
     const server_end before = connect(first);
-    readiness answer = readiness_ask(app_state.servers, has_socket);
+    readiness answer = readiness_ask(app_state.servers, 0, has_socket);
     const int former = first.socket_fd;
     const server_end after = connect(first);
     EXPECT_TRUE(readiness_of(answer, first));
@@ -69,7 +81,7 @@ TEST_F(readiness_answer, is_yes_for_a_server_added_since)
 {
     const server_end first_end = connect(first);
     const server_end third_end = connect(third);
-    readiness answer = readiness_ask(app_state.servers, has_socket);
+    readiness answer = readiness_ask(app_state.servers, 0, has_socket);
     const server_entry& added = add_server("bb.example");
     EXPECT_FALSE(readiness_of(answer, first));
     EXPECT_TRUE(readiness_of(answer, added));
@@ -80,14 +92,14 @@ TEST_F(readiness_answer, is_yes_for_a_server_added_since)
 TEST_F(readiness_answer, is_yes_for_a_descriptor_that_is_none)
 {
     first.socket_fd = 1'000'000;
-    readiness answer = readiness_ask(app_state.servers, has_socket);
+    readiness answer = readiness_ask(app_state.servers, 0, has_socket);
     EXPECT_TRUE(readiness_of(answer, first));
     first.socket_fd = 0;
 }
 
 TEST_F(readiness_answer, of_no_servers_is_empty)
 {
-    readiness answer = readiness_ask(app_state.servers, has_socket);
+    readiness answer = readiness_ask(app_state.servers, 0, has_socket);
     EXPECT_TRUE(answer.entries.empty());
     EXPECT_TRUE(readiness_of(answer, first));
 }

@@ -151,6 +151,16 @@ TEST(server_add, does_not_report_a_collection_that_cannot_grow)
     EXPECT_EQ(servers->count, 10);
 }
 
+TEST(server_add_or_free, releases_what_the_collection_does_not_take)
+{
+    const unique_collection servers(server_collection_new());
+    servers->grow_step = 0;
+    for (int port = 1; port <= 12; ++port)
+        server_add_or_free(servers.get(), new_entry("a", port).release());
+    server_add_or_free(servers.get(), new_entry("a", 1).release());
+    EXPECT_EQ(servers->count, 10);
+}
+
 TEST(server_entry_free, leaves_the_mailing_texts_to_their_readers)
 {
     unique_entry entry = new_entry("a", 1);

@@ -59,7 +59,7 @@ public:
     std::optional<server_packet> receive()
     {
         std::size_t length = 0;
-        const auto header = read_bytes(packet_header_bytes);
+        const auto header = read_bytes(wire_header_bytes);
         if (!header)
             return std::nullopt;
         server_packet received = parse_header(*header, length);

@@ -5,6 +5,7 @@
 #include "ui/pane.hpp"
 
 #include <csignal>
+#include <utility>
 
 namespace
 {
@@ -57,10 +58,25 @@ TEST_F(status_reporting, puts_blanks_for_line_feeds)
         expect_frame();
     }
     mark();
-    const std::string verbatim = "verbatim %*\nto the end";
-    status_report(2, verbatim.c_str());
-    EXPECT_EQ(said(), (status_lines{{"verbatim %* to the end", 2}}));
-    expect_frame();
+    for (const std::string mark_of_verbatim : {"%*", "%]"}) {
+        mark();
+        const std::string verbatim = "verbatim %d " + mark_of_verbatim + "\nto the end";
+        status_report(2, verbatim.c_str());
+        EXPECT_EQ(said(), (status_lines{{"verbatim %d " + mark_of_verbatim + " to the end", 2}}));
+        expect_frame();
+    }
+}
+
+TEST_F(status_reporting, says_nothing_without_a_format_or_a_pane)
+{
+    mark();
+    pane_printf(app_state.status_pane, 2, 1, status_row, false, false, nullptr);
+    EXPECT_EQ(said(), status_lines{});
+    WINDOW* pane = std::exchange(app_state.status_pane, nullptr);
+    status_report(2, "nowhere");
+    pane_printf(nullptr, 2, 1, status_row, false, false, "nowhere");
+    app_state.status_pane = pane;
+    EXPECT_EQ(said(), status_lines{});
 }
 
 TEST_F(status_reporting, is_bold_for_errors_notices_and_successes_only)

@@ -244,4 +244,11 @@ TEST(support_terminal, kills_what_still_runs)
     EXPECT_EQ(errno, ESRCH);
 }
 
+TEST(terminal_screen, takes_any_amount_of_output_at_once)
+{
+    terminal_screen screen{24, 80, true};
+    screen.feed(std::string(8'000'000, 'x') + "\r\nlast");
+    EXPECT_EQ(screen.text(23, 0, 4), "last");
+}
+
 } // namespace

@@ -279,6 +279,43 @@ TEST(xml_parse, takes_a_large_text)
     EXPECT_EQ(count, 50'003U);
 }
 
+TEST(xml_parse, keeps_what_takes_far_more_room_than_the_text)
+{
+    constexpr std::size_t depth = 500;
+    std::string text = "?>";
+    for (std::size_t level = 0; level < depth; ++level)
+        text += "<a>" + std::to_string(level);
+    const auto nodes = nodes_of(text + "<");
+    ASSERT_EQ(nodes.size(), depth + 2);
+    std::string path = "a";
+    for (std::size_t level = 0; level < depth; ++level, path += "/a")
+        ASSERT_EQ(nodes[level + 1], (expected_node{path, "a", std::to_string(level)})) << level;
+}
+
+TEST(xml_parse, keeps_names_of_which_the_path_holds_a_part_only)
+{
+    const std::string name(63, 'n');
+    const auto nodes = nodes_of(nested_to(1000) + "x><" + name + ">1<");
+    const expected_node& deepest = nodes[nodes.size() - 2];
+    EXPECT_EQ(deepest.name, name);
+    EXPECT_EQ(deepest.path.size(), 1023U);
+    EXPECT_TRUE(deepest.path.ends_with("/x/" + name.substr(0, 20))) << deepest.path;
+    EXPECT_EQ(deepest.value, "1");
+}
+
+TEST(xml_get, tells_texts_apart_that_are_much_alike)
+{
+    // Of one length, with the same byte in the middle and at the end.
+    const xml_document document(
+        xml_parse("?><r><abcde>1</abcde><xbcde>2</xbcde><axcxe>3</axcxe></r>"));
+    EXPECT_EQ(by_name(document, "abcde"), "1");
+    EXPECT_EQ(by_name(document, "xbcde"), "2");
+    EXPECT_EQ(by_name(document, "axcxe"), "3");
+    EXPECT_EQ(by_name(document, "ybcde"), "-");
+    EXPECT_EQ(by_path(document, "r/axcxe"), "3");
+    EXPECT_EQ(by_path(document, "x/axcxe"), "-");
+}
+
 TEST(xml_get, looks_up_by_path_and_by_name)
 {
     const xml_document document(xml_parse(configuration));

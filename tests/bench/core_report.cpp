@@ -1,0 +1,227 @@
+// core_report.cpp - see core_report.hpp.
+#include "bench/core_report.hpp"
+
+#include "bench/comparison_table.hpp"
+#include "bench/config_bench.hpp"
+#include "bench/directory_bench.hpp"
+#include "bench/poll_bench.hpp"
+#include "bench/sample_traffic.hpp"
+#include "bench/transmission_bench.hpp"
+#include "bench/xml_bench.hpp"
+#include "bench/xml_readers.hpp"
+
+#include <cmath>
+#include <cstdlib>
+#include <optional>
+#include <string_view>
+
+namespace
+{
+
+std::optional<double> figure_of(const core_figures& figures, const std::string& name)
+{
+    const auto found = figures.find(name);
+    return found != figures.end() ? median(found->second) : std::nullopt;
+}
+
+const char* verdict(bool is_reached)
+{
+    return is_reached ? "reached" : "**missed**";
+}
+
+/// How many times as long as ours a reader may be expected to take, at least.
+struct reader_goal {
+    std::string_view reader;
+    double least_ratio;
+};
+
+constexpr reader_goal reader_goals[] = {
+    {"rapidxml", 1}, {"pugixml", 1}, {"tinyxml2", 3}, {"libxml2", 6}, {"expat", 6},
+};
+
+void reader_row_write(std::FILE* file, const core_figures& figures, const std::string& size,
+                      const xml_reader& reader)
+{
+    const std::string place = xml_bench_name + size + "/";
+    const auto own = figure_of(figures, place + xml_readers()[0].name);
+    const auto other = figure_of(figures, place + reader.name);
+    if (!own || !other)
+        return;
+    std::fprintf(file, "| %s | %s | %.2f | %.2f | ", size.c_str(), reader.name, *other,
+                 *other / *own);
+    for (const reader_goal& goal : reader_goals) {
+        if (goal.reader == reader.name)
+            std::fprintf(file, "at least %g: %s", goal.least_ratio,
+                         verdict(*other / *own >= goal.least_ratio));
+    }
+    std::fputs(" |\n", file);
+}
+
+void readers_write(std::FILE* file, const core_figures& figures)
+{
+    std::fputs("\n### Reading a transmission and copying 16 values out of it\n\n"
+               "All readers found the same values before they were measured. The ratio says how "
+               "many times as long as ours a reader takes.\n\n"
+               "| document | reader | us | ratio | goal |\n|---|---|--:|--:|---|\n",
+               file);
+    for (const sample_document& sample : sample_documents()) {
+        for (const xml_reader& reader : xml_readers())
+            reader_row_write(file, figures, sample.size, reader);
+    }
+}
+
+constexpr const char* step_names[] = {"inflate", "pass", "parse", "template", "log", "screen"};
+
+void steps_row_write(std::FILE* file, const core_figures& figures, const char* size)
+{
+    std::fprintf(file, "| %s |", size);
+    for (const char* step : step_names) {
+        const std::string name = std::string{transmission_step_name} + step + "/" + size;
+        std::fprintf(file, " %.2f |", figure_of(figures, name).value_or(0));
+    }
+    std::fputs("\n", file);
+}
+
+/// What no client could do without: inflating, looking at each byte, writing the log and the
+/// screen.
+double unavoidable_us(const core_figures& figures, const std::string& size, bool is_compressed)
+{
+    const std::string step = transmission_step_name;
+    double sum = is_compressed ? figure_of(figures, step + "inflate/" + size).value_or(0) : 0;
+    for (const char* name : {"pass/", "log/", "screen/"})
+        sum += figure_of(figures, step + name + size).value_or(0);
+    return sum;
+}
+
+void road_row_write(std::FILE* file, const core_figures& figures, const std::string& kind,
+                    const std::string& size)
+{
+    constexpr double most_ratio = 2;
+    const auto road = figure_of(figures, transmission_road_name + kind + "/" + size);
+    const double unavoidable = unavoidable_us(figures, size, kind != "plain");
+    if (!road || unavoidable <= 0)
+        return;
+    std::fprintf(file, "| %s, %s | %.1f | %.1f | %.2f | ", kind.c_str(), size.c_str(), *road,
+                 unavoidable, *road / unavoidable);
+    if (kind == "with_statistics")
+        std::fputs("none: draws three more boxes |\n", file);
+    else
+        std::fprintf(file, "at most %g: %s |\n", most_ratio,
+                     verdict(*road / unavoidable <= most_ratio));
+}
+
+void roads_write(std::FILE* file, const core_figures& figures)
+{
+    std::fputs("\n### The road of one transmission, from the packet to log and screen\n\n"
+               "Steps, in microseconds of CPU:\n\n"
+               "| document | inflate | one pass | parse | fill template | log | screen |\n"
+               "|---|--:|--:|--:|--:|--:|--:|\n",
+               file);
+    for (const sample_document& sample : sample_documents())
+        steps_row_write(file, figures, sample.size);
+    std::fputs("\nThe whole, against the sum of inflate, one pass, log and screen:\n\n"
+               "| transmission | us | unavoidable us | ratio | goal |\n|---|--:|--:|--:|---|\n",
+               file);
+    for (const char* kind : {"plain", "compressed", "with_statistics"}) {
+        for (const sample_document& sample : sample_documents())
+            road_row_write(file, figures, kind, sample.size);
+    }
+}
+
+/// A piece whose cost grows with a number, and the most that it may take at one of them.
+struct growing_piece {
+    const char* name;
+    const char* what;
+    const char* clock;
+    std::int64_t goal_count;
+    double goal_us;
+};
+
+constexpr growing_piece growing_pieces[] = {
+    {config_load_name, "loading the configuration, by servers", "CPU", 10'000, 50'000},
+    {config_save_name, "saving it, synced to the disk, by servers", "wall", 0, 0},
+    {directory_bench_name, "fetching and merging a directory, by lines", "wall", 100'000,
+     1'000'000},
+    {poll_idle_name, "a poll cycle over silent connections, by connections", "CPU", 1'000, 5'000},
+    {poll_sending_name, "a poll cycle in which each brings 1 kB, by connections", "wall", 0, 0},
+};
+
+struct growth_point {
+    std::int64_t count;
+    double us;
+};
+
+/// The figures of one piece, by rising argument.
+std::vector<growth_point> growth_of(const core_figures& figures, const std::string& name)
+{
+    std::map<std::int64_t, double> points;
+    for (const auto& [key, values] : figures) {
+        if (key.starts_with(name + "/"))
+            points[std::strtoll(key.c_str() + name.size() + 1, nullptr, 10)] =
+                median(values).value_or(0);
+    }
+    std::vector<growth_point> growth;
+    for (const auto& [count, us] : points)
+        growth.push_back({count, us});
+    return growth;
+}
+
+/// The slope between the two largest arguments, where constant costs weigh least.
+double exponent_of(const std::vector<growth_point>& growth)
+{
+    const growth_point& last = growth[growth.size() - 1];
+    const growth_point& former = growth[growth.size() - 2];
+    return std::log(last.us / former.us) /
+           std::log(static_cast<double>(last.count) / static_cast<double>(former.count));
+}
+
+void growth_write(std::FILE* file, const core_figures& figures, const growing_piece& piece)
+{
+    const std::vector<growth_point> growth = growth_of(figures, piece.name);
+    if (growth.size() < 2)
+        return;
+    std::fprintf(file, "| %s | %s |", piece.what, piece.clock);
+    const char* separator = " ";
+    for (const growth_point& point : growth) {
+        std::fprintf(file, "%s%lld: %.4g", separator, static_cast<long long>(point.count),
+                     point.us / 1'000);
+        separator = "; ";
+    }
+    std::fprintf(file, " | %.2f | ", exponent_of(growth));
+    for (const growth_point& point : growth) {
+        if (point.count == piece.goal_count)
+            std::fprintf(file, "%lld under %g ms: %s", static_cast<long long>(point.count),
+                         piece.goal_us / 1'000, verdict(point.us < piece.goal_us));
+    }
+    std::fputs(" |\n", file);
+}
+
+} // namespace
+
+void figure_keeper::ReportRuns(const std::vector<Run>& runs)
+{
+    ConsoleReporter::ReportRuns(runs);
+    for (const Run& run : runs) {
+        failed = failed || run.error_occurred;
+        if (run.run_type != Run::RT_Iteration)
+            continue;
+        const bool by_wall_clock = !run.run_name.time_type.empty();
+        std::string name = run.run_name.function_name;
+        if (!run.run_name.args.empty())
+            name.append("/").append(run.run_name.args);
+        kept[name].push_back(by_wall_clock ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime());
+    }
+}
+
+void core_report_write(std::FILE* file, const core_figures& figures)
+{
+    readers_write(file, figures);
+    roads_write(file, figures);
+    std::fputs("\n### How cost grows\n\n"
+               "Milliseconds, and the exponent between the two largest numbers (1: in "
+               "proportion).\n\n"
+               "| piece | clock | number: ms | exponent | goal |\n|---|---|---|--:|---|\n",
+               file);
+    for (const growing_piece& piece : growing_pieces)
+        growth_write(file, figures, piece);
+}

@@ -1,0 +1,9 @@
+// poll_bench.hpp - measures one poll cycle over many connections.
+#pragma once
+
+constexpr const char* poll_idle_name = "poll/idle";
+constexpr const char* poll_sending_name = "poll/sending";
+
+/// Registers cycles over 1 to 1,000 connections: none of which has sent anything, and all of which
+/// have sent one transmission. A null_screen must be up while they run.
+void poll_benchmarks_add();

@@ -1,0 +1,32 @@
+// server_park.hpp - servers for the client to be connected to while it is measured.
+#pragma once
+
+#include "bench/measured_program.hpp"
+#include "support/scripted_server.hpp"
+
+#include <deque>
+#include <string>
+#include <vector>
+
+/// Servers that are listening, and the connections to them.
+struct server_park {
+    explicit server_park(int count);
+
+    std::deque<scripted_server> servers{};
+    std::vector<server_connection> connections{};
+};
+
+/// A configuration with one server of this machine for each port. Servers are listed by their
+/// ports, so ascending ports have the names station-001, station-002 and so on from the top. All
+/// transmissions are logged in one file.
+std::string config_of(const std::vector<int>& ports);
+
+/// The name of a server, counted from 1.
+std::string station_name(int number);
+
+/// The ports of all servers, ascending.
+std::vector<int> ports_of(const server_park& park);
+
+/// Lets the client, whose list shows exactly the park's servers, connect to all of them, and
+/// exchanges the first packets. False if it does not do its part.
+bool connect_all(server_park& park, measured_program& client);

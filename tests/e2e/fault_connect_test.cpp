@@ -1,0 +1,81 @@
+// fault_connect_test.cpp - connecting while system calls fail: the promised message, and nothing
+// else is harmed.
+#include "e2e/fault_session.hpp"
+
+#include <cerrno>
+#include <netdb.h>
+
+namespace
+{
+
+const std::string no_socket = "Unable to create new socket";
+const std::string no_connection = "Unable to connect to %s";
+const std::string connected = "Successfully connected %s. Handle #";
+
+class fault_connecting : public fault_session
+{
+};
+
+TEST_P(fault_connecting, is_refused_with_its_message)
+{
+    faults.set(GetParam().wanted);
+    ASSERT_NO_FATAL_FAILURE(connect_second());
+    ASSERT_TRUE(wait_for_hit());
+    ASSERT_TRUE(client.wait_for_status(with_place(GetParam().line), GetParam().pair));
+    EXPECT_FALSE(servers[1].has_waiting_client());
+    EXPECT_EQ(client.marker(2).text, " ");
+    if (!GetParam().is_by_name) {
+        faults.set({});
+        EXPECT_TRUE(client.connect_selected(servers[1])) << "at the next attempt";
+    }
+    expect_nothing_else_harmed();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    all, fault_connecting,
+    testing::Values(
+        fault_row{"socket_EMFILE", {faulty_call::socket, EMFILE}, no_socket},
+        fault_row{"socket_ENOBUFS", {faulty_call::socket, ENOBUFS}, no_socket},
+        fault_row{"look_up_EAI_AGAIN", {faulty_call::look_up, EAI_AGAIN}, no_socket, 5, true},
+        fault_row{"look_up_EAI_MEMORY", {faulty_call::look_up, EAI_MEMORY}, no_socket, 5, true},
+        fault_row{"look_up_EAI_SYSTEM", {faulty_call::look_up, EAI_SYSTEM}, no_socket, 5, true},
+        fault_row{"thread_EAGAIN", {faulty_call::thread, EAGAIN}, no_socket, 5, true},
+        fault_row{"connect_ECONNREFUSED", {faulty_call::connect, ECONNREFUSED}, no_connection},
+        fault_row{"connect_ENETUNREACH", {faulty_call::connect, ENETUNREACH}, no_connection},
+        fault_row{"connect_EIO", {faulty_call::connect, EIO}, no_connection},
+        fault_row{"fork_EAGAIN", {faulty_call::fork, EAGAIN}, no_connection},
+        fault_row{"fork_ENOMEM", {faulty_call::fork, ENOMEM}, no_connection}),
+    fault_name);
+
+class fault_survived : public fault_session
+{
+};
+
+TEST_P(fault_survived, leads_to_a_connection_all_the_same)
+{
+    faults.set(GetParam().wanted);
+    ASSERT_NO_FATAL_FAILURE(connect_second());
+    std::optional<server_connection> second = servers[1].accept();
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->read_packet(), (server_packet{.kind = 101, .payload = "0 02 001"}));
+    EXPECT_EQ(second->read_packet(), (server_packet{.kind = 151, .payload = "CXML"}));
+    ASSERT_TRUE(client.terminal().wait_for_text(with_place(connected)));
+    ASSERT_TRUE(wait_for_notice(client, *second, "hello"));
+    EXPECT_GT(faults.hits(), 0);
+    expect_nothing_else_harmed();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    all, fault_survived,
+    testing::Values(fault_row{"connect_EINTR", {faulty_call::connect, EINTR, "", 0, 3}},
+                    fault_row{"wait_EINTR", {faulty_call::wait, EINTR, "", 0, 3}},
+                    fault_row{"send_EINTR", {faulty_call::send, EINTR, "", 0, 2}},
+                    fault_row{"poll_EINTR", {faulty_call::poll, EINTR, "", 0, 20}},
+                    fault_row{"poll_ENOMEM", {faulty_call::poll, ENOMEM, "", 0, 1}},
+                    fault_row{"pause_EINTR", {faulty_call::pause, EINTR, "", 0, 500}},
+                    fault_row{"read_EINTR", {faulty_call::read, EINTR, "socket:", 0, 10}},
+                    fault_row{"read_short", {faulty_call::read, short_count, "socket:", 0, 200}},
+                    fault_row{"tty_read_EINTR", {faulty_call::read, EINTR, "/pts/", 0, 10}}),
+    fault_name);
+
+} // namespace

@@ -1,0 +1,85 @@
+// fault_fetch_test.cpp - lists of servers that are fetched while system calls fail.
+#include "e2e/directory_session.hpp"
+#include "support/faults.hpp"
+
+#include <cerrno>
+#include <netdb.h>
+
+namespace
+{
+
+const std::string refused = "Unable to fetch serverlist from localhost";
+
+struct fetch_row {
+    std::string behaviour;
+    fault wanted;
+    std::string line;
+    bool reaches = true; // the directory
+};
+
+void PrintTo(const fetch_row& row, std::ostream* out)
+{
+    *out << row.behaviour;
+}
+
+std::string fetch_name(const testing::TestParamInfo<fetch_row>& row)
+{
+    return row.param.behaviour;
+}
+
+/// A client and a directory that knows one server more.
+class fault_fetch : public directory_test, public testing::WithParamInterface<fetch_row>
+{
+protected:
+    void SetUp() override
+    {
+        client_start how = with_directory(directory.port());
+        for (const auto& [name, value] : faults.environment(how.environment["LD_PRELOAD"]))
+            how.environment[name] = value;
+        ASSERT_TRUE(client.start(settings, how));
+    }
+
+    const std::string answer = answer_header + directory_line({.name = "b.example"});
+    program_faults faults;
+};
+
+TEST_P(fault_fetch, ends_with_its_message_and_the_next_one_goes_well)
+{
+    const std::string& line = GetParam().line;
+    faults.set(GetParam().wanted);
+    client.terminal().send_control('r');
+    if (GetParam().reaches) {
+        std::optional<server_connection> met = directory.accept();
+        ASSERT_TRUE(met);
+        met->send_bytes(answer);
+        met->half_close();
+        // One that could not send its request leaves bytes unread.
+        met->wait_for_close();
+    }
+    const bool is_refused = line == refused;
+    ASSERT_TRUE(
+        client.wait_for_status(line, is_refused ? pairs::error : pairs::server_text, is_refused));
+    EXPECT_GT(faults.hits(), 0);
+    EXPECT_EQ(client.terminal().bells(), is_refused ? 1 : 0);
+    faults.set({});
+    ASSERT_TRUE(fetch_answered(answer, 2));
+    expect_saved({{.name = "b.example"}, settings.servers.front()});
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    all, fault_fetch,
+    testing::Values(
+        fetch_row{"thread_EAGAIN", {faulty_call::thread, EAGAIN}, refused, false},
+        fetch_row{"look_up_EAI_AGAIN", {faulty_call::look_up, EAI_AGAIN}, fetched(1), false},
+        fetch_row{"socket_EMFILE", {faulty_call::socket, EMFILE}, fetched(1), false},
+        fetch_row{"connect_ENETUNREACH", {faulty_call::connect, ENETUNREACH}, fetched(1), false},
+        fetch_row{"send_EPIPE", {faulty_call::send, EPIPE}, fetched(1)},
+        fetch_row{"read_ECONNRESET", {faulty_call::read, ECONNRESET, "socket:"}, fetched(1)},
+        fetch_row{"connect_EINTR", {faulty_call::connect, EINTR}, fetched(2)},
+        fetch_row{"send_EINTR", {faulty_call::send, EINTR, "", 0, 3}, fetched(2)},
+        fetch_row{"poll_EINTR", {faulty_call::poll, EINTR, "", 0, 5}, fetched(2)},
+        fetch_row{"read_EINTR", {faulty_call::read, EINTR, "socket:", 0, 3}, fetched(2)},
+        fetch_row{"read_short", {faulty_call::read, short_count, "socket:", 0, 50}, fetched(2)}),
+    fetch_name);
+
+} // namespace

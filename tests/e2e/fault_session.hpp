@@ -1,0 +1,58 @@
+// fault_session.hpp - a client with two servers, the first connected, whose system calls fail when
+// a test says so.
+#pragma once
+
+#include "e2e/network_session.hpp"
+#include "support/faults.hpp"
+
+#include <optional>
+#include <string>
+
+inline const std::string log_opened = "Logfile 'logs/ACARS.log' successfully opened";
+
+/// One fault and what the user sees of it.
+struct fault_row {
+    std::string behaviour; // a test's name
+    fault wanted;
+    std::string line{};      // of the status pane; "%s" stands for alias and port of the second
+    int pair = pairs::error; // of that line
+    bool is_by_name = false; // the second server is known by name
+};
+
+inline void PrintTo(const fault_row& row, std::ostream* out)
+{
+    *out << row.behaviour;
+}
+
+/// The name that the table gives to a test.
+inline std::string fault_name(const testing::TestParamInfo<fault_row>& row)
+{
+    return row.param.behaviour;
+}
+
+class fault_session : public testing::TestWithParam<fault_row>
+{
+protected:
+    void SetUp() override;
+    /// Starts the client; nothing is connected and nothing fails yet.
+    void start();
+    /// Whatever failed: the first server's transmissions come and are logged whole, the second can
+    /// be connected to, and the client leaves in order with its configuration saved.
+    void expect_nothing_else_harmed();
+    /// ^L on the second server.
+    void connect_second();
+    /// Sends a transmission from the first server; it must be shown, and be in the log as well.
+    void first_transmits(const std::string& flight);
+    /// "bravo:PORT" in the place of "%s".
+    std::string with_place(std::string line) const;
+    testing::AssertionResult wait_for_hit();
+
+    listed_servers servers{2};
+    program_faults faults;
+    client_settings settings;
+    client_session client;
+    client_start how = wide_terminal;
+    std::string preloads = CLOCK_PRELOAD;
+    std::string logged;
+    std::optional<server_connection> first;
+};

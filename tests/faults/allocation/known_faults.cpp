@@ -1,0 +1,99 @@
+// known_faults.cpp - see known_faults.hpp.
+#include "faults/allocation/known_faults.hpp"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+
+namespace
+{
+
+constexpr std::string_view leak_mark = "leak:";
+constexpr std::string_view crash_mark = "crash:";
+constexpr std::string_view sometimes_mark = "sometimes:";
+
+/// What follows the mark in the lines that begin with it.
+std::vector<std::string> marked_lines(const char* file_name, std::string_view mark)
+{
+    std::ifstream file{file_name};
+    std::vector<std::string> found;
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with(mark))
+            found.push_back(line.substr(mark.size()));
+    }
+    return found;
+}
+
+bool is_program(const frame_name& frame)
+{
+    return frame.object == "allocation_faults";
+}
+
+/// The functions of the test program that lie between a library and its failed allocation.
+bool is_allocator(const frame_name& frame)
+{
+    static constexpr std::string_view names[] = {"origin_note", "failure_note", "must_fail",
+                                                 "malloc",      "calloc",       "realloc"};
+    return is_program(frame) && std::ranges::find(names, frame.function) != std::end(names);
+}
+
+} // namespace
+
+std::vector<known_leak> known_leaks_read()
+{
+    std::vector<known_leak> known;
+    for (const char* file : {LSAN_SUPPRESSIONS, FAULTS_FOLDER "/known_leaks.supp"}) {
+        for (std::string& function : marked_lines(file, leak_mark))
+            known.push_back({std::move(function)});
+    }
+    return known;
+}
+
+std::vector<known_crash> known_crashes_read()
+{
+    std::vector<known_crash> known;
+    for (const std::string_view mark : {crash_mark, sometimes_mark}) {
+        for (const std::string& line : marked_lines(FAULTS_FOLDER "/library_crashes.txt", mark)) {
+            const std::size_t blank = line.find(' ');
+            known.push_back({line.substr(0, blank), line.substr(blank + 1), mark == crash_mark});
+        }
+    }
+    return known;
+}
+
+std::string library_place(std::span<const frame_name> frames)
+{
+    const auto first = std::ranges::find_if_not(frames, is_allocator);
+    const auto client = std::find_if(first, frames.end(), is_program);
+    if (first == client || client == frames.end())
+        return "";
+    std::string place;
+    for (auto frame = first; frame != client; ++frame)
+        place += (place.empty() ? "" : "<") + (frame->function.empty() ? "?" : frame->function);
+    return place;
+}
+
+std::vector<frame_name> frame_names(std::span<void* const> frames)
+{
+    std::vector<frame_name> names;
+    for (const void* frame : frames)
+        names.push_back(frame_name_of(frame));
+    return names;
+}
+
+std::string frames_text(std::span<const frame_name> frames)
+{
+    std::string text;
+    for (const frame_name& frame : frames)
+        text += "      " + (frame.function.empty() ? "?" : frame.function) + " in " + frame.object +
+                '\n';
+    return text;
+}
+
+bool is_known_leak(const std::vector<known_leak>& known, std::span<const frame_name> frames)
+{
+    return std::ranges::any_of(known, [frames](const known_leak& leak) {
+        return std::ranges::find(frames, leak.function, &frame_name::function) != frames.end();
+    });
+}

@@ -1,0 +1,160 @@
+// scenario_run.cpp - see scenario_run.hpp.
+#include "faults/allocation/scenario_run.hpp"
+
+#include "app/app_state.hpp"
+#include "app/start_stop.hpp"
+#include "faults/allocation/leak_search.hpp"
+#include "net/connection.hpp"
+#include "ui/screen.hpp"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr int most_polls = 5;
+constexpr const char* notice_text = "memory is there again";
+constexpr std::size_t notice_server = 1;
+
+run_report* leaks_reported = nullptr;
+
+void on_leak(const live_block& block, const block_origin& origin)
+{
+    if (leaks_reported->leak_count < reported_leaks)
+        leaks_reported->leaks[leaks_reported->leak_count] = {block.size_bytes, origin};
+    ++leaks_reported->leak_count;
+}
+
+bool is_connected(std::size_t index)
+{
+    const server_entry* entry = rig_entry(index);
+    return entry != nullptr && entry->socket_fd > 0 && entry->connected == 1;
+}
+
+/// A notice of that server reaches the status pane.
+void notice_check(const client_rig& rig, std::size_t index, run_report& report)
+{
+    static constexpr unsigned char header[] = {103, 0, 0, 0, 21, 0, 0, 0, 0, 0, 0, 0};
+    char bytes[64];
+    std::memcpy(bytes, header, sizeof header);
+    std::memcpy(bytes + sizeof header, notice_text, std::strlen(notice_text));
+    rig_send(rig, index, {bytes, sizeof header + std::strlen(notice_text)});
+    for (int polls = 0; polls < most_polls; ++polls) {
+        rig_poll();
+        if (rig_status_is(notice_text))
+            return;
+    }
+    run_complain(report, "server %zu is not heard any more", index);
+}
+
+void windows_check(run_report& report)
+{
+    // What a resize could not make, the next one makes.
+    if (app_state.key_line == nullptr)
+        rig_resize(24, 80);
+    for (const WINDOW* window :
+         {app_state.status_pane, app_state.server_pane, app_state.message_pane, app_state.key_line,
+          app_state.settings_win, app_state.help_win}) {
+        if (window == nullptr)
+            run_complain(report, "a window is missing");
+    }
+}
+
+void first_server_check(const client_rig& rig, run_report& report)
+{
+    if (is_connected(0))
+        notice_check(rig, 0, report);
+    else
+        run_complain(report, "the first server's connection is lost");
+}
+
+/// With memory again, the client goes on as if nothing had been.
+void client_check(client_rig& rig, const scenario& which, run_report& report)
+{
+    app_state.settings_shown = 0;
+    app_state.help_shown = 0;
+    windows_check(report);
+    if (which.stage == rig_stage::connected && which.keeps_first)
+        first_server_check(rig, report);
+    if (which.stage == rig_stage::connected && which.keeps_second && !is_connected(notice_server))
+        run_complain(report, "the second server's connection is lost");
+    if (!rig_is_configured(rig, notice_server))
+        return;
+    if (!is_connected(notice_server) && !rig_connect(rig, notice_server))
+        return run_complain(report, "the second server cannot be connected");
+    notice_check(rig, notice_server, report);
+}
+
+void terminal_check(const termios& shell_modes, run_report& report)
+{
+    termios found = {};
+    tcgetattr(STDIN_FILENO, &found);
+    if (std::memcmp(&found, &shell_modes, sizeof found) != 0)
+        run_complain(report, "the terminal's modes are not restored");
+}
+
+/// What the client's record still points to is lost too: the program has ended.
+void leaks_check(run_report& report)
+{
+    rig_threads_wait();
+    std::destroy_at(&app_state);
+    std::construct_at(&app_state);
+    leaks_reported = &report;
+    leaks_search(on_leak);
+}
+
+bool is_running()
+{
+    return app_state.servers != nullptr;
+}
+
+/// Curses keeps what a failed window has left behind, as the terminal does.
+bool is_left_open(const run_report& report)
+{
+    return !report.has_started && app_state.terminal != nullptr;
+}
+
+} // namespace
+
+void run_complain(run_report& report, const char* format, ...)
+{
+    const std::size_t length = std::strlen(report.complaints);
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(report.complaints + length, reported_text_bytes - length - 1, format, arguments);
+    va_end(arguments);
+    std::strcat(report.complaints, "; ");
+}
+
+void scenario_run(client_rig& rig, const scenario& which, failure_plan plan, long nth,
+                  const termios& shell_modes, run_report& report) noexcept
+{
+    allocations_are_clients(true);
+    // Each run has connections of its own: what one shuts down is shut for all who share it.
+    if (which.stage == rig_stage::connected)
+        rig_join(rig);
+    if (which.prepare != nullptr)
+        which.prepare(rig);
+    allocations_note_failures(report.failures, reported_failures, report.failure_count);
+    allocations_arm(plan, nth);
+    report.has_started = which.act(rig, which);
+    report.counted = allocations_disarm();
+    report.has_failed = allocations_have_failed();
+    if (report.has_started && is_running()) {
+        client_check(rig, which, report);
+        app_shutdown();
+    }
+    allocations_are_clients(false);
+    if (!is_left_open(report)) {
+        terminal_check(shell_modes, report);
+        leaks_check(report);
+    }
+    report.is_over = true;
+    _exit(report.has_started ? 0 : start_failed_status);
+}

@@ -1,0 +1,156 @@
+// fuzz_session.cpp - see fuzz_session.hpp.
+#include "fuzz/fuzz_session.hpp"
+
+#include "app/app_state.hpp"
+#include "fuzz/property.hpp"
+#include "net/connection.hpp"
+#include "net/limits.hpp"
+#include "net/packet_kind.hpp"
+#include "ui/server_pane.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <sys/socket.h>
+#include <zlib.h>
+
+namespace
+{
+
+constexpr sent_packet_kind sent_kinds[] = {
+    packet_good_bye,
+    packet_add_flight,
+    packet_add_airline,
+    packet_add_airport,
+    packet_add_mode,
+    packet_add_aircraft,
+    packet_subscribe,
+    packet_report_style,
+    packet_report_request,
+    packet_pager_add,
+    packet_password,
+    packet_identification,
+    packet_pager_remove,
+    packet_pager_list,
+    packet_uplink_setting,
+    packet_client_version,
+    packet_transmission_format,
+    packet_heartbeat,
+};
+
+unsigned number_at(std::string_view bytes, std::size_t from, std::size_t count)
+{
+    unsigned number = 0;
+    while (count-- > 0)
+        number = number << 8 | static_cast<unsigned char>(bytes[from + count]);
+    return number;
+}
+
+std::string number_bytes(unsigned number, int count)
+{
+    std::string bytes;
+    for (int index = 0; index < count; ++index)
+        bytes += static_cast<char>(number >> (8 * index) & 0xFF);
+    return bytes;
+}
+
+std::size_t packet_check(std::string_view bytes)
+{
+    require(bytes.size() >= packet_header_bytes, "a header is sent whole");
+    const unsigned kind = number_at(bytes, 0, 4);
+    const std::size_t length = number_at(bytes, 4, 2);
+    require(std::ranges::find(sent_kinds, kind) != std::end(sent_kinds),
+            "only known kinds are sent");
+    require(length <= packet_max_sent_text_bytes, "a sent text has its bound");
+    require(number_at(bytes, 6, 2) == 0, "nothing is sent with a size hint");
+    require(bytes.size() >= packet_header_bytes + length, "a payload is sent whole");
+    const std::string_view payload = bytes.substr(packet_header_bytes, length);
+    require(payload.find('\0') == std::string_view::npos, "what is sent is text");
+    return packet_header_bytes + length;
+}
+
+} // namespace
+
+char* owned_or_none(std::string_view text)
+{
+    return text.empty() ? nullptr : strndup(text.data(), text.size());
+}
+
+server_entry& server_add_new(std::string_view name, std::string_view alias)
+{
+    auto* entry = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
+    require(entry != nullptr, "there is memory for a server");
+    entry->ServerName = owned_or_none(name);
+    entry->ServerAlias = owned_or_none(alias);
+    require(server_add(app_state.servers, entry) == -1, "a new server is added");
+    server_list_draw();
+    return *entry;
+}
+
+fuzz_connection::fuzz_connection(server_entry& entry)
+{
+    int ends[2] = {-1, -1};
+    require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0, "there are sockets");
+    connection_end(entry);
+    entry.socket_fd = ends[0];
+    entry.connected = 1;
+    entry.last_data_time = std::time(nullptr);
+    held = unique_fd{ends[1]};
+    server_marker_write(entry.list_row + 1, marker_connected);
+}
+
+void fuzz_connection::send(std::string_view bytes) const
+{
+    if (held)
+        ::send(held.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+}
+
+int fuzz_connection::take() const
+{
+    std::string all;
+    char piece[8192];
+    for (ssize_t count; held && (count = recv(held.get(), piece, sizeof piece, MSG_DONTWAIT)) > 0;)
+        all.append(piece, static_cast<std::size_t>(count));
+    int packets = 0;
+    for (std::string_view left = all; !left.empty(); ++packets)
+        left.remove_prefix(packet_check(left));
+    return packets;
+}
+
+void fuzz_connection::close()
+{
+    held = unique_fd{};
+}
+
+std::string packet_bytes(unsigned kind, unsigned extra, unsigned param1, unsigned param2,
+                         std::string_view payload)
+{
+    const std::string_view sent = payload.substr(0, 0xFFFF);
+    return number_bytes(kind, 4) + number_bytes(static_cast<unsigned>(sent.size()), 2) +
+           number_bytes(extra, 2) + number_bytes(param1, 2) + number_bytes(param2, 2) +
+           std::string{sent};
+}
+
+std::string deflated(std::string_view text)
+{
+    uLongf length = compressBound(text.size());
+    std::string data(length, '\0');
+    const int result = compress2(reinterpret_cast<Bytef*>(data.data()), &length,
+                                 reinterpret_cast<const Bytef*>(text.data()), text.size(), 1);
+    require(result == Z_OK, "zlib can compress");
+    data.resize(length);
+    return data;
+}
+
+void servers_check()
+{
+    const collection& servers = *app_state.servers;
+    require(servers.count <= servers.capacity, "every server has a slot");
+    for (std::int32_t index = 1; index < servers.count; ++index)
+        require(server_compare(server_at(&servers, index - 1), server_at(&servers, index)) < 0,
+                "the list stays sorted");
+    const bool is_none = app_state.selected == -1;
+    require(is_none ||
+                (app_state.selected >= 1 && app_state.selected <= std::max(1, servers.count)),
+            "the selection lies within the list");
+}

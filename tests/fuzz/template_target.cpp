@@ -1,0 +1,60 @@
+// template_target.cpp - filling a template, beside filling it placeholder by placeholder in
+// std::string.
+#include "data/text.hpp"
+#include "fuzz/fuzz_input.hpp"
+#include "fuzz/property.hpp"
+#include "net/limits.hpp"
+#include "net/transmission.hpp"
+
+#include <algorithm>
+
+namespace
+{
+
+/// Every placeholder at once, wherever it stands.
+std::string replaced(const std::string& text, const std::string& placeholder, const char* value)
+{
+    std::string made;
+    std::size_t from = 0;
+    for (std::size_t at; (at = text.find(placeholder, from)) != std::string::npos;
+         from = at + placeholder.size())
+        made.append(text, from, at - from).append(value);
+    return made.append(text, from);
+}
+
+std::string filled(std::string text, const xml_node* document)
+{
+    for (int count = 0;; ++count) {
+        const std::size_t start = text.find('%');
+        if (start == std::string::npos)
+            return text;
+        if (count >= template_max_replacements || text.size() > template_max_bytes) {
+            std::replace(text.begin(), text.end(), '%', '#');
+            return text;
+        }
+        const std::size_t end = text.find('%', start + 1);
+        if (end == std::string::npos) {
+            text[start] = '#';
+            continue;
+        }
+        const std::string placeholder = text.substr(start, end - start + 1);
+        const std::string path = placeholder.substr(1, placeholder.size() - 2);
+        const char* value = xml_get(document, path.c_str(), false, false);
+        text = replaced(text, placeholder, value != nullptr ? value : "");
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    fuzz_input input{data, size};
+    const std::string text = input.text();
+    const xml_document document{xml_parse(input.text().c_str())};
+    const heap_text made{fill_template(str_dup(text.c_str()), document.get())};
+    require(made != nullptr, "a template gives a text");
+    const std::string result = made.get();
+    require(result.find('%') == std::string::npos, "no placeholder is left");
+    require(result == filled(text, document.get()), "every placeholder has its value");
+    return 0;
+}

@@ -1,0 +1,106 @@
+// soak_server.hpp - one server of a soak, and all it knows of its client.
+//
+// Owns its sockets. Does something only when it is stepped; never waits. It reads the client's pace
+// from the polls that the client has made: a packet counts as read after two more of them, since
+// the first may have been under way already.
+#pragma once
+
+#include "data/owners.hpp"
+#include "support/server_packet.hpp"
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <string_view>
+
+enum class server_manner : std::uint8_t { steady, flooding, splitting };
+
+enum class server_mood : std::uint8_t {
+    talking,
+    held,     // says nothing until told otherwise
+    silent,   // says nothing until the client sends a heartbeat or leaves
+    stubborn, // says nothing until the client leaves
+};
+
+class soak_server
+{
+public:
+    /// `listener`: a bound socket, whose port is the server's.
+    soak_server(int number, unique_fd listener, server_manner manner, unsigned seed);
+
+    int listener() const
+    {
+        return listening.get();
+    }
+    /// The client's socket; -1 when there is none.
+    int client() const
+    {
+        return connection.get();
+    }
+    /// A client waits to be accepted.
+    void accept_client();
+    /// The client's socket has something to read, or has ended.
+    void take_in();
+    /// Says what is due. now_ms: by the client's clock. polls: those that the client has finished
+    /// so far.
+    void step(std::int64_t now_ms, std::int64_t polls);
+
+    void set_mood(server_mood wanted)
+    {
+        mood = wanted;
+    }
+    /// The next client is asked for a password.
+    void ask_next_for_password()
+    {
+        asks_password = true;
+    }
+    /// Says something beside the transmissions. False if the client has gone or takes nothing.
+    bool say(const server_packet& packet);
+    /// Closes the connection, with a reset or with the end of file.
+    void hang_up(bool with_reset);
+
+    /// A client is there and has introduced itself.
+    bool is_connected() const;
+    /// The client has been through enough polls to read what it was said first.
+    bool has_been_polled() const;
+    bool is_talking() const
+    {
+        return mood == server_mood::talking;
+    }
+    /// Whatever was sent has been read.
+    bool is_settled() const;
+
+    std::int64_t transmissions = 0; // handed to the client
+    std::int64_t packets = 0;       // of any kind, these included
+    int clients = 0;                // that ever came
+    int good_byes = 0;              // that ever were said
+    int heartbeats = 0;             // that ever came
+    int ends = 0;                   // connections that the client has closed
+    int passwords = 0;              // that ever came
+
+private:
+    void understand(const server_packet& packet);
+    void client_left();
+    void speak();
+    void flood();
+    void split();
+    bool give(std::string_view bytes);
+    server_packet next_packet();
+
+    int number;
+    server_manner manner;
+    std::mt19937 dice;
+    unique_fd listening;
+    unique_fd connection{};
+    std::string inbox{};  // of a packet that is not whole yet
+    std::string pieces{}; // of packets that are still to be sent
+    server_mood mood = server_mood::talking;
+    bool asks_password = false;
+    int introductions = 0; // packets that the client has introduced itself with
+    std::int64_t now_ms = 0;
+    std::int64_t polls = 0;
+    std::int64_t said_at_polls = 0;
+    std::int64_t introduced_at_polls = 0;
+    std::int64_t next_due_ms = 0;
+    int mean_interval_ms;
+};

@@ -1,0 +1,304 @@
+// fault_preload.cpp - system calls that fail when a test says so, loaded into the program with
+// LD_PRELOAD or linked to a test.
+//
+// A test says so in the file that TEST_FAULT_FILE names, or in what fault_layout_in_use() returns.
+// The kernel is asked directly where it can be: the next definition of a function may be a
+// sanitizer's, which is not ready when the first call comes.
+#include "support/fault_layout.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <netdb.h>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+
+fault_layout own_layout;
+fault_layout* layout = &own_layout;
+
+__attribute__((constructor)) void attach()
+{
+    const char* name = std::getenv(fault_file_variable);
+    const long fd = name == nullptr ? -1 : syscall(SYS_openat, AT_FDCWD, name, O_RDWR | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    void* mapped = mmap(nullptr, sizeof(fault_layout), PROT_READ | PROT_WRITE, MAP_SHARED,
+                        static_cast<int>(fd), 0);
+    syscall(SYS_close, fd);
+    if (mapped != MAP_FAILED)
+        layout = static_cast<fault_layout*>(mapped);
+}
+
+bool is_named(const char* path)
+{
+    return layout->name[0] == '\0' || std::strstr(path, layout->name) != nullptr;
+}
+
+bool is_named(int fd)
+{
+    if (layout->name[0] == '\0')
+        return true;
+    char link[32];
+    char path[512] = {};
+    std::snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
+    return syscall(SYS_readlinkat, AT_FDCWD, link, path, sizeof path - 1) > 0 && is_named(path);
+}
+
+/// Counts a call, and ends the process here if that is what the test wants.
+void step()
+{
+    if (layout->kill_at == 0)
+        return;
+    if (++layout->steps == layout->kill_at)
+        syscall(SYS_kill, syscall(SYS_getpid), SIGKILL);
+}
+
+/// How this call is to fail: an errno or short_count; 0 when it is to go well. what: a path or a
+/// descriptor.
+template <typename T> int fault_of(faulty_call call, T what)
+{
+    step();
+    if (layout->call != static_cast<int>(call) || !is_named(what))
+        return 0;
+    if (layout->skipped.fetch_sub(1) > 0 || layout->failing.fetch_sub(1) <= 0)
+        return 0;
+    ++layout->hits;
+    return layout->error;
+}
+
+/// The same of calls that act on no file.
+int fault_of(faulty_call call)
+{
+    const char* nothing = layout->name;
+    return fault_of(call, nothing);
+}
+
+int fail(int error)
+{
+    errno = error;
+    return -1;
+}
+
+template <typename... T> int ask(int fault, long number, T... arguments)
+{
+    return fault != 0 ? fail(fault) : static_cast<int>(syscall(number, arguments...));
+}
+
+/// A call that moves bytes, of which it may move fewer than asked for.
+template <typename... T>
+ssize_t move_bytes(int fault, long number, int fd, const void* bytes, size_t length, T... more)
+{
+    if (fault > 0)
+        return fail(fault);
+    const size_t asked = fault == short_count ? std::min<size_t>(length, 1) : length;
+    return syscall(number, fd, bytes, asked, more...);
+}
+
+template <typename T> T next(const char* name)
+{
+    return reinterpret_cast<T>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+extern "C" {
+
+fault_layout* fault_layout_in_use()
+{
+    return layout;
+}
+
+int socket(int domain, int type, int protocol) noexcept
+{
+    return ask(fault_of(faulty_call::socket), SYS_socket, domain, type, protocol);
+}
+
+int connect(int fd, const sockaddr* address, socklen_t length)
+{
+    const int fault = fault_of(faulty_call::connect);
+    using call = int (*)(int, const sockaddr*, socklen_t);
+    return fault != 0 ? fail(fault) : next<call>("connect")(fd, address, length);
+}
+
+int poll(pollfd* watched, nfds_t count, int limit_ms)
+{
+    const int fault = fault_of(count > 0 ? faulty_call::poll : faulty_call::pause);
+    using call = int (*)(pollfd*, nfds_t, int);
+    return fault != 0 ? fail(fault) : next<call>("poll")(watched, count, limit_ms);
+}
+
+int __poll_chk(pollfd* watched, nfds_t count, int limit_ms, size_t)
+{
+    return poll(watched, count, limit_ms);
+}
+
+int ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* mask)
+{
+    const int fault = fault_of(count > 0 ? faulty_call::poll : faulty_call::pause);
+    using call = int (*)(pollfd*, nfds_t, const timespec*, const sigset_t*);
+    return fault != 0 ? fail(fault) : next<call>("ppoll")(watched, count, limit, mask);
+}
+
+int __ppoll_chk(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* mask, size_t)
+{
+    return ppoll(watched, count, limit, mask);
+}
+
+ssize_t send(int fd, const void* bytes, size_t length, int flags)
+{
+    return move_bytes(fault_of(faulty_call::send), SYS_sendto, fd, bytes, length, flags, nullptr,
+                      0);
+}
+
+ssize_t read(int fd, void* bytes, size_t length)
+{
+    return move_bytes(fault_of(faulty_call::read, fd), SYS_read, fd, bytes, length);
+}
+
+ssize_t __read_chk(int fd, void* bytes, size_t length, size_t)
+{
+    return read(fd, bytes, length);
+}
+
+ssize_t write(int fd, const void* bytes, size_t length)
+{
+    const int fault = fault_of(faulty_call::write, fd);
+    const auto piece = static_cast<size_t>(layout->piece.load());
+    return move_bytes(fault, SYS_write, fd, bytes, piece > 0 ? std::min(piece, length) : length);
+}
+
+int openat(int folder, const char* path, int flags, ...)
+{
+    va_list more;
+    va_start(more, flags);
+    const unsigned mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(more, unsigned) : 0;
+    va_end(more);
+    return ask(fault_of(faulty_call::open, path), SYS_openat, folder, path, flags, mode);
+}
+
+int open(const char* path, int flags, ...)
+{
+    va_list more;
+    va_start(more, flags);
+    const unsigned mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(more, unsigned) : 0;
+    va_end(more);
+    return openat(AT_FDCWD, path, flags, mode);
+}
+
+int __open_2(const char* path, int flags)
+{
+    return openat(AT_FDCWD, path, flags, 0);
+}
+
+int __openat_2(int folder, const char* path, int flags)
+{
+    return openat(folder, path, flags, 0);
+}
+
+int mkostemp(char* path, int flags)
+{
+    const int fault = fault_of(faulty_call::make_unique, static_cast<const char*>(path));
+    return fault != 0 ? fail(fault) : next<int (*)(char*, int)>("mkostemp")(path, flags);
+}
+
+// Under its own name the function would hide the record of the same name.
+int lock_call(int fd, int operation) noexcept __asm__("flock");
+
+int lock_call(int fd, int operation) noexcept
+{
+    return ask(fault_of(faulty_call::lock, fd), SYS_flock, fd, operation);
+}
+
+int fchown(int fd, uid_t owner, gid_t group) noexcept
+{
+    return ask(fault_of(faulty_call::set_owner, fd), SYS_fchown, fd, owner, group);
+}
+
+int fchmod(int fd, mode_t mode) noexcept
+{
+    return ask(fault_of(faulty_call::set_mode, fd), SYS_fchmod, fd, mode);
+}
+
+int ftruncate(int fd, off_t length) noexcept
+{
+    return ask(fault_of(faulty_call::set_length, fd), SYS_ftruncate, fd, length);
+}
+
+int posix_fallocate(int fd, off_t offset, off_t length)
+{
+    const int fault = fault_of(faulty_call::set_length, fd);
+    using call = int (*)(int, off_t, off_t);
+    return fault != 0 ? fault : next<call>("posix_fallocate")(fd, offset, length);
+}
+
+int fsync(int fd)
+{
+    return ask(fault_of(faulty_call::sync, fd), SYS_fsync, fd);
+}
+
+int close(int fd)
+{
+    const int fault = fault_of(faulty_call::close, fd);
+    // The descriptor is gone whatever the answer.
+    const auto answer = static_cast<int>(syscall(SYS_close, fd));
+    return fault != 0 ? fail(fault) : answer;
+}
+
+int rename(const char* from, const char* to) noexcept
+{
+    return ask(fault_of(faulty_call::rename, to), SYS_renameat, AT_FDCWD, from, AT_FDCWD, to);
+}
+
+int unlink(const char* path) noexcept
+{
+    return ask(fault_of(faulty_call::remove, path), SYS_unlinkat, AT_FDCWD, path, 0);
+}
+
+int unlinkat(int folder, const char* path, int flags) noexcept
+{
+    return ask(fault_of(faulty_call::remove, path), SYS_unlinkat, folder, path, flags);
+}
+
+pid_t fork() noexcept
+{
+    const int fault = fault_of(faulty_call::fork);
+    return fault != 0 ? fail(fault) : next<pid_t (*)()>("fork")();
+}
+
+pid_t waitpid(pid_t child, int* status, int options)
+{
+    const int fault = fault_of(faulty_call::wait);
+    using call = pid_t (*)(pid_t, int*, int);
+    return fault != 0 ? fail(fault) : next<call>("waitpid")(child, status, options);
+}
+
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*run)(void*),
+                   void* argument) noexcept
+{
+    const int fault = fault_of(faulty_call::thread);
+    using call = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+    return fault != 0 ? fault : next<call>("pthread_create")(thread, attributes, run, argument);
+}
+
+int getaddrinfo(const char* host, const char* service, const addrinfo* hints, addrinfo** list)
+{
+    const bool is_number = hints != nullptr && (hints->ai_flags & AI_NUMERICHOST) != 0;
+    const int fault = is_number ? 0 : fault_of(faulty_call::look_up);
+    using call = int (*)(const char*, const char*, const addrinfo*, addrinfo**);
+    return fault != 0 ? fault : next<call>("getaddrinfo")(host, service, hints, list);
+}
+
+} // extern "C"

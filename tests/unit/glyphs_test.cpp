@@ -1,0 +1,80 @@
+// glyphs_test.cpp - what becomes of bytes on their way into a window.
+#include "unit/headless_screen.hpp"
+
+#include "ui/glyphs.hpp"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+class glyphs : public testing::Test
+{
+protected:
+    /// The characters of a row's first cells.
+    std::wstring cells(int row, int count) const
+    {
+        std::wstring text;
+        for (int column = 0; column < count; ++column) {
+            cchar_t cell;
+            wchar_t character[CCHARW_MAX + 1] = {};
+            attr_t attributes = 0;
+            short pair = 0;
+            mvwin_wch(window.get(), row, column, &cell);
+            getcchar(&cell, character, &attributes, &pair, nullptr);
+            text += character;
+        }
+        return text;
+    }
+
+    headless_screen screen;
+    const std::unique_ptr<WINDOW, releaser<delwin>> window{newwin(2, 10, 0, 0)};
+};
+
+TEST_F(glyphs, have_blanks_for_what_places_text_and_question_marks_for_what_drives_terminals)
+{
+    const struct {
+        const char* behaviour;
+        std::string_view text;
+        std::wstring shown;
+    } rows[] = {
+        {"letters and blanks stay", "aZ ~", L"aZ ~"},
+        {"tab, carriage return and line feed", "a\tb\rc\nd", L"a b c d"},
+        {"all other control characters", {"\0\x01\x1B\x1F\x7F", 5}, L"?????"},
+        {"the upper control characters", "\x80\x9B\x9F", L"???"},
+        {"the upper half", "\xA0\xC4\xFF", L"\u00A0\u00C4\u00FF"},
+    };
+    for (const auto& row : rows) {
+        werase(window.get());
+        glyphs_write_at(window.get(), 1, 0, row.text);
+        EXPECT_TRUE(cells(1, static_cast<int>(row.text.size())) == row.shown) << row.behaviour;
+    }
+}
+
+TEST_F(glyphs, stay_out_of_places_outside_the_window)
+{
+    for (const auto& [row, column] : {std::pair{2, 0}, {0, 10}, {-1, 0}, {0, -1}}) {
+        glyphs_write_at(window.get(), row, column, "x");
+        EXPECT_TRUE(cells(0, 10) == std::wstring(10, L' ')) << row << " " << column;
+    }
+}
+
+TEST_F(glyphs, end_at_the_edge)
+{
+    EXPECT_EQ(glyphs_write_to_edge(window.get(), 0, 7, "abcdef"), 10);
+    EXPECT_TRUE(cells(0, 10) == L"       abc");
+    EXPECT_TRUE(cells(1, 10) == std::wstring(10, L' '));
+    EXPECT_EQ(glyphs_write_to_edge(window.get(), 1, 12, "abc"), 12);
+    EXPECT_EQ(glyphs_write_to_edge(window.get(), 1, 0, "abc"), 3);
+}
+
+TEST_F(glyphs, without_a_window_go_nowhere)
+{
+    glyphs_write(nullptr, "x");
+    glyphs_write_at(nullptr, 0, 0, "x");
+    EXPECT_EQ(glyphs_write_to_edge(nullptr, 0, 5, "x"), 5);
+    glyphs_end_line(nullptr);
+    glyphs_attribute(nullptr, 2, true);
+}
+
+} // namespace

@@ -1,0 +1,195 @@
+// log_trouble_test.cpp - logs that can no longer be written are reported once and tried again.
+#include "unit/log_fixture.hpp"
+
+#include "support/small_disk.hpp"
+
+#include <filesystem>
+#include <optional>
+
+namespace
+{
+
+const status_line opened{"Logfile 'srv/logs.log' successfully opened", 6};
+const status_line unwritable{"Logfile 'srv/logs.log' cannot be written", 5};
+
+/// A server whose log is open and holds one record.
+class log_trouble : public log_test
+{
+protected:
+    log_trouble()
+    {
+        folder.make_folder("srv");
+        set_log_folder("logs");
+    }
+
+    void begin()
+    {
+        open_log_files(entry);
+        ASSERT_NE(entry.log_file, nullptr);
+        log("\none");
+        mark();
+    }
+    void log(const char* record) const
+    {
+        log_transmission(entry, record);
+    }
+    std::optional<std::string> text() const
+    {
+        return folder.read_file("srv/logs.log");
+    }
+};
+
+TEST_F(log_trouble, without_room_is_reported_once_and_leaves_no_part_of_a_record)
+{
+    begin();
+    for (int round = 0; round < 2; ++round) {
+        {
+            const file_size_limit limit(text()->size() + 2);
+            log("\nlost");
+            log("\nlost too");
+        }
+        EXPECT_EQ(said(), status_lines{unwritable});
+        log("\ntwo");
+        log("\nthree");
+        EXPECT_EQ(said(), status_lines{unwritable});
+        mark();
+    }
+    EXPECT_EQ(text(), "\none\ntwo\nthree\ntwo\nthree");
+}
+
+TEST_F(log_trouble, on_a_full_disk_ends_when_there_is_room_again)
+{
+    const small_disk disk(folder.path_of("srv"), 64UL * 1024);
+    if (!disk.is_there())
+        GTEST_SKIP() << "nothing may be mounted here";
+    begin();
+    std::string whole = *text();
+    ASSERT_TRUE(disk.fill());
+    // The page that the log has already takes some records; then one that is cut does not fit.
+    const std::string record = '\n' + std::string(300, 'r');
+    while (said().empty()) {
+        log(record.c_str());
+        if (said().empty())
+            whole += record;
+    }
+    EXPECT_EQ(said(), status_lines{unwritable});
+    EXPECT_EQ(text(), whole);
+    disk.empty();
+    log(record.c_str());
+    EXPECT_EQ(text(), whole + record);
+    EXPECT_EQ(said(), status_lines{unwritable});
+    close_log_file(entry);
+}
+
+TEST_F(log_trouble, of_a_deleted_file_ends_with_a_new_one)
+{
+    begin();
+    ASSERT_EQ(unlink("srv/logs.log"), 0);
+    log("\nlost");
+    EXPECT_EQ(said(), status_lines{unwritable});
+    EXPECT_EQ(entry.log_file, nullptr);
+    log("\ntwo");
+    log("\nthree");
+    EXPECT_EQ(said(), (status_lines{unwritable, opened}));
+    EXPECT_EQ(text(), "\ntwo\nthree");
+    ASSERT_EQ(unlink("srv/logs.log"), 0);
+    log("\nlost");
+    EXPECT_EQ(said(), (status_lines{unwritable, opened, unwritable}));
+}
+
+TEST_F(log_trouble, of_a_deleted_folder_is_reported_once_until_it_is_there_again)
+{
+    begin();
+    std::filesystem::remove_all("srv");
+    for (int round = 0; round < 3; ++round)
+        log("\nlost");
+    EXPECT_EQ(said(), status_lines{unwritable});
+    folder.make_folder("srv");
+    log("\ntwo");
+    EXPECT_EQ(said(), (status_lines{unwritable, opened}));
+    EXPECT_EQ(text(), "\ntwo");
+}
+
+TEST_F(log_trouble, of_the_shared_log_ends_with_the_next_transmission_of_any_server)
+{
+    app_state.setting_flags = SaveToOne;
+    set_log_folder("srv");
+    open_log_files(entry);
+    log("\none");
+    mark();
+    ASSERT_EQ(unlink("srv/ACARS.log"), 0);
+    log("\nlost");
+    log_transmission(add_server("other.example"), "\ntwo");
+    EXPECT_EQ(said(), (status_lines{{"Logfile 'srv/ACARS.log' cannot be written", 5},
+                                    {"Logfile 'srv/ACARS.log' successfully opened", 6}}));
+    EXPECT_EQ(folder.read_file("srv/ACARS.log"), "\ntwo");
+}
+
+TEST_F(log_trouble, is_none_when_a_log_is_copied_and_truncated)
+{
+    begin();
+    std::filesystem::copy("srv/logs.log", "srv/logs.log.1");
+    ASSERT_EQ(truncate("srv/logs.log", 0), 0);
+    log("\ntwo");
+    EXPECT_EQ(text(), "\ntwo");
+    EXPECT_EQ(said(), status_lines{});
+}
+
+TEST_F(log_trouble, is_none_when_a_log_is_renamed)
+{
+    begin();
+    std::filesystem::rename("srv/logs.log", "srv/logs.log.1");
+    log("\ntwo");
+    EXPECT_EQ(folder.read_file("srv/logs.log.1"), "\none\ntwo");
+    EXPECT_EQ(said(), status_lines{});
+}
+
+TEST_F(log_trouble, of_a_device_is_reported_once)
+{
+    std::filesystem::create_symlink("/dev/full", "srv/logs.log");
+    open_log_files(entry);
+    log("\nlost");
+    log("\nlost");
+    EXPECT_EQ(said(), (status_lines{opened, unwritable}));
+    EXPECT_NE(entry.log_file, nullptr);
+}
+
+TEST_F(log_trouble, is_forgotten_when_the_user_closes_the_log)
+{
+    begin();
+    ASSERT_EQ(unlink("srv/logs.log"), 0);
+    log("\nlost");
+    close_log_file(entry);
+    mark();
+    log("\nnot logged");
+    EXPECT_EQ(said(), status_lines{});
+    EXPECT_EQ(text(), std::nullopt);
+    open_log_files(entry);
+    EXPECT_EQ(said(), status_lines{opened});
+}
+
+TEST_F(log_trouble, brings_back_only_the_log_that_the_settings_ask_for)
+{
+    begin();
+    ASSERT_EQ(unlink("srv/logs.log"), 0);
+    log("\nlost");
+    mark();
+    for (const std::uint32_t flags : {0U, static_cast<std::uint32_t>(SaveToOne)}) {
+        app_state.setting_flags = flags;
+        log("\nnot logged");
+    }
+    EXPECT_EQ(said(), status_lines{});
+    EXPECT_EQ(folder.files(), std::vector<std::string>{"srv/"});
+}
+
+TEST_F(log_trouble, at_opening_is_not_tried_again)
+{
+    std::filesystem::remove_all("srv");
+    open_log_files(entry);
+    folder.make_folder("srv");
+    log("\nnot logged");
+    EXPECT_EQ(said(), (status_lines{{"Logfile 'srv/logs.log' not opened", 6}}));
+    EXPECT_EQ(text(), std::nullopt);
+}
+
+} // namespace

@@ -1,0 +1,102 @@
+// packet_fault_test.cpp - packets that are read and sent while system calls are interrupted, do
+// less than they were asked for, or fail.
+#include "net/packet_input.hpp"
+#include "net/packet_output.hpp"
+#include "net/readiness.hpp"
+#include "unit/own_faults.hpp"
+#include "unit/socket_pair.hpp"
+
+#include <cerrno>
+#include <string>
+
+namespace
+{
+
+class packet_faults : public testing::Test
+{
+protected:
+    packet_faults() = default;
+    ~packet_faults() override
+    {
+        packet_take(server);
+    }
+    packet_faults(const packet_faults&) = delete;
+    packet_faults& operator=(const packet_faults&) = delete;
+
+    /// Takes what the server has sent, in as many calls as that may need.
+    std::string received(int most_calls)
+    {
+        int state = packet_pending;
+        for (int calls = 0; state == packet_pending && calls < most_calls; ++calls)
+            state = receive_packet(sockets.client(), server);
+        if (state != packet_complete)
+            return "no packet: " + std::to_string(state);
+        return reinterpret_cast<const char*>(packet_take(server)->payload);
+    }
+
+    socket_pair sockets;
+    server_entry server = {};
+};
+
+const std::string notice = wire_packet(103, 6, 0, "notice");
+
+TEST_F(packet_faults, that_interrupt_a_packet_lose_nothing_of_it)
+{
+    for (const faulty_call call : {faulty_call::poll, faulty_call::read}) {
+        for (int skipped = 0; skipped < 2; ++skipped) {
+            ASSERT_TRUE(sockets.feed(notice));
+            const own_fault interrupted({call, EINTR, "", skipped, 3});
+            EXPECT_EQ(received(1), "notice") << static_cast<int>(call) << ' ' << skipped;
+            EXPECT_EQ(own_fault::hits(), 3);
+        }
+    }
+}
+
+TEST_F(packet_faults, that_interrupt_a_header_in_pieces_keep_it_together)
+{
+    ASSERT_TRUE(sockets.feed(notice));
+    // The second wait is the one for the rest of the header.
+    fault_layout_in_use()->piece = 0;
+    const own_fault pieces({faulty_call::read, short_count, "", 0, every_call});
+    EXPECT_EQ(received(6), "notice");
+    EXPECT_EQ(own_fault::hits(), 12 + 6);
+}
+
+TEST_F(packet_faults, that_are_errors_drop_the_packet_under_way)
+{
+    ASSERT_TRUE(sockets.feed(notice));
+    const own_fault broken({faulty_call::read, ECONNRESET});
+    EXPECT_EQ(received(1), "no packet: " + std::to_string(packet_failed));
+    EXPECT_EQ(server.rx_packet, nullptr);
+    EXPECT_EQ(received(1), "notice");
+}
+
+TEST_F(packet_faults, that_interrupt_sending_do_not_keep_the_packet_back)
+{
+    for (const faulty_call call : {faulty_call::poll, faulty_call::send}) {
+        const own_fault interrupted({call, EINTR, "", 0, 3});
+        EXPECT_EQ(send_packet(sockets.client(), 2, 0, 0, "Good Bye"), 20);
+        EXPECT_EQ(own_fault::hits(), 3);
+        EXPECT_EQ(sockets.sent_by_client(), wire_packet(2, 8, 0, "Good Bye"));
+    }
+}
+
+TEST_F(packet_faults, that_are_errors_drop_the_packet_to_be_sent)
+{
+    for (const int error : {EPIPE, ECONNRESET, EIO, ENOBUFS}) {
+        const own_fault broken({faulty_call::send, error});
+        EXPECT_EQ(send_packet(sockets.client(), 2, 0, 0, "Good Bye"), -1);
+        EXPECT_EQ(sockets.sent_by_client(), "");
+    }
+    const own_fault broken({faulty_call::poll, ENOMEM});
+    EXPECT_EQ(send_packet(sockets.client(), 2, 0, 0, "Good Bye"), 0);
+}
+
+TEST_F(packet_faults, of_sending_a_part_are_not_mended)
+{
+    const own_fault part({faulty_call::send, short_count});
+    EXPECT_EQ(send_packet(sockets.client(), 2, 0, 0, "Good Bye"), 1);
+    EXPECT_EQ(sockets.sent_by_client().size(), 1U);
+}
+
+} // namespace

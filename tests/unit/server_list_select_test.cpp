@@ -1,0 +1,46 @@
+// server_list_select_test.cpp - the bar's way over the list is seen at once.
+#include "ui/server_pane.hpp"
+#include "unit/net_fixture.hpp"
+
+namespace
+{
+
+constexpr int first_row = 2;
+constexpr int second_row = 3;
+constexpr int name_column = 2;
+constexpr short name_pair = 2;
+constexpr short bar_pair = 8;
+
+class server_list_selection : public net_test
+{
+protected:
+    server_list_selection()
+    {
+        add_server("b.example");
+        add_server("a.example");
+    }
+
+    /// The pair of the first character of a name as the terminal has it.
+    static short shown_pair(int row)
+    {
+        return static_cast<short>(PAIR_NUMBER(mvwinch(curscr, row, name_column)));
+    }
+};
+
+TEST_F(server_list_selection, is_shown_without_waiting_for_the_next_key)
+{
+    server_list_select(2);
+    EXPECT_EQ(shown_pair(first_row), name_pair);
+    EXPECT_EQ(shown_pair(second_row), bar_pair);
+    EXPECT_FALSE(is_wintouched(app_state.server_pane));
+}
+
+TEST_F(server_list_selection, stays_behind_the_settings)
+{
+    app_state.settings_shown = 1;
+    server_list_select(2);
+    EXPECT_NE(shown_pair(second_row), bar_pair);
+    app_state.settings_shown = 0;
+}
+
+} // namespace

@@ -1,0 +1,48 @@
+// thread_signals_test.cpp - what signals reach the client's own threads.
+#include "app/pause.hpp"
+#include "support/patience.hpp"
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <initializer_list>
+#include <thread>
+
+namespace
+{
+
+struct thread_mask {
+    sigset_t blocked = {};
+    std::atomic<bool> is_known = false;
+};
+
+void* mask_tell(void* argument)
+{
+    auto* mask = static_cast<thread_mask*>(argument);
+    pthread_sigmask(SIG_BLOCK, nullptr, &mask->blocked);
+    mask->is_known = true;
+    return nullptr;
+}
+
+void mask_await(const thread_mask& mask)
+{
+    const auto deadline = std::chrono::steady_clock::now() + default_patience;
+    while (!mask.is_known && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+}
+
+} // namespace
+
+TEST(thread_signals, only_those_of_a_crash_get_through)
+{
+    thread_mask mask;
+    pthread_t thread;
+    ASSERT_TRUE(thread_start(thread, mask_tell, &mask));
+    mask_await(mask);
+    ASSERT_TRUE(mask.is_known);
+    for (const int number : {SIGALRM, SIGCHLD, SIGWINCH, SIGINT, SIGTERM, SIGHUP, SIGTSTP, SIGUSR1})
+        EXPECT_EQ(sigismember(&mask.blocked, number), 1) << number;
+    for (const int number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
+        EXPECT_EQ(sigismember(&mask.blocked, number), 0) << number;
+}
