@@ -106,7 +106,7 @@ void turn_await()
 {
     pending_end_take();
     while (terminal_is_lent()) {
-        raise(SIGTTOU);
+        take_default_action(SIGTTOU);
         pending_end_take();
         // The system takes no request to stop where nobody could continue the program.
         if (!is_pending(SIGCONT))

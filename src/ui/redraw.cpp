@@ -21,6 +21,13 @@ void mark_all_lines(WINDOW* window)
     wredrawln(window, 0, getmaxy(window));
 }
 
+/// Curses takes over a size that the terminal has got meanwhile by itself, and reads beyond its own
+/// lines when a window begins outside of it.
+bool is_within_screen(WINDOW* window)
+{
+    return getbegx(window) < getmaxx(newscr) && getbegy(window) < getmaxy(newscr);
+}
+
 /// Puts windows on the screen in this order; what they overlap is sent to the terminal once.
 void show_in_order(std::span<WINDOW* const> windows)
 {
@@ -28,7 +35,7 @@ void show_in_order(std::span<WINDOW* const> windows)
         return;
     const screen_batch together;
     for (WINDOW* window : windows) {
-        if (window != nullptr)
+        if (window != nullptr && is_within_screen(window))
             wnoutrefresh(window);
     }
 }

@@ -1,0 +1,47 @@
+// redraw_test.cpp - what reaches the screen, and what must not be tried.
+#include "ui/redraw.hpp"
+
+#include "app/app_state.hpp"
+#include "unit/headless_screen.hpp"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+TEST(window_show, leaves_out_a_window_beyond_the_screen_that_curses_has_made_smaller)
+{
+    const headless_screen screen;
+    WINDOW* window = newwin(3, 10, 2, 30);
+    ASSERT_NE(window, nullptr);
+    const int columns = getmaxx(newscr);
+    ASSERT_EQ(wresize(newscr, getmaxy(newscr), 20), OK);
+    touchwin(window);
+    window_show(window);
+    EXPECT_TRUE(is_wintouched(window)) << "it was read for a screen that it is not on";
+    ASSERT_EQ(wresize(newscr, getmaxy(newscr), columns), OK);
+    window_show(window);
+    EXPECT_FALSE(is_wintouched(window));
+    delwin(window);
+}
+
+TEST(screen_batch, shows_windows_at_the_end_of_the_outermost)
+{
+    const headless_screen screen;
+    WINDOW* window = newwin(1, 5, 4, 4);
+    ASSERT_NE(window, nullptr);
+    mvwaddstr(window, 0, 0, "x");
+    {
+        const screen_batch outer;
+        {
+            const screen_batch inner;
+            window_show(window);
+        }
+        EXPECT_FALSE(is_wintouched(window)) << "it is put together with others";
+        EXPECT_NE(mvwinch(curscr, 4, 4) & A_CHARTEXT, chtype{'x'}) << "but not sent yet";
+    }
+    EXPECT_EQ(mvwinch(curscr, 4, 4) & A_CHARTEXT, chtype{'x'});
+    delwin(window);
+}
+
+} // namespace
