@@ -14,6 +14,7 @@ TEST(window_show, leaves_out_a_window_beyond_the_screen_that_curses_has_made_sma
     const headless_screen screen;
     WINDOW* window = newwin(3, 10, 2, 30);
     ASSERT_NE(window, nullptr);
+    const screen_batch no_update_of_a_smaller_screen;
     const int columns = getmaxx(newscr);
     ASSERT_EQ(wresize(newscr, getmaxy(newscr), 20), OK);
     touchwin(window);
