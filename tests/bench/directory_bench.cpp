@@ -77,7 +77,7 @@ void fetch_run(benchmark::State& state)
 
 } // namespace
 
-const char* const directory_host = "localhost";
+const char* const directory_host = "127.0.0.1";
 const std::int32_t directory_port = directory().port();
 
 void directory_benchmarks_add()
