@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -31,7 +32,9 @@ const wanted_picture information_picture = {
     "ncursesclient: what a server is and offers",
     {"ServerName: ", "ServerFlags: ", "Special Keys: ", "^P Pager", "[ Close Window ^I ]"}};
 const wanted_picture settings_picture = {
-    "settings", "ncursesclient: settings", {"Save configuration on exit", "logs"}};
+    "settings",
+    "ncursesclient: settings",
+    {"client - Settings ]", "Save configuration on exit", "To exit press ^E ]"}};
 const wanted_picture menu_picture = {
     "service-menu", "ncursesclient: a service", {"Request pagerlist from Server", pager_question}};
 const wanted_picture list_picture = {
@@ -47,23 +50,26 @@ struct pager_answers {
 constexpr pager_answers pager_entries[] = {
     {"D-AI?A", "", "FRA"}, {"G-XWB*", "", ""}, {"", "BA0117", "JFK"}, {"", "LH04*", ""}};
 
+bool shows_all(const terminal_screen& screen, const std::vector<const char*>& texts)
+{
+    const std::string shown = screen.whole_text();
+    return std::ranges::all_of(
+        texts, [&](const char* text) { return shown.find(text) != std::string::npos; });
+}
+
 /// Driver of the demo: what it sees goes into files of a folder.
 struct photographer {
     terminal_session& session;
     std::string folder;
 
-    /// Takes the picture in the moment in which the screen is whole.
+    /// Takes the picture when the screen is whole and no longer changes: a page may come in parts.
     bool take(const wanted_picture& picture, std::chrono::milliseconds limit = default_patience)
     {
         std::string svg;
         const auto is_whole = [&] {
             const terminal_screen& seen = session.screen();
-            const std::string text = seen.whole_text();
-            const bool has_all = std::ranges::all_of(picture.texts, [&](const char* part) {
-                return text.find(part) != std::string::npos;
-            });
-            svg = has_all ? screen_svg(seen, picture.title) : "";
-            return has_all;
+            const std::string before = std::exchange(svg, screen_svg(seen, picture.title));
+            return svg == before && shows_all(seen, picture.texts);
         };
         if (!session.wait_until(is_whole, picture.name, limit))
             return false;
