@@ -28,6 +28,16 @@ bool files_are_limited()
     return getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
 }
 
+/// Counter files need a descriptor, also where the program was left none.
+void descriptors_allow()
+{
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return;
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
+
 /// Whoever dies while this writes must not wait for it, and it writes only with memory to do so.
 void counters_write()
 {
@@ -35,12 +45,14 @@ void counters_write()
     const std::unique_ptr<void, decltype(&std::free)> probe{std::malloc(probe_bytes), std::free};
     if (!probe || files_are_limited() || is_writing.exchange(true))
         return;
+    descriptors_allow();
     __gcov_dump();
     is_writing = false;
 }
 
 void leave_uncounted(int status, void*)
 {
+    descriptors_allow();
     if (!files_are_limited())
         return;
     std::fflush(nullptr);
