@@ -1,8 +1,10 @@
-// failing_memory.cpp - see failing_memory.hpp. The linker leads each call of a wrapped function here.
+// failing_memory.cpp - see failing_memory.hpp. The linker leads each call of a wrapped function
+// here.
 #include "unit/failing_memory.hpp"
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <ncurses.h>
 #include <new>
@@ -55,6 +57,17 @@ bool must_fail()
     failures.has_failed = true;
     errno = ENOMEM;
     return true;
+}
+
+/// A stream whose memory does not suffice for what is written.
+std::FILE* full_stream()
+{
+    cookie_io_functions_t functions = {};
+    functions.write = [](void*, const char*, std::size_t) -> ssize_t {
+        errno = ENOMEM;
+        return 0;
+    };
+    return fopencookie(nullptr, "w", functions);
 }
 
 const char* name_of(memory_shortage shortage)
@@ -138,7 +151,10 @@ char* __wrap_getcwd(char* buffer, std::size_t size)
 
 std::FILE* __wrap_open_memstream(char** bytes, std::size_t* length)
 {
-    return must_fail() ? nullptr : __real_open_memstream(bytes, length);
+    if (must_fail())
+        return nullptr;
+    // What the stream takes itself, in the C library, counts as one more.
+    return must_fail() ? full_stream() : __real_open_memstream(bytes, length);
 }
 
 WINDOW* __wrap_newwin(int lines, int columns, int row, int column)

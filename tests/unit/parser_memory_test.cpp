@@ -83,9 +83,8 @@ TEST(memory_shortage_of_xml_get, gives_no_copy)
     for (const auto& [key, by_name] : {std::pair{"b", true}, {"a/b", false}}) {
         heap_text copy;
         try_each_allocation({
-            .call = [&, wanted = key, named = by_name] {
-                copy.reset(xml_get(document.get(), wanted, named, true));
-            },
+            .call = [&, wanted = key,
+                     named = by_name] { copy.reset(xml_get(document.get(), wanted, named, true)); },
             .expect_after_failure = [&](memory_shortage, long) { EXPECT_EQ(copy, nullptr); },
             .expect_success = [&] { EXPECT_STREQ(copy.get(), "text"); },
         });

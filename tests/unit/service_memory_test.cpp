@@ -1,0 +1,189 @@
+// service_memory_test.cpp - what is shown and kept of servers' messages when memory is short.
+#include "unit/failing_memory.hpp"
+#include "unit/net_fixture.hpp"
+
+#include "data/text.hpp"
+#include "net/transmission.hpp"
+#include "services/pager_list.hpp"
+#include "services/report.hpp"
+#include "services/server_info.hpp"
+#include "support/temp_home.hpp"
+#include "ui/popup.hpp"
+
+#include <algorithm>
+#include <utility>
+#include <zlib.h>
+
+namespace
+{
+
+constexpr int bottom_row = 24 - 9; // of the message pane's scrolling region
+
+class memory_shortage_of_services : public net_test
+{
+protected:
+    memory_shortage_of_services() : entry(add_server("host.example")) {}
+    ~memory_shortage_of_services() override
+    {
+        popup_close();
+        flushinp();
+    }
+    memory_shortage_of_services(const memory_shortage_of_services&) = delete;
+    memory_shortage_of_services& operator=(const memory_shortage_of_services&) = delete;
+
+    server_entry& entry;
+};
+
+TEST_F(memory_shortage_of_services, leaves_placeholders_that_it_cannot_fill_without_a_percent_sign)
+{
+    const xml_document document{xml_parse("<?xml?><a><b>one</b><c>and two</c></a>")};
+    const std::string pattern = "1: %a/b%, 2: %a/c%, 3: %a/d%.";
+    const std::string filled_up_to[] = {"1: #a/b#, 2: #a/c#, 3: #a/d#.",
+                                        "1: one, 2: #a/c#, 3: #a/d#.",
+                                        "1: one, 2: and two, 3: #a/d#."};
+    const std::string whole = "1: one, 2: and two, 3: .";
+    heap_text text;
+    try_each_allocation({
+        .prepare = [&] { text.reset(str_dup(pattern.c_str())); },
+        .call = [&] { text.reset(fill_template(text.release(), document.get())); },
+        .expect_after_failure =
+            [&](memory_shortage shortage, long nth) {
+                ASSERT_TRUE(text);
+                // One placeholder takes two texts and the room for the longer or shorter result.
+                const std::string expected = shortage == memory_shortage::once
+                                                 ? whole
+                                                 : filled_up_to[std::min((nth - 1) / 3, 2L)];
+                EXPECT_EQ(text.get(), expected);
+            },
+        .expect_success = [&] { EXPECT_EQ(text.get(), whole); },
+    });
+}
+
+TEST_F(memory_shortage_of_services, loses_one_transmission_at_most)
+{
+    app_state.setting_flags = ContactInfo | FlightStats;
+    const xml_document document{
+        xml_parse(transmission_xml(plain_elements + content_elements +
+                                   "<Contacts>3 with this aircraft</Contacts>"
+                                   "<ContactData><DailyFlights>77</DailyFlights></ContactData>")
+                      .c_str())};
+    try_each_allocation({
+        .prepare =
+            [&] {
+                popup_close();
+                wscrl(app_state.message_pane, bottom_row);
+            },
+        .call = [&] { present_transmission(entry, document.get()); },
+        .expect_after_failure =
+            [&](memory_shortage shortage, long nth) {
+                for (int row = 0; row <= bottom_row; ++row)
+                    EXPECT_EQ(message_row(row).find('%'), std::string::npos) << row;
+                if (shortage == memory_shortage::from_then_on && nth == 1) {
+                    EXPECT_EQ(message_row(bottom_row - 1), "") << "there was no text at all";
+                    EXPECT_EQ(app_state.dialog_win, nullptr);
+                }
+            },
+        .expect_success =
+            [&] {
+                EXPECT_NE(app_state.dialog_win, nullptr);
+                EXPECT_EQ(message_row(bottom_row), "3");
+                EXPECT_EQ(message_row(bottom_row - 1).substr(0, 10), "----------");
+                EXPECT_EQ(message_row(bottom_row - 2), "POSITION REPORT");
+            },
+    });
+}
+
+TEST_F(memory_shortage_of_services, shows_no_pager_list_or_its_records_blank)
+{
+    try_each_allocation({
+        .prepare =
+            [&] {
+                popup_close();
+                app_state.popup_win = popup_open(10, 5, 2, 2, true, 1, true);
+                flushinp();
+                type_ahead("\033");
+            },
+        .call = [] { pager_list_show("D-AIQA\tFRA\tLH400~^\t^\tBA117"); },
+        .expect_after_failure =
+            [&](memory_shortage, long nth) {
+                // The list's own texts come first: without them nothing has happened at all.
+                EXPECT_EQ(app_state.popup_win != nullptr, nth <= 2);
+                EXPECT_EQ(getch() != ERR, nth <= 2) << "the key is for the list alone";
+            },
+        .expect_success = [&] { EXPECT_EQ(app_state.popup_win, nullptr); },
+    });
+}
+
+TEST_F(memory_shortage_of_services, prepares_for_no_more_of_a_report_than_it_has_room_for)
+{
+    const auto piece = [&](std::string_view bytes) {
+        report_piece(entry, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    };
+    try_each_allocation({
+        .call = [&] { report_header(entry, "1000\t4000"); },
+        .expect_after_failure =
+            [&](memory_shortage, long) {
+                EXPECT_EQ(entry.report_size, 4000U);
+                EXPECT_TRUE(entry.report_total == 1000 || entry.report_total == 0);
+                const bool takes_bytes =
+                    entry.report_buffer != nullptr && entry.report_total == 1000;
+                piece("123");
+                EXPECT_EQ(entry.report_received, takes_bytes ? 3U : 0U);
+            },
+        .expect_success =
+            [&] {
+                ASSERT_NE(entry.report_buffer, nullptr);
+                EXPECT_EQ(entry.report_total, 1000U);
+                EXPECT_EQ(entry.report_received, 0U);
+                piece("123");
+                EXPECT_EQ(entry.report_received, 3U);
+            },
+    });
+}
+
+TEST_F(memory_shortage_of_services, saves_a_report_whole_or_not_at_all)
+{
+    const temp_home home;
+    std::free(app_state.setting_texts[ReportPath]);
+    app_state.setting_texts[ReportPath] = owned_text(home.path() + "/");
+    const std::string text(300, 't');
+    uLongf length = compressBound(text.size());
+    std::vector<unsigned char> bytes(length);
+    compress(bytes.data(), &length, reinterpret_cast<const Bytef*>(text.data()), text.size());
+    const std::string header = std::to_string(length) + "\t100";
+    try_each_allocation({
+        .prepare =
+            [&] {
+                std::remove(home.path_of("saved.txt").c_str());
+                report_header(entry, header.c_str());
+                flushinp();
+                type_ahead("saved.txt\n");
+            },
+        .call = [&] { report_piece(entry, bytes.data(), length); },
+        .expect_after_failure =
+            [&](memory_shortage, long) {
+                EXPECT_EQ(entry.report_buffer, nullptr);
+                if (!home.files().empty()) {
+                    EXPECT_EQ(home.read_file("saved.txt"), text);
+                }
+            },
+        .expect_success =
+            [&] {
+                EXPECT_EQ(entry.report_buffer, nullptr);
+                EXPECT_EQ(home.read_file("saved.txt"), text);
+            },
+    });
+}
+
+TEST_F(memory_shortage_of_services, opens_no_window_about_a_server)
+{
+    try_each_allocation({
+        .prepare = [] { popup_close(); },
+        .call = [] { server_info_toggle(); },
+        .expect_after_failure = [](memory_shortage,
+                                   long) { EXPECT_EQ(app_state.popup_win, nullptr); },
+        .expect_success = [] { EXPECT_NE(app_state.popup_win, nullptr); },
+    });
+}
+
+} // namespace
