@@ -29,8 +29,8 @@ namespace
 constexpr std::string_view server_element = "Server";
 constexpr std::size_t key_path_bytes = 64;
 
-/// There was a configuration at the start that could not be read. It is not to be replaced by what
-/// the program knows without it.
+/// There was a configuration at the start that could not be read, or of which something was lost
+/// for want of memory. It is not to be replaced by what the program knows without it.
 bool is_unread = false;
 
 unique_fd config_open()
@@ -93,9 +93,16 @@ const char* field_value(const xml_index& index, server_path& path, std::string_v
     return xml_index_value(index, path.text);
 }
 
+char* text_copy(const char* value)
+{
+    char* copy = str_dup(value);
+    is_unread = is_unread || (value != nullptr && copy == nullptr);
+    return copy;
+}
+
 char* field_copy(const xml_index& index, server_path& path, std::string_view element)
 {
-    return str_dup(field_value(index, path, element));
+    return text_copy(field_value(index, path, element));
 }
 
 std::int32_t port_of(const xml_index& index, server_path& path)
@@ -115,8 +122,10 @@ void server_read(const xml_index& index, const char* number)
 {
     server_path path = path_of_block(number);
     auto* server = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
-    if (server == nullptr)
+    if (server == nullptr) {
+        is_unread = true;
         return;
+    }
     server->ServerName = field_copy(index, path, "ServerName");
     server->ServerPort = port_of(index, path);
     server->ServerAlias = field_copy(index, path, "ServerAlias");
@@ -165,7 +174,7 @@ void folders_read(const xml_index& index)
         const char* value = setting_value(index, text_setting_table[row].key);
         if (value == nullptr || app_state.setting_texts == nullptr)
             continue;
-        app_state.setting_texts[text_setting_table[row].index] = str_dup(value);
+        app_state.setting_texts[text_setting_table[row].index] = text_copy(value);
         settings_folder_draw(row);
     }
 }
@@ -173,6 +182,9 @@ void folders_read(const xml_index& index)
 void document_read(const xml_node* document)
 {
     const xml_index index = xml_index_build(document);
+    // The first node of a document with a declaration has a path, so that an index of it is not
+    // empty.
+    is_unread = is_unread || document == nullptr || (document->path != nullptr && index.empty());
     servers_read(document, index);
     switches_read(index);
     folders_read(index);
@@ -289,9 +301,9 @@ void config_load()
     status_report(7, "Loading private serverlist '%s/%s'", home_name(), config_name);
     bool is_whole = true;
     const heap_text text = content_read(file, is_whole);
+    is_unread = !text || !is_whole;
     if (!text)
         return visit.stay();
-    is_unread = !is_whole;
     // A part of the settings and servers would pass for all of them.
     const xml_document document{xml_parse(is_whole ? text.get() : "")};
     document_read(document.get());
