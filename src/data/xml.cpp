@@ -166,10 +166,11 @@ bool value_node(reader& state, const char* end)
 /// without memory.
 bool begin_tag(reader& state, const char* at)
 {
-    const bool has_text = !std::exchange(state.in_tag, true);
+    state.in_tag = true;
     if (state.current->name == nullptr)
         return true;
-    if (has_text && !value_node(state, at))
+    // Its name came with a ">", and no "<" has come since.
+    if (!value_node(state, at))
         return false;
     xml_node* next = new_node(state);
     if (next == nullptr)
