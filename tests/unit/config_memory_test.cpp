@@ -118,6 +118,39 @@ TEST_F(config_short_of_memory, does_not_replace_a_file_that_it_could_not_load)
     });
 }
 
+TEST_F(config_short_of_memory, does_not_replace_a_file_of_which_it_lost_a_server_or_a_text)
+{
+    // Short enough for one block of nodes, and without folders, which would be lost as well.
+    const std::string whole =
+        "<?xml version=\"1.0\"?><clientconf>"
+        "<Server1><ServerName>a</ServerName><ServerAlias>one</ServerAlias></Server1>"
+        "<Server2><ServerName>b</ServerName><ServerAlias>two</ServerAlias></Server2></clientconf>";
+    const auto has_loaded_all = [] {
+        const server_entry* first = server_at(app_state.servers, 1);
+        return first != nullptr && first->ServerAlias != nullptr &&
+               server_at(app_state.servers, 0)->ServerAlias != nullptr;
+    };
+    int incomplete = 0;
+    try_each_allocation({
+        .prepare =
+            [&] {
+                forget();
+                home.write_config(whole);
+            },
+        .call = [] { config_load(); },
+        .expect_after_failure =
+            [&](memory_shortage, long) {
+                if (has_loaded_all())
+                    return;
+                ++incomplete;
+                save();
+                EXPECT_EQ(home.read_config(), whole);
+            },
+        .expect_success = [&] { EXPECT_TRUE(has_loaded_all()); },
+    });
+    EXPECT_GT(incomplete, 10);
+}
+
 TEST_F(config_short_of_memory, loads_the_rest_without_room_for_folders)
 {
     home.write_config(config_text(settings));
