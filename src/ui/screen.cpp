@@ -179,15 +179,25 @@ bool screen_windows_fit(int rows, int columns)
            window_fit(newscr, rows, columns);
 }
 
-/// Has curses take over the terminal's present size. False when its memory is too short, which it
-/// does not always tell.
-bool size_follow()
+/// Gives curses' own windows a size. False when its memory is too short, which it does not always
+/// tell.
+bool size_set(const winsize& size)
 {
-    const winsize size = size_now();
     if (!screen_windows_fit(size.ws_row, size.ws_col))
         return false;
     resize_term(size.ws_row, size.ws_col);
     return screen_windows_fit(size.ws_row, size.ws_col);
+}
+
+/// Has curses take over the terminal's present size. False when memory is too short for it.
+bool size_follow()
+{
+    if (!size_set(size_now()) || !has_memory_for_screen())
+        return false;
+    // In its first update after endwin, curses asks for the size itself, and takes over one that
+    // has changed since: that must not fall into a time in which there are windows of ours.
+    doupdate();
+    return size_set(size_now());
 }
 
 } // namespace
