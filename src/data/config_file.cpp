@@ -22,6 +22,7 @@
 #include <span>
 #include <string_view>
 #include <sys/stat.h>
+#include <utility>
 
 namespace
 {
@@ -40,26 +41,27 @@ unique_fd config_open()
         uninterrupted([] { return open(config_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC); })};
 }
 
-std::size_t size_of(const unique_fd& file)
+/// The size of a file; -1 when the system does not tell.
+std::int64_t size_of(const unique_fd& file)
 {
-    struct stat status = {}; // and stays so when the system refuses
-    static_cast<void>(fstat(file.get(), &status));
-    return static_cast<std::size_t>(status.st_size);
+    struct stat status = {};
+    return fstat(file.get(), &status) == 0 ? std::int64_t{status.st_size} : -1;
 }
 
-/// The file's whole content, terminated; null when memory is short. What cannot be read of it is
-/// not there, and makes `is_whole` false.
+/// A file's content up to the bound, terminated; null when memory is short. is_whole: whether that
+/// is all of it, which it is not either while another program is writing the file anew.
 heap_text content_read(const unique_fd& file, bool& is_whole)
 {
-    const std::size_t size = size_of(file);
-    heap_text text{static_cast<char*>(std::calloc(size + 1, 1))};
+    const std::int64_t size = size_of(file);
+    const auto room = static_cast<std::size_t>(std::clamp<std::int64_t>(size, 0, config_max_bytes));
+    heap_text text{static_cast<char*>(std::calloc(room + 1, 1))};
     std::size_t length = 0;
     ssize_t count = 1;
-    while (text && length < size && count > 0) {
-        count = uninterrupted([&] { return read(file.get(), text.get() + length, size - length); });
+    while (text && length < room && count > 0) {
+        count = uninterrupted([&] { return read(file.get(), text.get() + length, room - length); });
         length += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
-    is_whole = count >= 0;
+    is_whole = std::cmp_equal(length, size);
     return text;
 }
 
@@ -209,7 +211,7 @@ bool former_config_read()
 bool is_too_large()
 {
     const unique_fd file = config_open();
-    return file && size_of(file) > config_max_bytes;
+    return file && std::cmp_greater(size_of(file), config_max_bytes);
 }
 
 const char* text_or_empty(const char* text)
@@ -293,7 +295,7 @@ void config_load()
         status_report(5, "No configuration found in '%s'", home_name());
         return;
     }
-    if (size_of(file) > config_max_bytes) {
+    if (std::cmp_greater(size_of(file), config_max_bytes)) {
         is_unread = true;
         status_report(5, "Configuration '%s/%s' is too large, ignored", home_name(), config_name);
         return;

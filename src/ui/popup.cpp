@@ -73,7 +73,7 @@ void line_blank(WINDOW* window, int row, int column, int count)
 {
     if (window == nullptr || count < 0 || wmove(window, row, column) == ERR)
         return;
-    if (column + count < getmaxx(window)) {
+    if (count > 0 && column + count < getmaxx(window)) {
         whline(window, ' ', count);
         wmove(window, row, column + count);
         return;

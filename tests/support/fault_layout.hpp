@@ -13,6 +13,7 @@ enum class faulty_call : int {
     pause, // ppoll on nothing
     send,
     read,
+    status, // fstat
     write,
     open,
     make_unique, // mkostemp
@@ -33,6 +34,9 @@ enum class faulty_call : int {
 /// In place of an errno: the call does a part of what it was asked for.
 constexpr int short_count = -1;
 
+/// In place of an errno: a read finds nothing more.
+constexpr int end_of_file = -2;
+
 constexpr const char* fault_file_variable = "TEST_FAULT_FILE";
 
 /// Lies in a file that both map, or in the process itself. Zeroed: nothing fails.
@@ -40,7 +44,7 @@ struct fault_layout {
     std::atomic<int> call;    // a faulty_call; which one fails
     std::atomic<int> skipped; // calls that go well before
     std::atomic<int> failing; // calls that fail then
-    std::atomic<int> error;   // errno, EAI_ code of a look_up, or short_count
+    std::atomic<int> error;   // errno, EAI_ code of a look_up, short_count or end_of_file
     std::atomic<int> hits;    // calls that have failed
     char name[64];            // part of the path that is meant; empty: any
 

@@ -66,8 +66,8 @@ void step()
         syscall(SYS_kill, syscall(SYS_getpid), SIGKILL);
 }
 
-/// How this call is to fail: an errno or short_count; 0 when it is to go well. what: a path or a
-/// descriptor.
+/// How this call is to fail: an errno, short_count or end_of_file; 0 when it is to go well. what: a
+/// path or a descriptor.
 template <typename T> int fault_of(faulty_call call, T what)
 {
     step();
@@ -103,6 +103,8 @@ ssize_t move_bytes(int fault, long number, int fd, const void* bytes, size_t len
 {
     if (fault > 0)
         return fail(fault);
+    if (fault == end_of_file)
+        return 0;
     const size_t asked = fault == short_count ? std::min<size_t>(length, 1) : length;
     return syscall(number, fd, bytes, asked, more...);
 }
@@ -161,6 +163,11 @@ ssize_t send(int fd, const void* bytes, size_t length, int flags)
 {
     return move_bytes(fault_of(faulty_call::send), SYS_sendto, fd, bytes, length, flags, nullptr,
                       0);
+}
+
+int fstat(int fd, struct stat* status) noexcept
+{
+    return ask(fault_of(faulty_call::status, fd), SYS_fstat, fd, status);
 }
 
 ssize_t read(int fd, void* bytes, size_t length)

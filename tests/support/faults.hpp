@@ -13,7 +13,7 @@
 /// What is to fail, and how.
 struct fault {
     faulty_call call = faulty_call::none;
-    int error = 0;           // errno, EAI_ code of a look-up, or short_count
+    int error = 0;           // errno, EAI_ code of a look-up, short_count or end_of_file
     std::string_view name{}; // part of the path of the file that is meant; empty: any
     int skipped = 0;         // calls that go well before
     int failing = 1;         // calls that fail then

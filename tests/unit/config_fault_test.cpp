@@ -56,14 +56,22 @@ private:
 TEST_F(config_faults, in_a_save_keep_the_old_file)
 {
     const fault rows[] = {
-        {faulty_call::make_unique, ENOSPC}, {faulty_call::make_unique, EMFILE},
-        {faulty_call::make_unique, EIO},    {faulty_call::write, ENOSPC},
-        {faulty_call::write, EIO},          {faulty_call::write, EDQUOT, "", 3},
-        {faulty_call::sync, EIO},           {faulty_call::sync, ENOSPC},
+        {faulty_call::make_unique, ENOSPC},
+        {faulty_call::make_unique, EMFILE},
+        {faulty_call::make_unique, EIO},
+        {faulty_call::write, ENOSPC},
+        {faulty_call::write, EIO},
+        {faulty_call::write, EDQUOT, "", 3},
+        {faulty_call::sync, EIO},
+        {faulty_call::sync, ENOSPC},
 
-        {faulty_call::rename, EIO},         {faulty_call::rename, ENOSPC},
-        {faulty_call::set_mode, EIO},       {faulty_call::set_owner, EIO},
+        {faulty_call::rename, EIO},
+        {faulty_call::rename, ENOSPC},
+        {faulty_call::set_mode, EIO},
+        {faulty_call::set_owner, EIO},
         {faulty_call::read, EIO, config},
+        {faulty_call::read, end_of_file, config},
+        {faulty_call::status, EIO, config, 1},
     };
     for (const fault& row : rows) {
         fault_layout_in_use()->piece = 50;
@@ -113,6 +121,8 @@ TEST_F(config_faults, in_a_load_keep_a_file_from_being_replaced_by_less)
 {
     const fault rows[] = {
         {faulty_call::read, EIO, config},
+        {faulty_call::read, end_of_file, config}, // somebody else is writing it just now
+        {faulty_call::status, EIO, config, 1},
         {faulty_call::open, EIO, config},
         {faulty_call::open, EMFILE, config},
         {faulty_call::open, EACCES, config},

@@ -40,6 +40,12 @@ protected:
         EXPECT_EQ(chdir(elsewhere.path().c_str()), 0);
     }
 
+    void begin_again(const std::string& text) const
+    {
+        forget();
+        home.write_config(text);
+    }
+
     bool has_loaded_nothing() const
     {
         return app_state.servers->count == 0 && app_state.setting_flags == 0 &&
@@ -94,11 +100,7 @@ TEST_F(config_short_of_memory, does_not_replace_a_file_that_it_could_not_load)
 {
     const std::string whole = config_text(settings);
     try_each_allocation({
-        .prepare =
-            [&] {
-                forget();
-                home.write_config(whole);
-            },
+        .prepare = [&] { begin_again(whole); },
         .call = [] { config_load(); },
         .expect_after_failure =
             [&](memory_shortage shortage, long) {
@@ -132,11 +134,7 @@ TEST_F(config_short_of_memory, does_not_replace_a_file_of_which_it_lost_a_server
     };
     int incomplete = 0;
     try_each_allocation({
-        .prepare =
-            [&] {
-                forget();
-                home.write_config(whole);
-            },
+        .prepare = [&] { begin_again(whole); },
         .call = [] { config_load(); },
         .expect_after_failure =
             [&](memory_shortage, long) {

@@ -37,4 +37,17 @@ TEST(popup, may_reach_beyond_the_screens_edges)
     }
 }
 
+TEST(line_blank, of_no_cells_moves_the_cursor_and_changes_nothing)
+{
+    const headless_screen screen;
+    WINDOW* window = newwin(height, width, 0, 0);
+    ASSERT_NE(window, nullptr);
+    wnoutrefresh(window);
+    line_blank(window, 2, 0, 0);
+    EXPECT_FALSE(is_wintouched(window));
+    EXPECT_EQ(getcury(window), 2);
+    EXPECT_EQ(getcurx(window), 0);
+    delwin(window);
+}
+
 } // namespace
