@@ -1,5 +1,7 @@
 // resize_moment_test.cpp - what comes while the client is in the middle of a change of size.
 #include "e2e/client_session.hpp"
+#include "e2e/network_session.hpp"
+#include "e2e/whole_screen.hpp"
 
 #include <csignal>
 #include <unistd.h>
@@ -12,7 +14,8 @@ namespace
 class resize_moment : public testing::Test
 {
 protected:
-    void begin(std::vector<std::string> command)
+    /// answered: how many questions for the size are answered before.
+    void begin(std::vector<std::string> command, std::size_t answered = 0)
     {
         client.home().write_config(config_text(with_aliases({"alpha"})));
         client_start how;
@@ -21,7 +24,8 @@ protected:
         how.environment["LD_PRELOAD"] = CLOCK_PRELOAD ":" HELD_SIZE_PRELOAD;
         how.environment["HELD_SIZE_FOLDER"] = hand.path();
         ASSERT_TRUE(client.start_as_it_is(how));
-        hand.write_file("hold", "");
+        hand.write_file("prepared", std::string(answered, '.'));
+        ASSERT_EQ(rename(hand.path_of("prepared").c_str(), hand.path_of("hold").c_str()), 0);
         client.terminal().resize(30, 100);
         ASSERT_TRUE(client.terminal().wait_until([&] { return hand.read_file("held").has_value(); },
                                                  "the size is asked for"));
@@ -61,6 +65,28 @@ TEST_F(resize_moment, does_not_lose_the_stop_key)
                    client.terminal().screen().alternate_screen();
         },
         "it stops, and comes back"));
+}
+
+/// By how many questions of the client's have been answered when yet another size comes. Curses
+/// asks too, in its first update after the change.
+class another_size : public resize_moment, public testing::WithParamInterface<std::size_t>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(after, another_size, testing::Values(0U, 1U, 2U));
+
+TEST_P(another_size, does_no_harm)
+{
+    ASSERT_NO_FATAL_FAILURE(begin({CLIENT_BINARY}, GetParam()));
+    // Most windows of the size that was told begin beyond this one.
+    client.terminal().resize_unseen(10, 20);
+    let_go();
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return has_heard(client.terminal().process_id(), SIGWINCH); }, "both are taken"));
+    client.terminal().resize(30, 80);
+    ASSERT_TRUE(wait_for_whole_screen(client.terminal()));
+    client.terminal().send_control('d');
+    ASSERT_TRUE(client.wait_for_status("You are not connected to alpha", pairs::error));
 }
 
 } // namespace
