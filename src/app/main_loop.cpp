@@ -30,12 +30,6 @@ namespace
 
 constexpr long round_us = 40'000;
 
-constexpr int control(char letter)
-{
-    return letter & 0x1F;
-}
-constexpr int key_exit = control('X');
-
 void selection_move(std::int32_t step)
 {
     popup_close();

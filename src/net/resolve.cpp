@@ -16,7 +16,6 @@ namespace
 {
 
 constexpr long round_us = 10'000;
-constexpr int key_exit = 24;
 constexpr int most_kept_keys = 64;
 
 using address_list = std::unique_ptr<addrinfo, releaser<freeaddrinfo>>;
@@ -79,7 +78,7 @@ void* resolver_run(void* argument)
 
 /// Keys typed during a wait, to be typed again after it.
 struct kept_keys {
-    int keys[most_kept_keys];
+    int keys[most_kept_keys + 1]; // ^X, which ends the wait, always has room
     int count = 0;
     bool exit_wanted = false;
 };
@@ -88,7 +87,7 @@ void keys_collect(kept_keys& kept)
 {
     const int key = key_read(app_state.server_pane);
     kept.exit_wanted = kept.exit_wanted || key == key_exit;
-    if (key != ERR && kept.count < most_kept_keys)
+    if (key != ERR && (kept.count < most_kept_keys || kept.exit_wanted))
         kept.keys[kept.count++] = key;
 }
 

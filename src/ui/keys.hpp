@@ -11,6 +11,15 @@
 constexpr int key_enter = 10;
 constexpr int key_escape = 27;
 
+/// The key that CTRL and a letter make.
+constexpr int control(char letter)
+{
+    return letter & 0x1F;
+}
+
+/// Leaves the program, from wherever keys are commands.
+constexpr int key_exit = control('X');
+
 /// Teaches curses the keys above. Call once for each screen, after it was started.
 void keys_init();
 

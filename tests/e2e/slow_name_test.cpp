@@ -140,6 +140,13 @@ TEST_F(slow_name, ends_with_the_program_without_an_answer)
     EXPECT_TRUE(client.home().read_config()) << "saved in order";
 }
 
+TEST_F(slow_name, ends_with_the_program_whatever_was_typed_before)
+{
+    client.terminal().send(std::string(80, 'q'));
+    client.quit();
+    EXPECT_TRUE(connection->wait_for_close());
+}
+
 TEST_F(slow_name, lets_a_resize_come_at_once)
 {
     client.terminal().resize(30, 100);

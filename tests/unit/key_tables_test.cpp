@@ -22,8 +22,9 @@ const std::vector<command>& commands()
 {
     static const auto rows = [] {
         const std::string code = source_text("src/app/main_loop.cpp");
-        std::vector<command> found = {
-            {"^" + text_between(code, "key_exit = control('", "'"), "nothing", ""}};
+        const std::string exit_key =
+            text_between(source_text("src/ui/keys.hpp"), "key_exit = control('", "'");
+        std::vector<command> found = {{"^" + exit_key, "nothing", ""}};
         const std::string row = R"(\{(?:control\('(\w)'\)|key_(enter)|KEY_(\w+)), )"
                                 R"(command_need::(\w+), \w+(?:, &server_entry::(\w+))?)";
         for (const auto& parts :
