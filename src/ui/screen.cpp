@@ -9,14 +9,13 @@
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
 #include "ui/redraw.hpp"
+#include "ui/screen_size.hpp"
 #include "ui/server_pane.hpp"
 
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <initializer_list>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace
 {
@@ -139,21 +138,6 @@ void panes_touch()
     }
 }
 
-/// The terminal's present size; one that does not tell has the size that it had.
-winsize size_now()
-{
-    winsize size = {};
-    const bool is_known =
-        ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0;
-    if (!is_known) {
-        size.ws_row = static_cast<unsigned short>(LINES);
-        size.ws_col = static_cast<unsigned short>(COLS);
-    }
-    // With a single column curses reads before its own lines.
-    size.ws_col = std::max<unsigned short>(size.ws_col, 2);
-    return size;
-}
-
 /// Ends the screen of the former size.
 void screen_leave()
 {
@@ -163,41 +147,24 @@ void screen_leave()
     reset_prog_mode();
 }
 
-/// Changes the size of one of curses' own windows. While only its height changes, curses goes on
-/// using its lines, and frees them all the same when memory for others is short.
-bool window_fit(WINDOW* window, int rows, int columns)
+/// Builds a screen of the new size, and shows it; without the memory for that the screen is lost.
+void screen_rebuild()
 {
-    const bool is_higher_only = getmaxx(window) == columns && getmaxy(window) != rows;
-    if (is_higher_only && wresize(window, getmaxy(window), columns + 1) == ERR)
-        return false;
-    return wresize(window, rows, columns) != ERR;
-}
-
-bool screen_windows_fit(int rows, int columns)
-{
-    return window_fit(stdscr, rows, columns) && window_fit(curscr, rows, columns) &&
-           window_fit(newscr, rows, columns);
-}
-
-/// Gives curses' own windows a size. False when its memory is too short, which it does not always
-/// tell.
-bool size_set(const winsize& size)
-{
-    if (!screen_windows_fit(size.ws_row, size.ws_col))
-        return false;
-    resize_term(size.ws_row, size.ws_col);
-    return screen_windows_fit(size.ws_row, size.ws_col);
-}
-
-/// Has curses take over the terminal's present size. False when memory is too short for it.
-bool size_follow()
-{
-    if (!size_set(size_now()) || !has_memory_for_screen())
-        return false;
-    // In its first update after endwin, curses asks for the size itself, and takes over one that
-    // has changed since: that must not fall into a time in which there are windows of ours.
-    doupdate();
-    return size_set(size_now());
+    app_state.screen = stdscr;
+    clearok(curscr, TRUE);
+    terminal_modes_set();
+    {
+        const screen_batch whole_screen;
+        screen_build();
+        app_state.selected = 1;
+        server_list_draw();
+        if (app_state.settings_shown != 0 || app_state.help_shown != 0)
+            redraw_all();
+        else
+            panes_touch();
+        app_state.is_screen_lost = !has_memory_for_screen();
+    }
+    screen_settle();
 }
 
 } // namespace
@@ -237,38 +204,13 @@ int screen_build()
     return 1;
 }
 
-namespace
-{
-
-/// Builds a screen of the new size, and shows it; without the memory for that the screen is lost.
-void screen_rebuild()
-{
-    app_state.screen = stdscr;
-    clearok(curscr, TRUE);
-    terminal_modes_set();
-    {
-        const screen_batch whole_screen;
-        screen_build();
-        app_state.selected = 1;
-        server_list_draw();
-        if (app_state.settings_shown != 0 || app_state.help_shown != 0)
-            redraw_all();
-        else
-            panes_touch();
-        app_state.is_screen_lost = !has_memory_for_screen();
-    }
-    screen_settle();
-}
-
-} // namespace
-
 void on_resize(int)
 {
     popup_close();
     windows_close();
     if (!app_state.is_screen_lost)
         screen_leave();
-    app_state.is_screen_lost = !size_follow();
+    app_state.is_screen_lost = !screen_size_follow();
     if (!app_state.is_screen_lost)
         screen_rebuild();
     // Curses' own records of the screen may disagree now; it would write beyond them. Once more,
@@ -279,7 +221,7 @@ void on_resize(int)
 
 void screen_resume()
 {
-    const winsize size = size_now();
+    const winsize size = screen_size_now();
     if (size.ws_row != LINES || size.ws_col != COLS)
         return on_resize(SIGWINCH);
     // After a stop that could not be seen coming, the shell has changed the terminal's modes; only

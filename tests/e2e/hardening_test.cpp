@@ -1,9 +1,8 @@
 // hardening_test.cpp - the program as it is installed is linked and compiled so that a fault in it
 // is hard to make use of.
-#include <gtest/gtest.h>
+#include "support/command_lines.hpp"
 
-#include <cstdio>
-#include <memory>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -12,24 +11,10 @@ namespace
 
 using text_lines = std::vector<std::string>;
 
-struct process_end {
-    void operator()(std::FILE* output) const
-    {
-        EXPECT_EQ(pclose(output), 0);
-    }
-};
-
 /// What readelf says of a file, line by line.
 text_lines readelf(const std::string& options, const std::string& file)
 {
-    const std::string command = "LC_ALL=C readelf --wide " + options + " '" + file + "'";
-    const std::unique_ptr<std::FILE, process_end> output{popen(command.c_str(), "r")};
-    text_lines all;
-    char line[4096];
-    while (output && std::fgets(line, sizeof line, output.get()) != nullptr)
-        all.emplace_back(line);
-    EXPECT_FALSE(all.empty()) << command;
-    return all;
+    return command_lines("LC_ALL=C readelf --wide " + options + " '" + file + "'");
 }
 
 text_lines with(const text_lines& lines, const std::string& part)

@@ -1,0 +1,117 @@
+// house_test.cpp - functions and files stay small, and state stays in its record.
+#include "support/command_lines.hpp"
+#include "unit/document_text.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <sstream>
+
+namespace
+{
+
+/// The lines of every source file below a folder of the tree, by the file's path from the root.
+std::map<std::string, std::vector<std::string>> sources_below(const std::string& folder)
+{
+    std::map<std::string, std::vector<std::string>> sources;
+    const std::filesystem::path root = SOURCE_FOLDER;
+    for (const auto& file : std::filesystem::recursive_directory_iterator{root / folder}) {
+        const std::string kind = file.path().extension();
+        if (kind != ".cpp" && kind != ".hpp")
+            continue;
+        const std::string path = std::filesystem::relative(file.path(), root);
+        std::istringstream text{source_text(path)};
+        for (std::string line; std::getline(text, line);)
+            sources[path].push_back(line);
+    }
+    EXPECT_FALSE(sources.empty()) << folder;
+    return sources;
+}
+
+struct function_place {
+    std::string file;
+    std::size_t line;  // of its first line, from 1
+    std::size_t lines; // from there to its closing brace
+};
+
+/// Every function with a body of its own lines. The formatter gives them, and little else, an
+/// opening brace on a line of its own.
+std::vector<function_place> functions_below(const std::string& folder)
+{
+    static const std::regex no_function{R"(^\s*(namespace|class|struct|enum|extern)\b)"};
+    std::vector<function_place> functions;
+    for (const auto& [file, lines] : sources_below(folder)) {
+        for (std::size_t brace = 1; brace < lines.size(); ++brace) {
+            const std::size_t indent = lines[brace].size() - 1;
+            if (lines[brace].empty() || lines[brace] != std::string(indent, ' ') + "{")
+                continue;
+            std::size_t first = brace - 1;
+            while (first > 0 && lines[first].find_first_not_of(' ') > indent)
+                --first;
+            if (std::regex_search(lines[first], no_function))
+                continue;
+            const auto closing = std::find(lines.begin() + static_cast<std::ptrdiff_t>(brace),
+                                           lines.end(), std::string(indent, ' ') + "}");
+            const auto last = static_cast<std::size_t>(closing - lines.begin());
+            functions.push_back({file, first + 1, last - first + 1});
+        }
+    }
+    std::ranges::sort(functions, {}, &function_place::lines);
+    return functions;
+}
+
+class house : public testing::TestWithParam<const char*>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(of, house, testing::Values("src", "sim"),
+                         [](const auto& folder) { return std::string{folder.param}; });
+
+TEST_P(house, functions_are_short)
+{
+    const std::vector<function_place> functions = functions_below(GetParam());
+    ASSERT_GT(functions.size(), 200U);
+    EXPECT_LE(functions[functions.size() / 2].lines, 10U) << "the median";
+    EXPECT_LE(functions[functions.size() * 9 / 10].lines, 40U) << "nine in ten";
+    EXPECT_LE(functions.back().lines, 80U) << functions.back().file << ":" << functions.back().line;
+}
+
+TEST(files_of_the_house, are_short)
+{
+    for (const char* folder : {"src", "sim", "tests"})
+        for (const auto& [file, lines] : sources_below(folder))
+            EXPECT_LE(lines.size(), 400U) << file;
+}
+
+TEST(variables_of_the_house, are_in_the_record_of_the_state_or_have_a_reason)
+{
+    if (!CLIENT_IS_HARDENED)
+        GTEST_SKIP() << "the sanitizers add variables of their own";
+    const std::set<std::string> wanted = {
+        "app_state",
+        // Needed where the record may not be touched: in handlers, and to take its lock.
+        "state_lock",
+        "open_mask",
+        "signal_handlers",
+        "rescue",
+        // Of one file, and of nobody else's interest.
+        "is_unread",
+        // Constant from its first use on.
+        "terminal_guard(bool)::is_installed",
+    };
+    static const std::regex variable{R"( O \.t?(?:bss|data)\t[0-9a-f]+ (.*)\n)"};
+    std::set<std::string> found;
+    for (const std::string& line :
+         command_lines("LC_ALL=C objdump --syms --demangle '" CLIENT_CORE "'")) {
+        std::smatch match;
+        if (!std::regex_search(line, match, variable))
+            continue;
+        const std::string name =
+            std::regex_replace(match[1].str(), std::regex{R"(\(anonymous namespace\)::)"}, "");
+        if (!name.starts_with("guard variable"))
+            found.insert(name);
+    }
+    EXPECT_EQ(found, wanted);
+}
+
+} // namespace
