@@ -158,13 +158,24 @@ int write_text(std::FILE* stream, const void* element)
     return std::fwrite(element, 1, size, stream) == size ? 1 : 0;
 }
 
-collection* new_collection(std::int32_t capacity, std::int32_t grow_step)
+/// How the elements of one kind of collection are found and added.
+struct kind_operations {
+    decltype(collection::index_of) index_of;
+    decltype(collection::add) add;
+    decltype(collection::find) find;
+};
+
+collection* new_collection(std::int32_t capacity, std::int32_t grow_step,
+                           const kind_operations& operations)
 {
     auto* made = static_cast<collection*>(std::calloc(1, sizeof(collection)));
     if (made == nullptr)
         return nullptr;
     collection_reserve(made, capacity);
     made->grow_step = grow_step;
+    made->index_of = operations.index_of;
+    made->add = operations.add;
+    made->find = operations.find;
     made->key_of = identity;
     made->compare = compare_addresses;
     made->free_item = std::free;
@@ -175,24 +186,12 @@ collection* new_collection(std::int32_t capacity, std::int32_t grow_step)
 
 collection* collection_new_list(std::int32_t capacity, std::int32_t grow_step)
 {
-    collection* made = new_collection(capacity, grow_step);
-    if (made == nullptr)
-        return nullptr;
-    made->index_of = list_index_of;
-    made->add = list_add;
-    made->find = list_find;
-    return made;
+    return new_collection(capacity, grow_step, {list_index_of, list_add, list_find});
 }
 
 collection* collection_new_sorted(std::int32_t capacity, std::int32_t grow_step)
 {
-    collection* made = new_collection(capacity, grow_step);
-    if (made == nullptr)
-        return nullptr;
-    made->index_of = sorted_index_of;
-    made->add = sorted_add;
-    made->find = sorted_find;
-    return made;
+    return new_collection(capacity, grow_step, {sorted_index_of, sorted_add, sorted_find});
 }
 
 collection* collection_new_strings(std::int32_t capacity, std::int32_t grow_step)
