@@ -285,6 +285,39 @@ TEST(collection_sorted, passes_the_element_first_and_the_key_second)
     EXPECT_EQ(sorted->find(sorted.get(), &key, &index), 1);
 }
 
+TEST(collection_sorted, compares_keys_and_not_elements)
+{
+    numbered elements[] = {{1, 'b'}, {2, 'a'}, {3, 'a'}};
+    const unique_collection sorted = new_numbered(false);
+    sorted->key_of = [](const void* element) -> const void* {
+        return &static_cast<const numbered*>(element)->mark;
+    };
+    sorted->compare = [](const void* a, const void* b) {
+        return *static_cast<const char*>(a) - *static_cast<const char*>(b);
+    };
+    EXPECT_EQ(sorted->add(sorted.get(), &elements[0]), 1);
+    EXPECT_EQ(sorted->add(sorted.get(), &elements[1]), 1);
+    EXPECT_EQ(sorted->add(sorted.get(), &elements[2]), 0);
+    EXPECT_EQ(marks(sorted), "ab");
+    EXPECT_EQ(sorted->index_of(sorted.get(), &elements[0]), 1);
+    EXPECT_EQ(sorted->index_of(sorted.get(), &elements[2]), 0);
+    std::int32_t index = 99;
+    EXPECT_EQ(sorted->find(sorted.get(), "b", &index), 1);
+    EXPECT_EQ(index, 1);
+}
+
+TEST(collection_sorted, finds_the_middle_one_of_equals_where_none_are_allowed)
+{
+    numbered elements[] = {{1, 'a'}, {1, 'b'}, {1, 'c'}, {1, 'd'}};
+    const unique_collection sorted = new_numbered(false);
+    for (const std::int32_t middle : {0, 0, 1, 1}) {
+        ASSERT_EQ(collection_insert_at(sorted.get(), sorted->count, &elements[sorted->count]), 1);
+        std::int32_t index = 99;
+        EXPECT_EQ(sorted->find(sorted.get(), &elements[0], &index), 1);
+        EXPECT_EQ(index, middle) << sorted->count;
+    }
+}
+
 TEST(collection_sorted, refuses_an_equal_element)
 {
     numbered elements[] = {{1, 'a'}, {1, 'b'}};
