@@ -163,6 +163,7 @@ TEST(str_split, without_separators_takes_words)
 {
     const split_row rows[] = {
         {"words", "one two", "", 4, 2, {"one", "two"}},
+        {"no other white space", "one\ntwo\rthree", "", 4, 1, {"one\ntwo\rthree"}},
         {"runs of blanks and tabs", "one \t two", "", 4, 2, {"one", "two"}},
         {"white space at both ends", " \tone two \t", "", 4, 2, {"one", "two"}},
         {"a trailing blank behind the last slot", "one two ", "", 2, 2, {"one", "two"}},
