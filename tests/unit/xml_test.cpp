@@ -147,6 +147,9 @@ TEST(xml_parse, follows_its_fixed_rules)
         {"a stray > opens the last tag again and is not text",
          "?><a>1>2<b>3</b></a><c>4</c>",
          {pseudo, {"a", "a", "12"}, {"a/a/b", "b", "3"}, {"c", "c", "4"}, nameless}},
+        {"each text is without the > of its own",
+         "?><a>1>2</a>x>y<b>3>4>5</b>",
+         {pseudo, {"a", "a", "12"}, {"b", "b", "345"}, nameless}},
         {"the next end tag drops an element opened again",
          "?><r><a>1>2</a><b>3</b>",
          {pseudo, {"r", "r", "-"}, {"r/a", "a", "12"}, {"r/b", "b", "3"}, nameless}},
@@ -174,6 +177,21 @@ TEST(xml_parse, follows_its_fixed_rules)
     };
     for (const auto& row : rows)
         EXPECT_EQ(nodes_of(row.text), row.nodes) << row.behaviour;
+}
+
+TEST(xml_parse, takes_every_byte_but_the_brackets_for_text)
+{
+    std::string bytes;
+    for (int byte = 1; byte < 256; ++byte) {
+        if (byte != '<' && byte != '>')
+            bytes += static_cast<char>(byte);
+    }
+    for (std::size_t start = 0; start < 16; ++start) {
+        const std::string text = bytes.substr(start) + bytes.substr(0, start);
+        const std::vector<expected_node> expected = {
+            pseudo, {"a", "a", text}, {"a/b", "b", "2"}, nameless};
+        EXPECT_EQ(nodes_of("?><a>" + text + "<b>2</b>"), expected) << start;
+    }
 }
 
 const char configuration[] = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n"
