@@ -268,13 +268,11 @@ xml_node* xml_parse(const char* text)
 
 char* xml_get(const xml_node* document, const char* key, bool by_name, bool want_copy)
 {
-    const std::string_view wanted{key};
-    const std::uint32_t mark = mark_of(wanted);
+    const std::uint32_t mark = mark_of(key);
     for (const xml_node* node = document; node != nullptr; node = node->next) {
         const char* compared = by_name ? node->name : node->path;
-        // Texts of one mark are of one length.
         if ((by_name ? node->name_mark : node->path_mark) == mark && compared != nullptr &&
-            std::memcmp(compared, key, wanted.size()) == 0)
+            std::strcmp(compared, key) == 0)
             return by_name || want_copy ? str_dup(node->value) : node->value;
     }
     return nullptr;

@@ -334,6 +334,15 @@ TEST(xml_get, tells_texts_apart_that_are_much_alike)
     EXPECT_EQ(by_path(document, "x/axcxe"), "-");
 }
 
+TEST(xml_get, finds_no_node_by_a_key_that_is_longer_than_any)
+{
+    const xml_document document(xml_parse("?><a>1</a>"));
+    // One letter more than a number of 16 bits counts.
+    const std::string key(65537, 'a');
+    EXPECT_EQ(by_name(document, key.c_str()), "-");
+    EXPECT_EQ(by_path(document, key.c_str()), "-");
+}
+
 TEST(xml_get, looks_up_by_path_and_by_name)
 {
     const xml_document document(xml_parse(configuration));
