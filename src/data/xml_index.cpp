@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 xml_index xml_index_build(const xml_node* document)
 {
@@ -12,7 +13,7 @@ xml_index xml_index_build(const xml_node* document)
             if (node->path != nullptr)
                 index.push_back(node);
         }
-    } catch (...) { // memory is short
+    } catch (const std::bad_alloc&) {
         return {};
     }
     // Stable, so that of several nodes with one path the first in the document stays first.
