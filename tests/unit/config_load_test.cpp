@@ -133,6 +133,13 @@ TEST_F(config_loading, takes_elements_named_server_and_a_digit_for_servers)
     EXPECT_EQ(names_and_ports(), (names{"twelve:1", "three:1", "nought:1"}));
 }
 
+TEST_F(config_loading, looks_for_a_blocks_elements_by_its_name_alone)
+{
+    load(configuration(server("1", "first", "1") + server("1", "hidden", "2") +
+                       server("2$", "dollar", "3")));
+    EXPECT_EQ(names_and_ports(), (names{"first:1", "dollar:3"}));
+}
+
 TEST_F(config_loading, drops_servers_without_a_name)
 {
     load(configuration(block("1", "<ServerPort>1</ServerPort>") + server("2", "", "2") +
@@ -210,6 +217,15 @@ TEST_F(config_loading, reads_only_switches_that_stand_on_the_settings_page)
     EXPECT_EQ(app_state.setting_flags, FlightStats);
 }
 
+TEST_F(config_loading, blanks_the_place_of_the_mark_on_a_drawn_line_without_a_switch)
+{
+    app_state.checkbox_rows[1] = 3;
+    app_state.setting_flags = 0xFFFFFFFF;
+    mvwaddch(app_state.settings_win, 3, 3, 'X');
+    load(configuration("<*>1</*>"));
+    EXPECT_EQ(mvwinch(app_state.settings_win, 3, 3) & A_CHARTEXT, static_cast<chtype>(' '));
+}
+
 TEST_F(config_loading, takes_and_shows_the_folders)
 {
     load(configuration("<LogFilePath>/var/log/acars</LogFilePath>"
@@ -221,6 +237,15 @@ TEST_F(config_loading, takes_and_shows_the_folders)
     EXPECT_EQ(screen.pair_at(app_state.settings_win, 15, 23), 2);
     EXPECT_TRUE(screen.is_bold_at(app_state.settings_win, 15, 23));
     EXPECT_FALSE(screen.is_bold_at(app_state.settings_win, 15, 21));
+}
+
+TEST_F(config_loading, leaves_the_folder_set_before_to_its_owner)
+{
+    const heap_text before(str_dup("before"));
+    app_state.setting_texts[LogFilePath] = before.get();
+    load(configuration("<LogFilePath>after</LogFilePath>"));
+    EXPECT_STREQ(app_state.setting_texts[LogFilePath], "after");
+    EXPECT_STREQ(before.get(), "before");
 }
 
 TEST_F(config_loading, leaves_unset_folders_unset)
