@@ -1,6 +1,7 @@
 // config_fault_test.cpp - whatever fails while the configuration is read or saved, it is not lost.
 #include "unit/config_fixture.hpp"
 #include "unit/own_faults.hpp"
+#include "unit/unprivileged.hpp"
 
 #include "data/text.hpp"
 #include "support/config_text.hpp"
@@ -139,6 +140,21 @@ TEST_F(config_faults, in_a_load_keep_a_file_from_being_replaced_by_less)
     }
     config_load();
     EXPECT_EQ(app_state.servers->count, 1);
+}
+
+TEST_F(config_faults, of_the_home_folder_keep_what_could_not_be_reached_at_the_start)
+{
+    for (const std::string& path : {home.path(), home.path_of(config), elsewhere.path()})
+        ASSERT_TRUE(give_to_nobody(path.c_str()));
+    EXPECT_TRUE(unprivileged([this] {
+        if (chmod(home.path().c_str(), 0) != 0)
+            return false;
+        config_load();
+        const bool is_back = chmod(home.path().c_str(), 0700) == 0;
+        save();
+        return is_back && is_in(home);
+    }));
+    expect_config(before);
 }
 
 TEST_F(config_faults, that_interrupt_a_load_do_no_harm)
