@@ -193,7 +193,7 @@ TEST_F(config_loading, sets_switches_by_any_other_number_than_0_and_clears_none)
         std::uint32_t before;
         std::uint32_t after;
     } rows[] = {{"1", 0, 1},   {"2", 0, 1}, {"-1", 0, 1}, {"01", 0, 1}, {"0", 0, 0}, {"x", 0, 0},
-                {"yes", 0, 0}, {"", 0, 0},  {"0", 1, 1},  {"", 1, 1},   {"1", 8, 9}, {" 7 ", 0, 1}};
+                {"0x1", 0, 0}, {"", 0, 0},  {"0", 1, 1},  {"", 1, 1},   {"1", 8, 9}, {" 7 ", 0, 1}};
     for (const auto& row : rows) {
         app_state.setting_flags = row.before;
         load(configuration("<ACARSLog>" + std::string(row.value) + "</ACARSLog>"));
