@@ -96,6 +96,25 @@ TEST_F(config_short_of_memory, loads_nothing_that_is_not_in_the_file)
     });
 }
 
+TEST_F(config_short_of_memory, stays_in_the_home_folder_without_room_for_the_file_only)
+{
+    home.write_config(config_text(settings));
+    int stays = 0;
+    try_each_allocation({
+        .prepare = [&] { forget(); },
+        .call = [] { config_load(); },
+        .expect_after_failure =
+            [&](memory_shortage shortage, long) {
+                if (is_in(home)) {
+                    EXPECT_TRUE(has_loaded_nothing());
+                    stays += shortage == memory_shortage::once ? 1 : 0;
+                }
+            },
+        .expect_success = [&] { EXPECT_TRUE(is_in(elsewhere)); },
+    });
+    EXPECT_EQ(stays, 1);
+}
+
 TEST_F(config_short_of_memory, does_not_replace_a_file_that_it_could_not_load)
 {
     const std::string whole = config_text(settings);
