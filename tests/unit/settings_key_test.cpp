@@ -5,6 +5,7 @@
 #include "support/temp_home.hpp"
 
 #include <algorithm>
+#include <array>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -64,6 +65,15 @@ constexpr switch_row switches[] = {
     {0xE1, 0x01, 2}, {0xE9, 0x02, 4}, {0xE8, 0x08, 5},  {0xE6, 0x10, 6},
     {0xF4, 0x20, 7}, {0xE4, 0x40, 9}, {0xE5, 0x80, 10}, {0xF3, 0x04, 11},
 };
+
+TEST_F(settings_key_press, finds_its_rows_where_the_page_has_put_them)
+{
+    // Lines without a hot key are nowhere.
+    EXPECT_EQ(std::to_array(app_state.checkbox_rows),
+              std::to_array({2, -1, 4, 5, 6, 7, -1, 9, 10, 11}));
+    EXPECT_EQ(std::to_array(app_state.text_rows), std::to_array({15, 16}));
+    EXPECT_EQ(std::to_array(app_state.text_columns), std::to_array({23, 22}));
+}
 
 TEST_F(settings_key_press, flips_one_bit_and_one_mark)
 {
