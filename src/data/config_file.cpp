@@ -135,7 +135,7 @@ void server_read(const xml_index& index, const char* number)
     mailing_fields_read(*server, index, path);
     server->Location = field_copy(index, path, "Location");
     server->Info = field_copy(index, path, "Info");
-    server_add_or_free(app_state.servers, server);
+    is_unread = !server_add_or_free(app_state.servers, server) || is_unread;
 }
 
 void servers_read(const xml_node* document, const xml_index& index)
@@ -307,7 +307,9 @@ void config_load()
     if (!text)
         return visit.stay();
     // A part of the settings and servers would pass for all of them.
+    errno = 0;
     const xml_document document{xml_parse(is_whole ? text.get() : "")};
+    is_unread = is_unread || errno == ENOMEM;
     document_read(document.get());
 }
 

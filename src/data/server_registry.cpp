@@ -44,12 +44,14 @@ std::int32_t server_add(collection* servers, server_entry* entry)
     return -1;
 }
 
-void server_add_or_free(collection* servers, server_entry* entry)
+bool server_add_or_free(collection* servers, server_entry* entry)
 {
     const std::int32_t count_before = servers->count;
-    server_add(servers, entry);
-    if (servers->count == count_before)
+    const bool is_new = server_add(servers, entry) == -1;
+    const bool is_added = servers->count != count_before;
+    if (!is_added)
         server_entry_free(entry);
+    return is_added || !is_new;
 }
 
 void server_entry_free(void* entry)

@@ -68,7 +68,8 @@ std::int32_t server_add(collection* servers, server_entry* entry);
 
 /// Registers an entry, or releases it: when it has no name, when its like is there already, and
 /// when the list cannot grow, which server_add does not tell. entry: must not be null.
-void server_add_or_free(collection* servers, server_entry* entry);
+/// False in the last of these cases only: a server is lost.
+bool server_add_or_free(collection* servers, server_entry* entry);
 
 /// Releases an entry and the texts that it owns, UseEMail and SubCode excepted.
 /// entry: a malloc'ed server_entry; must have no connection.

@@ -31,8 +31,8 @@ struct xml_node {
 };
 
 /// Reads `text` (never null), which is not kept.
-/// The document's first node, to be released by xml_free; it ends early when memory runs out on
-/// the way. Null only when there is no memory for the first node.
+/// The document's first node, to be released by xml_free; it ends early, with errno at ENOMEM, when
+/// memory runs out on the way. Null only when there is no memory for the first node.
 xml_node* xml_parse(const char* text);
 
 /// The value of the first node in document order whose name (`by_name`) or path equals `key`.

@@ -168,6 +168,41 @@ TEST_F(config_short_of_memory, does_not_replace_a_file_of_which_it_lost_a_server
     EXPECT_GT(incomplete, 10);
 }
 
+TEST_F(config_short_of_memory, does_not_replace_a_long_file_of_which_it_lost_any_part)
+{
+    // More servers than the list has room for at first.
+    for (int index = 12; index > 9; --index)
+        settings.servers.insert(settings.servers.begin(),
+                                {.name = "host9" + std::to_string(index), .alias = "alias"});
+    const std::string whole = config_text(settings);
+    const auto has_loaded_all = [&] {
+        std::ptrdiff_t texts = 0;
+        for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
+            const server_entry* entry = server_at(app_state.servers, index);
+            texts += (entry->ServerAlias != nullptr ? 1 : 0) + (entry->Location != nullptr ? 1 : 0);
+        }
+        return app_state.servers->count == std::ssize(settings.servers) && texts == 12 + 9 &&
+               app_state.setting_flags == (SaveOnExit | ACARSLog) &&
+               app_state.setting_texts[LogFilePath] != nullptr &&
+               app_state.setting_texts[ReportPath] != nullptr;
+    };
+    int incomplete = 0;
+    try_each_allocation({
+        .prepare = [&] { begin_again(whole); },
+        .call = [] { config_load(); },
+        .expect_after_failure =
+            [&](memory_shortage, long) {
+                if (has_loaded_all())
+                    return;
+                ++incomplete;
+                save();
+                EXPECT_EQ(home.read_config(), whole);
+            },
+        .expect_success = [&] { EXPECT_TRUE(has_loaded_all()); },
+    });
+    EXPECT_GT(incomplete, 50);
+}
+
 TEST_F(config_short_of_memory, loads_the_rest_without_room_for_folders)
 {
     home.write_config(config_text(settings));

@@ -156,8 +156,9 @@ TEST(server_add_or_free, releases_what_the_collection_does_not_take)
     const unique_collection servers(server_collection_new());
     servers->grow_step = 0;
     for (int port = 1; port <= 12; ++port)
-        server_add_or_free(servers.get(), new_entry("a", port).release());
-    server_add_or_free(servers.get(), new_entry("a", 1).release());
+        EXPECT_EQ(server_add_or_free(servers.get(), new_entry("a", port).release()), port <= 10);
+    EXPECT_TRUE(server_add_or_free(servers.get(), new_entry("a", 1).release()));
+    EXPECT_TRUE(server_add_or_free(servers.get(), new_entry(nullptr, 1).release()));
     EXPECT_EQ(servers->count, 10);
 }
 
