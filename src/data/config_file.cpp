@@ -290,7 +290,7 @@ void config_load()
 {
     home_visit visit;
     const unique_fd file = visit.is_there() ? config_open() : unique_fd{};
-    is_unread = !file && errno != ENOENT; // of the file, or of a home folder that is closed to us
+    is_unread = !visit.is_there() || (!file && errno != ENOENT);
     if (!file) {
         status_report(5, "No configuration found in '%s'", home_name());
         return;

@@ -14,7 +14,7 @@ public:
     home_visit& operator=(const home_visit&) = delete;
 
     /// False when HOME names no folder that can be entered; nothing of the user's is reachable
-    /// then. Right after the visit was made, errno says why.
+    /// then.
     bool is_there() const
     {
         return there;

@@ -80,7 +80,7 @@ void separator_draw(int row)
     glyphs_attribute(window, 2, false);
 }
 
-void folders_draw(int row)
+void folder_labels_draw(int row)
 {
     for (std::size_t index = 0; index < setting_text_count; ++index, ++row) {
         const shown_label label = label_split(text_setting_table[index].label);
@@ -136,7 +136,7 @@ void settings_dialog()
     glyphs_attribute(window, 2, false);
     const int after_checkboxes = checkboxes_draw(first_row);
     separator_draw(after_checkboxes + 1);
-    folders_draw(after_checkboxes + 3);
+    folder_labels_draw(after_checkboxes + 3);
 }
 
 void settings_mark_draw(std::size_t index)

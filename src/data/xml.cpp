@@ -52,10 +52,10 @@ constexpr std::size_t block_room = 1032 - sizeof(block);
 struct reader {
     block* memory = nullptr;             // the last block
     xml_node* current = nullptr;         // the latest node; nameless while it waits for a start tag
-    bool in_tag = true;                  // whether a "<" still waits for its ">"
+    bool in_tag = true;                  // a "<" still waits for its ">", first the declaration's
     std::string_view tag;                // the latest tag, without brackets
     const char* text_begin = nullptr;    // behind the latest tag
-    bool has_brackets = false;           // a ">" has come since, which is no text
+    bool has_stray_brackets = false;     // a ">" has come since, which is no text
     bounded_text<xml_path_limit> path;   // names of the open elements
     bounded_text<xml_text_limit> joined; // a text put together from its pieces
 };
@@ -150,7 +150,7 @@ std::string_view brackets_drop(reader& state, std::string_view text)
 bool value_node(reader& state, const char* end)
 {
     std::string_view text{state.text_begin, static_cast<std::size_t>(end - state.text_begin)};
-    if (state.has_brackets)
+    if (state.has_stray_brackets)
         text = brackets_drop(state, text);
     text = text.substr(0, xml_text_limit - 1);
     if (text.empty())
@@ -169,7 +169,7 @@ bool begin_tag(reader& state, const char* at)
     state.in_tag = true;
     if (state.current->name == nullptr)
         return true;
-    // Its name came with a ">", and no "<" has come since.
+    // Its name came with a ">", so that its text has a beginning; no "<" has come since.
     if (!value_node(state, at))
         return false;
     xml_node* next = new_node(state);
@@ -195,8 +195,8 @@ void leave_element(reader& state, std::string_view name)
 /// here. False without memory.
 bool end_tag(reader& state, const char* tag, const char* at)
 {
-    state.has_brackets = !std::exchange(state.in_tag, false);
-    if (!state.has_brackets) {
+    state.has_stray_brackets = !std::exchange(state.in_tag, false);
+    if (!state.has_stray_brackets) {
         state.tag = {tag, static_cast<std::size_t>(at - tag)};
         state.text_begin = at + 1;
     }
@@ -268,11 +268,16 @@ xml_node* xml_parse(const char* text)
 
 char* xml_get(const xml_node* document, const char* key, bool by_name, bool want_copy)
 {
-    const std::uint32_t mark = mark_of(key);
+    const std::string_view wanted{key};
+    // A key too long for any node would have its length cut in the mark.
+    if (wanted.size() >= xml_path_limit)
+        return nullptr;
+    const std::uint32_t mark = mark_of(wanted);
     for (const xml_node* node = document; node != nullptr; node = node->next) {
         const char* compared = by_name ? node->name : node->path;
+        // Texts of one mark are of one length.
         if ((by_name ? node->name_mark : node->path_mark) == mark && compared != nullptr &&
-            std::strcmp(compared, key) == 0)
+            std::memcmp(compared, key, wanted.size()) == 0)
             return by_name || want_copy ? str_dup(node->value) : node->value;
     }
     return nullptr;
