@@ -60,12 +60,13 @@ void report_save(const char* text)
                                       folder_setting(ReportPath))};
     if (!name)
         return;
-    const unique_file file = file_open(name.get(), file_use::replacing);
+    unique_file file = file_open(name.get(), file_use::replacing);
     if (!file) {
         beep();
         return status_report(5, "Unable to save report as '%s'", name.get());
     }
     std::fputs(text, file.get());
+    file.reset();
     status_report(6, "Report successfully saved as '%s'", name.get());
 }
 

@@ -64,6 +64,21 @@ TEST_F(report_saving, is_written_up_to_its_first_zero_byte)
     expect_saved("./report.txt", "before");
 }
 
+TEST_F(report_saving, is_in_its_file_before_it_is_said_to_be)
+{
+    ASSERT_TRUE(begin());
+    // A title, which shows nowhere on the screen.
+    ASSERT_TRUE(send_report("\033]2;the-text\033\\"));
+    ASSERT_TRUE(prompt_is(save_prompt()));
+    terminal().send_key(named_key::backspace);
+    terminal().send_key(named_key::backspace);
+    // The terminal gets both, one after the other.
+    ASSERT_TRUE(answer(save_prompt(""), "/dev/tty"));
+    ASSERT_TRUE(client.wait_for_status("Report successfully saved as '/dev/tty'", pairs::notice));
+    const std::string output{terminal().raw_output()};
+    EXPECT_LT(output.find("the-text"), output.find("successfully"));
+}
+
 TEST_F(report_saving, of_nothing_makes_an_empty_file)
 {
     ASSERT_TRUE(begin());
