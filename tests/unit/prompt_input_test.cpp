@@ -1,6 +1,8 @@
-// prompt_input_test.cpp - how much of a preset a prompt has room for.
+// prompt_input_test.cpp - how a prompt looks, what it takes, and how much of a preset.
 #include "unit/net_fixture.hpp"
+#include "unit/own_clock.hpp"
 
+#include "ui/keys.hpp"
 #include "ui/prompt.hpp"
 
 namespace
@@ -33,6 +35,92 @@ TEST_F(prompt_preset, is_left_out_where_there_is_no_room_at_all)
 {
     for (const int max : {1, 0, -3})
         EXPECT_EQ(answer(max, "preset"), "(none)") << max;
+}
+
+using rows_of_box = std::vector<std::string>;
+
+class prompt_box : public net_test
+{
+protected:
+    /// A box as it stands on the terminal at its first look for a key.
+    static rows_of_box box(int max, const char* question, const char* hint_text,
+                           const char* preset = nullptr)
+    {
+        rows_of_box rows;
+        own_clock clock;
+        clock.on_pause([&](long) {
+            for (int row = LINES / 2 - 4; row < LINES / 2 - 1; ++row)
+                rows.push_back(terminal_row(row));
+            ungetch(key_escape);
+        });
+        EXPECT_EQ(prompt_input(max, question, hint_text, preset), nullptr);
+        return rows;
+    }
+
+private:
+    /// A row without the panes that reach beyond the box; frames as "-", "|" and "+".
+    static std::string terminal_row(int row)
+    {
+        std::string text;
+        for (int column = COLS / 2 - 25; column < COLS / 2 + 25; ++column)
+            text += cell_text(mvwinch(curscr, row, column));
+        text.erase(text.find_last_not_of(' ') + 1);
+        return text;
+    }
+    static char cell_text(chtype cell)
+    {
+        const char letter = static_cast<char>(cell & A_CHARTEXT);
+        if ((cell & A_ALTCHARSET) == 0)
+            return letter;
+        return letter == 'q' ? '-' : letter == 'x' ? '|' : '+';
+    }
+};
+
+std::string blanks(int count)
+{
+    return std::string(static_cast<std::size_t>(count), ' ');
+}
+
+TEST_F(prompt_box, is_as_wide_as_its_text_may_become)
+{
+    EXPECT_EQ(box(32, "Question", "hint"),
+              (rows_of_box{blanks(9) + "+-[ Question ]-------------------+",
+                           blanks(9) + "| _                              |",
+                           blanks(9) + "+-----------------------[ hint ]-+"}));
+}
+
+TEST_F(prompt_box, is_wide_enough_for_its_question)
+{
+    EXPECT_EQ(
+        box(2, "A long question", "hint"),
+        (rows_of_box{blanks(15) + "+-[ A long question ]+", blanks(15) + "| _                  |",
+                     blanks(15) + "+-----------[ hint ]-+"}));
+}
+
+TEST_F(prompt_box, is_wide_enough_for_its_hint_which_takes_the_corner)
+{
+    EXPECT_EQ(box(2, "Why", "a longer hint"),
+              (rows_of_box{blanks(17) + "+-[ Why ]---------+", blanks(17) + "| _               |",
+                           blanks(17) + "[ a longer hint ]-+"}));
+    EXPECT_EQ(box(2, "Question", "123456789"), // no wider than the question makes it
+              (rows_of_box{blanks(19) + "+-[ Question ]+", blanks(19) + "| _           |",
+                           blanks(19) + "[ 123456789 ]-+"}));
+}
+
+TEST_F(prompt_box, whose_line_is_full_has_its_cursor_on_the_frame)
+{
+    EXPECT_EQ(box(16, "Question", "hint", "fifteen letters"),
+              (rows_of_box{blanks(17) + "+-[ Question ]---+", blanks(17) + "| fifteen letters_",
+                           blanks(17) + "+-------[ hint ]-+"}));
+}
+
+TEST_F(prompt_box, takes_the_low_eight_bits_of_every_other_key)
+{
+    for (const int key : {key_enter, KEY_F(1), KEY_LEFT, 0x18, 0xE9, KEY_DOWN}) // the last first
+        ungetch(key);
+    const heap_text text{prompt_input(10, "Question", hint, nullptr)};
+    ASSERT_TRUE(text);
+    EXPECT_STREQ(text.get(), "\x02\xE9\x18\x04\x09");
 }
 
 } // namespace
