@@ -231,25 +231,28 @@ TEST_F(server_info, takes_the_statistics_with_it)
     EXPECT_TRUE(client.terminal().wait_for_no_text("Unique Flights: 7"));
 }
 
-TEST_F(server_info, fits_narrow_and_wide_terminals)
+TEST_F(server_info, fits_terminals_of_other_sizes)
 {
     client_settings settings;
     settings.servers = {{.name = "host.example", .alias = "a rather long alias", .info = "facts"}};
-    for (const int columns : {40, 200}) {
+    for (const auto& [rows, columns] :
+         {std::pair{24, 40}, {24, 200}, {25, 80}, {43, 132}, {18, 80}}) {
         client_session other;
-        ASSERT_TRUE(other.start(settings, {.columns = columns}));
+        SCOPED_TRACE(rows);
+        ASSERT_TRUE(other.start(settings, {.rows = rows, .columns = columns}));
         other.terminal().send_key(named_key::tab);
         ASSERT_TRUE(other.terminal().wait_for_text(close_text));
         const terminal_screen& screen = other.terminal().screen();
-        EXPECT_EQ(screen.text(top, left, 1), "┌");
-        EXPECT_EQ(screen.text(top, left + columns - 13, 1), "┐");
-        EXPECT_EQ(screen.text(top + 10, columns - 28, 19), close_text);
+        const int top_row = rows / 2 - 4;
+        EXPECT_EQ(screen.text(top_row, left, 1), "┌");
+        EXPECT_EQ(screen.text(top_row, left + columns - 13, 1), "┐");
+        EXPECT_EQ(screen.text(top_row + 10, columns - 28, 19), close_text);
         const std::string name = "ServerName: a rather long alias Port: 2202 Version: unknown";
-        const std::string seen = screen.text(top + 1, left + 1, columns - 13);
+        const std::string seen = screen.text(top_row + 1, left + 1, columns - 13);
         EXPECT_TRUE(seen.starts_with(name.substr(0, static_cast<std::size_t>(columns - 13))))
             << seen;
-        EXPECT_TRUE(screen.text(top + 2, left + 1).starts_with("Location: unknown"));
-        EXPECT_TRUE(screen.text(top + 5, left + 1).starts_with("Info: facts"));
+        EXPECT_TRUE(screen.text(top_row + 2, left + 1).starts_with("Location: unknown"));
+        EXPECT_TRUE(screen.text(top_row + 5, left + 1).starts_with("Info: facts"));
     }
 }
 

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <fcntl.h>
 #include <string>
 #include <sys/resource.h>
@@ -12,6 +14,7 @@
 namespace
 {
 
+using namespace std::chrono_literals;
 using namespace std::string_literals;
 
 /// Fills the client's socket until it takes nothing more.
@@ -109,6 +112,20 @@ TEST(send_packet, drops_the_packet_when_the_socket_is_full)
     EXPECT_EQ(sockets.sent_by_client(), wire_packet(1, 7, 0, "in time"));
 }
 
+TEST(send_packet, does_not_wait_for_room)
+{
+    const socket_pair sockets;
+    fill(sockets);
+    auto shortest = std::chrono::nanoseconds::max(); // a busy machine may add to some
+    for (int count = 0; count < 20; ++count) {
+        const auto begin = std::chrono::steady_clock::now();
+        EXPECT_EQ(send_packet(sockets.client(), 1, 0, 0, "late"), 0);
+        shortest = std::min(shortest, std::chrono::steady_clock::now() - begin);
+    }
+    EXPECT_GE(shortest, 200us);
+    EXPECT_LT(shortest, 2ms);
+}
+
 TEST(send_packet, fails_without_a_signal_when_the_server_has_gone)
 {
     socket_pair sockets;
@@ -140,6 +157,14 @@ TEST(wait_ready, tells_writable_from_full)
     EXPECT_EQ(wait_ready(sockets.client(), for_writing, 0), 1);
     fill(sockets);
     EXPECT_EQ(wait_ready(sockets.client(), for_writing, 0), 0);
+}
+
+TEST(wait_ready, waits_for_as_many_seconds_as_it_is_told)
+{
+    const socket_pair sockets;
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(wait_ready(sockets.client(), for_reading, 1), 0);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 1s);
 }
 
 TEST(wait_ready, refuses_what_is_no_socket)

@@ -128,6 +128,20 @@ TEST_F(report, drops_pieces_that_nothing_announced)
     EXPECT_EQ(said(), (status_lines{size_line("4000")}));
 }
 
+TEST_F(report, a_size_alone_changes_the_size_of_a_report_half_way)
+{
+    offer_home();
+    const std::string bytes = compressed(std::string(400, 'x'));
+    announce(bytes, 1);
+    receive(bytes.substr(0, 3));
+    report_header(entry, "100");
+    EXPECT_EQ(entry.report_received, 3U);
+    EXPECT_EQ(entry.report_total, bytes.size());
+    type_ahead("saved.txt\n");
+    receive(bytes.substr(3));
+    EXPECT_EQ(home.read_file("saved.txt"), std::string(400, 'x'));
+}
+
 TEST_F(report, keeps_nothing_of_a_piece_beyond_the_total)
 {
     report_header(entry, "10\t10");
