@@ -36,21 +36,26 @@ constexpr request_field pager_fields[] = {
     {"Enter Destination Airport (IATA)", 30, hint_or_cancel, ""},
 };
 
-/// Asks for the three fields and appends them to the text. False when none of them was given.
-bool fields_ask(heap_text& text)
+/// Asks for the three fields and appends them to the text. How many were given; -1 when memory is
+/// short.
+int fields_ask(heap_text& text)
 {
-    bool is_any_given = false;
+    int given = 0;
     for (const request_field& field : pager_fields) {
-        const std::size_t length_before = std::strlen(text.get());
-        request_field_ask(text, field);
-        is_any_given = is_any_given || std::strlen(text.get()) > length_before + 1;
+        const std::size_t empty_length = std::strlen(text.get()) + 1; // with the tab
+        if (!request_field_ask(text, field))
+            return -1;
+        given += std::strlen(text.get()) > empty_length ? 1 : 0;
     }
-    return is_any_given;
+    return given;
 }
 
 void entry_change(const server_entry& entry, char choice, std::uint16_t code, heap_text& text)
 {
-    if (!fields_ask(text)) {
+    const int given = fields_ask(text);
+    if (given < 0)
+        return;
+    if (given == 0) {
         beep();
         return status_report(5, "Please enter data in one of the fields");
     }

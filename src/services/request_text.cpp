@@ -4,13 +4,27 @@
 #include "data/text.hpp"
 #include "ui/prompt.hpp"
 
+#include <cstring>
+
+namespace
+{
+
+/// Appends to the text. False when memory is short: then the text does not grow.
+bool text_append(heap_text& text, const char* added)
+{
+    const std::size_t whole_length = (text ? std::strlen(text.get()) : 0) + std::strlen(added);
+    text.reset(str_append(text.release(), added));
+    return text && std::strlen(text.get()) == whole_length;
+}
+
+} // namespace
+
 bool request_field_ask(heap_text& text, const request_field& field)
 {
     const heap_text answer{prompt_input(field.size, field.question, field.hint, nullptr)};
     if (!answer && field.fallback == nullptr)
         return false;
-    if (text)
-        text.reset(str_append(text.release(), "\t"));
-    text.reset(str_append(text.release(), answer ? answer.get() : field.fallback));
-    return text != nullptr;
+    if (text && !text_append(text, "\t"))
+        return false;
+    return text_append(text, answer ? answer.get() : field.fallback);
 }

@@ -1,11 +1,14 @@
 // service_memory_test.cpp - what is shown and kept of servers' messages when memory is short.
 #include "unit/failing_memory.hpp"
 #include "unit/net_fixture.hpp"
+#include "unit/own_clock.hpp"
 
 #include "data/text.hpp"
 #include "net/transmission.hpp"
+#include "services/pager.hpp"
 #include "services/pager_list.hpp"
 #include "services/report.hpp"
+#include "services/request_text.hpp"
 #include "services/server_info.hpp"
 #include "support/temp_home.hpp"
 #include "ui/popup.hpp"
@@ -171,6 +174,58 @@ TEST_F(memory_shortage_of_services, saves_a_report_whole_or_not_at_all)
             [&] {
                 EXPECT_EQ(entry.report_buffer, nullptr);
                 EXPECT_EQ(home.read_file("saved.txt"), text);
+            },
+    });
+}
+
+TEST_F(memory_shortage_of_services, tells_of_a_field_that_it_could_not_add)
+{
+    const own_clock clock; // no pause takes time
+    constexpr request_field field = {"Question", 20, "hint", nullptr};
+    heap_text text;
+    bool is_added = false;
+    try_each_allocation({
+        .prepare =
+            [&] {
+                text.reset(str_dup("one"));
+                flushinp();
+                type_ahead("two\n");
+            },
+        .call = [&] { is_added = request_field_ask(text, field); },
+        .expect_after_failure =
+            [&](memory_shortage, long) {
+                EXPECT_EQ(is_added, std::string_view{text.get()} == "one\ttwo") << text.get();
+            },
+        .expect_success =
+            [&] {
+                EXPECT_TRUE(is_added);
+                EXPECT_STREQ(text.get(), "one\ttwo");
+            },
+    });
+}
+
+TEST_F(memory_shortage_of_services, sends_no_pager_entry_that_lacks_a_field)
+{
+    const own_clock clock; // no pause takes time
+    const server_end server = connect(entry);
+    try_each_allocation({
+        .prepare =
+            [&] {
+                server.take_bytes();
+                flushinp();
+                type_ahead("1me\n7\nD-AIQA\nLH400\nFRA\n");
+            },
+        .call = [&] { pager_dialog(entry); },
+        .expect_after_failure =
+            [&](memory_shortage, long) {
+                for (const wire_packet& sent : server.take_packets())
+                    EXPECT_EQ(std::ranges::count(sent.text, '\t'), 3) << sent;
+            },
+        .expect_success =
+            [&] {
+                EXPECT_EQ(
+                    server.take_packets(),
+                    (wire_packets{{.kind = 77, .text = "me\tD-AIQA\tLH400\tFRA", .param1 = 7}}));
             },
     });
 }
