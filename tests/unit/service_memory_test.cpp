@@ -5,6 +5,7 @@
 
 #include "data/text.hpp"
 #include "net/transmission.hpp"
+#include "services/mailing.hpp"
 #include "services/pager.hpp"
 #include "services/pager_list.hpp"
 #include "services/report.hpp"
@@ -226,6 +227,35 @@ TEST_F(memory_shortage_of_services, sends_no_pager_entry_that_lacks_a_field)
                 EXPECT_EQ(
                     server.take_packets(),
                     (wire_packets{{.kind = 77, .text = "me\tD-AIQA\tLH400\tFRA", .param1 = 7}}));
+            },
+    });
+}
+
+TEST_F(memory_shortage_of_services, forgets_no_address_and_no_code)
+{
+    const own_clock clock; // no pause takes time
+    try_each_allocation({
+        .prepare =
+            [&] {
+                std::free(entry.UseEMail);
+                entry.UseEMail = owned_text("me");
+                std::free(entry.SubCode);
+                entry.SubCode = owned_text("7");
+                flushinp();
+                type_ahead("3@home\n8\n");
+            },
+        .call = [&] { mailing_dialog(entry); },
+        .expect_after_failure =
+            [&](memory_shortage, long) {
+                ASSERT_NE(entry.UseEMail, nullptr);
+                ASSERT_NE(entry.SubCode, nullptr);
+                EXPECT_EQ(std::string_view{entry.UseEMail}.substr(0, 2), "me");
+                EXPECT_EQ(std::string_view{entry.SubCode}.substr(0, 1), "7");
+            },
+        .expect_success =
+            [&] {
+                EXPECT_STREQ(entry.UseEMail, "me@home");
+                EXPECT_STREQ(entry.SubCode, "78");
             },
     });
 }
