@@ -275,6 +275,18 @@ TEST_F(server_info, survives_terminals_without_room_for_it)
     ASSERT_TRUE(client.terminal().wait_for_text("Location: unknown"));
 }
 
+TEST_F(server_info, wraps_nothing_on_terminals_narrower_than_its_margins)
+{
+    client_settings settings;
+    settings.servers = {{.name = "host.example", .info = "some facts"}};
+    ASSERT_TRUE(client.start(settings));
+    const terminal_screen& screen = client.terminal().screen();
+    const auto shows_label = [&] { return screen.text(top + 5, left + 1, 6) == "Info: "; };
+    client.terminal().resize(24, 19);
+    client.terminal().send_key(named_key::tab);
+    EXPECT_TRUE(client.terminal().wait_until(shows_label, "the label, not written over"));
+}
+
 TEST_F(server_info, bytes_of_a_server_do_not_drive_the_terminal)
 {
     client_settings settings = knowing(server);

@@ -38,6 +38,21 @@ protected:
         return text + static_cast<char>(mvwinch(app_state.popup_win, number, last) & A_CHARTEXT);
     }
 
+    /// A letter for how each cell of a row looks, up to the length: label, value, key.
+    std::string looks(int number, std::size_t length) const
+    {
+        std::string letters;
+        for (int column = 1; column <= static_cast<int>(length); ++column) {
+            const int pair = screen.pair_at(app_state.popup_win, number, column);
+            const bool bold = screen.is_bold_at(app_state.popup_win, number, column);
+            letters += pair == 7 && bold    ? 'l'
+                       : pair == 2 && !bold ? 'v'
+                       : pair == 11 && bold ? 'k'
+                                            : '?';
+        }
+        return letters;
+    }
+
     server_entry& entry;
 };
 
@@ -51,6 +66,42 @@ TEST_F(server_info_window, has_its_place_and_size)
     EXPECT_EQ(getbegy(app_state.popup_win), 8);
     EXPECT_TRUE(is_scrollok(app_state.popup_win));
     EXPECT_EQ(app_state.dialog_win, nullptr);
+}
+
+struct row_part {
+    const char* text;
+    char look;
+};
+
+TEST_F(server_info_window, has_labels_values_and_keys_in_colours_of_their_own)
+{
+    entry.crc_check = entry.can_mail = entry.can_modify = entry.can_page = entry.can_report = 1;
+    server_info_toggle();
+    const std::pair<int, std::vector<row_part>> rows[] = {
+        {1,
+         {{"ServerName: ", 'l'},
+          {"srv", 'v'},
+          {" Port: ", 'l'},
+          {"2202", 'v'},
+          {" Version: ", 'l'},
+          {"unknown", 'v'}}},
+        {2, {{"Location: ", 'l'}, {"unknown", 'v'}}},
+        {3, {{"Connected: ", 'l'}, {"NO", 'v'}, {" Unique ServerID: ", 'l'}, {"unknown", 'v'}}},
+        {4, {{"ServerFlags: ", 'l'}, {"CRC MAILING MODIFY PAGER REPORTS", 'v'}}},
+        {5, {{"Info: ", 'l'}, {"unknown", 'v'}}},
+        {9,
+         {{"Special Keys: ", 'l'}, {"| ^A Add entries | ^M Mailing | ^O Reports | ^P Page", 'k'}}},
+    };
+    for (const auto& [number, parts] : rows) {
+        std::string text;
+        std::string look;
+        for (const row_part& part : parts) {
+            text += part.text;
+            look += std::string(std::string_view{part.text}.size(), part.look);
+        }
+        EXPECT_EQ(whole_row(number).substr(0, text.size()), text);
+        EXPECT_EQ(looks(number, text.size()), look) << text;
+    }
 }
 
 TEST_F(server_info_window, an_info_of_exactly_the_width_is_one_line)
@@ -157,6 +208,7 @@ TEST_F(server_info_window, texts_end_at_the_last_column)
 TEST_F(server_info_window, a_socket_means_connected)
 {
     const server_end server = connect(entry);
+    entry.connected = 0; // also while the connect is under way
     server_info_toggle();
     EXPECT_EQ(row(3), "Connected: YES Unique ServerID: unknown");
 }
