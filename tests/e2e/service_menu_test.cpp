@@ -62,7 +62,8 @@ TEST_P(service_menu, takes_its_own_keys_and_no_others)
     terminal().send_control('h');
     terminal().send_control('x');
     terminal().send_control('d');
-    ASSERT_TRUE(client.wait_for_polls()); // the menu seen before must not count
+    ASSERT_TRUE(terminal().wait_for_keys_read()); // the menu seen before must not count
+    ASSERT_TRUE(client.wait_for_polls());
     ASSERT_TRUE(menu_is(GetParam().look));
     terminal().send("1"); // the first key that does anything
     ASSERT_TRUE(terminal().wait_for_text(GetParam().first_question));

@@ -138,11 +138,26 @@ bool pty_process::write(std::string_view bytes)
     return true;
 }
 
+int pty_process::program_side_open() const
+{
+    return ioctl(terminal_fd, TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC);
+}
+
+bool pty_process::has_unread_input() const
+{
+    const int program_fd = program_side_open();
+    int bytes = 0;
+    const bool is_told = program_fd >= 0 && ioctl(program_fd, FIONREAD, &bytes) == 0;
+    if (program_fd >= 0)
+        close(program_fd);
+    return is_told && bytes > 0;
+}
+
 bool pty_process::write_after_program(std::string_view mark)
 {
     if (output_ended())
         return false;
-    const int program_fd = ioctl(terminal_fd, TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    const int program_fd = program_side_open();
     if (program_fd < 0)
         return false;
     const ssize_t written = ::write(program_fd, mark.data(), mark.size());

@@ -43,6 +43,8 @@ public:
     /// Writes `mark` to the terminal as a program would: what the program has written, or begun to
     /// write, comes out before it. False once the program's side is closed.
     bool write_after_program(std::string_view mark);
+    /// Whether something was typed that the program has not read yet.
+    bool has_unread_input() const;
     /// True once the program's side of the terminal is closed and all its output was taken.
     bool output_ended();
     /// Tells the kernel of a new size; it sends SIGWINCH to the foreground process group.
@@ -70,6 +72,8 @@ public:
 
 private:
     void drain();
+    /// A descriptor of the terminal as the program has it, or -1. The caller closes it.
+    int program_side_open() const;
 
     pid_t child = -1;
     int terminal_fd = -1;

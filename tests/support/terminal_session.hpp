@@ -78,6 +78,10 @@ public:
     [[nodiscard]] testing::AssertionResult
     wait_until(const std::function<bool()>& holds, std::string_view what,
                std::chrono::milliseconds limit = default_patience);
+    /// Waits until the program has read every key that was sent. The last one's effect may still be
+    /// on its way.
+    [[nodiscard]] testing::AssertionResult
+    wait_for_keys_read(std::chrono::milliseconds limit = default_patience);
     /// Waits until some row holds `text`.
     [[nodiscard]] testing::AssertionResult
     wait_for_text(std::string_view text, std::chrono::milliseconds limit = default_patience);
