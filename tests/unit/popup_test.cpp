@@ -37,6 +37,23 @@ TEST(popup, may_reach_beyond_the_screens_edges)
     }
 }
 
+TEST(popup, paints_its_interior_and_leaves_its_edge)
+{
+    constexpr int pair = 10;
+    const headless_screen screen;
+    WINDOW* window = popup_open(width, height, 0, 0, false, pair, false);
+    ASSERT_NE(window, nullptr);
+    for (int row = 0; row < height; ++row) {
+        for (int column = 0; column < width; ++column) {
+            const bool is_edge =
+                row == 0 || row == height - 1 || column == 0 || column == width - 1;
+            EXPECT_EQ(screen.pair_at(window, row, column), is_edge ? 0 : pair)
+                << row << ", " << column;
+        }
+    }
+    window_erase(window);
+}
+
 TEST(line_blank, of_no_cells_moves_the_cursor_and_changes_nothing)
 {
     const headless_screen screen;
