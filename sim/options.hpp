@@ -78,7 +78,7 @@ struct server_options {
 
     // What its services do, where the capabilities offer them.
     report_answer reports = report_answer::real;
-    bool pager_blocked = false; ///< requests to change pager lists are put off
+    bool pager_blocked = false; ///< requests about pager lists are put off
 
     // Messages of receivers, one JSON object a line, passed on as they come.
     std::optional<std::uint16_t> json_udp_port = {}; ///< none: no datagrams; 0: any free port
