@@ -2,6 +2,7 @@
 #include "sim/carried_text.hpp"
 
 #include "sim/limits.hpp"
+#include "sim/text_fields.hpp"
 
 #include <algorithm>
 #include <cstdint>
@@ -80,7 +81,7 @@ void append_latin1(std::string& text, char32_t character)
 {
     if (character == '\n') {
         text += '\n';
-    } else if (character < 0x20 || (character >= 0x7F && character < 0xA0)) {
+    } else if (is_control(character)) {
         text += control_stand_in;
     } else if (character <= 0xFF) {
         text += static_cast<char>(character);

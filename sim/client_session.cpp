@@ -2,6 +2,7 @@
 #include "sim/client_session.hpp"
 
 #include "sim/limits.hpp"
+#include "sim/sockets.hpp"
 
 #include <cerrno>
 #include <iterator>
@@ -12,11 +13,6 @@ namespace sim
 {
 namespace
 {
-
-bool would_block(int error)
-{
-    return error == EAGAIN || error == EWOULDBLOCK;
-}
 
 wire_bytes taken_from(std::deque<wire_bytes>& queue)
 {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "data/owners.hpp"
+#include "sim/clock.hpp"
 #include "sim/packet.hpp"
 #include "sim/pager_lists.hpp"
 
@@ -18,12 +19,6 @@
 
 namespace sim
 {
-
-using steady_clock = std::chrono::steady_clock;
-using time_point = steady_clock::time_point;
-
-/// A point of time that never comes.
-constexpr time_point never = time_point::max();
 
 /// An encoded packet, shared by all the clients that it waits for.
 using wire_bytes = std::shared_ptr<const std::string>;

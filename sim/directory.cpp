@@ -33,7 +33,7 @@ void accept_connections(directory_service& directory, int epoll_fd)
         const int fd =
             accept4(directory.listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
         if (fd < 0) {
-            if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
+            if (is_short_of_descriptors(errno))
                 rest_accepting(directory, epoll_fd);
             return;
         }
@@ -93,14 +93,15 @@ void receive(const directory_service& directory, const server_options& options,
     char block[4096];
     const ssize_t count = recv(connection.socket.get(), block, sizeof block, MSG_DONTWAIT);
     if (count < 0) {
-        connection.gone = errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK;
+        connection.gone = errno != EINTR && !would_block(errno);
         return;
     }
     connection.input_ended = count == 0;
+    const bool has_all = connection.answering && is_finished(connection);
+    const bool gets_nothing =
+        connection.answer.empty() || options.directory_answers == directory_fault::silent;
     // Who has said all may still listen.
-    connection.gone = count == 0 && (connection.answer.empty() ||
-                                     (connection.answering && is_finished(connection)) ||
-                                     options.directory_answers == directory_fault::silent);
+    connection.gone = connection.input_ended && (has_all || gets_nothing);
     if (!connection.answer.empty())
         return;
     connection.request.append(block, static_cast<std::size_t>(count));
@@ -122,7 +123,7 @@ void send_answer(directory_connection& connection)
                  connection.answer.size() - connection.sent_bytes, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (count >= 0) {
             connection.sent_bytes += static_cast<std::size_t>(count);
-        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+        } else if (would_block(errno)) {
             return;
         } else if (errno != EINTR) {
             connection.gone = true;

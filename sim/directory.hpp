@@ -4,7 +4,7 @@
 #pragma once
 
 #include "data/owners.hpp"
-#include "sim/client_session.hpp"
+#include "sim/clock.hpp"
 #include "sim/options.hpp"
 
 #include <cstddef>

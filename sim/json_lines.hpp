@@ -1,7 +1,7 @@
 // json_lines.hpp - lines of JSON out of bytes as they come, and what is said of broken ones.
 #pragma once
 
-#include "sim/client_session.hpp"
+#include "sim/clock.hpp"
 #include "sim/transmission.hpp"
 
 #include <cstddef>

@@ -2,10 +2,10 @@
 #include "sim/packet.hpp"
 
 #include "sim/limits.hpp"
+#include "sim/zlib_bytes.hpp"
 
 #include <algorithm>
 #include <limits>
-#include <zlib.h>
 
 namespace sim
 {
@@ -76,14 +76,9 @@ std::optional<packet> compressed_transmission(std::string_view xml)
     const std::size_t hint = xml.size() / bytes_a_hint + 1;
     if (xml.empty() || hint > std::numeric_limits<std::uint16_t>::max())
         return std::nullopt;
-    uLongf length = compressBound(static_cast<uLong>(xml.size()));
-    std::string compressed(length, '\0');
-    const int result =
-        compress(reinterpret_cast<Bytef*>(compressed.data()), &length,
-                 reinterpret_cast<const Bytef*>(xml.data()), static_cast<uLong>(xml.size()));
-    if (result != Z_OK || length > max_payload_bytes)
+    std::string compressed = zlib_bytes(xml);
+    if (compressed.empty() || compressed.size() > max_payload_bytes)
         return std::nullopt;
-    compressed.resize(length);
     return packet{.kind = kind::compressed_transmission,
                   .payload = std::move(compressed),
                   .extra = static_cast<std::uint16_t>(hint)};

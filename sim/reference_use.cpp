@@ -15,11 +15,6 @@ namespace
 
 constexpr std::size_t code_lengths[] = {3, 2}; ///< of airlines: ICAO's, then IATA's
 
-bool is_digit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 /// The part of a flight number that names the airline, if it is so long; else nothing.
 std::string_view airline_code(std::string_view flight_number, std::size_t length)
 {

@@ -2,12 +2,12 @@
 #include "sim/report_requests.hpp"
 
 #include "sim/limits.hpp"
+#include "sim/zlib_bytes.hpp"
 
 #include <algorithm>
 #include <charconv>
 #include <optional>
 #include <string_view>
-#include <zlib.h>
 
 namespace sim
 {
@@ -45,20 +45,9 @@ bool is_busy(const server_core& core, const client_session& session)
            static_cast<std::size_t>(under_way) >= max_reports_at_once;
 }
 
-std::string compressed(const std::string& text)
-{
-    uLongf length = compressBound(static_cast<uLong>(text.size()));
-    std::string data(length, '\0');
-    const int result =
-        compress(reinterpret_cast<Bytef*>(data.data()), &length,
-                 reinterpret_cast<const Bytef*>(text.data()), static_cast<uLong>(text.size()));
-    data.resize(result == Z_OK ? length : 0);
-    return data;
-}
-
 prepared_report prepare_report(const std::string& text, report_answer answer)
 {
-    prepared_report report{.data = compressed(text), .size = text.size()};
+    prepared_report report{.data = zlib_bytes(text), .size = text.size()};
     report.total = report.data.size();
     if (answer == report_answer::corrupt) {
         for (char& byte : report.data) {

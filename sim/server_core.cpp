@@ -58,7 +58,7 @@ void accept_clients(server_core& core, time_point now)
     for (std::size_t i = 0; i < core.options.max_clients + 1; ++i) {
         const int fd = accept4(core.listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
         if (fd < 0) {
-            if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
+            if (is_short_of_descriptors(errno))
                 rest_accepting(core, now);
             return;
         }

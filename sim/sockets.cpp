@@ -53,6 +53,16 @@ std::string open_udp_receiver(const std::string& address, unique_fd& socket, std
     return open_socket(SOCK_DGRAM, address, socket, port);
 }
 
+bool would_block(int error)
+{
+    return error == EAGAIN || error == EWOULDBLOCK;
+}
+
+bool is_short_of_descriptors(int error)
+{
+    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
+}
+
 bool watch(int epoll_fd, int operation, int fd, std::uint32_t events)
 {
     epoll_event event{};

@@ -11,11 +11,6 @@ namespace
 /// Codes of airlines have at least so many characters, and may have digits among them.
 constexpr std::size_t shortest_airline_code = 2;
 
-bool is_digit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 char upper(char c)
 {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
@@ -43,9 +38,18 @@ std::vector<std::string_view> split_fields(std::string_view text, char separator
 bool is_clean_field(std::string_view field, std::size_t limit)
 {
     return field.size() <= limit && std::all_of(field.begin(), field.end(), [](char c) {
-               const auto byte = static_cast<unsigned char>(c);
-               return byte >= 0x20 && (byte < 0x7F || byte >= 0xA0);
+               return !is_control(static_cast<unsigned char>(c));
            });
+}
+
+bool is_digit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+bool is_control(char32_t character)
+{
+    return character < 0x20 || (character >= 0x7F && character < 0xA0);
 }
 
 std::string upper_case(std::string_view text)

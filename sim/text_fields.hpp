@@ -14,6 +14,12 @@ std::vector<std::string_view> split_fields(std::string_view text, char separator
 /// Whether a field has at most `limit` bytes and none of them is a control character.
 bool is_clean_field(std::string_view field, std::size_t limit);
 
+/// Whether a character is a decimal digit.
+bool is_digit(char c);
+
+/// Whether a character of ISO-8859-1 is a control character.
+bool is_control(char32_t character);
+
 /// `text` with small letters from a to z made capitals.
 std::string upper_case(std::string_view text);
 

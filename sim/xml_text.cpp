@@ -2,6 +2,7 @@
 #include "sim/xml_text.hpp"
 
 #include "sim/limits.hpp"
+#include "sim/text_fields.hpp"
 
 namespace sim
 {
@@ -16,7 +17,6 @@ constexpr char control_stand_in = ' ';
 
 char carried(char c)
 {
-    const auto byte = static_cast<unsigned char>(c);
     switch (c) {
     case '<':
         return less_than_stand_in;
@@ -27,7 +27,7 @@ char carried(char c)
     case '\n':
         return c;
     default:
-        return byte < 0x20 || (byte >= 0x7F && byte < 0xA0) ? control_stand_in : c;
+        return is_control(static_cast<unsigned char>(c)) ? control_stand_in : c;
     }
 }
 
