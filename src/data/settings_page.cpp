@@ -95,7 +95,7 @@ void folder_labels_draw(int row)
 /// Asks for a folder. Null unless the answer names one that is there; a link to one does not count.
 heap_text folder_ask(const text_setting& setting)
 {
-    heap_text folder{prompt_input(folder_room, setting.label, "RET=OK - ESC=CANCEL",
+    heap_text folder{prompt_input(folder_room, setting.label, hint_or_cancel,
                                   app_state.setting_texts[setting.index])};
     if (!folder)
         return nullptr;

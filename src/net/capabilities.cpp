@@ -80,7 +80,7 @@ void handle_capabilities(server_entry& entry, const char* text)
 void ask_password(server_entry& entry)
 {
     const heap_text typed{
-        prompt_input(password_room, "Password required", "RET=OK - ESC=CANCEL", nullptr)};
+        prompt_input(password_room, "Password required", hint_or_cancel, nullptr)};
     if (!typed)
         return;
     char digest[33];

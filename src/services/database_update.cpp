@@ -5,6 +5,7 @@
 #include "net/packet_output.hpp"
 #include "services/request_text.hpp"
 #include "services/service_menu.hpp"
+#include "ui/prompt.hpp"
 
 namespace
 {

@@ -9,7 +9,6 @@
 #include "net/packet_input.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
-#include "services/service_menu.hpp"
 #include "ui/pane.hpp"
 #include "ui/prompt.hpp"
 

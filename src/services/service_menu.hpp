@@ -15,6 +15,3 @@ char service_menu(std::span<const menu_entry> table, int width, int height, cons
 
 /// What the menus of five entries say on their bottom frame.
 constexpr const char* hint_of_five = "[ Press 1-5 or ESC to quit ]";
-
-/// What prompts say where Escape abandons the request.
-constexpr const char* hint_or_cancel = "RET=OK - ESC=CANCEL";
