@@ -206,6 +206,64 @@ TEST_F(prompt, leaves_with_exit_afterwards)
     EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
 }
 
+/// A prompt that a key has opened: servers are polled while it waits.
+class prompt_of_a_key : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        client_settings settings;
+        settings.log_folder = "";
+        ASSERT_TRUE(client.start(settings));
+        client.terminal().send_meta('l');
+        ASSERT_TRUE(client.terminal().wait_for_text("[ Folder for ~Logfiles ]"));
+    }
+
+    bool is_open()
+    {
+        return client.terminal().shows("Folder for ~Logfiles");
+    }
+
+    client_session client;
+};
+
+TEST_F(prompt_of_a_key, keys_that_change_nothing_renew_the_time_too)
+{
+    client.clock().jump(8);
+    client.terminal().send_key(named_key::backspace); // there is nothing to take back
+    ASSERT_TRUE(client.wait_for_polls());
+    client.clock().jump(8);
+    ASSERT_TRUE(client.wait_for_polls());
+    EXPECT_TRUE(is_open());
+    client.terminal().send(std::string(59, 'x'));
+    ASSERT_TRUE(client.terminal().wait_for_text("│ " + std::string(59, 'x')));
+    client.clock().jump(8);
+    client.terminal().send("y"); // there is no room for it
+    ASSERT_TRUE(client.wait_for_polls());
+    client.clock().jump(8);
+    ASSERT_TRUE(client.wait_for_polls());
+    EXPECT_TRUE(is_open());
+    client.clock().jump(3);
+    EXPECT_TRUE(client.terminal().wait_for_no_text("Folder for ~Logfiles"));
+}
+
+TEST_F(prompt_of_a_key, stays_open_through_the_tenth_second)
+{
+    constexpr std::int64_t typed_at_s = 2'000'000'000;
+    client.clock().set(typed_at_s);
+    client.terminal().send("abc");
+    ASSERT_TRUE(client.terminal().wait_for_text("│ abc_"));
+    // On a machine that was held up these are other seconds, of which nothing can be told.
+    const bool is_typed_in_time = client.clock().now_ms() < (typed_at_s + 1) * 1000;
+    client.clock().set(typed_at_s + 10);
+    ASSERT_TRUE(client.wait_for_polls());
+    const bool was_open = is_open();
+    const bool is_seen_in_time = client.clock().now_ms() < (typed_at_s + 11) * 1000;
+    EXPECT_TRUE(was_open || !is_typed_in_time || !is_seen_in_time);
+    client.clock().set(typed_at_s + 12);
+    EXPECT_TRUE(client.terminal().wait_for_no_text("Folder for ~Logfiles"));
+}
+
 TEST(prompt_keys, on_a_terminal_whose_backspace_is_control_h_erase_with_it)
 {
     scripted_server server;

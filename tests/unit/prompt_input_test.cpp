@@ -1,9 +1,13 @@
-// prompt_input_test.cpp - how a prompt looks, what it takes, and how much of a preset.
+// prompt_input_test.cpp - how a prompt looks, what keys leave in it, and how much of a preset.
 #include "unit/net_fixture.hpp"
 #include "unit/own_clock.hpp"
 
 #include "ui/keys.hpp"
 #include "ui/prompt.hpp"
+
+#include <algorithm>
+#include <initializer_list>
+#include <iterator>
 
 namespace
 {
@@ -114,13 +118,35 @@ TEST_F(prompt_box, whose_line_is_full_has_its_cursor_on_the_frame)
                            blanks(17) + "+-------[ hint ]-+"}));
 }
 
-TEST_F(prompt_box, takes_the_low_eight_bits_of_every_other_key)
+class prompt_keys : public net_test
 {
-    for (const int key : {key_enter, KEY_F(1), KEY_LEFT, 0x18, 0xE9, KEY_DOWN}) // the last first
-        ungetch(key);
-    const heap_text text{prompt_input(10, "Question", hint, nullptr)};
-    ASSERT_TRUE(text);
-    EXPECT_STREQ(text.get(), "\x02\xE9\x18\x04\x09");
+protected:
+    /// The answer to a prompt for at most 11 characters after these keys and Enter.
+    static std::string answer_to(std::initializer_list<int> keys)
+    {
+        ungetch('\n');
+        std::for_each(std::rbegin(keys), std::rend(keys), ungetch);
+        const heap_text text{prompt_input(12, "Question", hint, nullptr)};
+        return text ? text.get() : "(none)";
+    }
+};
+
+TEST_F(prompt_keys, leave_their_low_eight_bits_whatever_they_are)
+{
+    EXPECT_EQ(answer_to({KEY_DOWN, KEY_UP, KEY_F(1), 0x18, 0xFC}), "\x02\x03\x09\x18\xFC");
+}
+
+TEST_F(prompt_keys, beyond_the_room_are_left_out)
+{
+    EXPECT_EQ(answer_to({'1', '2', '3', '4', '5', '6', '7', '8', '9', 'a', 'b', 'c', KEY_DOWN}),
+              "123456789ab");
+}
+
+TEST_F(prompt_keys, take_back_nothing_before_the_first_character)
+{
+    EXPECT_EQ(answer_to({KEY_BACKSPACE, KEY_BACKSPACE, 'a', KEY_BACKSPACE, KEY_BACKSPACE, 'b'}),
+              "b");
+    EXPECT_EQ(answer_to({'a', KEY_BACKSPACE}), "(none)");
 }
 
 } // namespace
