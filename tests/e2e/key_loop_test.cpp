@@ -1,6 +1,7 @@
 // key_loop_test.cpp - every command key: when it acts, when it is silent, when it beeps.
 #include "e2e/client_session.hpp"
 
+#include <chrono>
 #include <gtest/gtest.h>
 
 namespace
@@ -148,6 +149,21 @@ TEST(key_loop, the_bar_leaves_names_white_and_bold_behind)
         const screen_cell entered = client.terminal().cell(3, column);
         EXPECT_EQ(entered, pair_cell(pairs::bar, false, entered.text)) << column;
     }
+}
+
+TEST(key_loop, takes_one_key_in_40_milliseconds_at_most)
+{
+    constexpr int keys = 20;
+    constexpr auto shortest = std::chrono::milliseconds{(keys - 1) * 40};
+    client_session client;
+    // Without polls: a signal cuts a round short.
+    ASSERT_TRUE(client.start(with_aliases({"alpha"}), {.alarm_ms_per_second = 0}));
+    ASSERT_TRUE(client.wait_for_keys());
+    const auto begin = std::chrono::steady_clock::now();
+    client.terminal().send(std::string(keys, '\x04'));
+    ASSERT_TRUE(client.terminal().wait_until([&] { return client.terminal().bells() == keys; },
+                                             "every key has been refused"));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, shortest);
 }
 
 TEST(key_loop, keys_without_a_meaning_do_nothing)
