@@ -66,4 +66,18 @@ TEST(pages_in_front, moving_the_bar_behind_the_help_does_not_draw_into_it)
                                              "the bar on the second server"));
 }
 
+TEST(pages_in_front, notices_are_shown_over_the_help_at_once)
+{
+    scripted_server server;
+    client_session client;
+    ASSERT_TRUE(client.start(knowing(server)));
+    std::optional<server_connection> connection = client.connect_selected(server);
+    ASSERT_TRUE(connection);
+    client.terminal().send_control('h');
+    ASSERT_TRUE(client.terminal().wait_for_text("[ To exit press ^H ]"));
+    ASSERT_TRUE(connection->send(103, "for your eyes"));
+    EXPECT_TRUE(client.wait_for_status("for your eyes", pairs::plain, false));
+    EXPECT_TRUE(client.terminal().shows("[ ncurses tovrik client - Help ]"));
+}
+
 } // namespace
