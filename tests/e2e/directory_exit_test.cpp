@@ -154,6 +154,23 @@ TEST_F(directory_exit, connected_servers_are_left_in_order_all_the_same)
     expect_saved_servers(settings.servers);
 }
 
+TEST_F(directory_exit, servers_are_left_when_the_list_has_come_and_the_terminal_is_given_back)
+{
+    scripted_server server;
+    settings.servers = knowing(server).servers;
+    ASSERT_TRUE(start());
+    std::optional<server_connection> connection = client.connect_selected(server);
+    ASSERT_TRUE(connection);
+    std::optional<server_connection> list = fetch();
+    ASSERT_TRUE(list);
+    ASSERT_TRUE(list->send_bytes(answer_header + directory_line(first)));
+    ASSERT_TRUE(leave());
+    EXPECT_FALSE(connection->read_bytes(1, std::chrono::milliseconds{200}));
+    list->close();
+    EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
+    expect_good_end();
+}
+
 TEST_F(directory_exit, an_attempt_to_connect_that_ends_meanwhile_is_no_longer_heard)
 {
     const silent_port nowhere;
