@@ -1,6 +1,7 @@
 // start_stop_test.cpp - what a person sees of the client's start, its refusals to start, its end.
 #include "e2e/client_session.hpp"
 
+#include <csignal>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -116,6 +117,18 @@ TEST(start_stop, hides_the_cursor_and_takes_keys_unechoed)
     EXPECT_FALSE(client.terminal().screen().cursor_visible());
     EXPECT_EQ(client.terminal().line_settings().c_lflag & (ECHO | ICANON), 0U);
     EXPECT_NE(client.terminal().line_settings().c_lflag & ISIG, 0U);
+}
+
+TEST(start_stop, polls_three_seconds_after_the_start_and_then_every_second)
+{
+    client_session client;
+    ASSERT_TRUE(client.start({}, {.alarm_ms_per_second = 0}));
+    EXPECT_EQ(client.clock().alarms_set(), 1);
+    EXPECT_EQ(client.clock().last_alarm_s(), 3);
+    client.terminal().send_signal(SIGALRM);
+    ASSERT_TRUE(client.terminal().wait_until([&] { return client.clock().alarms_set() == 2; },
+                                             "the first poll has set the next alarm"));
+    EXPECT_EQ(client.clock().last_alarm_s(), 1);
 }
 
 TEST(start_stop, without_home_uses_the_working_folder)

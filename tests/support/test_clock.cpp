@@ -83,3 +83,8 @@ std::int64_t test_clock::alarms_set() const
 {
     return shared->alarms.load();
 }
+
+std::int64_t test_clock::last_alarm_s() const
+{
+    return shared->last_alarm_s.load();
+}

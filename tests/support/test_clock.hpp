@@ -33,6 +33,8 @@ public:
     std::int64_t now_ms() const;
     /// How often the program has set its alarm; it does so at the end of every poll.
     std::int64_t alarms_set() const;
+    /// For how many seconds the program has set its alarm the last time.
+    std::int64_t last_alarm_s() const;
 
 private:
     std::string path;

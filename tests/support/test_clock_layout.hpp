@@ -24,6 +24,8 @@ struct test_clock_layout {
     std::atomic<std::int64_t> alarm_ms_per_second;
     /// Calls of alarm() with a time above 0 so far; written by the program.
     std::atomic<std::int64_t> alarms;
+    /// The time of the last of them, in seconds; written by the program.
+    std::atomic<std::int64_t> last_alarm_s;
     /// The test fills the one that is not in use, then switches: the program never reads a half.
     clock_speed speeds[2];
     std::atomic<std::int64_t> speed_in_use; // 0 or 1

@@ -116,8 +116,10 @@ unsigned alarm(unsigned seconds) noexcept
     wanted.it_value.tv_sec = wanted_ms / ms_per_second;
     wanted.it_value.tv_usec = wanted_ms % ms_per_second * 1000;
     syscall(SYS_setitimer, ITIMER_REAL, &wanted, &previous);
-    if (shared != nullptr && seconds > 0)
+    if (shared != nullptr && seconds > 0) {
+        shared->last_alarm_s.store(seconds);
         shared->alarms.fetch_add(1);
+    }
     const std::int64_t left_ms =
         previous.it_value.tv_sec * ms_per_second + previous.it_value.tv_usec / 1000;
     return pace == 0 ? 0 : static_cast<unsigned>((left_ms + pace - 1) / pace);
