@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -152,6 +153,32 @@ TEST_F(help, comes_and_goes_without_a_trace)
     client.terminal().send_control('h');
     ASSERT_TRUE(client.terminal().wait_until(
         [&] { return client.terminal().screen().whole_text() == before; }, "the panes alone"));
+    client.terminal().send_key(named_key::tab);
+    EXPECT_TRUE(client.terminal().wait_for_text("[ Close Window ^I ]"))
+        << "the window was closed and not only covered";
+}
+
+TEST_F(help, coming_and_going_paint_over_what_others_have_written_on_the_terminal)
+{
+    client.home().write_file(file, numbered_lines(5));
+    ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
+    ASSERT_TRUE(client.wait_for_keys());
+    const std::string panes = client.terminal().screen().whole_text();
+    const unique_fd terminal = client.open_terminal();
+    const auto scribble = [&] {
+        // Where both the help and the panes are blank; the cursor goes back to where it was.
+        constexpr std::string_view words = "\0337\033[10;41HSTRANGER\0338";
+        EXPECT_EQ(write(terminal.get(), words.data(), words.size()),
+                  static_cast<ssize_t>(words.size()));
+        return client.terminal().wait_for_text("STRANGER");
+    };
+    ASSERT_TRUE(scribble());
+    ASSERT_TRUE(open_help());
+    EXPECT_TRUE(client.terminal().wait_for_no_text("STRANGER"));
+    ASSERT_TRUE(scribble());
+    client.terminal().send_control('h');
+    EXPECT_TRUE(client.terminal().wait_until(
+        [&] { return client.terminal().screen().whole_text() == panes; }, "the panes alone"));
 }
 
 TEST_F(help, leaves_the_working_folder_alone)
