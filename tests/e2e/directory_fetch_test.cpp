@@ -208,6 +208,16 @@ TEST_F(directory_fetch, does_not_begin_by_itself_unasked)
     EXPECT_FALSE(directory.has_waiting_client());
 }
 
+TEST_F(directory_fetch, a_shorter_name_covers_a_longer_one_whole)
+{
+    settings.servers = with_aliases({"a-name-longer-than-its-room"}).servers;
+    ASSERT_TRUE(start());
+    ASSERT_EQ(client.server_row(1), " a-name-longer-than-it...");
+    ASSERT_TRUE(fetch_answered(answer_header + many_lines(1), 2));
+    EXPECT_EQ(client.server_row(1), " n000001.example" + std::string(9, ' '));
+    EXPECT_EQ(client.server_row(2), " a-name-longer-than-it...");
+}
+
 TEST_F(directory_fetch, the_bar_stays_on_its_row)
 {
     settings.servers = with_aliases({"alpha", "beta", "gamma"}).servers;
