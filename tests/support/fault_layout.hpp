@@ -51,4 +51,6 @@ struct fault_layout {
     std::atomic<int> kill_at; // the step, from 1, before which the process is killed; 0: none
     std::atomic<int> steps;   // calls seen, of every kind
     std::atomic<int> piece;   // most bytes that one write takes; 0: any number
+
+    std::atomic<long> limit_us; // how long the latest ppoll on a descriptor might have lasted
 };

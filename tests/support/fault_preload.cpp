@@ -86,6 +86,12 @@ int fault_of(faulty_call call)
     return fault_of(call, nothing);
 }
 
+/// How a wait is to fail; one for several descriptors goes by the first.
+int wait_fault(const pollfd* watched, nfds_t count)
+{
+    return count > 0 ? fault_of(faulty_call::poll, watched->fd) : fault_of(faulty_call::pause);
+}
+
 int fail(int error)
 {
     errno = error;
@@ -137,7 +143,7 @@ int connect(int fd, const sockaddr* address, socklen_t length)
 
 int poll(pollfd* watched, nfds_t count, int limit_ms)
 {
-    const int fault = fault_of(count > 0 ? faulty_call::poll : faulty_call::pause);
+    const int fault = wait_fault(watched, count);
     using call = int (*)(pollfd*, nfds_t, int);
     return fault != 0 ? fail(fault) : next<call>("poll")(watched, count, limit_ms);
 }
@@ -149,7 +155,9 @@ int __poll_chk(pollfd* watched, nfds_t count, int limit_ms, size_t)
 
 int ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* mask)
 {
-    const int fault = fault_of(count > 0 ? faulty_call::poll : faulty_call::pause);
+    const int fault = wait_fault(watched, count);
+    if (count > 0 && limit != nullptr)
+        layout->limit_us = limit->tv_sec * 1'000'000 + limit->tv_nsec / 1'000;
     using call = int (*)(pollfd*, nfds_t, const timespec*, const sigset_t*);
     return fault != 0 ? fail(fault) : next<call>("ppoll")(watched, count, limit, mask);
 }

@@ -60,3 +60,8 @@ int program_faults::hits() const
 {
     return shared->hits;
 }
+
+long program_faults::wait_limit_us() const
+{
+    return shared->limit_us;
+}

@@ -40,6 +40,8 @@ public:
     void kill_at(int step);
     /// How many calls have failed since the last set.
     int hits() const;
+    /// How long the program's latest ppoll on a descriptor might have lasted.
+    long wait_limit_us() const;
 
 private:
     std::string path;

@@ -6,6 +6,7 @@
 #include "unit/own_faults.hpp"
 #include "unit/socket_pair.hpp"
 
+#include <atomic>
 #include <cerrno>
 #include <string>
 
@@ -97,6 +98,32 @@ TEST_F(packet_faults, of_sending_a_part_are_not_mended)
     const own_fault part({faulty_call::send, short_count});
     EXPECT_EQ(send_packet(sockets.client(), 2, 0, 0, "Good Bye"), 1);
     EXPECT_EQ(sockets.sent_by_client().size(), 1U);
+}
+
+class packet_waits : public packet_faults
+{
+};
+
+TEST_F(packet_waits, last_200_microseconds_beside_the_seconds_asked_for)
+{
+    const std::atomic<long>& limit_us = fault_layout_in_use()->limit_us;
+    for (const int seconds : {30, 1, 0}) {
+        EXPECT_EQ(wait_ready(sockets.client(), for_writing, seconds), 1);
+        EXPECT_EQ(limit_us, seconds * 1'000'000 + 200);
+    }
+    const auto expect_short_wait = [&] {
+        EXPECT_EQ(limit_us, 200);
+        fault_layout_in_use()->limit_us = 0;
+    };
+    send_packet(sockets.client(), 2, 0, 0, "Good Bye");
+    expect_short_wait();
+    // Before a header, behind it, and with the payload there.
+    for (const std::string& more : {std::string{}, notice.substr(0, 12), notice.substr(12)}) {
+        ASSERT_TRUE(sockets.feed(more));
+        receive_packet(sockets.client(), server);
+        expect_short_wait();
+    }
+    EXPECT_NE(server.rx_packet, nullptr);
 }
 
 } // namespace
