@@ -280,15 +280,26 @@ TEST_F(duplicate, connection_to_the_same_server_is_closed)
     EXPECT_FALSE(other_end.is_ended());
 }
 
-TEST_F(duplicate, connection_leaves_its_identity_and_its_flags_behind)
+TEST_F(duplicate, connection_leaves_its_identity_its_flags_and_its_log_behind)
 {
+    entry.log_file = std::tmpfile();
     handle("<Version>2</Version><ServerUUID>same</ServerUUID><Pager>1</Pager>");
     EXPECT_STREQ(entry.server_uuid, "same");
     EXPECT_STREQ(entry.server_version, "2");
     EXPECT_EQ(entry.connected, 1);
     EXPECT_EQ(entry.can_page, 1);
+    EXPECT_NE(entry.log_file, nullptr);
     // What is left does not count as a connection when the other server reports itself again.
     handle_capabilities(other, capability_xml("<ServerUUID>same</ServerUUID>").c_str());
+    EXPECT_NE(other.socket_fd, 0);
+}
+
+TEST_F(duplicate, connection_is_closed_for_one_that_is_pending_again)
+{
+    // What an earlier connection has said of itself is still there.
+    other.connected = 0;
+    handle("<ServerUUID>same</ServerUUID>");
+    EXPECT_EQ(entry.socket_fd, 0);
     EXPECT_NE(other.socket_fd, 0);
 }
 

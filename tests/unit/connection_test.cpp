@@ -35,6 +35,14 @@ TEST_F(connection, is_under_way_until_its_child_has_ended)
     EXPECT_EQ(marker_at(2), ' ');
 }
 
+TEST_F(connection, is_begun_a_tenth_of_a_second_after_the_command)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    command_connect(local_server());
+    EXPECT_TRUE(home.has_connection(default_patience));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds{100});
+}
+
 TEST_F(connection, is_introduced_marked_and_reported)
 {
     server_entry& entry = local_server();
@@ -53,6 +61,18 @@ TEST_F(connection, is_introduced_marked_and_reported)
     EXPECT_TRUE(screen.is_bold_at(app_state.server_pane, 2, 1));
     EXPECT_EQ(entry.connect_pid, 0);
     EXPECT_EQ(waitpid(child, nullptr, WNOHANG), -1); // it has been collected
+}
+
+TEST_F(connection, begins_with_the_silence_that_was_there_before)
+{
+    server_entry& entry = local_server();
+    entry.last_data_time = 12'345;
+    entry.heartbeat_sent = 1;
+    entry.bytes_received = 99;
+    connected(entry);
+    EXPECT_EQ(entry.last_data_time, 12'345);
+    EXPECT_EQ(entry.heartbeat_sent, 1);
+    EXPECT_EQ(entry.bytes_received, 99U);
 }
 
 TEST_F(connection, is_reported_by_the_alias)
@@ -278,6 +298,20 @@ TEST_F(connection, cannot_be_begun_twice)
     connect_selected_server();
     EXPECT_EQ(said().back(), (status_line{"You are already connected to srv", 5}));
     EXPECT_EQ(entry.connect_pid, child);
+}
+
+TEST_F(connection, is_made_whatever_its_child_ended_with_but_0)
+{
+    server_entry& entry = add_server(loopback, "srv");
+    const server_end server = connect(entry);
+    entry.connected = 0;
+    signal_install(SIGCHLD, on_connect_result);
+    entry.connect_pid = fork();
+    if (entry.connect_pid == 0)
+        _exit(7);
+    EXPECT_TRUE(wait_until([&] { return entry.connect_pid == 0; }));
+    EXPECT_EQ(entry.connected, 1);
+    EXPECT_EQ(server.take_packets(), introduction);
 }
 
 TEST_F(connection, result_of_a_child_of_nobodys_is_ignored)

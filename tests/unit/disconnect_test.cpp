@@ -38,6 +38,9 @@ TEST_F(disconnect, says_good_bye_and_clears_the_connection)
     entry.log_file = std::tmpfile();
     entry.heartbeat_sent = 1;
     entry.last_data_time = 12'345;
+    entry.bytes_received = 99;
+    entry.Password = owned_text("a digest");
+    entry.can_modify = 1;
     disconnect_selected_server();
     EXPECT_EQ(server.await_bytes(20), wire_bytes({2, "Good Bye"}));
     EXPECT_TRUE(server.await_end());
@@ -54,6 +57,20 @@ TEST_F(disconnect, says_good_bye_and_clears_the_connection)
     EXPECT_EQ(entry.connected, 1);
     EXPECT_EQ(entry.heartbeat_sent, 1);
     EXPECT_EQ(entry.last_data_time, 12'345);
+    EXPECT_EQ(entry.bytes_received, 99U);
+    EXPECT_STREQ(entry.Password, "a digest");
+    EXPECT_EQ(entry.can_modify, 1);
+}
+
+TEST_F(disconnect, ends_a_connection_that_somebody_else_holds_too)
+{
+    server_entry& entry = local_server();
+    const server_end server = connected(entry);
+    const unique_fd held{dup(entry.socket_fd)};
+    disconnect_selected_server();
+    EXPECT_TRUE(server.await_end());
+    char byte;
+    EXPECT_EQ(recv(held.get(), &byte, 1, MSG_DONTWAIT), 0) << "nothing can come in any more";
 }
 
 TEST_F(disconnect, blanks_the_row_above_the_marker)

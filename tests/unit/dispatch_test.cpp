@@ -1,6 +1,7 @@
 // dispatch_test.cpp - what the client does about each kind of packet that a server sends.
 #include "unit/net_fixture.hpp"
 
+#include "net/connection.hpp"
 #include "net/poll.hpp"
 #include "ui/pane.hpp"
 
@@ -117,6 +118,8 @@ TEST_F(dispatch, closing_clears_the_connection_and_leaves_the_rest)
         entry.server_version = owned_text("1.0");
         entry.can_mail = 1;
         entry.log_file = std::tmpfile();
+        entry.report_buffer = owned_text("half a report");
+        entry.report_received = 13;
         EXPECT_EQ(marker_of(entry), '*');
         receive({kind, "x"});
         EXPECT_TRUE(server.is_ended()) << kind;
@@ -128,6 +131,9 @@ TEST_F(dispatch, closing_clears_the_connection_and_leaves_the_rest)
         // What only the user's own commands and new connections change.
         EXPECT_EQ(entry.connected, 1);
         EXPECT_EQ(entry.can_mail, 1);
+        EXPECT_STREQ(static_cast<const char*>(entry.report_buffer), "half a report");
+        EXPECT_EQ(entry.report_received, 13U);
+        report_reception_drop(entry);
         ASSERT_NE(entry.log_file, nullptr);
         std::fclose(entry.log_file);
         entry.log_file = nullptr;
@@ -164,6 +170,14 @@ TEST_F(dispatch, ticks_change_nothing_behind_the_settings_page)
     app_state.settings_shown = 0;
     receive({5, "x"});
     EXPECT_EQ(marker_of(entry), '/');
+}
+
+TEST_F(dispatch, ticks_turn_the_marker_behind_the_help_too)
+{
+    app_state.help_shown = 1;
+    receive({5, "x"});
+    EXPECT_EQ(marker_of(entry), '-');
+    app_state.help_shown = 0;
 }
 
 TEST_F(dispatch, ticks_stand_below_the_row_that_the_entry_names)

@@ -1,6 +1,7 @@
 // poll_test.cpp - one cycle over all servers: who is read, how much, and the idle rule.
 #include "unit/net_fixture.hpp"
 
+#include "app/pause.hpp"
 #include "net/poll.hpp"
 #include "support/open_files.hpp"
 #include "ui/pane.hpp"
@@ -10,9 +11,11 @@
 #include <csignal>
 #include <cstdio>
 #include <ctime>
+#include <functional>
 #include <string>
 #include <sys/time.h>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -128,6 +131,65 @@ TEST_F(poll_cycle, over_a_thousand_silent_servers_holds_nobody_up)
                 std::chrono::duration<double, std::milli>(quickest).count());
     EXPECT_LT(quickest, limit);
     EXPECT_TRUE(said().empty());
+}
+
+/// A cycle in which the server that comes first holds the others up with a list, until a deed that
+/// runs meanwhile is done.
+class halted_poll_cycle : public poll_cycle
+{
+protected:
+    void poll_with(std::function<void()> what_happens) const
+    {
+        deed() = std::move(what_happens);
+        signal_install(SIGALRM, [](int) {
+            deed()();
+            type_ahead("\033");
+        });
+        alarm(0);
+        raise(SIGALRM);
+        first_end.send({89, "D-AIQA\tFRA\tLH0400"});
+        poll();
+    }
+
+    server_entry& first = add_server("z.example");
+    server_end first_end = connect(first);
+
+private:
+    static std::function<void()>& deed()
+    {
+        static std::function<void()> what;
+        return what;
+    }
+};
+
+TEST_F(halted_poll_cycle, comes_to_a_server_that_was_added_meanwhile)
+{
+    std::vector<server_end> ends;
+    poll_with([&] {
+        ends.push_back(connect(add_server("new.example")));
+        ends.back().send({103, "I am new"});
+    });
+    EXPECT_EQ(said(), (status_lines{{"I am new", 2}}));
+}
+
+TEST_F(halted_poll_cycle, goes_by_the_time_at_which_it_began)
+{
+    server_entry& second = add_server("y.example");
+    const server_end second_end = connect(second);
+    std::time_t begin;
+    do {
+        mark();
+        begin = std::time(nullptr);
+        second.last_data_time = begin - 600;
+        second.heartbeat_sent = 0;
+        poll_with([&] {
+            while (std::time(nullptr) == begin)
+                pause_for(10'000);
+        });
+    } while (app_state.poll.now != begin);
+    EXPECT_EQ(said(), status_lines{});
+    EXPECT_EQ(second.heartbeat_sent, 0);
+    EXPECT_EQ(first.last_data_time, begin);
 }
 
 TEST_F(poll_cycle, goes_on_after_a_server_that_closes)

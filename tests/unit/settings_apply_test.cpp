@@ -60,6 +60,15 @@ TEST_F(settings_apply, tells_every_server)
     EXPECT_EQ(other.take_packets(), (wire_packets{uplinks_wanted}));
 }
 
+TEST_F(settings_apply, goes_by_the_socket_also_while_a_connect_is_pending)
+{
+    entry.connected = 0;
+    app_state.setting_flags = ACARSLog;
+    apply_log_settings();
+    EXPECT_EQ(server.take_packets(), (wire_packets{uplinks_wanted}));
+    EXPECT_NE(entry.log_file, nullptr);
+}
+
 TEST_F(settings_apply, opens_logs_of_connected_servers_only)
 {
     app_state.setting_flags = ACARSLog;

@@ -4,6 +4,7 @@
 
 #include "net/poll.hpp"
 #include "ui/popup.hpp"
+#include "ui/server_pane.hpp"
 
 #include <zlib.h>
 
@@ -160,6 +161,20 @@ TEST_F(transmission, is_written_but_not_brought_to_the_terminal_behind_the_setti
     EXPECT_FALSE(is_wintouched(app_state.status_pane));
 }
 
+TEST_F(transmission, brings_the_status_pane_to_the_front_unless_the_settings_page_is_there)
+{
+    const int row = getbegy(app_state.status_pane) + 1;
+    const int column = getbegx(app_state.status_pane) + 2;
+    const std::unique_ptr<WINDOW, releaser<delwin>> cover{newwin(1, 1, row, column)};
+    for (const std::int32_t settings_shown : {1, 0}) {
+        app_state.settings_shown = settings_shown;
+        mvwaddch(cover.get(), 0, 0, 'X');
+        wrefresh(cover.get());
+        receive(plain_elements);
+        EXPECT_EQ((mvwinch(newscr, row, column) & A_CHARTEXT) == 'X', settings_shown != 0);
+    }
+}
+
 std::string compressed(const std::string& text)
 {
     std::string bytes(compressBound(text.size()), '\0');
@@ -273,6 +288,18 @@ TEST_F(statistics, stand_beside_the_server_in_bold_white_on_blue)
     }
     EXPECT_EQ(text, "Unique Flights: 42");
     EXPECT_FALSE(is_wintouched(app_state.dialog_win));
+}
+
+TEST_F(statistics, stand_beside_the_row_to_which_the_list_is_scrolled)
+{
+    const int rows_visible = LINES - 4;
+    for (int index = 0; index < rows_visible + 3; ++index)
+        add_server(("z" + std::to_string(index)).c_str());
+    server_list_select(app_state.servers->count); // the last one, "host.example"
+    entry.list_row = app_state.selected;
+    receive(flights);
+    ASSERT_NE(app_state.dialog_win, nullptr);
+    EXPECT_EQ(getbegy(app_state.dialog_win), 1 + rows_visible);
 }
 
 TEST_F(statistics, stay_until_the_next_transmission)
