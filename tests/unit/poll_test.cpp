@@ -1,7 +1,6 @@
 // poll_test.cpp - one cycle over all servers: who is read, how much, and the idle rule.
 #include "unit/net_fixture.hpp"
 
-#include "app/pause.hpp"
 #include "net/poll.hpp"
 #include "support/open_files.hpp"
 #include "ui/pane.hpp"
@@ -11,11 +10,8 @@
 #include <csignal>
 #include <cstdio>
 #include <ctime>
-#include <functional>
 #include <string>
-#include <sys/time.h>
 #include <unistd.h>
-#include <utility>
 
 namespace
 {
@@ -66,50 +62,6 @@ TEST_F(poll_cycle, visits_all_servers_in_the_order_of_the_list)
     EXPECT_EQ(said(), (status_lines{{"c", 2}, {"b", 2}, {"a", 2}}));
 }
 
-/// Servers that have something to say, "s00" to "s19" in the list's order; the first sends a list
-/// that stays open for a while.
-class long_poll_cycle : public poll_cycle
-{
-protected:
-    long_poll_cycle()
-    {
-        for (int index = 0; index < count; ++index)
-            add_server(("host" + std::to_string(99 - index)).c_str());
-        for (int index = 0; index < count; ++index)
-            ends.push_back(connect(*server_at(app_state.servers, index)));
-        ends[0].send({89, "D-AIQA\tFRA\tLH0400"});
-        for (int index = 1; index < count; ++index)
-            ends[static_cast<std::size_t>(index)].send({103, "s" + std::to_string(index)});
-        type_ahead("x\033"); // the first key is none for the list, and costs it a round
-    }
-
-    static constexpr int count = 20;
-    static constexpr int before_a_break = 16;
-    std::vector<server_end> ends;
-};
-
-TEST_F(long_poll_cycle, lets_waiting_keys_be_read_and_goes_on_at_once)
-{
-    poll();
-    EXPECT_EQ(said().back(), (status_line{"s" + std::to_string(before_a_break - 1), 2}));
-    itimerval left{};
-    getitimer(ITIMER_REAL, &left);
-    EXPECT_EQ(left.it_value.tv_sec, 0) << "this was no break";
-    poll();
-    EXPECT_EQ(said(), (status_lines{{"s16", 2}, {"s17", 2}, {"s18", 2}, {"s19", 2}}));
-    EXPECT_EQ(alarm(0), 1U);
-}
-
-TEST_F(long_poll_cycle, visits_no_server_twice)
-{
-    ends[1].send({103, "more"});
-    poll();
-    poll();
-    EXPECT_EQ(said().back(), (status_line{"s19", 2}));
-    poll();
-    EXPECT_EQ(said().back(), (status_line{"more", 2}));
-}
-
 TEST_F(poll_cycle, over_a_thousand_silent_servers_holds_nobody_up)
 {
     constexpr int many = 1000;
@@ -131,65 +83,6 @@ TEST_F(poll_cycle, over_a_thousand_silent_servers_holds_nobody_up)
                 std::chrono::duration<double, std::milli>(quickest).count());
     EXPECT_LT(quickest, limit);
     EXPECT_TRUE(said().empty());
-}
-
-/// A cycle in which the server that comes first holds the others up with a list, until a deed that
-/// runs meanwhile is done.
-class halted_poll_cycle : public poll_cycle
-{
-protected:
-    void poll_with(std::function<void()> what_happens) const
-    {
-        deed() = std::move(what_happens);
-        signal_install(SIGALRM, [](int) {
-            deed()();
-            type_ahead("\033");
-        });
-        alarm(0);
-        raise(SIGALRM);
-        first_end.send({89, "D-AIQA\tFRA\tLH0400"});
-        poll();
-    }
-
-    server_entry& first = add_server("z.example");
-    server_end first_end = connect(first);
-
-private:
-    static std::function<void()>& deed()
-    {
-        static std::function<void()> what;
-        return what;
-    }
-};
-
-TEST_F(halted_poll_cycle, comes_to_a_server_that_was_added_meanwhile)
-{
-    std::vector<server_end> ends;
-    poll_with([&] {
-        ends.push_back(connect(add_server("new.example")));
-        ends.back().send({103, "I am new"});
-    });
-    EXPECT_EQ(said(), (status_lines{{"I am new", 2}}));
-}
-
-TEST_F(halted_poll_cycle, goes_by_the_time_at_which_it_began)
-{
-    server_entry& second = add_server("y.example");
-    const server_end second_end = connect(second);
-    std::time_t begin;
-    do {
-        mark();
-        begin = std::time(nullptr);
-        second.last_data_time = begin - 600;
-        second.heartbeat_sent = 0;
-        poll_with([&] {
-            while (std::time(nullptr) == begin)
-                pause_for(10'000);
-        });
-    } while (app_state.poll.now != begin);
-    EXPECT_EQ(said(), status_lines{});
-    EXPECT_EQ(second.heartbeat_sent, 0);
-    EXPECT_EQ(first.last_data_time, begin);
 }
 
 TEST_F(poll_cycle, goes_on_after_a_server_that_closes)
