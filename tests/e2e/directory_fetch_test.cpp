@@ -173,6 +173,20 @@ TEST_F(directory_fetch, a_slow_look_up_does_not_hold_the_keys_up)
     EXPECT_TRUE(client.wait_for_status("Unable to fetch serverlist from localhost", pairs::error));
 }
 
+TEST_F(directory_fetch, a_directory_may_be_silent_for_longer_than_it_is_waited_for)
+{
+    ASSERT_TRUE(start());
+    client.clock().set_speed(500);
+    std::optional<server_connection> list = fetch();
+    ASSERT_TRUE(list);
+    const std::int64_t some_waits_later = client.clock().now_ms() + 120'000;
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return client.clock().now_ms() > some_waits_later; }, "two minutes of the client's"));
+    ASSERT_TRUE(list->send_bytes(answer_header + directory_line({.name = "b.example"})));
+    list->close();
+    EXPECT_TRUE(wait_for_fetched(2));
+}
+
 TEST_F(directory_fetch, a_reset_is_the_end_of_the_answer)
 {
     ASSERT_TRUE(start());

@@ -28,7 +28,7 @@ std::string fetch_name(const testing::TestParamInfo<fetch_row>& row)
 }
 
 /// A client and a directory that knows one server more.
-class fault_fetch : public directory_test, public testing::WithParamInterface<fetch_row>
+class faulty_client : public directory_test
 {
 protected:
     void SetUp() override
@@ -41,6 +41,10 @@ protected:
 
     const std::string answer = answer_header + directory_line({.name = "b.example"});
     program_faults faults;
+};
+
+class fault_fetch : public faulty_client, public testing::WithParamInterface<fetch_row>
+{
 };
 
 TEST_P(fault_fetch, ends_with_its_message_and_the_next_one_goes_well)
@@ -81,5 +85,56 @@ INSTANTIATE_TEST_SUITE_P(
         fetch_row{"read_EINTR", {faulty_call::read, EINTR, "socket:", 0, 3}, fetched(2)},
         fetch_row{"read_short", {faulty_call::read, short_count, "socket:", 0, 50}, fetched(2)}),
     fetch_name);
+
+/// Which of a fetch's waits for its socket fails: the one for writing, or one for reading.
+class fault_fetch_wait : public faulty_client, public testing::WithParamInterface<int>
+{
+protected:
+    /// ^R, again while the fetch before has not ended.
+    [[nodiscard]] testing::AssertionResult fetch_begins()
+    {
+        return client.terminal().wait_until(
+            [&] {
+                client.terminal().send_control('r');
+                return client.wait_for_keys() && directory.has_waiting_client();
+            },
+            "a new fetch");
+    }
+};
+
+TEST_P(fault_fetch_wait, ends_it_without_a_word)
+{
+    faults.set({faulty_call::poll, ENOMEM, "socket:", GetParam()});
+    client.terminal().send_control('r');
+    std::optional<server_connection> met = directory.accept();
+    ASSERT_TRUE(met);
+    EXPECT_TRUE(met->wait_for_close());
+    EXPECT_EQ(faults.hits(), 1);
+    ASSERT_TRUE(fetch_begins());
+    EXPECT_FALSE(client.terminal().shows("Serverlist fetched"));
+    std::optional<server_connection> second = take_request();
+    ASSERT_TRUE(second);
+    ASSERT_TRUE(second->send_bytes(answer));
+    second->close();
+    EXPECT_TRUE(wait_for_fetched(2));
+}
+
+INSTANTIATE_TEST_SUITE_P(all, fault_fetch_wait, testing::Values(0, 1));
+
+TEST_F(faulty_client, waits_thirty_seconds_for_its_directory)
+{
+    constexpr long half_a_minute_us = 30'000'200;
+    std::optional<server_connection> list = fetch();
+    ASSERT_TRUE(list);
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return faults.wait_limit_us() == half_a_minute_us; }, "a wait for the answer"));
+    list->close();
+    ASSERT_TRUE(wait_for_fetched(1));
+    // The wait for writing is the last one of a request that cannot be sent.
+    faults.set({faulty_call::send, EPIPE});
+    client.terminal().send_control('r');
+    EXPECT_TRUE(client.terminal().wait_until([&] { return faults.hits() == 1; }, "no request"));
+    EXPECT_EQ(faults.wait_limit_us(), half_a_minute_us);
+}
 
 } // namespace
