@@ -1,6 +1,7 @@
 // directory_fetch_test.cpp - fetching the list of servers: the request, the lines, the messages,
 // and what stays as it was.
 #include "e2e/directory_session.hpp"
+#include "e2e/network_session.hpp"
 
 #include <gtest/gtest.h>
 
@@ -185,6 +186,22 @@ TEST_F(directory_fetch, a_directory_may_be_silent_for_longer_than_it_is_waited_f
     ASSERT_TRUE(list->send_bytes(answer_header + directory_line({.name = "b.example"})));
     list->close();
     EXPECT_TRUE(wait_for_fetched(2));
+}
+
+TEST_F(directory_fetch, hangs_up_also_while_an_attempt_to_connect_holds_its_socket)
+{
+    const silent_port nowhere;
+    settings.servers = {{.port = std::to_string(nowhere.port()), .alias = "alpha"}};
+    ASSERT_TRUE(start());
+    std::optional<server_connection> list = fetch();
+    ASSERT_TRUE(list);
+    client.terminal().send_control('l');
+    const auto is_under_way = [&] { return !children_of(client.terminal().process_id()).empty(); };
+    ASSERT_TRUE(client.terminal().wait_until(is_under_way, "an attempt"));
+    ASSERT_TRUE(list->send_bytes(answer_header + directory_line({.name = "b.example"})));
+    list->half_close();
+    EXPECT_TRUE(list->wait_for_close());
+    EXPECT_TRUE(is_under_way());
 }
 
 TEST_F(directory_fetch, a_reset_is_the_end_of_the_answer)

@@ -327,6 +327,20 @@ TEST_F(connection, result_of_a_child_of_nobodys_is_ignored)
     EXPECT_EQ(entry.socket_fd, 0);
 }
 
+TEST_F(connection, result_is_found_behind_that_of_a_child_of_nobodys)
+{
+    const pid_t nobodys = fork();
+    if (nobodys == 0)
+        _exit(1);
+    server_entry& entry = local_server();
+    command_connect(entry);
+    await_child(nobodys);
+    await_child(entry.connect_pid);
+    pause_for(1'000'000);
+    EXPECT_EQ(entry.connected, 1);
+    EXPECT_NE(kill(nobodys, 0), 0);
+}
+
 TEST_F(connection, in_place_gives_the_socket_or_none)
 {
     const std::ptrdiff_t before = open_descriptors();

@@ -2,7 +2,9 @@
 #include "unit/log_fixture.hpp"
 
 #include "support/small_disk.hpp"
+#include "unit/own_faults.hpp"
 
+#include <cerrno>
 #include <filesystem>
 #include <optional>
 
@@ -152,6 +154,19 @@ TEST_F(log_trouble, of_a_device_is_reported_once)
     log("\nlost");
     EXPECT_EQ(said(), (status_lines{opened, unwritable}));
     EXPECT_NE(entry.log_file, nullptr);
+}
+
+TEST_F(log_trouble, that_left_a_part_of_a_record_ends_with_the_log)
+{
+    begin();
+    {
+        const file_size_limit limit(text()->size() + 2);
+        const own_fault kept({faulty_call::set_length, EIO});
+        log("\nlost");
+        EXPECT_EQ(text(), "\none\nl");
+    }
+    close_log_file(entry);
+    EXPECT_EQ(text(), "\none");
 }
 
 TEST_F(log_trouble, is_forgotten_when_the_user_closes_the_log)
