@@ -119,6 +119,16 @@ TEST_F(slow_name, keeps_keys_for_afterwards)
     ASSERT_TRUE(client.wait_for_status("Unable to create new socket", pairs::error));
 }
 
+TEST_F(slow_name, keeps_the_order_of_keys)
+{
+    client.terminal().send("\x04\033OB"); // ^D on the name's server, then down
+    ASSERT_TRUE(messages_flow("DURING"));
+    ASSERT_NO_FATAL_FAILURE(answer(""));
+    ASSERT_TRUE(client.wait_for_status("You are not connected to slow", pairs::error));
+    ASSERT_TRUE(client.terminal().wait_until([&] { return client.bar_row() == 2; }, "the bar"));
+    ASSERT_TRUE(wait_for_notice(client, *connection, "still here"));
+}
+
 TEST_F(slow_name, forgets_keys_beyond_the_sixty_fourth)
 {
     client.terminal().send(std::string(64, 'q'));
