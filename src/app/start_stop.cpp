@@ -45,7 +45,7 @@ void connections_leave()
     }
 }
 
-void settings_free()
+void settings_and_marks_free()
 {
     for (std::size_t index = 0; app_state.setting_texts != nullptr && index < setting_text_count;
          ++index)
@@ -126,5 +126,5 @@ void app_shutdown()
         config_save();
     collection_destroy(app_state.servers);
     app_state.servers = nullptr;
-    settings_free();
+    settings_and_marks_free();
 }

@@ -72,6 +72,7 @@ pid_t child_start(int socket, const sockaddr_in& address)
 void connect_failed(server_entry& entry)
 {
     status_report(5, "Unable to connect to %s:%d", server_display_name(entry), server_port(entry));
+    // The child is gone, and its id may be another process's by now.
     entry.connect_pid = 0;
     connection_end(entry);
     entry.connected = 0;

@@ -94,6 +94,7 @@ int receive_packet(int socket, server_entry& server)
             return header_state;
     }
     const packet_header header = packet_header_read(server.rx_packet->header);
+    // One that has a size hint, but no length, is dropped only when more bytes have come.
     if (header.length == 0 && header.extra == 0)
         return packet_drop(server, packet_pending);
     if (wait_ready(socket, for_reading, 0) != 1)

@@ -53,6 +53,7 @@ char* template_for(const xml_node* document)
     return str_append(text, date_line);
 }
 
+/// Puts "#" for every "%" that is left.
 void rest_defuse(char* text)
 {
     for (char* percent = text; (percent = std::strchr(percent, '%')) != nullptr;)
@@ -93,12 +94,10 @@ void contacts_print(const xml_node* document)
 void statistics_show(const server_entry& entry, const xml_node* document)
 {
     const char* flights = xml_get(document, "tovrik/ContactData/DailyFlights", false, false);
-    if (flights == nullptr)
+    if (flights == nullptr || !server_row_is_visible(entry.list_row + 1))
         return;
     const int width = static_cast<int>(std::strlen(flights) + statistics_label.size());
     const int row = entry.list_row + 1 - app_state.list_scroll;
-    if (!server_row_is_visible(entry.list_row + 1))
-        return;
     WINDOW* window = popup_open(width, 1, statistics_column, row, false, 8, false);
     if (window == nullptr)
         return;

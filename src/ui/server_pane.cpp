@@ -140,6 +140,12 @@ void bar_cells_set(std::int32_t selected, attr_t attributes, short pair)
         mvwchgat(app_state.server_pane, row, name_column, bar_cells, attributes, pair, nullptr);
 }
 
+/// Lays the highlight bar on the selected row, whether a server stands there or not.
+void bar_draw()
+{
+    bar_cells_set(app_state.selected, A_NORMAL, pair_bar);
+}
+
 } // namespace
 
 void server_list_draw()
@@ -154,7 +160,7 @@ void server_list_draw()
     glyphs_attribute(app_state.server_pane, pair_bar, false);
     glyphs_write_at(app_state.server_pane, heading_row, 1, heading);
     rows_draw();
-    server_list_bar_draw();
+    bar_draw();
     list_show();
 }
 
@@ -164,16 +170,11 @@ void server_list_select(std::int32_t selected)
     app_state.selected = selected;
     if (scroll_to_selected())
         rows_draw();
-    server_list_bar_draw();
+    bar_draw();
     if (!is_page_in_front() && app_state.server_pane != nullptr)
         touchwin(app_state.server_pane);
     // Shown now: reading the next key would show it too, but only a round later.
     list_show();
-}
-
-void server_list_bar_draw()
-{
-    bar_cells_set(app_state.selected, A_NORMAL, pair_bar);
 }
 
 void server_marker_write(std::int32_t row, char marker)

@@ -19,9 +19,6 @@ void server_list_draw();
 /// Moves the highlight bar to a server. selected: 1-based, must name a server of the list.
 void server_list_select(std::int32_t selected);
 
-/// Lays the highlight bar on the selected row, whether a server stands there or not.
-void server_list_bar_draw();
-
 /// Whether something may be shown beside a row: always when all servers have room, else only while
 /// the row is within the visible list. row: as named above.
 bool server_row_is_visible(std::int32_t row);

@@ -1,11 +1,12 @@
 // network_session.cpp - what the tests of the network side share.
 #include "e2e/network_session.hpp"
 
+#include "support/compressed.hpp"
+
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <zlib.h>
 
 namespace
 {
@@ -212,14 +213,9 @@ server_packet plain_packet(std::string_view document)
 
 server_packet compressed_packet(std::string_view document, int hint)
 {
-    uLongf length = compressBound(document.size());
-    std::string bytes(length, '\0');
-    compress(reinterpret_cast<Bytef*>(bytes.data()), &length,
-             reinterpret_cast<const Bytef*>(document.data()), document.size());
-    bytes.resize(length);
     const std::size_t room = document.size() / 4 + 1;
     return {.kind = 204,
-            .payload = bytes,
+            .payload = compressed(document),
             .extra = static_cast<std::uint16_t>(hint < 0 ? static_cast<int>(room) : hint)};
 }
 

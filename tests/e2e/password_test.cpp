@@ -62,6 +62,17 @@ protected:
         return packet && packet->kind == 81 ? packet->payload : "no password";
     }
 
+    /// Types a password for the server that demands one, then leaves.
+    void answer_and_quit(const client_settings& settings)
+    {
+        ASSERT_TRUE(begin(settings));
+        ASSERT_TRUE(demand());
+        ASSERT_TRUE(box_is_open());
+        client.terminal().send("abc\r");
+        EXPECT_EQ(next_digest(), digest_of_abc);
+        client.quit();
+    }
+
     listed_servers servers{2};
     client_session client;
     std::vector<server_connection> connections;
@@ -224,12 +235,7 @@ TEST_F(password, is_saved_as_its_digest)
     client_settings settings = servers.settings();
     settings.save_passwords = true;
     settings.save_on_exit = true;
-    ASSERT_TRUE(begin(settings));
-    ASSERT_TRUE(demand());
-    ASSERT_TRUE(box_is_open());
-    client.terminal().send("abc\r");
-    EXPECT_EQ(next_digest(), digest_of_abc);
-    client.quit();
+    ASSERT_NO_FATAL_FAILURE(answer_and_quit(settings));
     settings.servers[0].password = digest_of_abc;
     EXPECT_EQ(client.home().read_config(), config_text(settings));
 }
@@ -238,12 +244,7 @@ TEST_F(password, is_not_saved_without_the_switch)
 {
     client_settings settings = servers.settings();
     settings.save_on_exit = true;
-    ASSERT_TRUE(begin(settings));
-    ASSERT_TRUE(demand());
-    ASSERT_TRUE(box_is_open());
-    client.terminal().send("abc\r");
-    EXPECT_EQ(next_digest(), digest_of_abc);
-    client.quit();
+    ASSERT_NO_FATAL_FAILURE(answer_and_quit(settings));
     EXPECT_EQ(client.home().read_config(), config_text(settings));
 }
 

@@ -1,22 +1,9 @@
 // report_session.cpp - what the tests of reports share.
 #include "e2e/report_session.hpp"
 
-#include <zlib.h>
-
 prompt_look save_prompt(const std::string& text, int columns)
 {
     return {save_question, columns - 4, or_cancel, text};
-}
-
-std::string compressed(std::string_view text)
-{
-    uLongf length = compressBound(text.size());
-    std::string bytes(length, '\0');
-    EXPECT_EQ(compress(reinterpret_cast<Bytef*>(bytes.data()), &length,
-                       reinterpret_cast<const Bytef*>(text.data()), text.size()),
-              Z_OK);
-    bytes.resize(length);
-    return bytes;
 }
 
 std::string size_line(const std::string& size)

@@ -3,14 +3,12 @@
 #pragma once
 
 #include "e2e/service_session.hpp"
+#include "support/compressed.hpp"
 
 constexpr const char* save_question = "Save ZOBE Style Report as...";
 
 /// The prompt for the file's name with this text in it.
 prompt_look save_prompt(const std::string& text = "./", int columns = 80);
-
-/// A text as servers send it.
-std::string compressed(std::string_view text);
 
 /// What is said of an announced size.
 std::string size_line(const std::string& size);

@@ -22,15 +22,26 @@ testing::AssertionResult wait_beside(client_session& client, int screen_row,
                                         "\"" + text + "\" beside the list");
 }
 
-TEST(contacts, are_shown_in_cyan_below_the_transmission)
+/// A wide client with contacts on, connected to a server.
+class contacts : public testing::Test
 {
-    listed_servers servers(1);
+protected:
+    void SetUp() override
+    {
+        client_settings settings = servers.settings();
+        settings.contact_info = true;
+        ASSERT_TRUE(client.start(settings, wide_terminal));
+        connection = client.connect_selected(servers[0]);
+        ASSERT_TRUE(connection);
+    }
+
+    listed_servers servers{1};
     client_session client;
-    client_settings settings = servers.settings();
-    settings.contact_info = true;
-    ASSERT_TRUE(client.start(settings, wide_terminal));
-    std::optional<server_connection> connection = client.connect_selected(servers[0]);
-    ASSERT_TRUE(connection);
+    std::optional<server_connection> connection;
+};
+
+TEST_F(contacts, are_shown_in_cyan_below_the_transmission)
+{
     ASSERT_TRUE(
         connection->send(plain_packet(document_of({.contacts = "3 contacts with this aircraft"}))));
     std::vector<std::string> lines = lines_of({});
@@ -49,15 +60,8 @@ TEST(contacts, are_shown_in_cyan_below_the_transmission)
     ASSERT_TRUE(wait_for_message_rows(client, lines, 0));
 }
 
-TEST(contacts, that_are_not_known_leave_an_empty_line)
+TEST_F(contacts, that_are_not_known_leave_an_empty_line)
 {
-    listed_servers servers(1);
-    client_session client;
-    client_settings settings = servers.settings();
-    settings.contact_info = true;
-    ASSERT_TRUE(client.start(settings, wide_terminal));
-    std::optional<server_connection> connection = client.connect_selected(servers[0]);
-    ASSERT_TRUE(connection);
     ASSERT_TRUE(connection->send(plain_packet(document_of({}))));
     std::vector<std::string> lines = lines_of({});
     lines.emplace_back("");
@@ -65,7 +69,7 @@ TEST(contacts, that_are_not_known_leave_an_empty_line)
     EXPECT_FALSE(client.terminal().shows("null"));
 }
 
-TEST(contacts, are_not_shown_unless_asked_for)
+TEST(no_contacts, are_shown_unless_asked_for)
 {
     listed_servers servers(1);
     client_session client;

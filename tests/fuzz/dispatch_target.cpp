@@ -9,6 +9,7 @@
 #include "net/limits.hpp"
 #include "net/log_files.hpp"
 #include "net/poll.hpp"
+#include "support/compressed.hpp"
 
 #include <algorithm>
 #include <csignal>
@@ -69,7 +70,7 @@ made_up_packet packet_made_up(fuzz_input& input)
     const unsigned param1 = has_numbers ? input.number(65'535) : 1;
     const std::string text = input.text();
     const bool is_deflated = kind == 204 && !has_numbers;
-    const std::string payload = is_deflated ? deflated(text) : text;
+    const std::string payload = is_deflated ? compressed(text) : text;
     return {kind, packet_bytes(kind, extra, param1, 0, payload), payload.empty() && extra != 0};
 }
 

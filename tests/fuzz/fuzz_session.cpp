@@ -12,7 +12,6 @@
 #include <cstring>
 #include <ctime>
 #include <sys/socket.h>
-#include <zlib.h>
 
 namespace
 {
@@ -129,17 +128,6 @@ std::string packet_bytes(unsigned kind, unsigned extra, unsigned param1, unsigne
     return number_bytes(kind, 4) + number_bytes(static_cast<unsigned>(sent.size()), 2) +
            number_bytes(extra, 2) + number_bytes(param1, 2) + number_bytes(param2, 2) +
            std::string{sent};
-}
-
-std::string deflated(std::string_view text)
-{
-    uLongf length = compressBound(text.size());
-    std::string data(length, '\0');
-    const int result = compress2(reinterpret_cast<Bytef*>(data.data()), &length,
-                                 reinterpret_cast<const Bytef*>(text.data()), text.size(), 1);
-    require(result == Z_OK, "zlib can compress");
-    data.resize(length);
-    return data;
 }
 
 void servers_check()

@@ -36,9 +36,6 @@ private:
 std::string packet_bytes(unsigned kind, unsigned extra, unsigned param1, unsigned param2,
                          std::string_view payload);
 
-/// Data that zlib inflates to the text.
-std::string deflated(std::string_view text);
-
 /// Requires that the list of servers is sorted, without duplicates, and that the selection lies
 /// within it.
 void servers_check();

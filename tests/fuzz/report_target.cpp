@@ -8,6 +8,7 @@
 #include "net/connection.hpp"
 #include "net/limits.hpp"
 #include "services/report.hpp"
+#include "support/compressed.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -85,7 +86,7 @@ void whole_report(server_entry& entry, fuzz_input& input)
     const std::size_t piece = 1 + input.number(300);
     const bool is_refused = input.number(15) == 0;
     const std::string text = input.rest();
-    const std::string data = deflated(text);
+    const std::string data = compressed(text);
     header_take(entry, std::to_string(data.size()) + '\t' + std::to_string(text.size() / 4 + 1));
     writing_refuse(is_refused);
     keys_type("name\n");

@@ -1,29 +1,18 @@
 // decompress_packet_test.cpp - what fits into four times the hint, and what is reported otherwise.
 #include "net/packet_input.hpp"
 
+#include "support/compressed.hpp"
 #include "unit/headless_screen.hpp"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
-#include <zlib.h>
 
 namespace
 {
 
 using byte_vector = std::vector<unsigned char>;
-
-byte_vector compressed(const std::string& text)
-{
-    uLongf length = compressBound(text.size());
-    byte_vector bytes(length);
-    EXPECT_EQ(
-        compress(bytes.data(), &length, reinterpret_cast<const Bytef*>(text.data()), text.size()),
-        Z_OK);
-    bytes.resize(length);
-    return bytes;
-}
 
 class decompressing : public testing::Test
 {
@@ -46,7 +35,7 @@ TEST_F(decompressing, gives_texts_back_that_fit_into_four_times_the_hint)
 {
     for (const std::size_t length : {0U, 1U, 397U, 399U, 400U}) {
         const std::string text(length, 'c');
-        const byte_vector bytes = compressed(text);
+        const byte_vector bytes = compressed_bytes(text);
         const heap_bytes result = decompress_packet(bytes.data(), 100, bytes.size());
         ASSERT_TRUE(result) << length;
         EXPECT_STREQ(reinterpret_cast<const char*>(result.get()), text.c_str());
@@ -57,13 +46,13 @@ TEST_F(decompressing, gives_texts_back_that_fit_into_four_times_the_hint)
 
 TEST_F(decompressing, reports_a_text_longer_than_four_times_the_hint)
 {
-    const byte_vector bytes = compressed(std::string(401, 'c'));
+    const byte_vector bytes = compressed_bytes(std::string(401, 'c'));
     expect_refusal(bytes, 100, "Unable to decompress binary paket. Err: -5");
 }
 
 TEST_F(decompressing, reports_data_that_is_broken)
 {
-    byte_vector bytes = compressed("some text to be broken on the way");
+    byte_vector bytes = compressed_bytes("some text to be broken on the way");
     expect_refusal({'n', 'o', 't', ' ', 'z', 'l', 'i', 'b'}, 100,
                    "Unable to decompress binary paket. Err: -3");
     bytes.back() ^= 1;
@@ -72,7 +61,7 @@ TEST_F(decompressing, reports_data_that_is_broken)
 
 TEST_F(decompressing, reports_data_that_is_cut_off_or_missing)
 {
-    byte_vector bytes = compressed("some text to be cut off on the way");
+    byte_vector bytes = compressed_bytes("some text to be cut off on the way");
     bytes.resize(bytes.size() / 2);
     for (const byte_vector& cut : {bytes, byte_vector{}}) {
         EXPECT_FALSE(decompress_packet(cut.data(), 100, cut.size()));
@@ -83,7 +72,7 @@ TEST_F(decompressing, reports_data_that_is_cut_off_or_missing)
 
 TEST_F(decompressing, reports_any_text_for_a_hint_of_0)
 {
-    const byte_vector bytes = compressed("text");
+    const byte_vector bytes = compressed_bytes("text");
     EXPECT_FALSE(decompress_packet(bytes.data(), 0, bytes.size()));
     EXPECT_TRUE(screen.status_text().starts_with("Unable to decompress binary paket. Err: -"));
     EXPECT_EQ(screen.bells(), 1U);

@@ -7,10 +7,10 @@
 #include "data/xml_index.hpp"
 #include "net/directory_lines.hpp"
 #include "net/packet_input.hpp"
+#include "support/compressed.hpp"
 
 #include <algorithm>
 #include <optional>
-#include <zlib.h>
 
 namespace
 {
@@ -189,13 +189,11 @@ class memory_shortage_of_packets : public net_test
 TEST_F(memory_shortage_of_packets, inflates_nothing_and_says_nothing)
 {
     const std::string text(300, 'c');
-    uLongf length = compressBound(text.size());
-    std::vector<unsigned char> bytes(length);
-    compress(bytes.data(), &length, reinterpret_cast<const Bytef*>(text.data()), text.size());
+    const std::vector<unsigned char> bytes = compressed_bytes(text);
     heap_bytes inflated;
     mark();
     try_each_allocation({
-        .call = [&] { inflated = decompress_packet(bytes.data(), 100, length); },
+        .call = [&] { inflated = decompress_packet(bytes.data(), 100, bytes.size()); },
         .expect_after_failure = [&](memory_shortage, long) { EXPECT_EQ(inflated, nullptr); },
         .expect_success =
             [&] { EXPECT_STREQ(reinterpret_cast<char*>(inflated.get()), text.c_str()); },

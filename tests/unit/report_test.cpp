@@ -3,26 +3,15 @@
 
 #include "net/limits.hpp"
 #include "services/report.hpp"
+#include "support/compressed.hpp"
 #include "support/temp_home.hpp"
 
 #include <cstdlib>
-#include <zlib.h>
 
 namespace
 {
 
 const status_line refusal = {"Report refused, its announced size is out of bounds", 5};
-
-std::string compressed(std::string_view text)
-{
-    uLongf length = compressBound(text.size());
-    std::string bytes(length, '\0');
-    EXPECT_EQ(compress(reinterpret_cast<Bytef*>(bytes.data()), &length,
-                       reinterpret_cast<const Bytef*>(text.data()), text.size()),
-              Z_OK);
-    bytes.resize(length);
-    return bytes;
-}
 
 status_line size_line(const std::string& size)
 {

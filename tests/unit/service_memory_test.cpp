@@ -11,12 +11,12 @@
 #include "services/report.hpp"
 #include "services/request_text.hpp"
 #include "services/server_info.hpp"
+#include "support/compressed.hpp"
 #include "support/temp_home.hpp"
 #include "ui/popup.hpp"
 
 #include <algorithm>
 #include <utility>
-#include <zlib.h>
 
 namespace
 {
@@ -151,10 +151,8 @@ TEST_F(memory_shortage_of_services, saves_a_report_whole_or_not_at_all)
     std::free(app_state.setting_texts[ReportPath]);
     app_state.setting_texts[ReportPath] = owned_text(home.path() + "/");
     const std::string text(300, 't');
-    uLongf length = compressBound(text.size());
-    std::vector<unsigned char> bytes(length);
-    compress(bytes.data(), &length, reinterpret_cast<const Bytef*>(text.data()), text.size());
-    const std::string header = std::to_string(length) + "\t100";
+    const std::vector<unsigned char> bytes = compressed_bytes(text);
+    const std::string header = std::to_string(bytes.size()) + "\t100";
     try_each_allocation({
         .prepare =
             [&] {
@@ -163,7 +161,7 @@ TEST_F(memory_shortage_of_services, saves_a_report_whole_or_not_at_all)
                 flushinp();
                 type_ahead("saved.txt\n");
             },
-        .call = [&] { report_piece(entry, bytes.data(), length); },
+        .call = [&] { report_piece(entry, bytes.data(), bytes.size()); },
         .expect_after_failure =
             [&](memory_shortage, long) {
                 EXPECT_EQ(entry.report_buffer, nullptr);

@@ -4,6 +4,7 @@
 #include "sim/traffic_generator.hpp"
 #include "sim/transmission.hpp"
 #include "sim/xml_text.hpp"
+#include "unit/sim_sample_message.hpp"
 
 #include "data/xml.hpp"
 
@@ -16,8 +17,6 @@
 namespace
 {
 
-constexpr std::time_t noon = 1752148020; // 10 July 2025, 11:47
-
 /// The value at a path, or of a name; empty when there is none.
 std::string value_of(const std::string& xml, const char* key, bool by_name = false)
 {
@@ -28,20 +27,10 @@ std::string value_of(const std::string& xml, const char* key, bool by_name = fal
 
 sim::transmission full_message()
 {
-    return {.mode = "2",
-            .registration = "D-AIQA",
-            .label = "H1",
-            .block_id = "7",
-            .message_number = "M07A",
-            .flight_number = "LH0400",
-            .content = "LINE ONE\nLINE TWO",
-            .from = "FRA",
-            .to = "JFK",
-            .aircraft = "Airbus A320-211",
-            .operator_name = "Lufthansa",
-            .contacts = 12,
-            .daily_flights = 34,
-            .time = noon};
+    sim::transmission message = sample_message();
+    message.contacts = 12;
+    message.daily_flights = 34;
+    return message;
 }
 
 TEST(sim_documents, carries_every_field_of_a_message_at_its_path)
@@ -77,7 +66,7 @@ TEST(sim_documents, carries_every_field_of_a_message_at_its_path)
 
 TEST(sim_documents, leaves_out_what_is_not_known)
 {
-    const std::string xml = sim::transmission_xml({.mode = "2", .time = noon});
+    const std::string xml = sim::transmission_xml({.mode = "2", .time = sample_time});
     for (const char* name : {"AircraftReg", "MessageContent", "Authorized", "Operator", "Contacts",
                              "ContactData", "From"})
         EXPECT_EQ(xml.find("<" + std::string{name} + ">"), std::string::npos) << name;
@@ -148,9 +137,9 @@ TEST(sim_traffic, is_the_same_for_the_same_seed_and_differs_for_another)
     sim::traffic_generator other{43};
     int different = 0;
     for (int i = 0; i < 200; ++i) {
-        const std::string xml = transmission_xml(first.next(noon));
-        ASSERT_EQ(transmission_xml(again.next(noon)), xml) << i;
-        different += transmission_xml(other.next(noon)) != xml;
+        const std::string xml = transmission_xml(first.next(sample_time));
+        ASSERT_EQ(transmission_xml(again.next(sample_time)), xml) << i;
+        different += transmission_xml(other.next(sample_time)) != xml;
     }
     EXPECT_GT(different, 190);
 }
@@ -159,7 +148,7 @@ TEST(sim_traffic, is_the_same_for_the_same_seed_and_differs_for_another)
 TEST(sim_traffic, begins_seed_1_with_a_known_message)
 {
     sim::traffic_generator traffic{1};
-    const sim::transmission message = traffic.next(noon);
+    const sim::transmission message = traffic.next(sample_time);
     EXPECT_EQ(message.registration + "|" + message.aircraft + "|" + message.operator_name + "|" +
                   message.label + "|" + message.block_id + "|" + message.flight_number + "|" +
                   message.from + "-" + message.to + "|" + message.content,
@@ -170,7 +159,7 @@ TEST(sim_traffic, reaches_the_client_whole_whatever_it_says)
 {
     sim::traffic_generator traffic{7};
     for (int i = 0; i < 3000; ++i) {
-        const sim::transmission message = traffic.next(noon + std::time_t{i} * 60);
+        const sim::transmission message = traffic.next(sample_time + std::time_t{i} * 60);
         const std::string xml = transmission_xml(message);
         ASSERT_TRUE(sim::plain_transmission(xml)) << xml;
         ASSERT_EQ(value_of(xml, "tovrik/ACARS/Authorized/MessageContent"), message.content);
@@ -192,7 +181,7 @@ TEST(sim_traffic, is_varied_and_keeps_count)
     std::uint32_t flights = 0;
     std::uint32_t most_contacts = 0;
     for (int i = 0; i < 1000; ++i) {
-        const sim::transmission message = traffic.next(noon);
+        const sim::transmission message = traffic.next(sample_time);
         labels.insert(message.label);
         operators.insert(message.operator_name);
         const bool uplink = sim::is_uplink(transmission_xml(message));

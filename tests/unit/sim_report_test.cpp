@@ -4,6 +4,7 @@
 #include "sim/limits.hpp"
 #include "sim/message_archive.hpp"
 #include "sim/read_transmission.hpp"
+#include "unit/sim_sample_message.hpp"
 
 #include <gtest/gtest.h>
 
@@ -12,24 +13,6 @@
 
 namespace
 {
-
-constexpr std::time_t then = 1752148020; // 10 July 2025, 11:47 UTC
-
-sim::transmission message_of(const std::string& registration)
-{
-    return {.mode = "2",
-            .registration = registration,
-            .label = "H1",
-            .block_id = "7",
-            .message_number = "M07A",
-            .flight_number = "LH0400",
-            .content = "LINE ONE\nLINE TWO",
-            .from = "FRA",
-            .to = "JFK",
-            .aircraft = "Airbus A320-211",
-            .operator_name = "Lufthansa",
-            .time = then};
-}
 
 std::string request_of(std::time_t moment)
 {
@@ -85,8 +68,8 @@ TEST(sim_report, shows_the_messages_of_its_day)
     sim::message_archive archive;
     sim::reference_data reference;
     ASSERT_TRUE(reference.add(33, "FRA\tFrankfurt, Germany"));
-    archive.add(message_of("D-AIQA"), then, reference);
-    archive.add({.registration = "D-AIQB"}, then + 86400, reference);
+    archive.add(sample_message("D-AIQA"), sample_time, reference);
+    archive.add({.registration = "D-AIQB"}, sample_time + 86400, reference);
     EXPECT_EQ(archive.report_of({10, 7, 2025}, "practice"),
               "Messages of 10/07/2025 from practice\n"
               "1 message. Times are UTC.\n\n"
@@ -95,7 +78,7 @@ TEST(sim_report, shows_the_messages_of_its_day)
               "       Mode 2  Label H1  Block 7  Message M07A\n"
               "       LINE ONE\n"
               "       LINE TWO\n\n");
-    EXPECT_EQ(archive.report_of(sim::local_day(then + 86400), "practice").substr(37),
+    EXPECT_EQ(archive.report_of(sim::local_day(sample_time + 86400), "practice").substr(37),
               "1 message. Times are UTC.\n\n--:--  D-AIQB\n\n");
     EXPECT_EQ(archive.report_of({10, 7, 2024}, "practice"), "");
     EXPECT_EQ(archive.report_of({}, "practice"), "") << "a moment beyond all calendars";
@@ -104,21 +87,21 @@ TEST(sim_report, shows_the_messages_of_its_day)
 TEST(sim_report, takes_messages_that_are_dated_or_were_sent_on_its_day)
 {
     sim::message_archive archive;
-    archive.add(message_of("D-AIQA"), then + 100 * 86400, {});
+    archive.add(sample_message("D-AIQA"), sample_time + 100 * 86400, {});
     EXPECT_NE(archive.report_of({10, 7, 2025}, ""), "");
-    EXPECT_NE(archive.report_of(sim::local_day(then + 100 * 86400), ""), "");
+    EXPECT_NE(archive.report_of(sim::local_day(sample_time + 100 * 86400), ""), "");
 }
 
 TEST(sim_report, is_bounded_and_says_so)
 {
     sim::message_archive archive;
-    auto message = message_of("D-FIRST");
+    auto message = sample_message("D-FIRST");
     message.content = std::string(500, 'x');
-    archive.add(message, then, {});
+    archive.add(message, sample_time, {});
     const std::size_t count = sim::max_report_bytes / 500 + 100;
     message.registration = "D-LATER";
     for (std::size_t i = 0; i < count; ++i)
-        archive.add(message, then, {});
+        archive.add(message, sample_time, {});
     const std::string report = archive.report_of({10, 7, 2025}, "practice");
     EXPECT_LE(report.size(), sim::max_report_bytes + 200);
     EXPECT_GT(report.size(), sim::max_report_bytes - 2000);
@@ -131,21 +114,21 @@ TEST(sim_report, archive_drops_the_oldest_messages)
 {
     sim::message_archive archive;
     for (std::size_t i = 0; i < sim::max_archived_messages + 10; ++i)
-        archive.add({.registration = "D"}, then, {});
+        archive.add({.registration = "D"}, sample_time, {});
     EXPECT_EQ(archive.size(), sim::max_archived_messages);
-    auto message = message_of("D-AIQA");
+    auto message = sample_message("D-AIQA");
     message.content = std::string(4000, 'x');
     for (std::size_t i = 0; i < sim::max_archived_bytes / 4000 + 200; ++i)
-        archive.add(message, then, {});
+        archive.add(message, sample_time, {});
     EXPECT_LT(archive.size(), sim::max_archived_bytes / 4000);
 }
 
 TEST(sim_report, reads_messages_back_from_their_documents)
 {
-    const auto message = message_of("D-AIQA");
+    const auto message = sample_message("D-AIQA");
     const auto read = sim::read_transmission(transmission_xml(message));
     EXPECT_EQ(transmission_xml(read), transmission_xml(message));
-    EXPECT_EQ(read.time, then);
+    EXPECT_EQ(read.time, sample_time);
     for (const char* xml : {"", "<?xml?>", "no document",
                             "<?xml?><tovrik><ACARS><MessageDate>"
                             "<Day>32</Day><Month>1</Month>"}) {
@@ -164,7 +147,7 @@ TEST(sim_report, comes_in_pieces_that_decompress_to_what_was_sent)
     std::uint32_t state = 1;
     std::string last;
     for (int i = 0; i < 60; ++i) {
-        auto message = message_of("D-AIQA");
+        auto message = sample_message("D-AIQA");
         message.content.clear();
         while (message.content.size() < 400) {
             state = state * 1664525 + 1013904223;
@@ -188,7 +171,7 @@ TEST(sim_report, of_a_day_is_found_by_any_moment_of_it)
 {
     sim::practice_server server{reporting_server()};
     ASSERT_TRUE(server.start());
-    ASSERT_TRUE(server.push_transmission(transmission_xml(message_of("D-AIQA"))));
+    ASSERT_TRUE(server.push_transmission(transmission_xml(sample_message("D-AIQA"))));
     sim_raw_client client{server.port()};
     const std::time_t today = std::time(nullptr);
     std::tm day{};
@@ -204,11 +187,11 @@ TEST(sim_report, includes_the_messages_that_were_there_from_the_start)
 {
     auto options = reporting_server();
     options.replay_count = 5;
-    options.fixed_time = then;
+    options.fixed_time = sample_time;
     sim::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
-    client.send_text(70, request_of(then));
+    client.send_text(70, request_of(sample_time));
     EXPECT_NE(receive_report(client).text(Z_OK).find("5 messages"), std::string::npos);
 }
 
@@ -216,7 +199,7 @@ TEST(sim_report, is_refused_on_days_without_messages_and_for_requests_without_se
 {
     sim::practice_server server{reporting_server()};
     ASSERT_TRUE(server.start());
-    ASSERT_TRUE(server.push_transmission(transmission_xml(message_of("D-AIQA"))));
+    ASSERT_TRUE(server.push_transmission(transmission_xml(sample_message("D-AIQA"))));
     sim_raw_client client{server.port()};
     ASSERT_TRUE(client.receive());
     const struct {
@@ -251,10 +234,10 @@ protected:
         options.reports = answer;
         server = std::make_unique<sim::practice_server>(options);
         ASSERT_TRUE(server->start());
-        ASSERT_TRUE(server->push_transmission(transmission_xml(message_of("D-AIQA"))));
+        ASSERT_TRUE(server->push_transmission(transmission_xml(sample_message("D-AIQA"))));
         client = std::make_unique<sim_raw_client>(server->port());
         ASSERT_TRUE(client->receive());
-        client->send_text(70, request_of(then));
+        client->send_text(70, request_of(sample_time));
     }
 
     std::unique_ptr<sim::practice_server> server;
@@ -292,7 +275,7 @@ TEST(sim_report, lets_other_messages_pass_and_no_second_report_begin)
     options.queue_limit = 1000;
     sim::practice_server server{options};
     ASSERT_TRUE(server.start());
-    auto message = message_of("D-AIQA");
+    auto message = sample_message("D-AIQA");
     std::uint32_t state = 1;
     for (int i = 0; i < 400; ++i) {
         message.content.clear();
@@ -303,11 +286,11 @@ TEST(sim_report, lets_other_messages_pass_and_no_second_report_begin)
         ASSERT_TRUE(server.push_transmission(transmission_xml(message)));
     }
     sim_raw_client client{server.port()};
-    client.send_text(70, request_of(then));
+    client.send_text(70, request_of(sample_time));
     ASSERT_TRUE(client.receive_kind(205));
     for (int i = 0; i < 3; ++i)
         server.push_transmission(transmission_xml(message));
-    client.send_text(70, request_of(then));
+    client.send_text(70, request_of(sample_time));
     std::string order;
     while (order.size() < 7) {
         const auto received = client.receive();

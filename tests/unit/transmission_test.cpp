@@ -3,10 +3,9 @@
 #include "unit/net_fixture.hpp"
 
 #include "net/poll.hpp"
+#include "support/compressed.hpp"
 #include "ui/popup.hpp"
 #include "ui/server_pane.hpp"
-
-#include <zlib.h>
 
 namespace
 {
@@ -173,16 +172,6 @@ TEST_F(transmission, brings_the_status_pane_to_the_front_unless_the_settings_pag
         receive(plain_elements);
         EXPECT_EQ((mvwinch(newscr, row, column) & A_CHARTEXT) == 'X', settings_shown != 0);
     }
-}
-
-std::string compressed(const std::string& text)
-{
-    std::string bytes(compressBound(text.size()), '\0');
-    uLongf length = bytes.size();
-    compress(reinterpret_cast<Bytef*>(bytes.data()), &length,
-             reinterpret_cast<const Bytef*>(text.data()), text.size());
-    bytes.resize(length);
-    return bytes;
 }
 
 TEST_F(transmission, comes_compressed_too)

@@ -1,9 +1,8 @@
 // packet_scenarios.cpp - every kind of packet, taken while allocations fail.
 #include "faults/allocation/scenarios.hpp"
 
+#include "support/compressed.hpp"
 #include "support/server_packet.hpp"
-
-#include <zlib.h>
 
 namespace
 {
@@ -50,16 +49,6 @@ std::string transmission()
         "<FlightRouting><From>EDDF</From><To>EGLL</To></FlightRouting>"
         "<Contacts>3 contacts with this aircraft</Contacts>"
         "<ContactData><DailyFlights>17</DailyFlights></ContactData>");
-}
-
-std::string compressed(std::string_view text)
-{
-    uLongf length = compressBound(text.size());
-    std::string bytes(length, '\0');
-    compress(reinterpret_cast<Bytef*>(bytes.data()), &length,
-             reinterpret_cast<const Bytef*>(text.data()), text.size());
-    bytes.resize(length);
-    return bytes;
 }
 
 std::uint16_t hint_for(std::string_view text)
