@@ -138,15 +138,27 @@ TEST_F(directory_exit, a_name_that_is_never_found_is_given_up)
     EXPECT_FALSE(directory.has_waiting_client());
 }
 
-TEST_F(directory_exit, connected_servers_are_left_in_order_all_the_same)
+/// A client that is connected to a server, while it fetches the list.
+class connected_directory_exit : public directory_exit
 {
+protected:
+    void SetUp() override
+    {
+        settings.servers = knowing(server).servers;
+        ASSERT_TRUE(start());
+        connection = client.connect_selected(server);
+        ASSERT_TRUE(connection);
+        list = fetch();
+        ASSERT_TRUE(list);
+    }
+
     scripted_server server;
-    settings.servers = knowing(server).servers;
-    ASSERT_TRUE(start());
-    std::optional<server_connection> connection = client.connect_selected(server);
-    ASSERT_TRUE(connection);
-    std::optional<server_connection> list = fetch();
-    ASSERT_TRUE(list);
+    std::optional<server_connection> connection;
+    std::optional<server_connection> list;
+};
+
+TEST_F(connected_directory_exit, connected_servers_are_left_in_order_all_the_same)
+{
     client.terminal().send_control('x');
     EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
     EXPECT_TRUE(connection->wait_for_close());
@@ -154,15 +166,9 @@ TEST_F(directory_exit, connected_servers_are_left_in_order_all_the_same)
     expect_saved_servers(settings.servers);
 }
 
-TEST_F(directory_exit, servers_are_left_when_the_list_has_come_and_the_terminal_is_given_back)
+TEST_F(connected_directory_exit,
+       servers_are_left_when_the_list_has_come_and_the_terminal_is_given_back)
 {
-    scripted_server server;
-    settings.servers = knowing(server).servers;
-    ASSERT_TRUE(start());
-    std::optional<server_connection> connection = client.connect_selected(server);
-    ASSERT_TRUE(connection);
-    std::optional<server_connection> list = fetch();
-    ASSERT_TRUE(list);
     ASSERT_TRUE(list->send_bytes(answer_header + directory_line(first)));
     ASSERT_TRUE(leave());
     EXPECT_FALSE(connection->read_bytes(1, std::chrono::milliseconds{200}));

@@ -6,6 +6,7 @@
 #include "support/config_text.hpp"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -75,6 +76,27 @@ protected:
         EXPECT_EQ(app_state.setting_flags, SaveOnExit | ACARSLog);
         EXPECT_STREQ(app_state.setting_texts[LogFilePath], "logs");
         EXPECT_TRUE(is_in(elsewhere));
+    }
+
+    /// Loads a file with every allocation failing in turn. How often less than all was loaded; none
+    /// of it may then be replaced by a save.
+    int incomplete_loads(const std::string& whole, const std::function<bool()>& has_loaded_all)
+    {
+        int incomplete = 0;
+        try_each_allocation({
+            .prepare = [&] { begin_again(whole); },
+            .call = [] { config_load(); },
+            .expect_after_failure =
+                [&](memory_shortage, long) {
+                    if (has_loaded_all())
+                        return;
+                    ++incomplete;
+                    save();
+                    EXPECT_EQ(home.read_config(), whole);
+                },
+            .expect_success = [&] { EXPECT_TRUE(has_loaded_all()); },
+        });
+        return incomplete;
     }
 
     client_settings settings;
@@ -151,21 +173,7 @@ TEST_F(config_short_of_memory, does_not_replace_a_file_of_which_it_lost_a_server
         return first != nullptr && first->ServerAlias != nullptr &&
                server_at(app_state.servers, 0)->ServerAlias != nullptr;
     };
-    int incomplete = 0;
-    try_each_allocation({
-        .prepare = [&] { begin_again(whole); },
-        .call = [] { config_load(); },
-        .expect_after_failure =
-            [&](memory_shortage, long) {
-                if (has_loaded_all())
-                    return;
-                ++incomplete;
-                save();
-                EXPECT_EQ(home.read_config(), whole);
-            },
-        .expect_success = [&] { EXPECT_TRUE(has_loaded_all()); },
-    });
-    EXPECT_GT(incomplete, 10);
+    EXPECT_GT(incomplete_loads(whole, has_loaded_all), 10);
 }
 
 TEST_F(config_short_of_memory, does_not_replace_a_long_file_of_which_it_lost_any_part)
@@ -186,21 +194,7 @@ TEST_F(config_short_of_memory, does_not_replace_a_long_file_of_which_it_lost_any
                app_state.setting_texts[LogFilePath] != nullptr &&
                app_state.setting_texts[ReportPath] != nullptr;
     };
-    int incomplete = 0;
-    try_each_allocation({
-        .prepare = [&] { begin_again(whole); },
-        .call = [] { config_load(); },
-        .expect_after_failure =
-            [&](memory_shortage, long) {
-                if (has_loaded_all())
-                    return;
-                ++incomplete;
-                save();
-                EXPECT_EQ(home.read_config(), whole);
-            },
-        .expect_success = [&] { EXPECT_TRUE(has_loaded_all()); },
-    });
-    EXPECT_GT(incomplete, 50);
+    EXPECT_GT(incomplete_loads(whole, has_loaded_all), 50);
 }
 
 TEST_F(config_short_of_memory, loads_the_rest_without_room_for_folders)
