@@ -1,17 +1,14 @@
 // command_line.cpp - see command_line.hpp.
 #include "sim/command_line.hpp"
 
+#include "sim/command_options.hpp"
 #include "sim/directory_answer.hpp"
 #include "sim/json_file.hpp"
 #include "sim/limits.hpp"
 #include "sim/replay_file.hpp"
 #include "sim/whole_file.hpp"
 
-#include <CLI/CLI.hpp>
-
 #include <cstdio>
-#include <cstdlib>
-#include <map>
 
 namespace
 {
@@ -33,211 +30,6 @@ constexpr const char* replay_format =
     "Reports hold the messages sent on a day of this machine's time zone, or dated with it.\n"
     "\n"
     "Exit status: 0 after SIGTERM or SIGINT, 1 when it cannot serve, 2 for wrong options.";
-
-const std::map<std::string, sim::report_answer> report_answers = {
-    {"real", sim::report_answer::real},   {"busy", sim::report_answer::busy},
-    {"empty", sim::report_answer::empty}, {"corrupt", sim::report_answer::corrupt},
-    {"tight", sim::report_answer::tight}, {"unfinished", sim::report_answer::unfinished},
-};
-
-constexpr double longest_s = 86400;
-
-/// Accepts numbers from `least` to `most`, and nothing that is no number at all.
-CLI::Validator between(double least, double most)
-{
-    const auto check = [least, most](const std::string& text) -> std::string {
-        char* end = nullptr;
-        const double value = std::strtod(text.c_str(), &end);
-        if (!text.empty() && *end == '\0' && value >= least && value <= most)
-            return {};
-        char wrong[128];
-        std::snprintf(wrong, sizeof wrong, "must be a number from %.0f to %.0f", least, most);
-        return wrong;
-    };
-    return CLI::Validator{check, ""};
-}
-
-CLI::Validator short_text()
-{
-    constexpr std::size_t most = 200;
-    return CLI::Validator{[](const std::string& text) {
-                              return text.size() > most ? "longer than 200 bytes" : std::string{};
-                          },
-                          ""};
-}
-
-void add_place_options(CLI::App& app, command_line& line)
-{
-    app.add_option("--port", line.server.port, "TCP port to listen on; 0: any free one")
-        ->check(between(0, 65535))
-        ->type_name("PORT")
-        ->capture_default_str();
-    app.add_option("--bind", line.server.bind_address, "IPv4 address to listen on")
-        ->check(CLI::ValidIPV4.description(""))
-        ->type_name("ADDRESS")
-        ->capture_default_str();
-    app.add_option("--max-clients", line.server.max_clients, "Clients at a time, up to 4096")
-        ->check(between(1, 4096))
-        ->type_name("N")
-        ->capture_default_str();
-    app.add_option("--pace-ms", line.server.pace_ms,
-                   "Pause after each packet to a client; clients take one a second")
-        ->check(between(0, 60000))
-        ->type_name("MS")
-        ->capture_default_str();
-}
-
-void add_traffic_options(CLI::App& app, command_line& line)
-{
-    const char* const group = "Messages";
-    app.add_option("--rate", line.server.rate_a_minute,
-                   "Transmissions a minute; what the pace cannot carry is dropped")
-        ->check(between(0, sim::max_rate_a_minute))
-        ->type_name("N")
-        ->capture_default_str()
-        ->group(group);
-    app.add_option("--seed", line.server.seed, "The same number gives the same messages")
-        ->check(between(0, 9007199254740992))
-        ->type_name("N")
-        ->capture_default_str()
-        ->group(group);
-    app.add_option("--fixed-time", line.fixed_time,
-                   "Date of made-up messages, in seconds since 1970 (else now)")
-        ->check(between(0, 253402300799))
-        ->type_name("S")
-        ->group(group);
-    app.add_flag("--compressed", line.server.compressed, "Send transmissions compressed")
-        ->group(group);
-    app.add_option("--replay", line.replay_path, "Send the documents of this file instead")
-        ->type_name("FILE")
-        ->group(group);
-    app.add_option("--announce-replay", line.server.replay_count,
-                   "Begin with so many recent transmissions, up to 1000")
-        ->check(between(0, sim::max_replay_count))
-        ->type_name("N")
-        ->group(group);
-}
-
-/// A capability that is "1" when its flag is given.
-void add_capability(CLI::App& app, const char* flag, std::optional<std::string>& text,
-                    const char* help)
-{
-    app.add_flag_callback(
-           flag, [&text] { text = "1"; }, help)
-        ->group("What it is and offers");
-}
-
-void add_identity_options(CLI::App& app, command_line& line)
-{
-    const char* const group = "What it is and offers";
-    auto& offered = line.server.capabilities;
-    app.add_option("--name", line.server.name, "Name, given with the uptime")
-        ->check(short_text())
-        ->capture_default_str()
-        ->group(group);
-    app.add_option("--uuid", offered.server_uuid, "Identity (else made of address and port)")
-        ->check(short_text())
-        ->group(group);
-    app.add_option("--server-version", offered.version, "Version that it claims to have")
-        ->check(short_text())
-        ->group(group);
-    add_capability(app, "--crc-check", offered.crc_check, "Announce CRC checking");
-    add_capability(app, "--mailing", offered.mailing, "Offer daily mailings");
-    add_capability(app, "--db-modify", offered.db_modify, "Offer database updates");
-    add_capability(app, "--modify-flags", offered.modify_flags,
-                   "Offer database updates by the other element");
-    add_capability(app, "--reports", offered.reports, "Offer reports");
-    add_capability(app, "--pager", offered.pager, "Offer pager lists");
-}
-
-void add_json_options(CLI::App& app, command_line& line)
-{
-    const char* const group = "Messages of receivers, one JSON object a line";
-    app.add_option("--json-udp", line.server.json_udp_port,
-                   "UDP port to take them on, at the address of --bind; 0: any free one")
-        ->check(between(0, 65535))
-        ->type_name("PORT")
-        ->group(group);
-    app.add_option("--json-file", line.json_path,
-                   "File to send them from, at --rate and over and over; of a pipe,\n"
-                   "each as it comes. \"-\" is standard input")
-        ->excludes("--replay")
-        ->type_name("FILE")
-        ->group(group);
-}
-
-void add_directory_options(CLI::App& app, command_line& line)
-{
-    const char* const group = "The directory of servers";
-    app.add_option("--http-port", line.server.directory_port,
-                   "TCP port to give the directory out on, by HTTP; 0: any free one")
-        ->check(between(0, 65535))
-        ->type_name("PORT")
-        ->group(group);
-    app.add_option("--directory", line.directory_path,
-                   "Its lines: nine fields, separated by tabs (else this server alone)")
-        ->needs("--http-port")
-        ->type_name("FILE")
-        ->group(group);
-}
-
-void add_service_options(CLI::App& app, command_line& line)
-{
-    const char* const group = "How its services answer";
-    app.add_option("--report-answer", line.server.reports,
-                   "Instead of with reports: busy, empty, corrupt, tight or unfinished")
-        ->transform(CLI::CheckedTransformer(report_answers).description(""))
-        ->type_name("HOW")
-        ->default_str("real")
-        ->group(group);
-    app.add_flag("--pager-blocked", line.server.pager_blocked, "Put requests about pager lists off")
-        ->group(group);
-}
-
-void add_access_options(CLI::App& app, command_line& line)
-{
-    const char* const group = "Whom it lets in";
-    app.add_option("--password", line.server.password, "Send messages only with this password")
-        ->group(group);
-    app.add_flag("--identify", line.server.ask_identification, "Ask clients for their name")
-        ->group(group);
-    app.add_option("--known-client", line.server.known_clients,
-                   "With --identify, a name to let in; may be repeated")
-        ->expected(1)
-        ->take_all()
-        ->default_str("ncursesclient")
-        ->group(group);
-}
-
-void add_greeting_options(CLI::App& app, command_line& line)
-{
-    const char* const group = "What it tells (\\n in a text begins a new line)";
-    app.add_option("--banner", line.banner, "Text for new clients (kind 64)")->group(group);
-    app.add_option("--news", line.news, "Text for new clients (kind 90)")->group(group);
-    app.add_option("--notice", line.notice, "Notice for new clients (kind 103)")->group(group);
-    app.add_option("--error-text", line.error_text, "Error for new clients (kind 108)")
-        ->group(group);
-    app.add_flag("--uptime", line.server.send_uptime, "Tell new clients the uptime")->group(group);
-    app.add_option("--ticks", line.tick_s, "Seconds between activity ticks; 0: none")
-        ->check(between(0, longest_s))
-        ->type_name("S")
-        ->group(group);
-}
-
-void add_end_options(CLI::App& app, command_line& line)
-{
-    const char* const group = "How it ends";
-    app.add_option("--close-after", line.close_after_s,
-                   "Seconds after which a client is told to go; 0: never")
-        ->check(between(0, longest_s))
-        ->type_name("S")
-        ->group(group);
-    app.add_option("--close-kind", line.server.close_kind, "With which kind: 3, 100 or 102")
-        ->check(CLI::IsMember({3, 100, 102}).description(""))
-        ->type_name("KIND")
-        ->capture_default_str()
-        ->group(group);
-}
 
 std::string with_line_feeds(std::string text)
 {
@@ -337,15 +129,7 @@ std::optional<int> read_command_line(int argc, char** argv, command_line& line)
     CLI::App app{description, "tovriksim"};
     app.footer(replay_format);
     app.get_formatter()->column_width(28);
-    add_place_options(app, line);
-    add_traffic_options(app, line);
-    add_identity_options(app, line);
-    add_json_options(app, line);
-    add_directory_options(app, line);
-    add_service_options(app, line);
-    add_access_options(app, line);
-    add_greeting_options(app, line);
-    add_end_options(app, line);
+    add_options(app, line);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& answer) {

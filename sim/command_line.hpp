@@ -1,6 +1,7 @@
 // command_line.hpp - the options of tovriksim.
 //
-// Owns their names, texts and bounds. Running the server is the program's.
+// Turns what was typed into the server's options, and reads the files that they name. Running the
+// server is the program's.
 #pragma once
 
 #include "data/owners.hpp"
