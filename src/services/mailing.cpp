@@ -2,13 +2,13 @@
 #include "services/mailing.hpp"
 
 #include "data/owners.hpp"
+#include "data/text.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
 #include "services/service_menu.hpp"
 #include "ui/prompt.hpp"
 
 #include <cstdlib>
-#include <utility>
 
 namespace
 {
@@ -28,10 +28,14 @@ constexpr int code_room = 40;
 constexpr int style_room = 2;
 
 /// Replaces a field that stays with the program until its end: server_entry_free does not know it.
-void mailing_field_keep(char*& field, heap_text typed)
+/// It is kept as it was when memory is short.
+void mailing_field_keep(char*& field, const heap_text& typed)
 {
+    char* copy = str_dup(typed.get());
+    if (copy == nullptr)
+        return;
     std::free(field);
-    field = typed.release();
+    field = copy;
 }
 
 heap_text email_ask(const server_entry& entry)
@@ -42,11 +46,11 @@ heap_text email_ask(const server_entry& entry)
 
 void subscribe(server_entry& entry)
 {
-    heap_text email = email_ask(entry);
+    const heap_text email = email_ask(entry);
     if (!email)
         return;
     send_packet(entry.socket_fd, packet_subscribe, 0, 0, "%s", email.get());
-    mailing_field_keep(entry.UseEMail, std::move(email));
+    mailing_field_keep(entry.UseEMail, email);
 }
 
 /// Asks for a style and sends it. False when the user left it out.
@@ -66,15 +70,15 @@ bool style_change(const server_entry& entry, const char* email)
 /// the code here.
 void subscription_change(server_entry& entry, char choice)
 {
-    heap_text email = email_ask(entry);
+    const heap_text email = email_ask(entry);
     if (!email)
         return;
-    heap_text code{
+    const heap_text code{
         prompt_input(code_room, "Your subscription code", hint_or_cancel, entry.SubCode)};
     if (!code || (choice == choice_style && !style_change(entry, email.get())))
         return;
-    mailing_field_keep(entry.UseEMail, std::move(email));
-    mailing_field_keep(entry.SubCode, std::move(code));
+    mailing_field_keep(entry.UseEMail, email);
+    mailing_field_keep(entry.SubCode, code);
 }
 
 } // namespace
