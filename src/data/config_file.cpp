@@ -181,13 +181,13 @@ void folders_read(const xml_index& index)
     }
 }
 
-void document_read(const xml_node* document)
+void document_read(const char* text)
 {
-    const xml_index index = xml_index_build(document);
-    // The first node of a document with a declaration has a path, so that an index of it is not
-    // empty.
-    is_unread = is_unread || document == nullptr || (document->path != nullptr && index.empty());
-    servers_read(document, index);
+    errno = 0;
+    const xml_document document{xml_parse(text)};
+    const xml_index index = xml_index_build(document.get());
+    is_unread = is_unread || errno == ENOMEM;
+    servers_read(document.get(), index);
     switches_read(index);
     folders_read(index);
     if (app_state.settings_shown != 0)
@@ -307,10 +307,7 @@ void config_load()
     if (!text)
         return visit.stay();
     // A part of the settings and servers would pass for all of them.
-    errno = 0;
-    const xml_document document{xml_parse(is_whole ? text.get() : "")};
-    is_unread = is_unread || errno == ENOMEM;
-    document_read(document.get());
+    document_read(is_whole ? text.get() : "");
 }
 
 void config_save()

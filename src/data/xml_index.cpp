@@ -2,8 +2,8 @@
 #include "data/xml_index.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
-#include <new>
 
 xml_index xml_index_build(const xml_node* document)
 {
@@ -13,7 +13,8 @@ xml_index xml_index_build(const xml_node* document)
             if (node->path != nullptr)
                 index.push_back(node);
         }
-    } catch (const std::bad_alloc&) {
+    } catch (...) { // nothing but a lack of memory
+        errno = ENOMEM;
         return {};
     }
     // Stable, so that of several nodes with one path the first in the document stays first.
