@@ -43,18 +43,18 @@ bool packet_take(std::string& inbox, server_packet& packet)
 
 } // namespace
 
-soak_server::soak_server(int which, unique_fd listener, server_manner how, unsigned seed)
-    : number(which), manner(how), dice(seed + static_cast<unsigned>(which)),
+soak_server::soak_server(int which, unique_fd listener, server_manner how, unsigned seed,
+                         const test_clock& client_clock)
+    : clock(client_clock), number(which), manner(how), dice(seed + static_cast<unsigned>(which)),
       listening(std::move(listener)), mean_interval_ms(shortest_interval_ms * (1 + which % 10 * 2))
 {
     listen(listening.get(), most_waiting_clients);
     fcntl(listening.get(), F_SETFL, O_NONBLOCK);
 }
 
-void soak_server::step(std::int64_t clock_ms, std::int64_t polls_made)
+void soak_server::step()
 {
-    now_ms = clock_ms;
-    polls = polls_made;
+    now_ms = clock.now_ms();
     if (!is_connected() || mood != server_mood::talking)
         return;
     if (manner == server_manner::flooding)
@@ -100,8 +100,8 @@ void soak_server::understand(const server_packet& packet)
 {
     if (packet.kind == version_kind || packet.kind == format_kind) {
         ++introductions;
-        introduced_at_polls = polls; // what was said before is read from now on
-        said_at_polls = polls;
+        introduced_at_polls = clock.alarms_set(); // what was said before is read from now on
+        said_at_polls = introduced_at_polls;
     } else if (packet.kind == good_bye_kind) {
         ++good_byes;
     } else if (packet.kind == password_kind) {
@@ -129,12 +129,12 @@ bool soak_server::is_connected() const
 
 bool soak_server::has_been_polled() const
 {
-    return polls >= introduced_at_polls + polls_to_read;
+    return clock.alarms_set() >= introduced_at_polls + polls_to_read;
 }
 
 bool soak_server::is_settled() const
 {
-    return polls >= said_at_polls + polls_to_read && pieces.empty();
+    return clock.alarms_set() >= said_at_polls + polls_to_read && pieces.empty();
 }
 
 bool soak_server::say(const server_packet& packet)
@@ -147,7 +147,8 @@ bool soak_server::give(std::string_view bytes)
 {
     const ssize_t sent =
         connection ? send(connection.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) : -1;
-    said_at_polls = polls;
+    // Polls made while this thread was kept waiting have not seen what was said only then.
+    said_at_polls = clock.alarms_set();
     ++packets;
     return sent == static_cast<ssize_t>(bytes.size());
 }

@@ -7,6 +7,7 @@
 
 #include "data/owners.hpp"
 #include "support/server_packet.hpp"
+#include "support/test_clock.hpp"
 
 #include <cstdint>
 #include <random>
@@ -25,8 +26,10 @@ enum class server_mood : std::uint8_t {
 class soak_server
 {
 public:
-    /// `listener`: a bound socket, whose port is the server's.
-    soak_server(int number, unique_fd listener, server_manner manner, unsigned seed);
+    /// `listener`: a bound socket, whose port is the server's. `clock`: the client's; must outlive
+    /// this.
+    soak_server(int number, unique_fd listener, server_manner manner, unsigned seed,
+                const test_clock& clock);
 
     int listener() const
     {
@@ -41,9 +44,8 @@ public:
     void accept_client();
     /// The client's socket has something to read, or has ended.
     void take_in();
-    /// Says what is due. now_ms: by the client's clock. polls: those that the client has finished
-    /// so far.
-    void step(std::int64_t now_ms, std::int64_t polls);
+    /// Says what is due.
+    void step();
 
     void set_mood(server_mood wanted)
     {
@@ -87,6 +89,7 @@ private:
     bool give(std::string_view bytes);
     server_packet next_packet();
 
+    const test_clock& clock;
     int number;
     server_manner manner;
     std::mt19937 dice;
@@ -98,7 +101,6 @@ private:
     bool asks_password = false;
     int introductions = 0; // packets that the client has introduced itself with
     std::int64_t now_ms = 0;
-    std::int64_t polls = 0;
     std::int64_t said_at_polls = 0;
     std::int64_t introduced_at_polls = 0;
     std::int64_t next_due_ms = 0;

@@ -30,7 +30,7 @@ soak_servers::soak_servers(const soak_options& options, const test_clock& client
     std::ranges::sort(listeners, {}, [](const unique_fd& fd) { return port_of(fd.get()); });
     for (int index = 0; unique_fd & listener : listeners) {
         servers.emplace_back(index, std::move(listener), manner_of(options.kind, index),
-                             options.seed);
+                             options.seed, clock);
         ++index;
     }
     thread = std::thread{[this] { run(); }};
@@ -75,10 +75,8 @@ void soak_servers::run()
     while (!stops) {
         wait_and_take_in();
         const std::lock_guard lock{guard};
-        const std::int64_t now_ms = clock.now_ms();
-        const std::int64_t polls = clock.alarms_set();
         for (soak_server& server : servers)
-            server.step(now_ms, polls);
+            server.step();
         ++rounds_made;
     }
 }
