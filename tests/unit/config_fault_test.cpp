@@ -157,6 +157,19 @@ TEST_F(config_faults, of_the_home_folder_keep_what_could_not_be_reached_at_the_s
     expect_config(before);
 }
 
+TEST_F(config_faults, of_a_home_folder_that_comes_later_keep_what_it_holds)
+{
+    // As one does that is mounted while the program runs.
+    const std::string late = home.path_of("late");
+    const std::string late_config = std::string{"late/"} + config;
+    setenv("HOME", late.c_str(), 1);
+    config_load();
+    home.make_folder("late");
+    home.write_file(late_config, before);
+    save();
+    EXPECT_EQ(home.read_file(late_config), before);
+}
+
 TEST_F(config_faults, that_interrupt_a_load_do_no_harm)
 {
     const fault rows[] = {
