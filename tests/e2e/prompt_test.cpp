@@ -231,6 +231,7 @@ TEST_F(prompt_of_a_key, keys_that_change_nothing_renew_the_time_too)
 {
     client.clock().jump(8);
     client.terminal().send_key(named_key::backspace); // there is nothing to take back
+    ASSERT_TRUE(client.terminal().wait_for_keys_read());
     ASSERT_TRUE(client.wait_for_polls());
     client.clock().jump(8);
     ASSERT_TRUE(client.wait_for_polls());
@@ -239,6 +240,7 @@ TEST_F(prompt_of_a_key, keys_that_change_nothing_renew_the_time_too)
     ASSERT_TRUE(client.terminal().wait_for_text("│ " + std::string(59, 'x')));
     client.clock().jump(8);
     client.terminal().send("y"); // there is no room for it
+    ASSERT_TRUE(client.terminal().wait_for_keys_read());
     ASSERT_TRUE(client.wait_for_polls());
     client.clock().jump(8);
     ASSERT_TRUE(client.wait_for_polls());

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace
@@ -54,14 +53,12 @@ protected:
     /// Keys that were typed have begun to wait in the terminal, and none does so any more.
     testing::AssertionResult keys_are_read()
     {
-        const unique_fd terminal = client.open_terminal();
         bool have_waited = false;
         return client.terminal().wait_until(
             [&] {
-                int waiting = 0;
-                const bool is_known = ioctl(terminal.get(), FIONREAD, &waiting) == 0;
-                have_waited = have_waited || waiting > 0;
-                return is_known && have_waited && waiting == 0;
+                const bool do_wait = client.terminal().has_unread_keys();
+                have_waited = have_waited || do_wait;
+                return have_waited && !do_wait;
             },
             "every key is read");
     }

@@ -189,7 +189,7 @@ testing::AssertionResult terminal_session::wait_until(const std::function<bool()
 
 testing::AssertionResult terminal_session::wait_for_keys_read(std::chrono::milliseconds limit)
 {
-    return wait_until([this] { return !program.has_unread_input(); }, "no key waits", limit);
+    return wait_until([this] { return !has_unread_keys(); }, "no key waits", limit);
 }
 
 testing::AssertionResult terminal_session::wait_for_text(std::string_view text,

@@ -78,6 +78,11 @@ public:
     [[nodiscard]] testing::AssertionResult
     wait_until(const std::function<bool()>& holds, std::string_view what,
                std::chrono::milliseconds limit = default_patience);
+    /// Whether something was typed that the program has not read yet.
+    bool has_unread_keys() const
+    {
+        return program.has_unread_input();
+    }
     /// Waits until the program has read every key that was sent. The last one's effect may still be
     /// on its way.
     [[nodiscard]] testing::AssertionResult
