@@ -4,7 +4,7 @@
 // packets mean; when to call is the loop's business.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "sim/clock.hpp"
 #include "sim/packet.hpp"
 #include "sim/pager_lists.hpp"

@@ -4,7 +4,7 @@
 // server is the program's.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "sim/options.hpp"
 
 #include <ctime>

@@ -3,7 +3,7 @@
 // Owns its listening socket and its connections; the loop and the lock are the server's.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "sim/clock.hpp"
 #include "sim/options.hpp"
 

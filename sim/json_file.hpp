@@ -1,7 +1,7 @@
 // json_file.hpp - recorded or live JSON from a file, a pipe or standard input.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "sim/json_lines.hpp"
 #include "sim/transmission.hpp"
 

@@ -3,7 +3,7 @@
 // Owns the datagram socket. The stream's descriptor stays its owner's.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "sim/json_lines.hpp"
 #include "sim/options.hpp"
 

@@ -1,7 +1,7 @@
 // sockets.hpp - opening the sockets that a server listens on, and watching them.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <cstdint>
 #include <string>

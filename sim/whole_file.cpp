@@ -1,7 +1,7 @@
 // whole_file.cpp - see whole_file.hpp.
 #include "sim/whole_file.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <cerrno>
 #include <system_error>

@@ -4,9 +4,9 @@
 // lock (pause.hpp). Window fields may change in every pause: fetch them afresh after one.
 #pragma once
 
+#include "base/limits.hpp"
 #include "data/server_registry.hpp"
 #include "data/settings_table.hpp"
-#include "net/limits.hpp"
 
 #include <atomic>
 #include <cstdint>

@@ -5,7 +5,7 @@
 #include "app/main_loop.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "data/settings_page.hpp"
 #include "data/settings_toggle.hpp"
 #include "net/connection.hpp"
@@ -110,7 +110,7 @@ void command_run(const key_command& command)
     if (server->*command.capability != 0)
         return command.dialog(*server);
     beep();
-    status_report(5, command.refusal, server_display_name(*server));
+    status_report(colour::error, command.refusal, server_display_name(*server));
 }
 
 /// Every key that is no command may be a hot key of the settings.

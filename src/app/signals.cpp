@@ -4,7 +4,7 @@
 #include "app/signals.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
+#include "base/signal_door.hpp"
 #include "ui/redraw.hpp"
 #include "ui/screen.hpp"
 #include "ui/terminal_line.hpp"

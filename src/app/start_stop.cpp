@@ -2,8 +2,8 @@
 #include "app/start_stop.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
 #include "app/signals.hpp"
+#include "base/signal_door.hpp"
 #include "data/config_file.hpp"
 #include "net/connection.hpp"
 #include "net/log_files.hpp"

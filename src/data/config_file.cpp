@@ -2,9 +2,9 @@
 #include "data/config_file.hpp"
 
 #include "app/app_state.hpp"
-#include "data/file_replace.hpp"
-#include "data/home.hpp"
-#include "data/retry.hpp"
+#include "base/file_replace.hpp"
+#include "base/home.hpp"
+#include "base/retry.hpp"
 #include "data/settings_page.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
@@ -292,15 +292,16 @@ void config_load()
     const unique_fd file = visit.is_there() ? config_open() : unique_fd{};
     is_unread = !visit.is_there() || (!file && errno != ENOENT);
     if (!file) {
-        status_report(5, "No configuration found in '%s'", home_name());
+        status_report(colour::error, "No configuration found in '%s'", home_name());
         return;
     }
     if (std::cmp_greater(size_of(file), config_max_bytes)) {
         is_unread = true;
-        status_report(5, "Configuration '%s/%s' is too large, ignored", home_name(), config_name);
+        status_report(colour::error, "Configuration '%s/%s' is too large, ignored", home_name(),
+                      config_name);
         return;
     }
-    status_report(7, "Loading private serverlist '%s/%s'", home_name(), config_name);
+    status_report(colour::success, "Loading private serverlist '%s/%s'", home_name(), config_name);
     bool is_whole = true;
     const heap_text text = content_read(file, is_whole);
     is_unread = !text || !is_whole;

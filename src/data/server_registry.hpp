@@ -4,8 +4,8 @@
 // are never removed while the program runs. Knows nothing of screens and sockets beyond the fields.
 #pragma once
 
+#include "base/log_record.hpp"
 #include "data/collection.hpp"
-#include "net/log_record.hpp"
 
 #include <cstdint>
 #include <cstdio>

@@ -2,7 +2,7 @@
 #include "data/settings_page.hpp"
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/pane.hpp"
@@ -51,9 +51,9 @@ void label_draw(int row, int column, const shown_label& label)
     const auto length = static_cast<int>(std::strlen(label.text.get()));
     if (label.hot_index < 0 || hot_column >= length)
         return;
-    glyphs_attribute(window, 2, true);
+    glyphs_attribute(window, colour::text, true);
     glyphs_write_at(window, row, hot_column, {label.text.get() + label.hot_index, 1});
-    glyphs_attribute(window, 2, false);
+    glyphs_attribute(window, colour::text, false);
 }
 
 int checkboxes_draw(int row)
@@ -73,11 +73,11 @@ int checkboxes_draw(int row)
 void separator_draw(int row)
 {
     WINDOW* window = app_state.settings_win;
-    glyphs_attribute(window, 1, false);
+    glyphs_attribute(window, colour::frame, false);
     mvwhline(window, row, 1, ACS_HLINE, COLS - 2);
     mvwaddch(window, row, 0, ACS_LTEE);
     mvwaddch(window, row, COLS - 1, ACS_RTEE);
-    glyphs_attribute(window, 2, false);
+    glyphs_attribute(window, colour::text, false);
 }
 
 void folder_labels_draw(int row)
@@ -116,7 +116,7 @@ void folder_edit(std::size_t index)
     if (!folder)
         return;
     const int column = app_state.text_columns[index];
-    glyphs_attribute(app_state.settings_win, 2, true);
+    glyphs_attribute(app_state.settings_win, colour::text, true);
     line_blank(app_state.settings_win, app_state.text_rows[index], column, COLS - column - 1);
     std::free(app_state.setting_texts[setting.index]);
     app_state.setting_texts[setting.index] = folder.release();
@@ -128,12 +128,12 @@ void folder_edit(std::size_t index)
 void settings_dialog()
 {
     WINDOW* window = app_state.settings_win;
-    pane_printf(window, 1, 2, 0, true, false, "[ ncurses tovrik client - Settings ]");
-    pane_printf(window, 2, COLS - 58, LINES - 1, true, false,
+    pane_printf(window, colour::frame, 2, 0, true, false, "[ ncurses tovrik client - Settings ]");
+    pane_printf(window, colour::text, COLS - 58, LINES - 1, true, false,
                 "[ To switch use ALT+highlighted Key - To exit press ^E ]");
     if (window == nullptr)
         return;
-    glyphs_attribute(window, 2, false);
+    glyphs_attribute(window, colour::text, false);
     const int after_checkboxes = checkboxes_draw(first_row);
     separator_draw(after_checkboxes + 1);
     folder_labels_draw(after_checkboxes + 3);
@@ -145,7 +145,7 @@ void settings_mark_draw(std::size_t index)
     if (row <= 0)
         return;
     const bool is_on = (app_state.setting_flags & checkbox_setting_table[index].bit) != 0;
-    glyphs_attribute(app_state.settings_win, 7, true);
+    glyphs_attribute(app_state.settings_win, colour::label, true);
     glyphs_write_at(app_state.settings_win, row, mark_column, is_on ? "X" : " ");
 }
 
@@ -158,7 +158,7 @@ void settings_folder_draw(std::size_t index)
         return;
     const int column = app_state.text_columns[index];
     const int room = std::max(0, COLS - column - 1);
-    glyphs_attribute(app_state.settings_win, 2, true);
+    glyphs_attribute(app_state.settings_win, colour::text, true);
     glyphs_write_at(app_state.settings_win, app_state.text_rows[index], column,
                     std::string_view{folder}.substr(0, static_cast<size_t>(room)));
 }

@@ -6,7 +6,7 @@
 // nothing. What stands before the "?>" of the declaration is skipped; without one there is nothing.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,7 +2,7 @@
 #include "net/capabilities.hpp"
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
 #include "net/connection.hpp"
@@ -37,7 +37,7 @@ void identity_record(server_entry& entry, const xml_node* document)
     entry.server_version = element_text(document, "Version").release();
     entry.server_uuid = element_text(document, "ServerUUID").release();
     if (entry.server_uuid != nullptr)
-        status_report(2, "ServerID: %s", entry.server_uuid);
+        status_report(colour::text, "ServerID: %s", entry.server_uuid);
 }
 
 void flags_record(server_entry& entry, const xml_node* document)
@@ -58,10 +58,10 @@ void password_send(const server_entry& entry)
 
 void authenticate(server_entry& entry)
 {
-    status_report(11, "Password needed for this Server");
+    status_report(colour::secondary, "Password needed for this Server");
     if (!is_setting_on(SavePasswords) || entry.Password == nullptr)
         return ask_password(entry);
-    status_report(11, "Sending saved password from your configuration");
+    status_report(colour::secondary, "Sending saved password from your configuration");
     password_send(entry);
 }
 

@@ -2,9 +2,9 @@
 #include "net/connection.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
-#include "data/owners.hpp"
-#include "data/retry.hpp"
+#include "base/owners.hpp"
+#include "base/retry.hpp"
+#include "base/signal_door.hpp"
 #include "data/text.hpp"
 #include "net/log_files.hpp"
 #include "net/packet_input.hpp"
@@ -61,7 +61,7 @@ bool connect_in_place(int socket, const sockaddr_in& address)
 
 pid_t child_start(int socket, const sockaddr_in& address)
 {
-    const all_signals_blocked quiet;
+    const signal_block_guard blocked;
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0)
@@ -71,7 +71,8 @@ pid_t child_start(int socket, const sockaddr_in& address)
 
 void connect_failed(server_entry& entry)
 {
-    status_report(5, "Unable to connect to %s:%d", server_display_name(entry), server_port(entry));
+    status_report(colour::error, "Unable to connect to %s:%d", server_display_name(entry),
+                  server_port(entry));
     // The child is gone, and its id may be another process's by now.
     entry.connect_pid = 0;
     connection_end(entry);
@@ -104,8 +105,8 @@ void introduce(const server_entry& entry)
 
 void connect_succeeded(server_entry& entry)
 {
-    status_report(6, "Successfully connected %s:%d. Handle #%d", server_display_name(entry),
-                  server_port(entry), entry.socket_fd);
+    status_report(colour::notice, "Successfully connected %s:%d. Handle #%d",
+                  server_display_name(entry), server_port(entry), entry.socket_fd);
     introduce(entry);
     if (is_setting_on(ACARSLog) || is_setting_on(SaveToOne))
         open_log_files(entry);
@@ -188,13 +189,15 @@ void connect_selected_server()
     if (entry == nullptr)
         return;
     if (entry->socket_fd != 0) {
-        status_report(5, "You are already connected to %s", server_display_name(*entry));
+        status_report(colour::error, "You are already connected to %s",
+                      server_display_name(*entry));
         return;
     }
     entry->list_row = app_state.selected;
-    status_report(2, "Try connecting to %s:%d", server_display_name(*entry), server_port(*entry));
+    status_report(colour::text, "Try connecting to %s:%d", server_display_name(*entry),
+                  server_port(*entry));
     if (connect_server(entry->ServerName, server_port(*entry), entry) == -1)
-        status_report(5, "Unable to create new socket");
+        status_report(colour::error, "Unable to create new socket");
 }
 
 void disconnect_selected_server()
@@ -204,14 +207,14 @@ void disconnect_selected_server()
         return;
     if (entry->socket_fd == 0) {
         beep();
-        status_report(5, "You are not connected to %s", server_display_name(*entry));
+        status_report(colour::error, "You are not connected to %s", server_display_name(*entry));
         return;
     }
     connection_leave(*entry);
     server_identity_clear(*entry);
     report_reception_drop(*entry);
     close_log_file(*entry);
-    status_report(7, "Connection to %s:%d closed", server_display_name(*entry),
+    status_report(colour::success, "Connection to %s:%d closed", server_display_name(*entry),
                   server_port(*entry));
     // One row above where the marker of a new connection was drawn; meant to be so.
     server_marker_write(entry->list_row, marker_none);
@@ -222,7 +225,7 @@ void check_duplicate_connection(server_entry& entry)
 {
     if (duplicate_of(entry) == nullptr)
         return;
-    status_report(5, "You are already connected to this server!");
+    status_report(colour::error, "You are already connected to this server!");
     beep();
     connection_leave(entry);
     server_marker_write(entry.list_row + 1, marker_none);

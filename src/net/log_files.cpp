@@ -2,8 +2,8 @@
 #include "net/log_files.hpp"
 
 #include "app/app_state.hpp"
-#include "data/file_open.hpp"
-#include "data/owners.hpp"
+#include "base/file_open.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 #include "ui/pane.hpp"
 
@@ -58,7 +58,7 @@ void log_open(held_log log, const char* first, const char* second, open_report r
         log.condition.is_lost = false;
     }
     if (log.stream != nullptr || report == open_report::always)
-        status_report(6, "Logfile '%s' %s opened", name,
+        status_report(colour::notice, "Logfile '%s' %s opened", name,
                       log.stream != nullptr ? "successfully" : "not");
 }
 
@@ -67,7 +67,7 @@ void stream_close(held_log log)
 {
     if (log.stream == nullptr)
         return;
-    record_take_back(fileno(log.stream), log.condition.torn);
+    undo_torn_record(fileno(log.stream), log.condition.torn);
     std::fclose(log.stream);
     log.stream = nullptr;
     log.condition.torn = {};
@@ -84,7 +84,7 @@ void log_close(held_log log)
 void failure_report(log_condition& condition)
 {
     if (!condition.is_failing)
-        status_report(5, "Logfile '%s' cannot be written",
+        status_report(colour::error, "Logfile '%s' cannot be written",
                       condition.name != nullptr ? condition.name : "");
     condition.is_failing = true;
 }

@@ -1,7 +1,7 @@
 // packet.hpp - the header that every packet has on the wire, in both directions.
 #pragma once
 
-#include "net/limits.hpp"
+#include "base/limits.hpp"
 
 #include <cstdint>
 

@@ -2,7 +2,7 @@
 #include "net/packet_input.hpp"
 
 #include "app/app_state.hpp"
-#include "data/retry.hpp"
+#include "base/retry.hpp"
 #include "net/packet_output.hpp"
 #include "ui/pane.hpp"
 
@@ -126,7 +126,7 @@ heap_bytes decompress_packet(const unsigned char* data, std::uint32_t size_hint,
     const int result = uncompress(text.get(), &length, data, data_length);
     if (result == Z_OK)
         return text;
-    status_report(5, "Unable to decompress binary paket. Err: %d", result);
+    status_report(colour::error, "Unable to decompress binary paket. Err: %d", result);
     beep();
     return nullptr;
 }

@@ -4,7 +4,7 @@
 // meaning.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/server_registry.hpp"
 #include "net/packet.hpp"
 

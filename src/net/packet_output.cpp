@@ -1,8 +1,8 @@
 // packet_output.cpp - see packet_output.hpp.
 #include "net/packet_output.hpp"
 
-#include "data/owners.hpp"
-#include "data/retry.hpp"
+#include "base/owners.hpp"
+#include "base/retry.hpp"
 
 #include <algorithm>
 #include <cstdarg>

@@ -2,7 +2,7 @@
 #include "net/poll.hpp"
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
 #include "net/capabilities.hpp"
@@ -75,7 +75,7 @@ void on_crc_off(server_entry& entry, const packet_view&)
 void on_replay(server_entry&, const packet_view& packet)
 {
     const std::uint32_t count = packet.header.param1 | std::uint32_t{packet.header.param2} << 16;
-    status_report(6, "Now receiving the last %u transmissions", count);
+    status_report(colour::notice, "Now receiving the last %u transmissions", count);
 }
 
 void on_transmission(server_entry& entry, const packet_view& packet)
@@ -102,13 +102,13 @@ void on_capabilities(server_entry& entry, const packet_view& packet)
 void on_server_text(server_entry&, const packet_view& packet)
 {
     if (std::string_view{packet.text}.find('\n') == std::string_view::npos)
-        return status_report(15, "%s", packet.text);
+        return status_report(colour::server_text, "%s", packet.text);
     const heap_text text{str_replace(str_dup(packet.text), "\n\n", "\n")};
     if (!text)
         return;
     for (std::string_view rest = text.get(); !rest.empty();) {
         const std::string_view line = rest.substr(0, rest.find('\n'));
-        status_report(15, "%.*s", static_cast<int>(line.size()), line.data());
+        status_report(colour::server_text, "%.*s", static_cast<int>(line.size()), line.data());
         rest.remove_prefix(std::min(rest.size(), line.size() + 1));
     }
 }
@@ -126,17 +126,17 @@ void on_identification_request(server_entry& entry, const packet_view&)
 
 void on_notice(server_entry&, const packet_view& packet)
 {
-    status_report(2, "%s", packet.text);
+    status_report(colour::text, "%s", packet.text);
 }
 
 void on_error_text(server_entry&, const packet_view& packet)
 {
-    status_report(5, "%s", packet.text);
+    status_report(colour::error, "%s", packet.text);
 }
 
 void on_still_connected(server_entry& entry, const packet_view&)
 {
-    status_report(6, "You are still connected to %s", server_display_name(entry));
+    status_report(colour::notice, "You are still connected to %s", server_display_name(entry));
 }
 
 void on_report_header(server_entry& entry, const packet_view& packet)
@@ -163,46 +163,46 @@ void on_uptime(server_entry&, const packet_view& packet)
 struct packet_kind {
     std::uint32_t number;
     int beeps;
-    int pair;              // of the message
+    colour pair;           // of the message
     const char* message;   // null: none of its own
     packet_handler handle; // null: nothing more to do
 };
 
 constexpr packet_kind packet_kinds[] = {
     // ascending by number, searched by halves
-    {3, 0, 0, nullptr, on_close},
-    {5, 0, 0, nullptr, on_tick},
-    {25, 0, 0, nullptr, on_crc_on},
-    {26, 0, 0, nullptr, on_crc_off},
-    {27, 0, 0, nullptr, on_replay},
-    {35, 0, 7, "Your update request was successfully added", nullptr},
-    {36, 1, 5, "Your update request could not be added", nullptr},
-    {40, 0, 0, nullptr, on_transmission},
-    {41, 0, 0, nullptr, on_capabilities},
-    {64, 0, 0, nullptr, on_server_text},
-    {71, 0, 6, "Report creation process started...", nullptr},
-    {72, 1, 5, "All report processes are busy. Try later", nullptr},
-    {73, 1, 5, "No messages for the selected date found", nullptr},
-    {74, 0, 0, nullptr, on_report_header},
-    {76, 1, 5, "Pager process is blocked. Please try later", nullptr},
-    {78, 0, 7, "Your Pager Request was successfully added/removed", nullptr},
-    {79, 1, 5, "Your Pager Request could not be added/removed", nullptr},
-    {82, 1, 7, "Password accepted. MessageAccess granted", nullptr},
-    {83, 1, 5, "Your password doesnt match. MessageAccess denied", on_password_refused},
-    {85, 0, 11, "Answering identification request...", on_identification_request},
-    {86, 0, 11, "Client identified. Access granted", nullptr},
-    {87, 0, 5, "Identification unknown. Client rejected", nullptr},
-    {89, 0, 0, nullptr, on_pager_list},
-    {90, 0, 0, nullptr, on_server_text},
-    {100, 0, 0, nullptr, on_close},
-    {102, 0, 0, nullptr, on_close},
-    {103, 0, 0, nullptr, on_notice},
-    {106, 1, 5, "Updates on this database are not allowed", nullptr},
-    {108, 1, 0, nullptr, on_error_text},
-    {149, 3, 0, nullptr, on_still_connected},
-    {153, 0, 0, nullptr, on_uptime},
-    {204, 0, 0, nullptr, on_compressed_transmission},
-    {205, 0, 0, nullptr, on_report_piece},
+    {3, 0, colour::text, nullptr, on_close},
+    {5, 0, colour::text, nullptr, on_tick},
+    {25, 0, colour::text, nullptr, on_crc_on},
+    {26, 0, colour::text, nullptr, on_crc_off},
+    {27, 0, colour::text, nullptr, on_replay},
+    {35, 0, colour::success, "Your update request was successfully added", nullptr},
+    {36, 1, colour::error, "Your update request could not be added", nullptr},
+    {40, 0, colour::text, nullptr, on_transmission},
+    {41, 0, colour::text, nullptr, on_capabilities},
+    {64, 0, colour::text, nullptr, on_server_text},
+    {71, 0, colour::notice, "Report creation process started...", nullptr},
+    {72, 1, colour::error, "All report processes are busy. Try later", nullptr},
+    {73, 1, colour::error, "No messages for the selected date found", nullptr},
+    {74, 0, colour::text, nullptr, on_report_header},
+    {76, 1, colour::error, "Pager process is blocked. Please try later", nullptr},
+    {78, 0, colour::success, "Your Pager Request was successfully added/removed", nullptr},
+    {79, 1, colour::error, "Your Pager Request could not be added/removed", nullptr},
+    {82, 1, colour::success, "Password accepted. MessageAccess granted", nullptr},
+    {83, 1, colour::error, "Your password doesnt match. MessageAccess denied", on_password_refused},
+    {85, 0, colour::secondary, "Answering identification request...", on_identification_request},
+    {86, 0, colour::secondary, "Client identified. Access granted", nullptr},
+    {87, 0, colour::error, "Identification unknown. Client rejected", nullptr},
+    {89, 0, colour::text, nullptr, on_pager_list},
+    {90, 0, colour::text, nullptr, on_server_text},
+    {100, 0, colour::text, nullptr, on_close},
+    {102, 0, colour::text, nullptr, on_close},
+    {103, 0, colour::text, nullptr, on_notice},
+    {106, 1, colour::error, "Updates on this database are not allowed", nullptr},
+    {108, 1, colour::text, nullptr, on_error_text},
+    {149, 3, colour::text, nullptr, on_still_connected},
+    {153, 0, colour::text, nullptr, on_uptime},
+    {204, 0, colour::text, nullptr, on_compressed_transmission},
+    {205, 0, colour::text, nullptr, on_report_piece},
 };
 static_assert(std::ranges::is_sorted(packet_kinds, {}, &packet_kind::number));
 
@@ -210,7 +210,7 @@ void idle_rule(server_entry& entry, std::time_t now)
 {
     if (entry.last_data_time + heartbeat_after_s < now && entry.heartbeat_sent == 0) {
         send_packet(entry.socket_fd, packet_heartbeat, 0, 0, "^");
-        status_report(7, "%s - no data since 10 minutes. Sending heartbeat",
+        status_report(colour::success, "%s - no data since 10 minutes. Sending heartbeat",
                       server_display_name(entry));
         entry.heartbeat_sent = 1;
     } else if (entry.last_data_time + close_after_s < now && entry.heartbeat_sent == 1) {
@@ -306,7 +306,7 @@ void packet_dispatch(server_entry& entry, const packet_buffer& packet)
 
 void close_by_server(server_entry& entry)
 {
-    status_report(5, "Connection closed by server");
+    status_report(colour::error, "Connection closed by server");
     connection_end(entry);
     server_identity_clear(entry);
     server_marker_write(entry.list_row + 1, marker_none);
@@ -320,7 +320,8 @@ void show_uptime(const char* text)
         return;
     const long uptime_s = std::strtol(fields[0], nullptr, 10);
     const long clients = std::strtol(fields[1], nullptr, 10);
-    status_report(11, "Uptime: %d days, %d hours, %d minutes %ld seconds. %d clients connected",
+    status_report(colour::secondary,
+                  "Uptime: %d days, %d hours, %d minutes %ld seconds. %d clients connected",
                   static_cast<int>(uptime_s / 86400), static_cast<int>(uptime_s % 86400 / 3600),
                   static_cast<int>(uptime_s % 86400 % 3600 / 60), uptime_s % 86400 % 3600 % 60,
                   static_cast<int>(clients));

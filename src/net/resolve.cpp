@@ -2,8 +2,9 @@
 #include "net/resolve.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
+#include "base/pause.hpp"
+#include "base/thread_start.hpp"
 #include "data/text.hpp"
 #include "ui/keys.hpp"
 

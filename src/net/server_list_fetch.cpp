@@ -2,9 +2,11 @@
 #include "net/server_list_fetch.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
-#include "data/owners.hpp"
-#include "data/retry.hpp"
+#include "base/owners.hpp"
+#include "base/pause.hpp"
+#include "base/retry.hpp"
+#include "base/state_lock.hpp"
+#include "base/thread_start.hpp"
 #include "net/connection.hpp"
 #include "net/directory.hpp"
 #include "net/directory_lines.hpp"
@@ -172,7 +174,8 @@ void fetch_report(bool is_worth_a_word)
         list_show();
     pthread_mutex_unlock(&app_state.fetch.mutex);
     if (is_shown)
-        status_report(15, "Serverlist fetched with %d entries", app_state.servers->count);
+        status_report(colour::server_text, "Serverlist fetched with %d entries",
+                      app_state.servers->count);
 }
 
 void* fetch_server_list(void*)
@@ -204,7 +207,7 @@ bool fetch_thread_start()
 
 void report_unable()
 {
-    status_report(5, "Unable to fetch serverlist from %s", directory_host);
+    status_report(colour::error, "Unable to fetch serverlist from %s", directory_host);
     beep();
 }
 
@@ -225,7 +228,7 @@ void start_server_list_fetch()
     const bool is_started = fetch_thread_start();
     pthread_mutex_unlock(&app_state.fetch.mutex);
     if (is_started)
-        status_report(6, "Fetch Serverlist from %s...", directory_host);
+        status_report(colour::notice, "Fetch Serverlist from %s...", directory_host);
     else
         report_unable();
 }

@@ -2,7 +2,7 @@
 #include "net/transmission.hpp"
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 #include "net/log_files.hpp"
 #include "ui/glyphs.hpp"
@@ -70,7 +70,7 @@ char* placeholder_fill(char* text, const char* marker, const char* end, const xm
     return str_replace(text, placeholder.get(), xml_get(document, path.get(), false, false));
 }
 
-void message_print(int pair, bool scroll_first, const char* text)
+void message_print(colour pair, bool scroll_first, const char* text)
 {
     pane_printf(app_state.message_pane, pair, pane_column, message_row(), false, scroll_first, "%s",
                 text);
@@ -88,7 +88,7 @@ void contacts_print(const xml_node* document)
 {
     const heap_text contacts{str_replace(xml_get(document, "tovrik/Contacts", false, true),
                                          " with this aircraft", nullptr)};
-    message_print(11, false, contacts ? contacts.get() : "");
+    message_print(colour::secondary, false, contacts ? contacts.get() : "");
 }
 
 void statistics_show(const server_entry& entry, const xml_node* document)
@@ -98,13 +98,13 @@ void statistics_show(const server_entry& entry, const xml_node* document)
         return;
     const int width = static_cast<int>(std::strlen(flights) + statistics_label.size());
     const int row = entry.list_row + 1 - app_state.list_scroll;
-    WINDOW* window = popup_open(width, 1, statistics_column, row, false, 8, false);
+    WINDOW* window = popup_open(width, 1, statistics_column, row, false, colour::bar, false);
     if (window == nullptr)
         return;
     app_state.dialog_win = window;
     glyphs_write_at(window, 0, 0, statistics_label);
     glyphs_write(window, flights);
-    mvwchgat(window, 0, 0, -1, A_BOLD, 10, nullptr);
+    mvwchgat(window, 0, 0, -1, A_BOLD, colour_number(colour::statistics), nullptr);
     window_show(window);
 }
 
@@ -118,7 +118,7 @@ void present_transmission(server_entry& entry, const xml_node* document)
     log_transmission(entry, text.get());
     const screen_batch together;
     popup_close();
-    message_print(2, true, text.get());
+    message_print(colour::text, true, text.get());
     status_pane_refresh();
     if (is_setting_on(ContactInfo))
         contacts_print(document);

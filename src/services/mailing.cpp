@@ -1,7 +1,7 @@
 // mailing.cpp - see mailing.hpp.
 #include "services/mailing.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"

@@ -1,7 +1,7 @@
 // pager.cpp - see pager.hpp.
 #include "services/pager.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
 #include "services/request_text.hpp"
@@ -57,7 +57,7 @@ void entry_change(const server_entry& entry, char choice, std::uint16_t code, he
         return;
     if (given == 0) {
         beep();
-        return status_report(5, "Please enter data in one of the fields");
+        return status_report(colour::error, "Please enter data in one of the fields");
     }
     const auto kind = choice == choice_add ? packet_pager_add : packet_pager_remove;
     send_packet(entry.socket_fd, kind, code, 0, "%s", text.get());
@@ -71,7 +71,7 @@ void pager_dialog(server_entry& entry)
     if (choice == '\0')
         return;
     if (choice != choice_request)
-        status_report(15, "You can use '_', '?' or '*' as wildcard");
+        status_report(colour::server_text, "You can use '_', '?' or '*' as wildcard");
     heap_text email{
         prompt_input(email_room, "Enter your email address", hint_or_cancel, entry.UseEMail)};
     if (!email)

@@ -2,8 +2,8 @@
 #include "services/pager_list.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
+#include "base/pause.hpp"
 #include "data/text.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/keys.hpp"
@@ -59,7 +59,7 @@ void record_draw(WINDOW* window, int row, const char* record)
     if (!copy)
         return;
     str_split(copy.get(), fields, fields_of_a_record, "\t");
-    glyphs_attribute(window, 2, false);
+    glyphs_attribute(window, colour::text, false);
     int column = 1;
     for (int field = 0; field < fields_of_a_record; ++field) {
         if (field > 0 && column < getmaxx(window))
@@ -71,8 +71,8 @@ void record_draw(WINDOW* window, int row, const char* record)
 void draw(open_list& list)
 {
     modal_box_fit(list.box, {list_width, list.count + 3, COLS / 2 - 13, top_row});
-    modal_box_write(list.box, list.count + 2, 2, 2, true, "[ Press ESC to close ]");
-    modal_box_write(list.box, 1, 1, 7, true, "Registr. Airp Flightno");
+    modal_box_write(list.box, list.count + 2, 2, colour::text, true, "[ Press ESC to close ]");
+    modal_box_write(list.box, 1, 1, colour::label, true, "Registr. Airp Flightno");
     for (int index = 0; index < list.count && list.box.window != nullptr; ++index)
         record_draw(list.box.window, first_record_row + index, list.records[index]);
     modal_box_show(list.box);

@@ -2,10 +2,10 @@
 #include "services/report.hpp"
 
 #include "app/app_state.hpp"
-#include "data/file_open.hpp"
-#include "data/owners.hpp"
+#include "base/file_open.hpp"
+#include "base/limits.hpp"
+#include "base/owners.hpp"
 #include "net/connection.hpp"
-#include "net/limits.hpp"
 #include "net/packet_input.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
@@ -62,11 +62,11 @@ void report_save(const char* text)
     unique_file file = file_open(name.get(), file_use::replacing);
     if (!file) {
         beep();
-        return status_report(5, "Unable to save report as '%s'", name.get());
+        return status_report(colour::error, "Unable to save report as '%s'", name.get());
     }
     std::fputs(text, file.get());
     file.reset();
-    status_report(6, "Report successfully saved as '%s'", name.get());
+    status_report(colour::notice, "Report successfully saved as '%s'", name.get());
 }
 
 void report_finish(server_entry& entry)
@@ -89,7 +89,7 @@ void report_request(server_entry& entry)
         return;
     if (std::strchr(date.get(), '/') == nullptr) {
         beep();
-        return status_report(5, "Wrong date format. Please use DD/MM/YYYY");
+        return status_report(colour::error, "Wrong date format. Please use DD/MM/YYYY");
     }
     send_packet(entry.socket_fd, packet_report_request, 0, 0, "%ld\t*#cnam#\t#cnum#\t0\t0",
                 static_cast<long>(report_moment(date.get())));
@@ -102,10 +102,11 @@ void report_header(server_entry& entry, const char* text)
     const long total = tab != nullptr ? number_before(text, tab) : 0;
     if (!is_within(size, report_max_size) || !is_within(total, report_max_total_bytes)) {
         report_reception_drop(entry);
-        return status_report(5, "Report refused, its announced size is out of bounds");
+        return status_report(colour::error, "Report refused, its announced size is out of bounds");
     }
     entry.report_size = static_cast<std::uint32_t>(size);
-    status_report(6, "Now receiving ZOBE Style report. Size %d bytes", static_cast<int>(size));
+    status_report(colour::notice, "Now receiving ZOBE Style report. Size %d bytes",
+                  static_cast<int>(size));
     if (tab == nullptr)
         return;
     report_reception_drop(entry);

@@ -1,7 +1,7 @@
 // request_text.hpp - collects a request's fields, joined by tabs, from prompts.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 /// One prompt of a request.
 struct request_field {

@@ -2,7 +2,7 @@
 #include "services/server_info.hpp"
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/popup.hpp"
@@ -43,18 +43,18 @@ struct row_writer {
     int row;
     int column = 1;
 
-    void write(int pair, bool bold, std::string_view text)
+    void write(colour pair, bool bold, std::string_view text)
     {
         glyphs_attribute(window, pair, bold);
         column = glyphs_write_to_edge(window, row, column, text);
     }
     void label(std::string_view text)
     {
-        write(7, true, text);
+        write(colour::label, true, text);
     }
     void value(std::string_view text)
     {
-        write(2, false, text);
+        write(colour::text, false, text);
     }
 };
 
@@ -73,10 +73,10 @@ void services_draw(WINDOW* window, const server_entry& server)
     }
     row_writer keys{window, 9};
     keys.label("Special Keys: ");
-    keys.write(11, true, "| ");
+    keys.write(colour::secondary, true, "| ");
     for (const service_word& word : key_words) {
         if (server.*word.flag != 0)
-            keys.write(11, true, word.text);
+            keys.write(colour::secondary, true, word.text);
     }
 }
 
@@ -144,11 +144,11 @@ void server_info_toggle()
     if (server == nullptr)
         return;
     WINDOW* window =
-        popup_open(COLS - 12, window_height, left_column, LINES / 2 - 4, true, 1, true);
+        popup_open(COLS - 12, window_height, left_column, LINES / 2 - 4, true, colour::frame, true);
     app_state.popup_win = window;
     if (window == nullptr)
         return;
-    glyphs_attribute(window, 1, true);
+    glyphs_attribute(window, colour::frame, true);
     glyphs_write_at(window, 10, COLS - 34, "[ Close Window ^I ]");
     services_draw(window, *server);
     identity_draw(window, *server);

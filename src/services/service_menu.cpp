@@ -2,7 +2,7 @@
 #include "services/service_menu.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "ui/keys.hpp"
 #include "ui/modal_box.hpp"
 #include "ui/popup.hpp"
@@ -31,11 +31,11 @@ void draw(open_menu& menu)
     modal_box_fit(menu.box, {menu.width, menu.height, COLS / 2 - 20, LINES / 2 - 4});
     int row = 1;
     for (const menu_entry& entry : menu.table) {
-        modal_box_write(menu.box, row, key_column, 5, true, {&entry.key, 1});
-        modal_box_write(menu.box, row, label_column, 1, true, entry.label);
+        modal_box_write(menu.box, row, key_column, colour::menu_key, true, {&entry.key, 1});
+        modal_box_write(menu.box, row, label_column, colour::frame, true, entry.label);
         ++row;
     }
-    modal_box_write(menu.box, menu.height - 1, hint_column, 2, true, menu.hint);
+    modal_box_write(menu.box, menu.height - 1, hint_column, colour::text, true, menu.hint);
     modal_box_show(menu.box);
 }
 

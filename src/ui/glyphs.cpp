@@ -57,9 +57,9 @@ void glyphs_end_line(WINDOW* window)
         waddch(window, '\n');
 }
 
-void glyphs_attribute(WINDOW* window, int pair, bool bold)
+void glyphs_attribute(WINDOW* window, colour pair, bool bold)
 {
     const int weight = bold ? static_cast<int>(A_BOLD) : 0;
     if (window != nullptr)
-        wattrset(window, COLOR_PAIR(pair) | weight);
+        wattrset(window, COLOR_PAIR(colour_number(pair)) | weight);
 }

@@ -4,6 +4,8 @@
 // terminal understands, and a harmless stand-in for every byte that could drive the terminal.
 #pragma once
 
+#include "ui/colours.hpp"
+
 #include <cstddef>
 #include <ncurses.h>
 #include <string_view>
@@ -25,4 +27,4 @@ int glyphs_write_to_edge(WINDOW* window, int row, int column, std::string_view t
 void glyphs_end_line(WINDOW* window);
 
 /// Sets the attribute that the next text is written in: a colour pair, bold or not.
-void glyphs_attribute(WINDOW* window, int pair, bool bold);
+void glyphs_attribute(WINDOW* window, colour pair, bool bold);

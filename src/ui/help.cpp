@@ -2,9 +2,9 @@
 #include "ui/help.hpp"
 
 #include "app/app_state.hpp"
-#include "data/file_open.hpp"
-#include "data/home.hpp"
-#include "data/owners.hpp"
+#include "base/file_open.hpp"
+#include "base/home.hpp"
+#include "base/owners.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/pane.hpp"
 #include "ui/redraw.hpp"
@@ -41,11 +41,11 @@ void help_fill()
 {
     const home_visit visit;
     WINDOW* window = app_state.help_win;
-    pane_printf(window, 1, 2, 0, true, false, "[ ncurses tovrik client - Help ]");
-    pane_printf(window, 2, COLS - 22, LINES - 1, true, false, "[ To exit press ^H ]");
+    pane_printf(window, colour::frame, 2, 0, true, false, "[ ncurses tovrik client - Help ]");
+    pane_printf(window, colour::text, COLS - 22, LINES - 1, true, false, "[ To exit press ^H ]");
     if (window == nullptr)
         return;
-    glyphs_attribute(window, 2, false);
+    glyphs_attribute(window, colour::text, false);
     // The text goes on behind this blank, which is taken away again in the end.
     glyphs_write_at(window, text_row, 0, " ");
     const unique_file file = visit.is_there() ? file_open(help_name, file_use::reading) : nullptr;

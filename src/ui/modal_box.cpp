@@ -16,7 +16,7 @@ void box_open(modal_box& box, const box_place& place)
     if (box.window != nullptr)
         delwin(box.window);
     box.window = popup_open(place.width, place.height, std::max(0, place.column),
-                            std::max(0, place.row), true, 1, true);
+                            std::max(0, place.row), true, colour::frame, true);
     // On a lost screen there is no box, and it is opened again on the next.
     box.made_for_lines = app_state.is_screen_lost ? 0 : LINES;
     box.made_for_columns = COLS;
@@ -32,13 +32,13 @@ void modal_box_fit(modal_box& box, const box_place& place)
         box_open(box, place);
     if (box.window == nullptr)
         return;
-    glyphs_attribute(box.window, 1, false);
+    glyphs_attribute(box.window, colour::frame, false);
     wborder(box.window, 0, 0, 0, 0, 0, 0, 0, 0);
     for (int row = 1; row < place.height - 1; ++row)
         line_blank(box.window, row, 1, place.width - 2);
 }
 
-void modal_box_write(const modal_box& box, int row, int column, int pair, bool bold,
+void modal_box_write(const modal_box& box, int row, int column, colour pair, bool bold,
                      std::string_view text)
 {
     if (box.window == nullptr)

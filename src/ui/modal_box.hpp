@@ -5,6 +5,8 @@
 // it meanwhile shows through.
 #pragma once
 
+#include "ui/colours.hpp"
+
 #include <ctime>
 #include <ncurses.h>
 #include <string_view>
@@ -31,7 +33,7 @@ struct modal_box {
 void modal_box_fit(modal_box& box, const box_place& place);
 
 /// Writes a text into the box in a colour pair, cut where the frame's right edge begins.
-void modal_box_write(const modal_box& box, int row, int column, int pair, bool bold,
+void modal_box_write(const modal_box& box, int row, int column, colour pair, bool bold,
                      std::string_view text);
 
 /// Puts the box on the screen, above everything else.

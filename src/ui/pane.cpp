@@ -2,7 +2,7 @@
 #include "ui/pane.hpp"
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/popup.hpp"
 #include "ui/redraw.hpp"
@@ -22,7 +22,7 @@ constexpr int status_first_row = 1;
 constexpr int status_last_moved_row = 3;
 
 struct placement {
-    int pair;
+    colour pair;
     int column;
     int row;
     bool bold;
@@ -81,7 +81,7 @@ void pane_write(WINDOW* window, const placement& place, const char* text)
 
 } // namespace
 
-void pane_printf(WINDOW* window, int pair, int column, int row, bool bold, bool scroll_first,
+void pane_printf(WINDOW* window, colour pair, int column, int row, bool bold, bool scroll_first,
                  const char* format, ...)
 {
     if (format == nullptr || window == nullptr)
@@ -94,7 +94,7 @@ void pane_printf(WINDOW* window, int pair, int column, int row, bool bold, bool 
         pane_write(window, {pair, column, row, bold, scroll_first}, text.get());
 }
 
-void status_report(int pair, const char* format, ...)
+void status_report(colour pair, const char* format, ...)
 {
     if (app_state.status_pane == nullptr)
         return;
@@ -107,7 +107,7 @@ void status_report(int pair, const char* format, ...)
     // A report is one line: lines of a server's text would scroll the pane with its frame.
     for (char* feed = text.get(); (feed = std::strchr(feed, '\n')) != nullptr;)
         *feed = ' ';
-    const bool bold = pair >= 5 && pair <= 7;
+    const bool bold = pair >= colour::error && pair <= colour::success;
     pane_write(app_state.status_pane, {pair, status_column, status_row, bold, false}, text.get());
 }
 

@@ -1,6 +1,8 @@
 // pane.hpp - the one way in which text reaches the panes.
 #pragma once
 
+#include "ui/colours.hpp"
+
 #include <ncurses.h>
 
 /// Where a message stands in the status pane: its newest line, at the bottom.
@@ -13,13 +15,13 @@ constexpr int status_column = 1;
 /// Writing into the status pane first moves its framed lines up by one. A format that holds "%*" or
 /// "%]" is shown as it stands. Null format: nothing happens. Null window (a pane that a tiny
 /// terminal has no room for): nothing is drawn.
-void pane_printf(WINDOW* window, int pair, int column, int row, bool bold, bool scroll_first,
+void pane_printf(WINDOW* window, colour pair, int column, int row, bool bold, bool scroll_first,
                  const char* format, ...) __attribute__((format(printf, 7, 8)));
 
-/// Reports one line in the status pane, as its newest, with blanks for line feeds: errors (5),
-/// notices (6) and successes (7) in bold, other pairs plain. The format is treated as pane_printf
+/// Reports one line in the status pane, as its newest, with blanks for line feeds: errors,
+/// notices and successes in bold, others plain. The format is treated as pane_printf
 /// treats it.
-void status_report(int pair, const char* format, ...) __attribute__((format(printf, 2, 3)));
+void status_report(colour pair, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 /// Moves rows first+1 to last+1 of a window up by one, columns 1 to width - 1, and blanks row
 /// last+1 from column 1 for `width` cells.

@@ -18,7 +18,8 @@ void interior_fill(WINDOW* window, int width, int height)
 
 } // namespace
 
-WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, int pair, bool framed)
+WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, colour pair,
+                   bool framed)
 {
     // Curses reads beyond its own lines when it refreshes a window that begins outside the screen.
     if (app_state.is_screen_lost || column >= COLS || row >= LINES)

@@ -1,13 +1,16 @@
 // popup.hpp - makes every window of the program and closes the transient ones.
 #pragma once
 
+#include "ui/colours.hpp"
+
 #include <ncurses.h>
 
 /// Creates a window, paints its interior in a colour pair and shows it; reading from it never
 /// waits. width, height: cells, frame included. column, row: its top left corner on the screen.
 /// Null when it cannot be made or would begin outside the screen. The caller deletes it, or leaves
 /// it to popup_close by storing it in popup_win or dialog_win.
-WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, int pair, bool framed);
+WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, colour pair,
+                   bool framed);
 
 /// Erases and deletes popup_win and dialog_win and repaints what they covered. Nothing happens when
 /// neither exists.

@@ -2,8 +2,8 @@
 #include "ui/prompt.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
+#include "base/pause.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/keys.hpp"
 #include "ui/modal_box.hpp"
@@ -42,9 +42,9 @@ int inner_width(const prompt_state& prompt)
 void write_bracketed(const modal_box& box, int row, int column, const char* text)
 {
     const int length = static_cast<int>(std::strlen(text));
-    modal_box_write(box, row, column, 1, true, "[ ");
-    modal_box_write(box, row, column + 2, 1, true, text);
-    modal_box_write(box, row, column + 2 + length, 1, true, " ]");
+    modal_box_write(box, row, column, colour::frame, true, "[ ");
+    modal_box_write(box, row, column + 2, colour::frame, true, text);
+    modal_box_write(box, row, column + 2 + length, colour::frame, true, " ]");
 }
 
 void draw(prompt_state& prompt)
@@ -57,7 +57,7 @@ void draw(prompt_state& prompt)
     write_bracketed(prompt.box, 2, width - static_cast<int>(std::strlen(prompt.hint)) - 4,
                     prompt.hint);
     const std::string_view text{prompt.text, static_cast<size_t>(prompt.length)};
-    modal_box_write(prompt.box, 1, text_column, 7, true, text);
+    modal_box_write(prompt.box, 1, text_column, colour::label, true, text);
     // With a full line of the widest text the cursor stands on the frame.
     glyphs_write_at(prompt.box.window, 1, text_column + prompt.length, "_");
     modal_box_show(prompt.box);

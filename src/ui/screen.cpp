@@ -3,6 +3,7 @@
 
 #include "app/app_state.hpp"
 #include "data/settings_page.hpp"
+#include "ui/colours.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/help.hpp"
 #include "ui/keys.hpp"
@@ -24,35 +25,20 @@ constexpr const char* author_credit = "the team";
 constexpr const char* key_line_text = "^D Disconnect, ^E Settings, ^H Help, ^I ServerInfo, "
                                       "^L Connect, ^R ServerList, ^X Exit";
 
-struct pair_colours {
-    short foreground;
-    short background;
-};
-
-/// Colour pairs 1 to 15; everything else refers to them by number.
-constexpr pair_colours colour_pairs[] = {
-    {COLOR_BLUE, COLOR_BLACK},  {COLOR_WHITE, COLOR_BLACK}, {COLOR_BLUE, COLOR_WHITE},
-    {COLOR_WHITE, COLOR_CYAN},  {COLOR_RED, COLOR_BLACK},   {COLOR_YELLOW, COLOR_BLACK},
-    {COLOR_GREEN, COLOR_BLACK}, {COLOR_BLACK, COLOR_WHITE}, {COLOR_WHITE, COLOR_BLACK},
-    {COLOR_WHITE, COLOR_BLUE},  {COLOR_CYAN, COLOR_BLACK},  {COLOR_RED, COLOR_BLUE},
-    {COLOR_BLUE, COLOR_BLACK},  {COLOR_WHITE, COLOR_BLACK}, {COLOR_MAGENTA, COLOR_BLACK},
-};
-
-void colours_define()
+void define_colours()
 {
     start_color();
-    short pair = 1;
-    for (const pair_colours& colours : colour_pairs)
-        init_pair(pair++, colours.foreground, colours.background);
+    for (const colour_pair& pair : colour_pairs)
+        init_pair(colour_number(pair.name), pair.foreground, pair.background);
 }
 
 bool full_screen_windows_open()
 {
-    app_state.help_win = popup_open(COLS, LINES, 0, 0, true, 1, false);
+    app_state.help_win = popup_open(COLS, LINES, 0, 0, true, colour::frame, false);
     if (app_state.help_win == nullptr)
         return false;
     help_fill();
-    app_state.settings_win = popup_open(COLS, LINES, 0, 0, true, 1, true);
+    app_state.settings_win = popup_open(COLS, LINES, 0, 0, true, colour::frame, true);
     if (app_state.settings_win == nullptr)
         return false;
     settings_dialog();
@@ -62,15 +48,16 @@ bool full_screen_windows_open()
 
 bool panes_open()
 {
-    app_state.server_pane = popup_open(std::min(27, COLS), LINES - 1, 0, 0, false, 1, true);
+    app_state.server_pane =
+        popup_open(std::min(27, COLS), LINES - 1, 0, 0, false, colour::frame, true);
     if (app_state.server_pane == nullptr)
         return false;
     // Keys are read from this pane also while the terminal is too small for the others.
     keypad(app_state.server_pane, TRUE);
-    app_state.message_pane = popup_open(COLS - 28, LINES - 6, 27, 0, true, 1, false);
+    app_state.message_pane = popup_open(COLS - 28, LINES - 6, 27, 0, true, colour::frame, false);
     if (app_state.message_pane == nullptr)
         return false;
-    app_state.status_pane = popup_open(COLS - 26, 6, 26, LINES - 7, true, 1, true);
+    app_state.status_pane = popup_open(COLS - 26, 6, 26, LINES - 7, true, colour::frame, true);
     return app_state.status_pane != nullptr;
 }
 
@@ -93,7 +80,7 @@ bool key_line_open()
     cbreak();
     curs_set(0);
     scrollok(app_state.key_line, FALSE);
-    glyphs_attribute(app_state.key_line, 8, false);
+    glyphs_attribute(app_state.key_line, colour::bar, false);
     line_blank(app_state.key_line, 0, 0, COLS);
     glyphs_write_at(app_state.key_line, 0, 0, key_line_text);
     window_show(app_state.key_line);
@@ -192,14 +179,14 @@ bool screen_start()
 
 int screen_build()
 {
-    colours_define();
+    define_colours();
     if (!full_screen_windows_open() || !panes_open())
         return 0;
     wsetscrreg(app_state.message_pane, 1, LINES - 9);
     frames_join();
     if (!key_line_open())
         return 0;
-    pane_printf(app_state.status_pane, 6, status_column, status_row, true, false,
+    pane_printf(app_state.status_pane, colour::notice, status_column, status_row, true, false,
                 "NCurses tovrikclient V%s - Written by %s", client_version, author_credit);
     return 1;
 }

@@ -22,10 +22,6 @@ constexpr std::size_t name_cells = 21;
 constexpr std::size_t name_room = 27; // the terminator included
 constexpr std::string_view heading = "  \xBB available Servers \xAB  ";
 
-constexpr short pair_name = 2;
-constexpr short pair_marker = 7;
-constexpr short pair_bar = 8;
-
 /// Rows between the heading and the bottom frame.
 std::int32_t visible_rows()
 {
@@ -105,9 +101,9 @@ void row_draw(std::int32_t index)
     char name[name_room];
     name_format(server_display_name(*server_at(app_state.servers, index)), name);
     const char marker[] = {server_marker_read(row), '\0'};
-    glyphs_attribute(app_state.server_pane, pair_marker, true);
+    glyphs_attribute(app_state.server_pane, colour::label, true);
     glyphs_write_at(app_state.server_pane, window_row(row), marker_column, marker);
-    glyphs_attribute(app_state.server_pane, pair_name, true);
+    glyphs_attribute(app_state.server_pane, colour::text, true);
     glyphs_write(app_state.server_pane, name);
 }
 
@@ -133,17 +129,18 @@ bool scroll_to_selected()
     return moved;
 }
 
-void bar_cells_set(std::int32_t selected, attr_t attributes, short pair)
+void bar_cells_set(std::int32_t selected, attr_t attributes, colour pair)
 {
     const int row = window_row(selected + 1);
     if (app_state.server_pane != nullptr && row >= first_list_row)
-        mvwchgat(app_state.server_pane, row, name_column, bar_cells, attributes, pair, nullptr);
+        mvwchgat(app_state.server_pane, row, name_column, bar_cells, attributes,
+                 colour_number(pair), nullptr);
 }
 
 /// Lays the highlight bar on the selected row, whether a server stands there or not.
 void bar_draw()
 {
-    bar_cells_set(app_state.selected, A_NORMAL, pair_bar);
+    bar_cells_set(app_state.selected, A_NORMAL, colour::bar);
 }
 
 } // namespace
@@ -157,7 +154,7 @@ void server_list_draw()
     if (app_state.selected == -1 && count > 0)
         app_state.selected = 1;
     scroll_to_selected();
-    glyphs_attribute(app_state.server_pane, pair_bar, false);
+    glyphs_attribute(app_state.server_pane, colour::bar, false);
     glyphs_write_at(app_state.server_pane, heading_row, 1, heading);
     rows_draw();
     bar_draw();
@@ -166,7 +163,7 @@ void server_list_draw()
 
 void server_list_select(std::int32_t selected)
 {
-    bar_cells_set(app_state.selected, A_BOLD, pair_name);
+    bar_cells_set(app_state.selected, A_BOLD, colour::text);
     app_state.selected = selected;
     if (scroll_to_selected())
         rows_draw();
@@ -183,7 +180,7 @@ void server_marker_write(std::int32_t row, char marker)
         return;
     app_state.list_marks[row] = marker;
     const char text[] = {marker, '\0'};
-    glyphs_attribute(app_state.server_pane, pair_marker, true);
+    glyphs_attribute(app_state.server_pane, colour::label, true);
     const int drawn_row = window_row(row);
     if (drawn_row >= 0)
         glyphs_write_at(app_state.server_pane, drawn_row, marker_column, text);

@@ -170,7 +170,8 @@ void screen_run(benchmark::State& state, const std::string& document)
 {
     const std::string text = filled_text(document);
     while (state.KeepRunning())
-        pane_printf(app_state.message_pane, 2, 1, LINES - 9, false, true, "%s", text.c_str());
+        pane_printf(app_state.message_pane, colour::text, 1, LINES - 9, false, true, "%s",
+                    text.c_str());
 }
 
 void add(const std::string& name, void (*run)(benchmark::State&, const std::string&),

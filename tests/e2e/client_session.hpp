@@ -4,7 +4,7 @@
 // screen things are, and at the end leaves it with ^X, so that every test also checks a clean exit.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/config_text.hpp"
 #include "support/scripted_server.hpp"
 #include "support/temp_home.hpp"

@@ -1,8 +1,8 @@
 // decompress_target.cpp - inflating, beside zlib's own stream with room for everything.
+#include "base/limits.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_session.hpp"
 #include "fuzz/property.hpp"
-#include "net/limits.hpp"
 #include "net/packet_input.hpp"
 #include "support/compressed.hpp"
 

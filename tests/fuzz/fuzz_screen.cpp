@@ -2,9 +2,9 @@
 #include "fuzz/fuzz_screen.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
+#include "base/owners.hpp"
+#include "base/pause.hpp"
 #include "bench/null_screen.hpp"
-#include "data/owners.hpp"
 #include "fuzz/property.hpp"
 #include "net/log_files.hpp"
 #include "ui/screen.hpp"

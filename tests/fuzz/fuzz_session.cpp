@@ -2,9 +2,9 @@
 #include "fuzz/fuzz_session.hpp"
 
 #include "app/app_state.hpp"
+#include "base/limits.hpp"
 #include "fuzz/property.hpp"
 #include "net/connection.hpp"
-#include "net/limits.hpp"
 #include "net/packet_kind.hpp"
 #include "ui/server_pane.hpp"
 

@@ -1,12 +1,12 @@
 // report_target.cpp - a report's announcement and its pieces, and the file that comes of it.
 #include "app/app_state.hpp"
+#include "base/limits.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_screen.hpp"
 #include "fuzz/fuzz_session.hpp"
 #include "fuzz/property.hpp"
 #include "fuzz/stand_ins.hpp"
 #include "net/connection.hpp"
-#include "net/limits.hpp"
 #include "services/report.hpp"
 #include "support/compressed.hpp"
 

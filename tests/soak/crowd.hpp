@@ -4,7 +4,7 @@
 // a numbered transmission each second, evenly spread over it.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/config_text.hpp"
 
 #include <atomic>

@@ -5,7 +5,7 @@
 // the first may have been under way already.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/server_packet.hpp"
 #include "support/test_clock.hpp"
 

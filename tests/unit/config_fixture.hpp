@@ -2,8 +2,8 @@
 // configuration file.
 #pragma once
 
+#include "base/owners.hpp"
 #include "data/config_file.hpp"
-#include "data/owners.hpp"
 #include "support/temp_home.hpp"
 #include "unit/headless_screen.hpp"
 

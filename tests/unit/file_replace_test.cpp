@@ -1,7 +1,7 @@
 // file_replace_test.cpp - whatever goes wrong, the file is the old one or the new one, whole.
-#include "data/file_replace.hpp"
+#include "base/file_replace.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/temp_home.hpp"
 #include "unit/unprivileged.hpp"
 

@@ -74,7 +74,7 @@ TEST_F(glyphs, without_a_window_go_nowhere)
     glyphs_write_at(nullptr, 0, 0, "x");
     EXPECT_EQ(glyphs_write_to_edge(nullptr, 0, 5, "x"), 5);
     glyphs_end_line(nullptr);
-    glyphs_attribute(nullptr, 2, true);
+    glyphs_attribute(nullptr, colour::text, true);
 }
 
 } // namespace

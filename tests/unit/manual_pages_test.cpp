@@ -2,7 +2,7 @@
 #include "unit/config_fixture.hpp"
 #include "unit/document_text.hpp"
 
-#include "net/limits.hpp"
+#include "base/limits.hpp"
 #include "sim_program.hpp"
 
 namespace

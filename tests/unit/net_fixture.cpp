@@ -1,7 +1,9 @@
 // net_fixture.cpp - see net_fixture.hpp.
 #include "unit/net_fixture.hpp"
+#include "base/signal_door.hpp"
+#include "base/state_lock.hpp"
 
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "net/log_files.hpp"
 #include "ui/pane.hpp"
 #include "ui/screen.hpp"
@@ -259,7 +261,7 @@ server_end net_test::connect(server_entry& entry) const
 
 void net_test::mark()
 {
-    status_report(2, "%s", mark_text);
+    status_report(colour::text, "%s", mark_text);
     bells_at_mark = screen.bells();
 }
 

@@ -37,7 +37,7 @@ protected:
     void print(const char* format, const char* argument, int at_row = 0,
                bool scroll_first = false) const
     {
-        pane_printf(window.get(), 2, 0, at_row, false, scroll_first, format, argument);
+        pane_printf(window.get(), colour::text, 0, at_row, false, scroll_first, format, argument);
     }
 
     const std::unique_ptr<WINDOW, releaser<delwin>> window{newwin(rows, columns, 0, 0)};
@@ -110,7 +110,7 @@ TEST_F(pane_printing, writes_nothing_at_a_place_outside_the_window)
 
 TEST_F(pane_printing, leaves_the_pair_without_bold_behind)
 {
-    pane_printf(window.get(), 7, 0, 0, true, false, "bold");
+    pane_printf(window.get(), colour::success, 0, 0, true, false, "bold");
     EXPECT_NE(mvwinch(window.get(), 0, 0) & A_BOLD, 0U);
     attr_t attributes = A_BOLD;
     short pair = 0;
@@ -121,8 +121,8 @@ TEST_F(pane_printing, leaves_the_pair_without_bold_behind)
 
 TEST_F(pane_printing, moves_what_a_scrolled_status_line_is_made_of)
 {
-    pane_printf(window.get(), 7, 0, 4, true, false, "|one");
-    pane_printf(window.get(), 5, 0, 3, false, false, "|two");
+    pane_printf(window.get(), colour::success, 0, 4, true, false, "|one");
+    pane_printf(window.get(), colour::error, 0, 3, false, false, "|two");
     status_scroll(window.get(), 1, 3, 3);
     EXPECT_EQ(row(2), " tw") << "from column 1, up to the one before the width";
     EXPECT_EQ(row(3), "|ono") << "beyond them all stays";

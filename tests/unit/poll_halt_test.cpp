@@ -1,8 +1,9 @@
 // poll_halt_test.cpp - a cycle over servers that is broken off for waiting keys, or in which one
 // server holds the others up.
+#include "base/signal_door.hpp"
 #include "unit/net_fixture.hpp"
 
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "net/poll.hpp"
 
 #include <csignal>

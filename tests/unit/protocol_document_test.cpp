@@ -1,7 +1,7 @@
 // protocol_document_test.cpp - the tables of docs/protocol.md and the code know the same packets.
 #include "unit/document_text.hpp"
 
-#include "net/limits.hpp"
+#include "base/limits.hpp"
 
 #include <map>
 

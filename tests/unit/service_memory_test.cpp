@@ -103,7 +103,7 @@ TEST_F(memory_shortage_of_services, shows_no_pager_list_or_its_records_blank)
         .prepare =
             [&] {
                 popup_close();
-                app_state.popup_win = popup_open(10, 5, 2, 2, true, 1, true);
+                app_state.popup_win = popup_open(10, 5, 2, 2, true, colour::frame, true);
                 flushinp();
                 type_ahead("\033");
             },

@@ -2,7 +2,7 @@
 #include "sim_json_lines.hpp"
 #include "sim_raw_client.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "sim/json_file.hpp"
 
 #include <gtest/gtest.h>

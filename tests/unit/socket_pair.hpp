@@ -1,7 +1,7 @@
 // socket_pair.hpp - two connected sockets: the client's end, and the end that plays the server.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <cerrno>
 #include <cstdio>

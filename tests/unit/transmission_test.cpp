@@ -141,8 +141,8 @@ TEST_F(transmission, shows_control_bytes_as_stand_ins)
 
 TEST_F(transmission, closes_the_popup_that_is_open)
 {
-    app_state.popup_win = popup_open(20, 5, 30, 5, false, 1, true);
-    app_state.dialog_win = popup_open(20, 5, 32, 6, false, 1, true);
+    app_state.popup_win = popup_open(20, 5, 30, 5, false, colour::frame, true);
+    app_state.dialog_win = popup_open(20, 5, 32, 6, false, colour::frame, true);
     receive(plain_elements);
     EXPECT_EQ(app_state.popup_win, nullptr);
     EXPECT_EQ(app_state.dialog_win, nullptr);

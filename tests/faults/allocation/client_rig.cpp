@@ -3,8 +3,8 @@
 
 #include "app/app_state.hpp"
 #include "app/main_loop.hpp"
-#include "app/pause.hpp"
 #include "app/start_stop.hpp"
+#include "base/pause.hpp"
 #include "faults/allocation/virtual_time.hpp"
 #include "net/connection.hpp"
 #include "net/directory.hpp"

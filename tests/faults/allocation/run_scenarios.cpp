@@ -2,8 +2,8 @@
 #include "faults/allocation/scenarios.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
 #include "app/start_stop.hpp"
+#include "base/pause.hpp"
 #include "faults/allocation/virtual_time.hpp"
 #include "net/connection.hpp"
 #include "net/server_list_fetch.hpp"

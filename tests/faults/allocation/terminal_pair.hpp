@@ -1,7 +1,7 @@
 // terminal_pair.hpp - a pseudo-terminal whose both ends one process holds.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <string>
 #include <termios.h>

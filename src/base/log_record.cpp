@@ -1,47 +1,29 @@
 // log_record.cpp - see log_record.hpp.
-#include "net/log_record.hpp"
+#include "base/log_record.hpp"
 
-#include "data/retry.hpp"
+#include "base/retry.hpp"
+#include "base/write_all.hpp"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace
-{
-
-/// How many bytes of a record an open file has taken.
-std::size_t bytes_write(int file, std::string_view bytes)
-{
-    std::size_t written = 0;
-    while (written < bytes.size()) {
-        const std::string_view rest = bytes.substr(written);
-        const ssize_t count = uninterrupted([&] { return write(file, rest.data(), rest.size()); });
-        if (count <= 0)
-            break;
-        written += static_cast<std::size_t>(count);
-    }
-    return written;
-}
-
-} // namespace
-
 bool record_append(int log, std::string_view record, torn_record& torn)
 {
-    if (!record_take_back(log, torn))
+    if (!undo_torn_record(log, torn))
         return false;
-    const std::size_t written = bytes_write(log, record);
+    const std::size_t written = write_all(log, record);
     if (written == record.size())
         return true;
     if (written > 0) {
-        // Appending leaves the position behind the last byte, wherever the end was before.
+        // After appending, the position is the end of the record, wherever the file ended before.
         const off_t end = lseek(log, 0, SEEK_CUR);
         torn = {end - static_cast<off_t>(written), static_cast<std::uint32_t>(written)};
-        record_take_back(log, torn);
+        undo_torn_record(log, torn);
     }
     return false;
 }
 
-bool record_take_back(int log, torn_record& torn)
+bool undo_torn_record(int log, torn_record& torn)
 {
     if (torn.bytes == 0)
         return true;

@@ -1,7 +1,7 @@
 // file_open.cpp - see file_open.hpp.
-#include "data/file_open.hpp"
+#include "base/file_open.hpp"
 
-#include "data/retry.hpp"
+#include "base/retry.hpp"
 
 #include <fcntl.h>
 

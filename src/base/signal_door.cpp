@@ -1,10 +1,9 @@
-// pause.cpp - see pause.hpp.
-#include "app/pause.hpp"
+// signal_door.cpp - see signal_door.hpp.
+#include "base/signal_door.hpp"
+
+#include "base/state_lock.hpp"
 
 #include <cerrno>
-#include <csignal>
-#include <poll.h>
-#include <pthread.h>
 
 namespace
 {
@@ -12,11 +11,11 @@ namespace
 constexpr int watched_signals[] = {SIGALRM, SIGCHLD, SIGWINCH, SIGINT, SIGTERM,
                                    SIGHUP,  SIGQUIT, SIGTSTP,  SIGCONT};
 
-/// What a fault raises. Blocked, it would end the program before the terminal could be given back.
+/// Raised by a fault. If they were blocked, a fault would end the program before it could give the
+/// terminal back.
 constexpr int fault_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT};
 
-pthread_mutex_t state_lock = PTHREAD_MUTEX_INITIALIZER;
-sigset_t open_mask; // what pause_for lets the kernel block while it waits
+sigset_t open_mask;
 void (*signal_handlers[NSIG])(int);
 
 sigset_t watched_set()
@@ -43,23 +42,18 @@ void run_handler(int signal_number)
 
 } // namespace
 
-void pause_init()
+void signal_door_close()
 {
     const sigset_t watched = watched_set();
     pthread_sigmask(SIG_BLOCK, &watched, &open_mask);
     // A parent may have left them blocked, which would make the program deaf.
     for (const int signal_number : watched_signals)
         sigdelset(&open_mask, signal_number);
-    state_lock_take();
 }
 
-void pause_for(long microseconds)
+sigset_t signal_door_mask()
 {
-    const timespec limit = {microseconds / 1'000'000, microseconds % 1'000'000 * 1'000};
-    const sigset_t mask = open_mask;
-    state_lock_release();
-    ppoll(nullptr, 0, &limit, &mask);
-    state_lock_take();
+    return open_mask;
 }
 
 void signal_install(int signal_number, void (*handler)(int))
@@ -67,7 +61,7 @@ void signal_install(int signal_number, void (*handler)(int))
     signal_handlers[signal_number] = handler;
     struct sigaction action = {};
     action.sa_handler = run_handler;
-    // Handlers start under the wait's open mask, so the others must be kept out here.
+    // A handler starts under the pause's open mask, so the other signals must be kept out here.
     action.sa_mask = watched_set();
     sigaction(signal_number, &action, nullptr);
 }
@@ -79,7 +73,7 @@ void signal_silence(int signal_number)
     sigaction(signal_number, &action, nullptr);
 }
 
-all_signals_blocked::all_signals_blocked() : mask_before{}
+signal_block_guard::signal_block_guard() : mask_before{}
 {
     sigset_t all;
     sigfillset(&all);
@@ -88,18 +82,9 @@ all_signals_blocked::all_signals_blocked() : mask_before{}
     pthread_sigmask(SIG_BLOCK, &all, &mask_before);
 }
 
-all_signals_blocked::~all_signals_blocked()
+signal_block_guard::~signal_block_guard()
 {
     pthread_sigmask(SIG_SETMASK, &mask_before, nullptr);
-}
-
-bool thread_start(pthread_t& thread, void* (*run)(void*), void* argument)
-{
-    const all_signals_blocked quiet;
-    const bool is_started = pthread_create(&thread, nullptr, run, argument) == 0;
-    if (is_started)
-        pthread_detach(thread);
-    return is_started;
 }
 
 void signals_reset_in_child()
@@ -111,14 +96,4 @@ void signals_reset_in_child()
     sigset_t none;
     sigemptyset(&none);
     pthread_sigmask(SIG_SETMASK, &none, nullptr);
-}
-
-void state_lock_take()
-{
-    pthread_mutex_lock(&state_lock);
-}
-
-void state_lock_release()
-{
-    pthread_mutex_unlock(&state_lock);
 }

@@ -1,7 +1,7 @@
 // home.cpp - see home.hpp.
-#include "data/home.hpp"
+#include "base/home.hpp"
 
-#include "data/retry.hpp"
+#include "base/retry.hpp"
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -11,7 +11,7 @@ home_visit::home_visit()
     const char* home = std::getenv("HOME");
     if (home == nullptr)
         return;
-    // A descriptor finds the way back whatever the former folder's path is long or has become.
+    // A descriptor leads back even if the former folder's path is too long or has been renamed.
     former = unique_fd{uninterrupted([] { return open(".", O_PATH | O_DIRECTORY | O_CLOEXEC); })};
     entered = chdir(home) == 0;
     there = entered;

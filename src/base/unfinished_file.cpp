@@ -1,8 +1,7 @@
 // unfinished_file.cpp - see unfinished_file.hpp.
-#include "data/unfinished_file.hpp"
+#include "base/unfinished_file.hpp"
 
-#include "data/folder.hpp"
-#include "data/text.hpp"
+#include "base/path.hpp"
 
 #include <algorithm>
 #include <cctype>
@@ -17,9 +16,9 @@
 namespace
 {
 
-constexpr std::string_view mark = ".unfinished-"; // long enough to be nobody's own choice
-constexpr std::string_view varied = "XXXXXX";
-constexpr int most_tries = 20;
+constexpr std::string_view suffix_begin = ".unfinished-"; // too long to be anybody's own choice
+constexpr std::string_view suffix = ".unfinished-XXXXXX";
+constexpr int max_attempts = 20;
 
 using open_folder = std::unique_ptr<DIR, releaser<closedir>>;
 
@@ -31,15 +30,15 @@ bool is_letter_or_digit(char byte)
 /// Whether a file name is that of an unfinished `base`.
 bool is_unfinished_name(std::string_view name, std::string_view base)
 {
-    if (!name.starts_with(base) || !name.substr(base.size()).starts_with(mark))
+    if (name.size() != base.size() + suffix.size() || !name.starts_with(base) ||
+        !name.substr(base.size()).starts_with(suffix_begin))
         return false;
-    const std::string_view end = name.substr(base.size() + mark.size());
-    return end.size() == varied.size() && std::ranges::all_of(end, is_letter_or_digit);
+    return std::ranges::all_of(name.substr(base.size() + suffix_begin.size()), is_letter_or_digit);
 }
 
-/// Takes an open file for this program. False when another one has it. A file system that knows no
-/// locks gives it to everybody who makes a new file, and to nobody who found one.
-bool lock_take(int fd, bool is_new)
+/// Locks an open file for this program. False if another program holds the lock. On a file system
+/// without locks, whoever makes a new file has it, and nobody gets one that was there before.
+bool take_lock(int fd, bool is_new)
 {
     if (flock(fd, LOCK_EX | LOCK_NB) == 0)
         return true;
@@ -59,10 +58,10 @@ bool is_own_file(int fd)
     return fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid();
 }
 
-void leftover_remove(int folder, const char* name)
+void remove_leftover(int folder, const char* name)
 {
     const unique_fd fd{openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)};
-    if (fd && is_own_file(fd.get()) && lock_take(fd.get(), false))
+    if (fd && is_own_file(fd.get()) && take_lock(fd.get(), false))
         unlinkat(folder, name, 0);
 }
 
@@ -70,8 +69,8 @@ void leftover_remove(int folder, const char* name)
 
 unfinished_file unfinished_file_new(const char* path)
 {
-    for (int tries = 0; tries < most_tries; ++tries) {
-        heap_text name{str_append(str_append(str_dup(path), mark.data()), varied.data())};
+    for (int attempt = 0; attempt < max_attempts; ++attempt) {
+        heap_text name = path_join(path, suffix);
         if (!name)
             break;
         unique_fd fd{mkostemp(name.get(), O_CLOEXEC)};
@@ -79,8 +78,8 @@ unfinished_file unfinished_file_new(const char* path)
             break;
         if (!fd)
             continue;
-        // Before it is locked, another program may take it for a leftover.
-        if (lock_take(fd.get(), true) && is_named_once(fd.get()))
+        // Until it is locked, another program may remove it as a leftover.
+        if (take_lock(fd.get(), true) && is_named_once(fd.get()))
             return {std::move(name), std::move(fd)};
         unlink(name.get());
     }
@@ -89,7 +88,7 @@ unfinished_file unfinished_file_new(const char* path)
 
 void unfinished_files_remove(const char* path)
 {
-    unique_fd fd = folder_open(path);
+    unique_fd fd = path_folder_open(path);
     const open_folder folder{fd ? fdopendir(fd.get()) : nullptr};
     if (!folder)
         return;
@@ -98,6 +97,6 @@ void unfinished_files_remove(const char* path)
     const std::string_view base = slash != nullptr ? slash + 1 : path;
     while (const dirent* entry = readdir(folder.get())) {
         if (is_unfinished_name(entry->d_name, base))
-            leftover_remove(folder_fd, entry->d_name);
+            remove_leftover(folder_fd, entry->d_name);
     }
 }

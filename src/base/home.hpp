@@ -1,10 +1,10 @@
 // home.hpp - the user's home folder, where the configuration and the help text lie.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
-/// A stay in the home folder: entered when made, left for the former folder at the end of its
-/// scope. While HOME is not set, nothing is entered and the current folder serves in its place.
+/// A stay in the home folder: the constructor enters it, the end of the scope returns to the former
+/// folder. If HOME is not set, nothing is entered and the current folder serves instead.
 class home_visit
 {
 public:
@@ -13,14 +13,13 @@ public:
     home_visit(const home_visit&) = delete;
     home_visit& operator=(const home_visit&) = delete;
 
-    /// False when HOME names no folder that can be entered; nothing of the user's is reachable
-    /// then.
+    /// False if HOME names a folder that cannot be entered; the user's files are then out of reach.
     bool is_there() const
     {
         return there;
     }
 
-    /// Makes the end of the visit leave the working directory where it is.
+    /// Keeps the working directory as it is at the end of the visit.
     void stay()
     {
         staying = true;
@@ -33,5 +32,5 @@ private:
     bool staying = false;
 };
 
-/// The value of HOME, or the empty text when it is not set. Borrowed.
+/// The value of HOME, or the empty text if it is not set. Borrowed.
 const char* home_name();

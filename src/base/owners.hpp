@@ -1,6 +1,6 @@
 // owners.hpp - small owners for C resources that live in a scope.
 //
-// Each lets its resource go at the end of its scope; a raw pointer elsewhere only looks.
+// Each releases its resource at the end of its scope; raw pointers elsewhere only borrow.
 #pragma once
 
 #include <cstdio>
