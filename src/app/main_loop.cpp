@@ -5,9 +5,9 @@
 #include "app/main_loop.hpp"
 
 #include "app/app_state.hpp"
+#include "app/settings_toggle.hpp"
 #include "base/pause.hpp"
 #include "data/settings_page.hpp"
-#include "data/settings_toggle.hpp"
 #include "net/connection.hpp"
 #include "net/server_list_fetch.hpp"
 #include "services/database_update.hpp"

@@ -73,6 +73,22 @@ void signal_silence(int signal_number)
     sigaction(signal_number, &action, nullptr);
 }
 
+void signal_take_default(int signal_number)
+{
+    struct sigaction standard = {};
+    standard.sa_handler = SIG_DFL;
+    struct sigaction before = {};
+    sigaction(signal_number, &standard, &before);
+    sigset_t one;
+    sigset_t mask_before;
+    sigemptyset(&one);
+    sigaddset(&one, signal_number);
+    raise(signal_number);
+    pthread_sigmask(SIG_UNBLOCK, &one, &mask_before);
+    pthread_sigmask(SIG_SETMASK, &mask_before, nullptr);
+    sigaction(signal_number, &before, nullptr);
+}
+
 signal_block_guard::signal_block_guard() : mask_before{}
 {
     sigset_t all;

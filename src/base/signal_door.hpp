@@ -20,6 +20,10 @@ void signal_install(int signal_number, void (*handler)(int));
 /// Ignores a signal from now on; a pending one is dropped.
 void signal_silence(int signal_number);
 
+/// Lets the signal have its default action here and now, even if it is blocked or handled; the
+/// handler is back afterwards. May be called while the program crashes.
+void signal_take_default(int signal_number);
+
 /// Blocks every signal except those of a fault until the end of its scope: in the calling thread,
 /// and in threads and processes that it starts meanwhile.
 class signal_block_guard

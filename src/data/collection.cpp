@@ -15,7 +15,7 @@ namespace
 /// Longest text that read_item and write_item pass, the NUL included.
 constexpr std::size_t stored_text_limit = 4096;
 
-/// Changes the number of slots, at least to count. False, and nothing changed, without memory.
+/// Changes the number of slots, at least to count. False, and nothing changed, when out of memory.
 bool set_capacity(collection* self, std::int64_t wanted)
 {
     const std::int64_t limited = std::min<std::int64_t>(wanted, collection_max_capacity);
@@ -81,10 +81,12 @@ int compare_at(const collection* self, std::int32_t position, const void* key)
     return self->compare(self->key_of(self->items[position]), key);
 }
 
-/// Where a search among duplicates ends that met an equal element at `match`: at the element
-/// before the run of equal ones, not at the run's first, or at 0.
+/// Where a search among duplicates ends after it has met an equal element at `match`: at the
+/// element before the run of equal ones, or at 0.
 std::int32_t before_equal_run(const collection* self, std::int32_t match, const void* key)
 {
+    // Kept on purpose: not at the first of the run but one short of it. Test:
+    // collection_sorted.among_duplicates_finds_the_place_before_their_run.
     while (match > 0) {
         --match;
         if (compare_at(self, match, key) != 0)

@@ -116,7 +116,7 @@ void entry_add(server_entry* entry)
 {
     if (entry == nullptr)
         return;
-    if (app_state.servers->count < servers_max)
+    if (app_state.servers->count < max_servers)
         server_add_or_free(app_state.servers, entry);
     else
         server_entry_free(entry);

@@ -12,6 +12,7 @@
 #include "ui/redraw.hpp"
 #include "ui/screen_size.hpp"
 #include "ui/server_pane.hpp"
+#include "ui/terminal_rescue.hpp"
 
 #include <algorithm>
 #include <csignal>
@@ -169,6 +170,7 @@ bool screen_start()
     app_state.terminal = newterm(nullptr, stdout, stdin);
     if (app_state.terminal == nullptr)
         return false;
+    terminal_rescue_prepare();
     app_state.screen = stdscr;
     def_prog_mode();
     use_legacy_coding(1);

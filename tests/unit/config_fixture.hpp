@@ -3,7 +3,8 @@
 #pragma once
 
 #include "base/owners.hpp"
-#include "data/config_file.hpp"
+#include "data/config_load.hpp"
+#include "data/config_save.hpp"
 #include "support/temp_home.hpp"
 #include "unit/headless_screen.hpp"
 

@@ -55,7 +55,7 @@ TEST(manual_pages, name_every_exit_status_and_complaint_of_a_failed_start)
 TEST(manual_pages, name_every_signal_that_is_acted_on)
 {
     const std::string page = source_text(client_page);
-    const std::string code = source_text("src/app/signals.cpp");
+    const std::string code = source_text("src/app/job_control.cpp");
     for (const std::string& name :
          matches_of(text_between(code, "ending_signals[] = {", "}"), R"((SIG\w+))"))
         EXPECT_NE(page.find(name), std::string::npos) << name;

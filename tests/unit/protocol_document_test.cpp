@@ -128,7 +128,7 @@ TEST(protocol_document, gives_the_bounds_that_hold)
          {std::to_string(packet_max_sent_text_bytes), std::to_string(report_max_total_bytes),
           std::to_string(report_max_size), std::string{"100,000 servers"}, std::string{"16 MiB"}})
         EXPECT_NE(protocol().find(bound), std::string::npos) << bound;
-    static_assert(servers_max == 100'000 && directory_max_bytes == 16UL << 20);
+    static_assert(max_servers == 100'000 && directory_max_bytes == 16UL << 20);
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 #include "unit/connection_fixture.hpp"
 #include "unit/document_text.hpp"
 
-#include "data/settings_toggle.hpp"
+#include "app/settings_toggle.hpp"
 #include "net/capabilities.hpp"
 #include "net/poll.hpp"
 #include "services/database_update.hpp"

@@ -1,5 +1,5 @@
 // settings_toggle.cpp - see settings_toggle.hpp.
-#include "data/settings_toggle.hpp"
+#include "app/settings_toggle.hpp"
 
 #include "app/app_state.hpp"
 #include "net/log_files.hpp"
@@ -11,7 +11,7 @@
 namespace
 {
 
-void server_apply(server_entry& entry)
+void apply_to_server(server_entry& entry)
 {
     send_packet(entry.socket_fd, packet_uplink_setting, 0, 0, "%s",
                 is_setting_on(NoUplinks) ? "1" : "0");
@@ -41,6 +41,6 @@ void apply_log_settings()
     for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
         server_entry* entry = server_at(app_state.servers, index);
         if (entry->socket_fd != 0)
-            server_apply(*entry);
+            apply_to_server(*entry);
     }
 }
