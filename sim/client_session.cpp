@@ -14,36 +14,36 @@ namespace sim
 namespace
 {
 
-wire_bytes taken_from(std::deque<wire_bytes>& queue)
+wire_bytes take_first(std::deque<wire_bytes>& queue)
 {
     wire_bytes first = std::move(queue.front());
     queue.pop_front();
     return first;
 }
 
-wire_bytes taken_tick(client_session& session)
+wire_bytes take_tick(client_session& session)
 {
     return std::exchange(session.tick, nullptr);
 }
 
-wire_bytes taken_report_piece(client_session& session)
+wire_bytes take_report_piece(client_session& session)
 {
-    return session.report.empty() ? nullptr : taken_from(session.report);
+    return session.report.empty() ? nullptr : take_first(session.report);
 }
 
-wire_bytes taken_transmission(client_session& session)
+wire_bytes take_transmission(client_session& session)
 {
-    return session.traffic.empty() ? nullptr : taken_from(session.traffic);
+    return session.traffic.empty() ? nullptr : take_first(session.traffic);
 }
 
 /// In turns, so that none of them starves another.
-constexpr wire_bytes (*turns[])(client_session&) = {taken_tick, taken_report_piece,
-                                                    taken_transmission};
+constexpr wire_bytes (*turns[])(client_session&) = {take_tick, take_report_piece,
+                                                    take_transmission};
 
-wire_bytes next_packet(client_session& session)
+wire_bytes take_next_packet(client_session& session)
 {
     if (!session.assured.empty())
-        return taken_from(session.assured);
+        return take_first(session.assured);
     wire_bytes taken;
     for (std::size_t i = 0; i < std::size(turns) && !taken; ++i) {
         taken = turns[session.next_turn](session);
@@ -68,13 +68,13 @@ bool finish_packet(client_session& session)
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0) {
-            session.waiting_for_room = would_block(errno);
-            session.gone = session.gone || !session.waiting_for_room;
+            session.waiting_to_write = would_block(errno);
+            session.gone = session.gone || !session.waiting_to_write;
             return false;
         }
         session.sent_bytes += static_cast<std::size_t>(count);
     }
-    session.waiting_for_room = false;
+    session.waiting_to_write = false;
     session.sending.reset();
     session.sent_bytes = 0;
     return true;
@@ -166,7 +166,7 @@ void session_send(client_session& session, time_point now, std::chrono::millisec
         if (!session.sending) {
             if (now < session.next_send || !has_packet(session))
                 return;
-            session.sending = next_packet(session);
+            session.sending = take_next_packet(session);
         }
         if (!finish_packet(session))
             return;
@@ -180,7 +180,7 @@ void session_send(client_session& session, time_point now, std::chrono::millisec
 
 time_point session_send_time(const client_session& session)
 {
-    if (session.waiting_for_room)
+    if (session.waiting_to_write)
         return never;
     return session.sending || has_packet(session) ? session.next_send : never;
 }

@@ -37,12 +37,12 @@ struct client_session {
     wire_bytes tick;               ///< none: no tick is due
     std::deque<wire_bytes> report; ///< the pieces of the report under way
     std::deque<wire_bytes> traffic;
-    wire_bytes sending;            ///< under way, none between packets
-    std::size_t sent_bytes = 0;    ///< of `sending`
-    unsigned next_turn = 0;        ///< whose turn it is among those that take turns
-    bool waiting_for_room = false; ///< the socket took no more: send on when it is writable
-    bool watched_for_room = false; ///< kept by the loop: what the socket is watched for
-    time_point next_send{};        ///< not before this
+    wire_bytes sending;             ///< under way, none between packets
+    std::size_t sent_bytes = 0;     ///< of `sending`
+    unsigned next_turn = 0;         ///< whose turn it is among those that take turns
+    bool waiting_to_write = false;  ///< the socket took no more: send on when it is writable
+    bool watched_for_write = false; ///< kept by the loop: what the socket is watched for
+    time_point next_send{};         ///< not before this
 
     // What the client has shown and asked for.
     bool identified = false;

@@ -18,7 +18,7 @@ constexpr const char* description =
     "or those of your receiver, to any number of clients, and keeps what they ask its services\n"
     "to keep until it ends.\n";
 
-constexpr const char* replay_format =
+constexpr const char* help_footer =
     "Replay files: XML documents one after the other. Each begins with a line that begins\n"
     "with \"<?xml\" and reaches to the next such line; white space at its end is dropped.\n"
     "A document whose BlockID is a letter counts as an uplink. At its end the file starts\n"
@@ -31,7 +31,7 @@ constexpr const char* replay_format =
     "\n"
     "Exit status: 0 after SIGTERM or SIGINT, 1 when it cannot serve, 2 for wrong options.";
 
-std::string with_line_feeds(std::string text)
+std::string unescape_line_feeds(std::string text)
 {
     for (auto found = text.find("\\n"); found != std::string::npos;
          found = text.find("\\n", found)) {
@@ -102,7 +102,7 @@ std::string complete_options(command_line& line, const CLI::App& app)
                                  {.kind = sim::kind::notice, .payload = line.notice},
                                  {.kind = sim::kind::error_text, .payload = line.error_text}};
     for (sim::packet text : texts) {
-        text.payload = with_line_feeds(std::move(text.payload)).substr(0, sim::max_text_bytes);
+        text.payload = unescape_line_feeds(std::move(text.payload)).substr(0, sim::max_text_bytes);
         if (!text.payload.empty())
             line.server.greetings.push_back(std::move(text));
     }
@@ -127,7 +127,7 @@ int failed(const std::string& why, int status)
 std::optional<int> read_command_line(int argc, char** argv, command_line& line)
 {
     CLI::App app{description, "tovriksim"};
-    app.footer(replay_format);
+    app.footer(help_footer);
     app.get_formatter()->column_width(28);
     add_options(app, line);
     try {

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <set>
 
 namespace
 {
@@ -16,28 +17,36 @@ const std::map<std::string, sim::report_answer> report_answers = {
     {"tight", sim::report_answer::tight}, {"unfinished", sim::report_answer::unfinished},
 };
 
-constexpr double longest_s = 86400;
+const std::set<std::uint32_t> close_kinds = {sim::kind::closing, sim::kind::closing_for_maintenance,
+                                             sim::kind::closing_when_full};
 
-/// Accepts numbers from `least` to `most`, and nothing that is no number at all.
-CLI::Validator between(double least, double most)
+constexpr double max_port = 65535;
+constexpr double max_client_limit = 4096;
+constexpr double max_pace_ms = 60000;
+constexpr double max_seed = 9007199254740992; ///< a double holds every whole number up to here
+constexpr double max_interval_s = 86400;
+constexpr std::size_t max_option_bytes = 200;
+
+/// Accepts a number from `min` to `max` and refuses any other text.
+CLI::Validator limit_number(double min, double max)
 {
-    const auto check = [least, most](const std::string& text) -> std::string {
+    const auto check = [min, max](const std::string& text) -> std::string {
         char* end = nullptr;
         const double value = std::strtod(text.c_str(), &end);
-        if (!text.empty() && *end == '\0' && value >= least && value <= most)
+        if (!text.empty() && *end == '\0' && value >= min && value <= max)
             return {};
         char wrong[128];
-        std::snprintf(wrong, sizeof wrong, "must be a number from %.0f to %.0f", least, most);
+        std::snprintf(wrong, sizeof wrong, "must be a number from %.0f to %.0f", min, max);
         return wrong;
     };
     return CLI::Validator{check, ""};
 }
 
-CLI::Validator short_text()
+CLI::Validator limit_length()
 {
-    constexpr std::size_t most = 200;
     return CLI::Validator{[](const std::string& text) {
-                              return text.size() > most ? "longer than 200 bytes" : std::string{};
+                              return text.size() > max_option_bytes ? "longer than 200 bytes"
+                                                                    : std::string{};
                           },
                           ""};
 }
@@ -45,7 +54,7 @@ CLI::Validator short_text()
 void add_place_options(CLI::App& app, command_line& line)
 {
     app.add_option("--port", line.server.port, "TCP port to listen on; 0: any free one")
-        ->check(between(0, 65535))
+        ->check(limit_number(0, max_port))
         ->type_name("PORT")
         ->capture_default_str();
     app.add_option("--bind", line.server.bind_address, "IPv4 address to listen on")
@@ -53,12 +62,12 @@ void add_place_options(CLI::App& app, command_line& line)
         ->type_name("ADDRESS")
         ->capture_default_str();
     app.add_option("--max-clients", line.server.max_clients, "Clients at a time, up to 4096")
-        ->check(between(1, 4096))
+        ->check(limit_number(1, max_client_limit))
         ->type_name("N")
         ->capture_default_str();
     app.add_option("--pace-ms", line.server.pace_ms,
                    "Pause after each packet to a client; clients take one a second")
-        ->check(between(0, 60000))
+        ->check(limit_number(0, max_pace_ms))
         ->type_name("MS")
         ->capture_default_str();
 }
@@ -68,18 +77,18 @@ void add_traffic_options(CLI::App& app, command_line& line)
     const char* const group = "Messages";
     app.add_option("--rate", line.server.rate_a_minute,
                    "Transmissions a minute; what the pace cannot carry is dropped")
-        ->check(between(0, sim::max_rate_a_minute))
+        ->check(limit_number(0, sim::max_rate_a_minute))
         ->type_name("N")
         ->capture_default_str()
         ->group(group);
     app.add_option("--seed", line.server.seed, "The same number gives the same messages")
-        ->check(between(0, 9007199254740992))
+        ->check(limit_number(0, max_seed))
         ->type_name("N")
         ->capture_default_str()
         ->group(group);
     app.add_option("--fixed-time", line.fixed_time,
                    "Date of made-up messages, in seconds since 1970 (else now)")
-        ->check(between(0, 253402300799))
+        ->check(limit_number(0, sim::max_time_s))
         ->type_name("S")
         ->group(group);
     app.add_flag("--compressed", line.server.compressed, "Send transmissions compressed")
@@ -89,7 +98,7 @@ void add_traffic_options(CLI::App& app, command_line& line)
         ->group(group);
     app.add_option("--announce-replay", line.server.replay_count,
                    "Begin with so many recent transmissions, up to 1000")
-        ->check(between(0, sim::max_replay_count))
+        ->check(limit_number(0, sim::max_replay_count))
         ->type_name("N")
         ->group(group);
 }
@@ -108,14 +117,14 @@ void add_identity_options(CLI::App& app, command_line& line)
     const char* const group = "What it is and offers";
     auto& offered = line.server.capabilities;
     app.add_option("--name", line.server.name, "Name, given with the uptime")
-        ->check(short_text())
+        ->check(limit_length())
         ->capture_default_str()
         ->group(group);
     app.add_option("--uuid", offered.server_uuid, "Identity (else made of address and port)")
-        ->check(short_text())
+        ->check(limit_length())
         ->group(group);
     app.add_option("--server-version", offered.version, "Version that it claims to have")
-        ->check(short_text())
+        ->check(limit_length())
         ->group(group);
     add_capability(app, "--crc-check", offered.crc_check, "Announce CRC checking");
     add_capability(app, "--mailing", offered.mailing, "Offer daily mailings");
@@ -131,7 +140,7 @@ void add_json_options(CLI::App& app, command_line& line)
     const char* const group = "Messages of receivers, one JSON object a line";
     app.add_option("--json-udp", line.server.json_udp_port,
                    "UDP port to take them on, at the address of --bind; 0: any free one")
-        ->check(between(0, 65535))
+        ->check(limit_number(0, max_port))
         ->type_name("PORT")
         ->group(group);
     app.add_option("--json-file", line.json_path,
@@ -147,7 +156,7 @@ void add_directory_options(CLI::App& app, command_line& line)
     const char* const group = "The directory of servers";
     app.add_option("--http-port", line.server.directory_port,
                    "TCP port to give the directory out on, by HTTP; 0: any free one")
-        ->check(between(0, 65535))
+        ->check(limit_number(0, max_port))
         ->type_name("PORT")
         ->group(group);
     app.add_option("--directory", line.directory_path,
@@ -195,7 +204,7 @@ void add_greeting_options(CLI::App& app, command_line& line)
         ->group(group);
     app.add_flag("--uptime", line.server.send_uptime, "Tell new clients the uptime")->group(group);
     app.add_option("--ticks", line.tick_s, "Seconds between activity ticks; 0: none")
-        ->check(between(0, longest_s))
+        ->check(limit_number(0, max_interval_s))
         ->type_name("S")
         ->group(group);
 }
@@ -205,11 +214,11 @@ void add_end_options(CLI::App& app, command_line& line)
     const char* const group = "How it ends";
     app.add_option("--close-after", line.close_after_s,
                    "Seconds after which a client is told to go; 0: never")
-        ->check(between(0, longest_s))
+        ->check(limit_number(0, max_interval_s))
         ->type_name("S")
         ->group(group);
     app.add_option("--close-kind", line.server.close_kind, "With which kind: 3, 100 or 102")
-        ->check(CLI::IsMember({3, 100, 102}).description(""))
+        ->check(CLI::IsMember(close_kinds).description(""))
         ->type_name("KIND")
         ->capture_default_str()
         ->group(group);

@@ -87,8 +87,8 @@ void choose_answer(const directory_service& directory, const server_options& opt
 }
 
 /// Reads what there is: the request, and nothing of interest behind it.
-void receive(const directory_service& directory, const server_options& options,
-             directory_connection& connection)
+void receive_request(const directory_service& directory, const server_options& options,
+                     directory_connection& connection)
 {
     char block[4096];
     const ssize_t count = recv(connection.socket.get(), block, sizeof block, MSG_DONTWAIT);
@@ -169,7 +169,7 @@ bool directory_on_event(directory_service& directory, const server_options& opti
         return false;
     directory_connection& connection = found->second;
     if (!connection.input_ended) {
-        receive(directory, options, connection);
+        receive_request(directory, options, connection);
     } else if (!connection.answering) {
         connection.gone = true; // nothing was watched for: the other end has gone altogether
     }

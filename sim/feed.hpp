@@ -44,9 +44,9 @@ public:
     const std::deque<feed_item>& history() const;
 
 private:
-    std::optional<feed_item> next_at(std::time_t now);
+    std::optional<feed_item> make_next(std::time_t now);
     std::size_t take_turn(std::size_t count);
-    transmission next_generated(std::time_t now);
+    transmission generate(std::time_t now);
     std::optional<feed_item> remember(const std::string& xml, transmission message);
 
     const server_options& options;

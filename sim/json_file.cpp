@@ -17,7 +17,7 @@ namespace
 
 /// A named pipe is opened for writing too: so it need not have a writer yet, and does not end when
 /// one leaves.
-int opening_flags(const std::string& path)
+int choose_open_flags(const std::string& path)
 {
     struct stat about {
     };
@@ -25,10 +25,10 @@ int opening_flags(const std::string& path)
     return (pipe ? O_RDWR : O_RDONLY) | O_CLOEXEC;
 }
 
-unique_fd open_or_share(const std::string& path)
+unique_fd open_input(const std::string& path)
 {
     return unique_fd{path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                                 : open(path.c_str(), opening_flags(path))};
+                                 : open(path.c_str(), choose_open_flags(path))};
 }
 
 /// Whether something more may come, which can be waited for.
@@ -64,7 +64,7 @@ json_file read_messages(unique_fd fd, const std::string& path, json_lines::compl
 
 json_file open_json_file(const std::string& path, json_lines::complaint_taker complain)
 {
-    unique_fd fd = open_or_share(path);
+    unique_fd fd = open_input(path);
     if (!fd)
         return {{}, unique_fd{}, system_text(path)};
     if (is_live(fd.get()))

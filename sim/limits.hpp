@@ -91,6 +91,9 @@ constexpr int max_directory_sends_a_turn = 64;
 /// Largest directory, in bytes.
 constexpr std::size_t max_directory_bytes = std::size_t{64} * 1024 * 1024;
 
+/// The latest time of a message, in seconds since 1970: the end of the year 9999.
+constexpr double max_time_s = 253402300799;
+
 /// Longest line of JSON, in bytes; no datagram is longer.
 constexpr std::size_t max_json_line_bytes = 65536;
 

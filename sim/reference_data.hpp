@@ -16,6 +16,9 @@
 namespace sim
 {
 
+/// Length of the mask in a flight's days.
+constexpr std::size_t days_a_week = 7;
+
 /// Places of the fields in an entry, by kind of entry.
 namespace airline_field
 {
@@ -77,7 +80,7 @@ public:
 private:
     using entry_key = std::pair<std::uint32_t, std::string>; ///< kind and compared name
 
-    static entry_key key_of(std::uint32_t kind, std::string_view name);
+    static entry_key make_key(std::uint32_t kind, std::string_view name);
 
     std::map<entry_key, reference_entry> added;
 };

@@ -24,7 +24,7 @@ struct prepared_report {
     std::size_t total = 0; ///< announced number of compressed bytes
 };
 
-std::optional<std::time_t> asked_moment(std::string_view text)
+std::optional<std::time_t> parse_moment(std::string_view text)
 {
     if (!text.ends_with(request_tail))
         return std::nullopt;
@@ -78,7 +78,7 @@ void send_report(client_session& session, const prepared_report& report, report_
 void answer_report_request(server_core& core, client_session& session, const packet& received)
 {
     const report_answer answer = core.options.reports;
-    const auto moment = asked_moment(received.payload);
+    const auto moment = parse_moment(received.payload);
     if (!moment) {
         session_queue_packet(session, {.kind = kind::error_text,
                                        .payload = "This request of a report makes no sense"});

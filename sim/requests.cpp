@@ -37,7 +37,7 @@ void admit_client(server_core& core, client_session& session)
 
 /// Two servers must differ, since clients refuse to connect to the same one twice; one that is
 /// started again should be known again.
-std::string uuid_of(const server_core& core)
+std::string make_uuid(const server_core& core)
 {
     std::uint64_t seed = core.port;
     for (const char c : core.options.bind_address) {
@@ -54,17 +54,17 @@ std::string uuid_of(const server_core& core)
     return text;
 }
 
-packet capabilities_packet(const server_core& core)
+packet make_capabilities_packet(const server_core& core)
 {
     capability_texts texts = core.options.capabilities;
     if (!texts.need_auth)
         texts.need_auth = core.options.password ? "1" : "0";
     if (!texts.server_uuid)
-        texts.server_uuid = uuid_of(core);
+        texts.server_uuid = make_uuid(core);
     return {.kind = kind::capabilities, .payload = capabilities_xml(texts)};
 }
 
-packet uptime_packet(const server_core& core)
+packet make_uptime_packet(const server_core& core)
 {
     const auto up = steady_clock::now() - core.started_at;
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(up).count();
@@ -139,14 +139,14 @@ void welcome_client(server_core& core, client_session& session)
     const server_options& options = core.options;
     session.identified = !options.ask_identification;
     session.authenticated = !options.password;
-    session_queue_packet(session, capabilities_packet(core));
+    session_queue_packet(session, make_capabilities_packet(core));
     if (options.ask_identification)
         session_queue_packet(session, {.kind = kind::identification, .payload = "?"});
     for (const packet& greeting : options.greetings) {
         session_queue_packet(session, greeting);
     }
     if (options.send_uptime)
-        session_queue_packet(session, uptime_packet(core));
+        session_queue_packet(session, make_uptime_packet(core));
     admit_client(core, session);
 }
 

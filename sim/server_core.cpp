@@ -21,12 +21,12 @@ namespace
 
 using std::chrono::milliseconds;
 
-time_point after_ms(time_point now, int ms)
+time_point schedule_after(time_point now, int ms)
 {
     return ms > 0 ? now + milliseconds{ms} : never;
 }
 
-steady_clock::duration transmission_interval(const server_options& options)
+steady_clock::duration compute_interval(const server_options& options)
 {
     const double rate = std::min(options.rate_a_minute, max_rate_a_minute);
     return std::chrono::duration_cast<steady_clock::duration>(
@@ -41,8 +41,8 @@ void add_client(server_core& core, int fd, time_point now)
         core.sessions.try_emplace(fd, fd, core.clients_so_far + 1).first->second;
     ++core.clients_so_far;
     session.gone = !watch(core.epoll.get(), EPOLL_CTL_ADD, fd, EPOLLIN);
-    session.next_tick = after_ms(now, core.options.tick_every_ms);
-    session.close_at = after_ms(now, core.options.close_after_ms);
+    session.next_tick = schedule_after(now, core.options.tick_every_ms);
+    session.close_at = schedule_after(now, core.options.close_after_ms);
     welcome_client(core, session);
 }
 
@@ -100,18 +100,18 @@ void serve_session(server_core& core, client_session& session, time_point now)
         close_session(core, session, core.options.close_kind, now);
     if (now >= session.next_tick) {
         session.tick = core.tick;
-        session.next_tick = after_ms(now, core.options.tick_every_ms);
+        session.next_tick = schedule_after(now, core.options.tick_every_ms);
     }
     session.gone = session.gone || now >= session.drop_at;
     session_send(session, now, milliseconds{core.options.pace_ms});
-    if (!session.gone && session.waiting_for_room != session.watched_for_room) {
-        session.watched_for_room = session.waiting_for_room;
+    if (!session.gone && session.waiting_to_write != session.watched_for_write) {
+        session.watched_for_write = session.waiting_to_write;
         watch(core.epoll.get(), EPOLL_CTL_MOD, session.socket.get(),
-              session.waiting_for_room ? EPOLLIN | EPOLLOUT : EPOLLIN);
+              session.waiting_to_write ? EPOLLIN | EPOLLOUT : EPOLLIN);
     }
 }
 
-void archive(server_core& core, const feed_item& item)
+void archive_item(server_core& core, const feed_item& item)
 {
     if (offers_reports(core.options.capabilities))
         core.services.archive.add(item.message, std::time(nullptr), core.services.reference);
@@ -120,7 +120,7 @@ void archive(server_core& core, const feed_item& item)
 /// Queues an item for every admitted client, and a notice behind it where a pager list asks for it.
 void pass_on(server_core& core, const feed_item& item)
 {
-    archive(core, item);
+    archive_item(core, item);
     for (auto& [fd, session] : core.sessions) {
         if (!session.admitted)
             continue;
@@ -144,7 +144,7 @@ std::size_t pass_on_all(server_core& core, std::vector<transmission> received)
 
 void generate_transmissions(server_core& core, time_point now)
 {
-    const auto interval = transmission_interval(core.options);
+    const auto interval = compute_interval(core.options);
     for (int i = 0; i < max_transmissions_a_turn && now >= core.next_transmission; ++i) {
         core.next_transmission += interval;
         if (const auto item = core.messages.next())
@@ -182,9 +182,9 @@ std::string core_open(server_core& core)
         return error;
     core.started_at = steady_clock::now();
     if (core.options.rate_a_minute > 0)
-        core.next_transmission = core.started_at + transmission_interval(core.options);
+        core.next_transmission = core.started_at + compute_interval(core.options);
     for (const auto& item : core.messages.history()) {
-        archive(core, item);
+        archive_item(core, item);
     }
     return {};
 }
@@ -199,9 +199,9 @@ int core_wait_ms(const server_core& core, time_point now)
     }
     if (next == never)
         return -1;
-    constexpr milliseconds longest{60000};
+    constexpr milliseconds max_wait{60000};
     const auto wait = std::chrono::ceil<milliseconds>(std::min<steady_clock::duration>(
-        std::max(next - now, steady_clock::duration::zero()), longest));
+        std::max(next - now, steady_clock::duration::zero()), max_wait));
     return static_cast<int>(wait.count());
 }
 
@@ -213,7 +213,7 @@ void core_on_event(server_core& core, int fd)
     } else if (fd == core.listener.get()) {
         accept_clients(core, steady_clock::now());
     } else if (const auto found = core.sessions.find(fd); found != core.sessions.end()) {
-        found->second.waiting_for_room = false;
+        found->second.waiting_to_write = false;
         receive_from(core, found->second);
     } else if (!directory_on_event(core.directory, core.options, core.epoll.get(), fd)) {
         pass_on_all(core, json_on_event(core.json, core.epoll.get(), fd));

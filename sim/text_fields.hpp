@@ -1,12 +1,16 @@
 // text_fields.hpp - the fields of requests: cutting, checking and comparing them.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace sim
 {
+
+/// Length of the shortest airline code, IATA's. A code may contain digits.
+constexpr std::size_t min_airline_code_length = 2;
 
 /// The parts of `text` between separators; at least one, possibly empty. They look into `text`.
 std::vector<std::string_view> split_fields(std::string_view text, char separator);

@@ -36,7 +36,7 @@ private:
         std::uint32_t contacts = 0;
     };
 
-    aircraft new_aircraft();
+    aircraft make_aircraft();
     void start_flight(aircraft& flying, bool long_haul, const std::string& home,
                       const std::string& code);
     void fill_downlink(transmission& message, aircraft& flying, unsigned minute);

@@ -136,7 +136,7 @@ TEST(sim_session, keeps_packets_whole_when_the_socket_is_full)
     for (int i = 0; i < 1000 && received.size() < expected.size(); ++i) {
         session_send(session, start, 0ms);
         if (received.empty()) {
-            EXPECT_TRUE(session.waiting_for_room);
+            EXPECT_TRUE(session.waiting_to_write);
             EXPECT_EQ(session_send_time(session), sim::never) << "only the socket can tell";
         }
         received += ends.arrived();
