@@ -87,8 +87,7 @@ void append_latin1(std::string& text, char32_t character)
         text += static_cast<char>(character);
     } else {
         const auto* const found =
-            std::find_if(std::begin(typographic_marks), std::end(typographic_marks),
-                         [character](const stand_in& row) { return row.character == character; });
+            std::ranges::find(typographic_marks, character, &stand_in::character);
         if (found != std::end(typographic_marks)) {
             text += found->text;
         } else {

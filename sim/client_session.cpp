@@ -82,6 +82,11 @@ bool finish_packet(client_session& session)
 
 } // namespace
 
+wire_bytes encode_shared(const packet& sent)
+{
+    return std::make_shared<std::string>(encode_packet(sent));
+}
+
 client_session::client_session(int socket_fd, std::uint64_t client_number)
     : socket(socket_fd), number(client_number)
 {
@@ -132,7 +137,7 @@ bool session_queue(client_session& session, wire_bytes bytes)
 
 bool session_queue_packet(client_session& session, const packet& sent)
 {
-    return session_queue(session, std::make_shared<std::string>(encode_packet(sent)));
+    return session_queue(session, encode_shared(sent));
 }
 
 void session_queue_transmission(client_session& session, wire_bytes bytes, std::size_t limit)

@@ -23,6 +23,9 @@ namespace sim
 /// An encoded packet, shared by all the clients that it waits for.
 using wire_bytes = std::shared_ptr<const std::string>;
 
+/// The packet, encoded once for all of them.
+wire_bytes encode_shared(const packet& sent);
+
 struct client_session {
     client_session(int socket_fd, std::uint64_t client_number);
 

@@ -3,7 +3,7 @@
 
 #include "sim/directory_answer.hpp"
 #include "sim/limits.hpp"
-#include "sim/sockets.hpp"
+#include "sim/system_text.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -20,24 +20,13 @@ using std::chrono::milliseconds;
 /// So many bytes at least are sent before an endless answer begins again.
 constexpr std::size_t endless_part_bytes = 65536;
 
-/// Without a free descriptor the waiting client would wake the loop again and again.
-void rest_accepting(directory_service& directory, int epoll_fd)
-{
-    watch(epoll_fd, EPOLL_CTL_MOD, directory.listener.get(), 0);
-    directory.accept_again_at = steady_clock::now() + milliseconds{accept_retry_ms};
-}
-
 void accept_connections(directory_service& directory, int epoll_fd)
 {
     for (std::size_t i = 0; i < max_directory_connections; ++i) {
-        const int fd =
-            accept4(directory.listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-        if (fd < 0) {
-            if (is_short_of_descriptors(errno))
-                rest_accepting(directory, epoll_fd);
+        directory_connection connection{.socket = listener_accept(directory.listener, epoll_fd)};
+        const int fd = connection.socket.get();
+        if (fd < 0)
             return;
-        }
-        directory_connection connection{.socket = unique_fd{fd}};
         connection.end_at = steady_clock::now() + milliseconds{directory_ms};
         if (directory.connections.size() < max_directory_connections &&
             watch(epoll_fd, EPOLL_CTL_ADD, fd, EPOLLIN))
@@ -144,11 +133,11 @@ std::string directory_open(directory_service& directory, const server_options& o
 {
     if (!options.directory_port)
         return {};
-    directory.port = *options.directory_port;
-    std::string error = open_tcp_listener(options.bind_address, directory.listener, directory.port);
+    std::string error =
+        listener_open(directory.listener, options.bind_address, *options.directory_port);
     if (!error.empty())
         return error;
-    if (!watch(epoll_fd, EPOLL_CTL_ADD, directory.listener.get(), EPOLLIN))
+    if (!watch(epoll_fd, EPOLL_CTL_ADD, directory.listener.socket.get(), EPOLLIN))
         return system_text("cannot wait for events");
     directory.body =
         options.directory_text ? *options.directory_text : own_directory_line(options, server_port);
@@ -158,9 +147,9 @@ std::string directory_open(directory_service& directory, const server_options& o
 bool directory_on_event(directory_service& directory, const server_options& options, int epoll_fd,
                         int fd)
 {
-    if (directory.port == 0)
+    if (directory.listener.port == 0)
         return false;
-    if (fd == directory.listener.get()) {
+    if (fd == directory.listener.socket.get()) {
         accept_connections(directory, epoll_fd);
         return true;
     }
@@ -181,10 +170,7 @@ bool directory_on_event(directory_service& directory, const server_options& opti
 
 void directory_on_time(directory_service& directory, int epoll_fd, time_point now)
 {
-    if (now >= directory.accept_again_at) {
-        directory.accept_again_at = never;
-        watch(epoll_fd, EPOLL_CTL_MOD, directory.listener.get(), EPOLLIN);
-    }
+    listener_resume(directory.listener, epoll_fd, now);
     for (auto& [fd, connection] : directory.connections) {
         connection.gone = connection.gone || now >= connection.end_at;
         if (connection.gone || now < connection.answer_at)
@@ -197,7 +183,7 @@ void directory_on_time(directory_service& directory, int epoll_fd, time_point no
 
 time_point directory_next_time(const directory_service& directory)
 {
-    time_point next = directory.accept_again_at;
+    time_point next = directory.listener.accept_again_at;
     for (const auto& [fd, connection] : directory.connections) {
         next = std::min({next, connection.end_at, connection.answer_at});
     }

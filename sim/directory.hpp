@@ -6,6 +6,7 @@
 #include "data/owners.hpp"
 #include "sim/clock.hpp"
 #include "sim/options.hpp"
+#include "sim/sockets.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,9 +31,7 @@ struct directory_connection {
 
 struct directory_service {
     std::string body;
-    unique_fd listener;
-    std::uint16_t port = 0;                          ///< 0: there is no directory
-    time_point accept_again_at = never;              ///< accepting rests until then
+    tcp_listener listener;                           ///< not open: there is no directory
     std::map<int, directory_connection> connections; ///< by descriptor
 };
 

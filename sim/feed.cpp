@@ -91,8 +91,7 @@ std::optional<feed_item> feed::remember(const std::string& xml, transmission mes
     const auto made = options.compressed ? compressed_transmission(xml) : plain_transmission(xml);
     if (!made)
         return std::nullopt;
-    const feed_item item{std::make_shared<std::string>(encode_packet(*made)), is_uplink(xml),
-                         std::move(message)};
+    const feed_item item{encode_shared(*made), is_uplink(xml), std::move(message)};
     latest.push_back(item);
     while (latest.size() > bound_replay_count(options)) {
         latest.pop_front();

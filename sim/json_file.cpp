@@ -2,11 +2,10 @@
 #include "sim/json_file.hpp"
 
 #include "sim/limits.hpp"
-#include "sim/sockets.hpp"
+#include "sim/system_text.hpp"
 #include "sim/whole_file.hpp"
 
 #include <fcntl.h>
-#include <iterator>
 #include <sys/stat.h>
 #include <utility>
 
@@ -53,8 +52,7 @@ json_file read_messages(unique_fd fd, const std::string& path, json_lines::compl
         return result;
     json_lines lines{std::move(complain)};
     result.messages = lines.take(file.text);
-    auto rest = lines.take_rest();
-    std::move(rest.begin(), rest.end(), std::back_inserter(result.messages));
+    append_messages(result.messages, lines.take_rest());
     if (result.messages.empty())
         result.error = path + ": holds no message";
     return result;

@@ -3,10 +3,9 @@
 
 #include "sim/limits.hpp"
 #include "sim/sockets.hpp"
+#include "sim/system_text.hpp"
 
-#include <algorithm>
 #include <cerrno>
-#include <iterator>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -15,11 +14,6 @@ namespace sim
 {
 namespace
 {
-
-void append(std::vector<transmission>& messages, std::vector<transmission> more)
-{
-    std::move(more.begin(), more.end(), std::back_inserter(messages));
-}
 
 /// A datagram ends its last line, whether a line feed does or not.
 std::vector<transmission> read_datagrams(json_input& input)
@@ -31,9 +25,9 @@ std::vector<transmission> read_datagrams(json_input& input)
             recv(input.udp_socket.get(), block.data(), block.size(), MSG_DONTWAIT);
         if (count < 0)
             break;
-        append(messages, input.datagram_lines.take(
-                             std::string_view{block}.substr(0, static_cast<std::size_t>(count))));
-        append(messages, input.datagram_lines.take_rest());
+        append_messages(messages, input.datagram_lines.take(std::string_view{block}.substr(
+                                      0, static_cast<std::size_t>(count))));
+        append_messages(messages, input.datagram_lines.take_rest());
     }
     return messages;
 }

@@ -4,6 +4,7 @@
 #include "sim/json_message.hpp"
 #include "sim/limits.hpp"
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -26,8 +27,7 @@ std::vector<transmission> json_lines::take(std::string_view bytes)
         }
         if (line_end == std::string_view::npos)
             break;
-        auto of_line = take_rest();
-        std::move(of_line.begin(), of_line.end(), std::back_inserter(messages));
+        append_messages(messages, take_rest());
         bytes.remove_prefix(line_end + 1);
     }
     return messages;
@@ -73,6 +73,11 @@ void json_lines::complain_of(const std::string& error)
     ++complaints;
     complain("dropped a line of JSON (number " + std::to_string(broken_lines) +
              " so far): " + error);
+}
+
+void append_messages(std::vector<transmission>& messages, std::vector<transmission> more)
+{
+    std::move(more.begin(), more.end(), std::back_inserter(messages));
 }
 
 } // namespace sim

@@ -43,4 +43,7 @@ private:
     int complaints = 0;
 };
 
+/// Moves `more` to the end of `messages`.
+void append_messages(std::vector<transmission>& messages, std::vector<transmission> more);
+
 } // namespace sim

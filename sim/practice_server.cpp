@@ -145,13 +145,13 @@ std::string practice_server::error() const
 std::uint16_t practice_server::port() const
 {
     const std::lock_guard held{inside->lock};
-    return inside->core ? inside->core->port : std::uint16_t{0};
+    return inside->core ? inside->core->listener.port : std::uint16_t{0};
 }
 
 std::uint16_t practice_server::directory_port() const
 {
     const std::lock_guard held{inside->lock};
-    return inside->core ? inside->core->directory.port : std::uint16_t{0};
+    return inside->core ? inside->core->directory.listener.port : std::uint16_t{0};
 }
 
 bool practice_server::push_transmission(std::string_view xml)

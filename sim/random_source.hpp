@@ -6,9 +6,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace sim
 {
+
+/// The seed that a text gives, which is the same at every start. `first` makes it another one.
+constexpr std::uint64_t make_seed(std::string_view text, std::uint64_t first = 0)
+{
+    constexpr std::uint64_t factor = 31;
+    for (const char c : text) {
+        first = first * factor + static_cast<unsigned char>(c);
+    }
+    return first;
+}
 
 /// The SplitMix64 sequence of a seed.
 class random_source

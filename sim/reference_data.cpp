@@ -26,9 +26,7 @@ constexpr update_form update_forms[] = {
 
 const update_form* find_form(std::uint32_t kind)
 {
-    const auto* const found =
-        std::find_if(std::begin(update_forms), std::end(update_forms),
-                     [kind](const update_form& form) { return form.kind == kind; });
+    const auto* const found = std::ranges::find(update_forms, kind, &update_form::kind);
     return found == std::end(update_forms) ? nullptr : found;
 }
 

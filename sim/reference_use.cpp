@@ -39,8 +39,7 @@ std::string find_airline_name(std::string_view code, const reference_data& refer
     if (const auto* const added = reference.find(kind::add_airline, code))
         return added->fields[airline_field::name];
     const auto known = airlines();
-    const auto found = std::find_if(known.begin(), known.end(),
-                                    [code](const airline& row) { return row.code == code; });
+    const auto found = std::ranges::find(known, code, &airline::code);
     return found == known.end() ? "" : found->name;
 }
 
@@ -166,9 +165,7 @@ void feature_entry(transmission& message, const reference_data& reference, std::
         return;
     const auto entries = reference.entries();
     const reference_entry& entry = entries[turn % entries.size()];
-    const auto* const found =
-        std::find_if(std::begin(features), std::end(features),
-                     [&entry](const feature& row) { return row.kind == entry.kind; });
+    const auto* const found = std::ranges::find(features, entry.kind, &feature::kind);
     if (found != std::end(features))
         found->show(message, entry);
 }

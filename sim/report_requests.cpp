@@ -66,8 +66,8 @@ void send_report(client_session& session, const prepared_report& report, report_
         session, {.kind = kind::report_header,
                   .payload = std::to_string(report.total) + "\t" + std::to_string(report.size)});
     for (std::size_t at = 0; at < report.data.size(); at += max_payload_bytes) {
-        session.report.push_back(std::make_shared<std::string>(encode_packet(
-            {.kind = kind::report_piece, .payload = report.data.substr(at, max_payload_bytes)})));
+        session.report.push_back(encode_shared(
+            {.kind = kind::report_piece, .payload = report.data.substr(at, max_payload_bytes)}));
     }
     if (answer == report_answer::unfinished)
         session.report.pop_back();

@@ -39,11 +39,7 @@ void admit_client(server_core& core, client_session& session)
 /// started again should be known again.
 std::string make_uuid(const server_core& core)
 {
-    std::uint64_t seed = core.port;
-    for (const char c : core.options.bind_address) {
-        seed = seed * 31 + static_cast<unsigned char>(c);
-    }
-    random_source random{seed};
+    random_source random{make_seed(core.options.bind_address, core.listener.port)};
     const std::uint64_t high = random.next();
     const std::uint64_t low = random.next();
     char text[37];
@@ -98,8 +94,7 @@ void on_identification(server_core& core, client_session& session, const packet&
     if (!core.options.ask_identification)
         return;
     const auto& known = core.options.known_clients;
-    session.identified =
-        known.empty() || std::find(known.begin(), known.end(), received.payload) != known.end();
+    session.identified = known.empty() || std::ranges::find(known, received.payload) != known.end();
     if (session.identified) {
         session_queue_packet(session, {.kind = kind::identification_accepted, .payload = "OK"});
     } else {
@@ -153,8 +148,7 @@ void welcome_client(server_core& core, client_session& session)
 void answer_packet(server_core& core, client_session& session, const packet& received)
 {
     const auto* const found =
-        std::find_if(std::begin(client_requests), std::end(client_requests),
-                     [&](const client_request& row) { return row.number == received.kind; });
+        std::ranges::find(client_requests, received.kind, &client_request::number);
     if (found != std::end(client_requests)) {
         found->handle(core, session, received);
     } else {

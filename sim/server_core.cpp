@@ -4,10 +4,9 @@
 #include "sim/limits.hpp"
 #include "sim/requests.hpp"
 #include "sim/service_requests.hpp"
-#include "sim/sockets.hpp"
+#include "sim/system_text.hpp"
 
 #include <algorithm>
-#include <cerrno>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/epoll.h>
@@ -37,6 +36,7 @@ void add_client(server_core& core, int fd, time_point now)
 {
     const int on = 1;
     setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    // The socket of a client that is gone is closed at the end of the turn, so fd is new here.
     client_session& session =
         core.sessions.try_emplace(fd, fd, core.clients_so_far + 1).first->second;
     ++core.clients_so_far;
@@ -46,28 +46,14 @@ void add_client(server_core& core, int fd, time_point now)
     welcome_client(core, session);
 }
 
-/// Without a free descriptor the waiting client would wake the loop again and again.
-void rest_accepting(server_core& core, time_point now)
-{
-    watch(core.epoll.get(), EPOLL_CTL_MOD, core.listener.get(), 0);
-    core.accept_again_at = now + milliseconds{accept_retry_ms};
-}
-
 void accept_clients(server_core& core, time_point now)
 {
     for (std::size_t i = 0; i < core.options.max_clients + 1; ++i) {
-        const int fd = accept4(core.listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-        if (fd < 0) {
-            if (is_short_of_descriptors(errno))
-                rest_accepting(core, now);
+        unique_fd socket = listener_accept(core.listener, core.epoll.get());
+        if (!socket)
             return;
-        }
-        // The socket of a client that is gone is closed at the end of the turn, so fd is new here.
-        if (core.sessions.size() < core.options.max_clients) {
-            add_client(core, fd, now);
-        } else {
-            close(fd);
-        }
+        if (core.sessions.size() < core.options.max_clients)
+            add_client(core, socket.release(), now);
     }
 }
 
@@ -90,7 +76,7 @@ void close_session(const server_core& core, client_session& session, std::uint32
                    time_point now)
 {
     const packet last{.kind = close_kind, .payload = "Good Bye"};
-    session_close(session, std::make_shared<std::string>(encode_packet(last)),
+    session_close(session, encode_shared(last),
                   now + milliseconds{core.options.pace_ms + closing_grace_ms});
 }
 
@@ -127,9 +113,7 @@ void pass_on(server_core& core, const feed_item& item)
         if (session.wants_uplinks || !item.uplink)
             session_queue_transmission(session, item.bytes, core.options.queue_limit);
         if (const auto notice = pager_notice(core, session, item.message))
-            session_queue_transmission(session,
-                                       std::make_shared<std::string>(encode_packet(*notice)),
-                                       core.options.queue_limit);
+            session_queue_transmission(session, encode_shared(*notice), core.options.queue_limit);
     }
 }
 
@@ -158,24 +142,22 @@ void generate_transmissions(server_core& core, time_point now)
 
 server_core::server_core(const server_options& chosen)
     : options(chosen), messages(chosen, services.reference),
-      tick(std::make_shared<std::string>(encode_packet({.kind = kind::tick, .payload = "^"}))),
-      json(chosen)
+      tick(encode_shared({.kind = kind::tick, .payload = "^"})), json(chosen)
 {
 }
 
 std::string core_open(server_core& core)
 {
-    core.port = core.options.port;
-    std::string error = open_tcp_listener(core.options.bind_address, core.listener, core.port);
+    std::string error = listener_open(core.listener, core.options.bind_address, core.options.port);
     if (!error.empty())
         return error;
     core.epoll = unique_fd{epoll_create1(EPOLL_CLOEXEC)};
     core.wake = unique_fd{eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)};
     if (!core.epoll || !core.wake ||
-        !watch(core.epoll.get(), EPOLL_CTL_ADD, core.listener.get(), EPOLLIN) ||
+        !watch(core.epoll.get(), EPOLL_CTL_ADD, core.listener.socket.get(), EPOLLIN) ||
         !watch(core.epoll.get(), EPOLL_CTL_ADD, core.wake.get(), EPOLLIN))
         return system_text("cannot wait for events");
-    error = directory_open(core.directory, core.options, core.epoll.get(), core.port);
+    error = directory_open(core.directory, core.options, core.epoll.get(), core.listener.port);
     if (error.empty())
         error = json_open(core.json, core.options, core.epoll.get());
     if (!error.empty())
@@ -191,8 +173,8 @@ std::string core_open(server_core& core)
 
 int core_wait_ms(const server_core& core, time_point now)
 {
-    time_point next = std::min(
-        {core.next_transmission, core.accept_again_at, directory_next_time(core.directory)});
+    time_point next = std::min({core.next_transmission, core.listener.accept_again_at,
+                                directory_next_time(core.directory)});
     for (const auto& [fd, session] : core.sessions) {
         next = std::min({next, session_send_time(session), session.next_tick, session.close_at,
                          session.drop_at});
@@ -210,7 +192,7 @@ void core_on_event(server_core& core, int fd)
     if (fd == core.wake.get()) {
         eventfd_t count = 0;
         eventfd_read(fd, &count);
-    } else if (fd == core.listener.get()) {
+    } else if (fd == core.listener.socket.get()) {
         accept_clients(core, steady_clock::now());
     } else if (const auto found = core.sessions.find(fd); found != core.sessions.end()) {
         found->second.waiting_to_write = false;
@@ -222,10 +204,7 @@ void core_on_event(server_core& core, int fd)
 
 void core_on_time(server_core& core, time_point now)
 {
-    if (now >= core.accept_again_at) {
-        core.accept_again_at = never;
-        watch(core.epoll.get(), EPOLL_CTL_MOD, core.listener.get(), EPOLLIN);
-    }
+    listener_resume(core.listener, core.epoll.get(), now);
     if (now >= core.next_transmission)
         generate_transmissions(core, now);
     for (auto& [fd, session] : core.sessions) {
@@ -252,7 +231,7 @@ std::size_t core_take_json(server_core& core, std::string_view line)
 
 std::size_t core_broadcast(server_core& core, const packet& sent)
 {
-    const auto bytes = std::make_shared<std::string>(encode_packet(sent));
+    const auto bytes = encode_shared(sent);
     std::size_t count = 0;
     for (auto& [fd, session] : core.sessions) {
         if (session_queue(session, bytes))

@@ -10,6 +10,7 @@
 #include "sim/json_input.hpp"
 #include "sim/options.hpp"
 #include "sim/services.hpp"
+#include "sim/sockets.hpp"
 
 #include <functional>
 #include <map>
@@ -26,8 +27,7 @@ struct server_core {
 
     unique_fd epoll;
     unique_fd wake; ///< written to by other threads to end a wait
-    unique_fd listener;
-    std::uint16_t port = 0;
+    tcp_listener listener;
 
     std::map<int, client_session> sessions; ///< by descriptor
     std::uint64_t clients_so_far = 0;
@@ -39,7 +39,6 @@ struct server_core {
 
     time_point started_at;
     time_point next_transmission = never;
-    time_point accept_again_at = never; ///< accepting rests until then
 };
 
 /// Opens the sockets and starts the clocks. An error text, empty when all is well.

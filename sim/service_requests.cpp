@@ -51,11 +51,7 @@ unsigned make_subscription_code(std::string_view address)
 {
     constexpr unsigned min_code = 10000;
     constexpr unsigned max_code = 65535;
-    std::uint64_t seed = 0;
-    for (const char c : address) {
-        seed = seed * 31 + static_cast<unsigned char>(c);
-    }
-    return random_source{seed}.between(min_code, max_code);
+    return random_source{make_seed(address)}.between(min_code, max_code);
 }
 
 void on_subscription(server_core& core, client_session& session, const packet& received)
@@ -186,8 +182,7 @@ constexpr service_request service_requests[] = {
 void answer_service_request(server_core& core, client_session& session, const packet& received)
 {
     const auto* const found =
-        std::find_if(std::begin(service_requests), std::end(service_requests),
-                     [&](const service_request& row) { return row.number == received.kind; });
+        std::ranges::find(service_requests, received.kind, &service_request::number);
     if (found == std::end(service_requests))
         return;
     if (!found->is_offered(core.options.capabilities)) {
