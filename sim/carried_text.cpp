@@ -34,7 +34,7 @@ unsigned char read_byte(std::string_view text, std::size_t position)
     return static_cast<unsigned char>(text[position]);
 }
 
-/// Bytes that a character beginning with `first` takes; 0: none begins like this.
+/// The number of bytes of a character whose first byte is `first`; 0 if no character begins so.
 std::size_t count_sequence_bytes(unsigned char first)
 {
     if (first < 0x80)
@@ -46,7 +46,8 @@ std::size_t count_sequence_bytes(unsigned char first)
     return first >= 0xF0 && first < 0xF5 ? 4 : 0;
 }
 
-/// The character at `position`, which moves behind it; broken, and not moved, when it is none.
+/// Reads the character at `position` and moves the position after it. If there is none, returns
+/// broken_sequence and leaves the position.
 char32_t read_character(std::string_view utf8, std::size_t& position)
 {
     constexpr char32_t min_characters[] = {0, 0, 0x80, 0x800, 0x10000};
@@ -120,7 +121,7 @@ std::string latin1_text(std::string_view utf8)
     std::string text;
     for (std::size_t at = 0; at < utf8.size();) {
         if (utf8[at] == '\r') {
-            // A pair of carriage return and line feed ends one line, not two.
+            // A carriage return and a line feed together end one line, not two.
             ++at;
             if (at == utf8.size() || utf8[at] != '\n')
                 text += '\n';

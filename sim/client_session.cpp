@@ -36,7 +36,7 @@ wire_bytes take_transmission(client_session& session)
     return session.traffic.empty() ? nullptr : take_first(session.traffic);
 }
 
-/// In turns, so that none of them starves another.
+/// The queues that take turns, so that none of them starves another.
 constexpr wire_bytes (*turns[])(client_session&) = {take_tick, take_report_piece,
                                                     take_transmission};
 
@@ -58,7 +58,7 @@ bool has_packet(const client_session& session)
            session.tick;
 }
 
-/// Sends on with the packet under way. True when it is out.
+/// Sends the rest of the packet under way. False if the socket did not take all of it.
 bool finish_packet(client_session& session)
 {
     while (session.sent_bytes < session.sending->size()) {
@@ -176,8 +176,8 @@ void session_send(client_session& session, time_point now, std::chrono::millisec
         if (!finish_packet(session))
             return;
         session.next_send = now + pace;
-        // The stream ends here, but what the client has not read yet must not be lost: hanging up
-        // now would throw it away, so that is left to the client, or to the session's time limit.
+        // The stream ends here, but closing the connection now would lose what the client has not
+        // read yet. So the client closes it, or the session's time limit does.
         if (session.closing && session.assured.empty())
             shutdown(session.socket.get(), SHUT_WR);
     }

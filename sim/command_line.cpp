@@ -40,7 +40,7 @@ std::string unescape_line_feeds(std::string text)
     return text;
 }
 
-/// Reads the directory's file, if there is one. An error text, empty when all is well.
+/// Reads the directory's file if one was named. Returns an error text, empty on success.
 std::string read_directory(command_line& line)
 {
     if (line.directory_path.empty())
@@ -74,7 +74,8 @@ std::string open_json(command_line& line)
     return std::move(file.error);
 }
 
-/// Who listens to real messages wants no others among them, unless there is a rate given for these.
+/// Whether all messages come from receivers as they arrive. Generated ones would only disturb, so
+/// there are none then unless a rate is given.
 bool is_live_only(const command_line& line)
 {
     return (line.server.json_udp_port || line.json_stream) && line.server.replay_messages.empty() &&
@@ -90,7 +91,7 @@ std::string read_replay(command_line& line)
     return std::move(recorded.error);
 }
 
-/// Completes the server's options from what was typed. An error text, empty when all is well.
+/// Completes the server's options from what was typed. Returns an error text, empty on success.
 std::string complete_options(command_line& line, const CLI::App& app)
 {
     line.server.tick_every_ms = static_cast<int>(line.tick_s * 1000);
@@ -118,7 +119,7 @@ std::string complete_options(command_line& line, const CLI::App& app)
 
 } // namespace
 
-int failed(const std::string& why, int status)
+int report_failure(const std::string& why, int status)
 {
     complain(why);
     return status;
@@ -135,11 +136,11 @@ std::optional<int> read_command_line(int argc, char** argv, command_line& line)
     } catch (const CLI::Success& answer) {
         return app.exit(answer);
     } catch (const CLI::ParseError& wrong) {
-        return failed(std::string{wrong.what()} + "\ntovriksim --help lists the options",
-                      status_bad_usage);
+        return report_failure(std::string{wrong.what()} + "\ntovriksim --help lists the options",
+                              status_bad_usage);
     }
     const std::string error = complete_options(line, app);
     if (!error.empty())
-        return failed(error, status_failed);
+        return report_failure(error, status_failed);
     return std::nullopt;
 }

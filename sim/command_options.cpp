@@ -103,7 +103,7 @@ void add_traffic_options(CLI::App& app, command_line& line)
         ->group(group);
 }
 
-/// A capability that is "1" when its flag is given.
+/// Adds a flag that makes a capability "1".
 void add_capability(CLI::App& app, const char* flag, std::optional<std::string>& text,
                     const char* help)
 {

@@ -17,8 +17,8 @@ namespace
 
 using std::chrono::milliseconds;
 
-/// So many bytes at least are sent before an endless answer begins again.
-constexpr std::size_t endless_part_bytes = 65536;
+/// An endless answer is repeated in parts of at least this size.
+constexpr std::size_t min_endless_bytes = 65536;
 
 void accept_connections(directory_service& directory, int epoll_fd)
 {
@@ -27,7 +27,7 @@ void accept_connections(directory_service& directory, int epoll_fd)
         const int fd = connection.socket.get();
         if (fd < 0)
             return;
-        connection.end_at = steady_clock::now() + milliseconds{directory_ms};
+        connection.end_at = steady_clock::now() + milliseconds{max_directory_ms};
         if (directory.connections.size() < max_directory_connections &&
             watch(epoll_fd, EPOLL_CTL_ADD, fd, EPOLLIN))
             directory.connections.try_emplace(fd, std::move(connection));
@@ -39,7 +39,7 @@ bool is_finished(const directory_connection& connection)
     return connection.sent_bytes == connection.answer.size() && connection.repeat_from == 0;
 }
 
-/// What is worth waking up for: input until it ends, room while there is something to send.
+/// Watches for input until it ends, and for writing while there is something to send.
 void watch_connection(const directory_connection& connection, int epoll_fd)
 {
     std::uint32_t events = 0;
@@ -55,7 +55,7 @@ void make_endless(directory_connection& connection, std::size_t body_bytes)
     connection.repeat_from = connection.answer.size() - body_bytes;
     const std::string part =
         body_bytes > 0 ? connection.answer.substr(connection.repeat_from) : std::string{"\n"};
-    while (connection.answer.size() < connection.repeat_from + endless_part_bytes) {
+    while (connection.answer.size() < connection.repeat_from + min_endless_bytes) {
         connection.answer += part;
     }
     connection.end_at = never;
@@ -67,15 +67,15 @@ void choose_answer(const directory_service& directory, const server_options& opt
     const directory_fault fault = options.directory_answers;
     connection.answer = directory_answer(connection.request, directory.body, fault);
     connection.answer_at = steady_clock::now() + milliseconds{options.directory_delay_ms};
-    // Once more the whole time for taking what may be a long answer.
-    connection.end_at = connection.answer_at + milliseconds{directory_ms};
+    // The answer may be long, so the client gets the whole time again.
+    connection.end_at = connection.answer_at + milliseconds{max_directory_ms};
     if (fault == directory_fault::endless && connection.answer.ends_with(directory.body))
         make_endless(connection, directory.body.size());
     if (fault == directory_fault::silent)
         connection.answer_at = connection.end_at = never;
 }
 
-/// Reads what there is: the request, and nothing of interest behind it.
+/// Reads what has arrived. What follows the request is dropped.
 void receive_request(const directory_service& directory, const server_options& options,
                      directory_connection& connection)
 {
@@ -89,7 +89,7 @@ void receive_request(const directory_service& directory, const server_options& o
     const bool has_all = connection.answering && is_finished(connection);
     const bool gets_nothing =
         connection.answer.empty() || options.directory_answers == directory_fault::silent;
-    // Who has said all may still listen.
+    // A client that has shut down its sending side may still be reading.
     connection.gone = connection.input_ended && (has_all || gets_nothing);
     if (!connection.answer.empty())
         return;
@@ -99,7 +99,7 @@ void receive_request(const directory_service& directory, const server_options& o
         choose_answer(directory, options, connection);
 }
 
-/// Sends on with the answer for one turn, as far as there is room.
+/// Sends more of the answer, until the socket is full or the turn is over.
 void send_answer(directory_connection& connection)
 {
     connection.answering = true;
@@ -119,7 +119,8 @@ void send_answer(directory_connection& connection)
             return;
         }
     }
-    // What the client has not read yet must not be lost: hanging up is left to it, if it still can.
+    // Closing the connection now would lose what the client has not read yet. So the client closes
+    // it, unless it has shut down its side already.
     if (is_finished(connection)) {
         shutdown(connection.socket.get(), SHUT_WR);
         connection.gone = connection.input_ended;
@@ -160,7 +161,7 @@ bool directory_on_event(directory_service& directory, const server_options& opti
     if (!connection.input_ended) {
         receive_request(directory, options, connection);
     } else if (!connection.answering) {
-        connection.gone = true; // nothing was watched for: the other end has gone altogether
+        connection.gone = true; // nothing is watched for, so this event is its loss
     }
     if (!connection.gone && connection.answering && !is_finished(connection))
         send_answer(connection);

@@ -13,10 +13,10 @@ namespace sim
 namespace
 {
 
-constexpr std::time_t seconds_between_past_messages = 60;
+constexpr std::time_t past_message_interval_s = 60;
 
-/// One of so many made-up messages is about an entry that was added, if there are any.
-constexpr std::size_t messages_for_a_feature = 3;
+/// One in this many generated messages is about an added entry, if there are any.
+constexpr std::size_t messages_per_feature = 3;
 
 std::size_t bound_replay_count(const server_options& options)
 {
@@ -30,7 +30,7 @@ feed::feed(const server_options& server, const reference_data& added)
 {
     const std::time_t now = std::time(nullptr);
     for (std::size_t age = bound_replay_count(options); age > 0; --age) {
-        make_next(now - static_cast<std::time_t>(age) * seconds_between_past_messages);
+        make_next(now - static_cast<std::time_t>(age) * past_message_interval_s);
     }
 }
 
@@ -78,7 +78,7 @@ transmission feed::generate(std::time_t now)
 {
     transmission message = generator.next(now);
     ++since_featured;
-    if (since_featured >= messages_for_a_feature && !message.flight_number.empty()) {
+    if (since_featured >= messages_per_feature && !message.flight_number.empty()) {
         feature_entry(message, reference, featured_so_far);
         since_featured = 0;
         ++featured_so_far;

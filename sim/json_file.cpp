@@ -14,8 +14,8 @@ namespace sim
 namespace
 {
 
-/// A named pipe is opened for writing too: so it need not have a writer yet, and does not end when
-/// one leaves.
+/// A named pipe is opened for writing too. So opening it does not wait for a writer, and it does
+/// not end when a writer closes it.
 int choose_open_flags(const std::string& path)
 {
     struct stat about {
@@ -30,7 +30,7 @@ unique_fd open_input(const std::string& path)
                                  : open(path.c_str(), choose_open_flags(path))};
 }
 
-/// Whether something more may come, which can be waited for.
+/// Whether more may come, for which one can wait.
 bool is_live(int fd)
 {
     struct stat about {

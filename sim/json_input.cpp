@@ -15,7 +15,7 @@ namespace sim
 namespace
 {
 
-/// A datagram ends its last line, whether a line feed does or not.
+/// The end of a datagram ends its last line, even without a line feed.
 std::vector<transmission> read_datagrams(json_input& input)
 {
     std::vector<transmission> messages;
@@ -35,7 +35,7 @@ std::vector<transmission> read_datagrams(json_input& input)
 std::vector<transmission> read_stream(json_input& input, int epoll_fd)
 {
     char block[16384];
-    // It is ready, so that this does not wait, though the descriptor may be one that would.
+    // The descriptor may be a blocking one, but it is ready, so this does not wait.
     const ssize_t count = read(input.stream_fd, block, sizeof block);
     if (count > 0)
         return input.stream_lines.take({block, static_cast<std::size_t>(count)});

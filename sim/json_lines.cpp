@@ -35,14 +35,11 @@ std::vector<transmission> json_lines::take(std::string_view bytes)
 
 std::vector<transmission> json_lines::take_rest()
 {
-    std::vector<transmission> messages;
     const std::string line = std::exchange(waiting, {});
-    if (std::exchange(is_too_long, false)) {
-        complain_of("it is longer than " + std::to_string(max_json_line_bytes) + " bytes");
-    } else {
-        read_line(line, messages);
-    }
-    return messages;
+    if (!std::exchange(is_too_long, false))
+        return read_line(line);
+    complain_of("it is longer than " + std::to_string(max_json_line_bytes) + " bytes");
+    return {};
 }
 
 std::size_t json_lines::broken() const
@@ -50,14 +47,14 @@ std::size_t json_lines::broken() const
     return broken_lines;
 }
 
-void json_lines::read_line(std::string_view line, std::vector<transmission>& messages)
+std::vector<transmission> json_lines::read_line(std::string_view line)
 {
     if (line.find_first_not_of(" \t\r") == std::string_view::npos)
-        return;
+        return {};
     json_message read = read_json_message(line);
-    messages = std::move(read.parts);
     if (!read.error.empty())
         complain_of(read.error);
+    return std::move(read.parts);
 }
 
 void json_lines::complain_of(const std::string& error)

@@ -84,13 +84,13 @@ transmission read_members(const json& object, const json_member (&members)[count
     return message;
 }
 
-/// The second character of labels such as "_d" is a delete character on the air.
+/// On the air, the second character of the label "_d" is a delete character.
 void replace_delete_character(std::string& label)
 {
     std::replace(label.begin(), label.end(), '\x7f', 'd');
 }
 
-/// Brings all fields into the form that clients can carry and cuts the content.
+/// Converts all fields into the form that clients can carry, and cuts the content.
 json_message finish_message(transmission message)
 {
     replace_delete_character(message.label);

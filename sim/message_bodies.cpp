@@ -1,9 +1,9 @@
 // message_bodies.cpp - see message_bodies.hpp.
 //
-// Messages are texts with places in braces, filled from left to right, so that a seed gives the
-// same message whatever compiler built this: {flight} {from} {to} from the subject; {utc} and
-// {utc+9} the time of day, so many minutes later; {fix} a waypoint; {letter}; and {00-59} a number
-// of that range, as wide as its first one.
+// Messages are texts with places in braces. They are filled from left to right, so that a seed
+// gives the same message with every compiler: {flight}, {from} and {to} from the subject; {utc} the
+// time of day, {utc+9} nine minutes later; {fix} a waypoint; {letter} a letter from A to F; {00-59}
+// a number of that range, with as many digits as its lower bound.
 #include "sim/message_bodies.hpp"
 
 #include <charconv>
@@ -17,7 +17,7 @@ namespace
 
 struct body_form {
     const char* label;
-    unsigned weight; ///< how often it is heard, against the others
+    unsigned weight; ///< how often it is heard, relative to the others
     std::string_view text;
 };
 
@@ -94,7 +94,7 @@ std::string format_time(unsigned minute)
     return pad_number(minute / 60 % 24, 2) + pad_number(minute % 60, 2);
 }
 
-/// What stands at the place `name`, which was written between braces.
+/// The text for the place that is called `name`.
 std::string fill_place(std::string_view name, random_source& random, const message_subject& subject)
 {
     if (name == "flight")

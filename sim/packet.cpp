@@ -12,8 +12,8 @@ namespace sim
 namespace
 {
 
-/// A reader unpacks into this many bytes for each unit of the size hint.
-constexpr std::size_t bytes_a_hint = 4;
+/// Size of a reader's decompression buffer for each unit of the size hint.
+constexpr std::size_t bytes_per_hint = 4;
 
 /// Positions of the fields in a header.
 constexpr std::size_t kind_at = 0;
@@ -80,7 +80,7 @@ std::optional<packet> plain_transmission(std::string_view xml)
 
 std::optional<packet> compressed_transmission(std::string_view xml)
 {
-    const std::size_t hint = xml.size() / bytes_a_hint + 1;
+    const std::size_t hint = xml.size() / bytes_per_hint + 1;
     if (xml.empty() || hint > std::numeric_limits<std::uint16_t>::max())
         return std::nullopt;
     std::string compressed = zlib_bytes(xml);

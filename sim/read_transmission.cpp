@@ -33,7 +33,7 @@ constexpr text_place text_places[] = {
 struct date_place {
     const char* path;
     int std::tm::*number;
-    int offset; ///< from what is written to what the record holds
+    int offset; ///< from the written number to that of std::tm
     int min;
     int max;
 };

@@ -16,7 +16,7 @@ namespace
 struct update_form {
     std::uint32_t kind;
     std::size_t field_count;
-    std::size_t required_count; ///< so many of the first ones must not be empty
+    std::size_t required_count; ///< the first ones, which must not be empty
 };
 
 constexpr update_form update_forms[] = {

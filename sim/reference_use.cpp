@@ -15,7 +15,7 @@ namespace
 
 constexpr std::size_t code_lengths[] = {3, min_airline_code_length}; ///< ICAO's, then IATA's
 
-/// The part of a flight number that names the airline, if it is so long; else nothing.
+/// The airline code of a flight number, if it has this length; otherwise nothing.
 std::string_view extract_airline_code(std::string_view flight_number, std::size_t length)
 {
     if (flight_number.size() <= length || !is_digit(flight_number[length]))
@@ -33,7 +33,7 @@ const reference_entry* find_airline(std::string_view flight_number, const refere
     return nullptr;
 }
 
-/// The name of the airline with a code, added or known before; empty when it is unknown.
+/// The name of the airline with a code, added or built in; empty if there is none.
 std::string find_airline_name(std::string_view code, const reference_data& reference)
 {
     if (const auto* const added = reference.find(kind::add_airline, code))

@@ -14,7 +14,8 @@ namespace
 constexpr std::string_view declaration_start = "<?xml";
 constexpr std::string_view white_space = " \t\r\n";
 
-/// Where the first line at or after `position` begins that begins a document; npos: nowhere.
+/// The start of the first document at or after `position`, itself the start of a line; npos if
+/// there is none.
 std::size_t find_document(std::string_view text, std::size_t position)
 {
     while (position < text.size() && !text.substr(position).starts_with(declaration_start)) {

@@ -14,13 +14,13 @@ namespace sim
 namespace
 {
 
-/// What follows the moment in every request.
+/// The end of every request, after the moment.
 constexpr std::string_view request_tail = "\t*#cnam#\t#cnum#\t0\t0";
 
-/// A report as it is announced and sent.
+/// A report to be announced and sent.
 struct prepared_report {
     std::string data;      ///< compressed
-    std::size_t size = 0;  ///< announced; clients make room for four times as much
+    std::size_t size = 0;  ///< announced; clients decompress into four times as many bytes
     std::size_t total = 0; ///< announced number of compressed bytes
 };
 

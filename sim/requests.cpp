@@ -14,7 +14,7 @@ namespace sim
 namespace
 {
 
-/// Starts the transmissions, recent ones first, once a client has done all that is asked of it.
+/// Admits a client once it has done all that is asked of it. Recent transmissions come first.
 void admit_client(server_core& core, client_session& session)
 {
     if (session.admitted || !session.identified || !session.authenticated)
@@ -28,15 +28,15 @@ void admit_client(server_core& core, client_session& session)
     if (count == 0)
         return;
     session_queue_packet(session, replay_announcement_packet(static_cast<std::uint32_t>(count)));
-    // Announced means promised: among the assured packets newer transmissions cannot push them out.
+    // What was announced must come, so these are assured: newer transmissions cannot push them out.
     for (const auto& item : recent) {
         if (is_wanted(item))
             session_queue(session, item.bytes);
     }
 }
 
-/// Two servers must differ, since clients refuse to connect to the same one twice; one that is
-/// started again should be known again.
+/// Made of address and port. Two servers must differ, because clients refuse to connect to the same
+/// one twice; a server that is restarted should keep its identity.
 std::string make_uuid(const server_core& core)
 {
     random_source random{make_seed(core.options.bind_address, core.listener.port)};
@@ -118,7 +118,7 @@ struct client_request {
     void (*handle)(server_core& core, client_session& session, const packet& received);
 };
 
-/// Version and form of transmissions (kinds 101 and 151) need no answer: there is one form.
+/// The client's version and its form of transmissions (kinds 101 and 151) need no answer.
 constexpr client_request client_requests[] = {
     {kind::good_bye, on_good_bye},
     {kind::password_digest, on_password_digest},

@@ -36,7 +36,7 @@ void add_client(server_core& core, int fd, time_point now)
 {
     const int on = 1;
     setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    // The socket of a client that is gone is closed at the end of the turn, so fd is new here.
+    // The sockets of clients that are gone are closed at the end of a turn, so no session has fd.
     client_session& session =
         core.sessions.try_emplace(fd, fd, core.clients_so_far + 1).first->second;
     ++core.clients_so_far;
@@ -62,7 +62,7 @@ void receive_from(server_core& core, client_session& session)
     session_receive(session);
     packet received;
     packet_taken taken = packet_taken::none;
-    // A client may say good-bye and hang up at once: what came before the end counts.
+    // A client may say good-bye and close its connection at once. What came before the end counts.
     while ((taken = session_take_packet(session, received)) == packet_taken::whole) {
         if (core.on_packet)
             core.on_packet(session, received);
@@ -103,7 +103,7 @@ void archive_item(server_core& core, const feed_item& item)
         core.services.archive.add(item.message, std::time(nullptr), core.services.reference);
 }
 
-/// Queues an item for every admitted client, and a notice behind it where a pager list asks for it.
+/// Queues an item for every admitted client, and a notice after it if a pager list asks for it.
 void pass_on(server_core& core, const feed_item& item)
 {
     archive_item(core, item);
@@ -134,7 +134,7 @@ void generate_transmissions(server_core& core, time_point now)
         if (const auto item = core.messages.next())
             pass_on(core, *item);
     }
-    // What a stalled machine has missed is not made up for.
+    // After a stall, what was missed is not sent later.
     core.next_transmission = std::max(core.next_transmission, now);
 }
 
@@ -222,11 +222,11 @@ bool core_transmit(server_core& core, const std::string& xml)
     return item.has_value();
 }
 
-std::size_t core_take_json(server_core& core, std::string_view line)
+std::size_t core_take_json(server_core& core, std::string_view lines)
 {
-    json_lines& lines = core.json.pushed_lines;
-    const std::size_t count = pass_on_all(core, lines.take(line));
-    return count + pass_on_all(core, lines.take_rest());
+    json_lines& pushed = core.json.pushed_lines;
+    const std::size_t count = pass_on_all(core, pushed.take(lines));
+    return count + pass_on_all(core, pushed.take_rest());
 }
 
 std::size_t core_broadcast(server_core& core, const packet& sent)

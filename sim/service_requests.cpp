@@ -46,7 +46,8 @@ bool is_address(std::string_view text)
     return !text.empty() && is_clean_field(text, max_field_bytes);
 }
 
-/// What a subscriber signs further requests with: not a secret, but the same at every start.
+/// The code that a subscriber adds to further requests. It is not a secret, but the same at every
+/// start.
 unsigned make_subscription_code(std::string_view address)
 {
     constexpr unsigned min_code = 10000;
@@ -68,7 +69,7 @@ void on_subscription(server_core& core, client_session& session, const packet& r
     } else {
         ++session.changes;
         subscriptions[address] = 0;
-        // Short enough for a line of the status pane at 80 columns.
+        // Short enough for one line of the status pane at 80 columns.
         session_queue_packet(session, make_notice("Daily reports subscribed. Your code: " +
                                                   std::to_string(make_subscription_code(address))));
     }
@@ -90,7 +91,7 @@ void on_report_style(server_core& core, client_session& session, const packet& r
     }
 }
 
-/// From now on the client is told of what the list is about.
+/// From now on the client is told of messages that the owner's list asks for.
 void remember_owner(client_session& session, const pager_owner& owner)
 {
     auto& owners = session.pager_owners;
@@ -148,8 +149,8 @@ void on_pager_list(server_core& core, client_session& session, const packet& rec
                                    .payload = pager_list_text(core.services.pagers.list(owner))});
 }
 
-/// A service's request, and the answer of a server that does not offer the service. Clients have
-/// texts of their own for some of these answers and do not show ours.
+/// A request for a service, and the answer of a server that does not offer it. For some of these
+/// answers clients have texts of their own and do not show ours.
 struct service_request {
     std::uint32_t number;
     bool (*is_offered)(const capability_texts& texts);

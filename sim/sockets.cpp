@@ -38,8 +38,8 @@ std::string open_socket(int type, const std::string& address, unique_fd& opened,
     return {};
 }
 
-/// Whether accepting failed for lack of something that others may give back.
-bool is_short_of_descriptors(int error)
+/// Whether accepting failed because the system is out of descriptors or memory.
+bool is_out_of_resources(int error)
 {
     return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
 }
@@ -56,7 +56,7 @@ unique_fd listener_accept(tcp_listener& listener, int epoll_fd)
 {
     unique_fd accepted{
         accept4(listener.socket.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC)};
-    if (!accepted && is_short_of_descriptors(errno)) {
+    if (!accepted && is_out_of_resources(errno)) {
         watch(epoll_fd, EPOLL_CTL_MOD, listener.socket.get(), 0);
         listener.accept_again_at = steady_clock::now() + std::chrono::milliseconds{accept_retry_ms};
     }

@@ -21,12 +21,12 @@ struct tcp_listener {
 /// one; the listener's port is the one that was taken. Returns an error text, empty on success.
 std::string listener_open(tcp_listener& listener, const std::string& address, std::uint16_t port);
 
-/// Accepts a waiting connection, whose socket does not block. Owns nothing when there is none.
-/// Without a free descriptor accepting rests for accept_retry_ms: the waiting client would wake the
-/// loop again and again.
+/// Accepts a connection that waits, with a socket that does not block; -1 if there is none. When
+/// the system is out of descriptors, accepting rests for accept_retry_ms: otherwise the client that
+/// waits would wake the loop again and again.
 unique_fd listener_accept(tcp_listener& listener, int epoll_fd);
 
-/// Resumes accepting when its rest is over.
+/// Resumes accepting if its rest is over.
 void listener_resume(tcp_listener& listener, int epoll_fd, time_point now);
 
 /// Receives UDP datagrams at an IPv4 address without ever blocking. Port 0 stands for any free one

@@ -71,7 +71,7 @@ std::string flight_key(std::string_view flight_number)
 
 bool wildcard_match(std::string_view pattern, std::string_view text)
 {
-    // After a mismatch only the latest "*" needs to take one character more.
+    // After a mismatch it is enough that the latest "*" takes one character more.
     std::size_t at = 0;
     std::size_t in = 0;
     std::size_t star = std::string_view::npos;

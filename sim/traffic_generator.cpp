@@ -13,12 +13,12 @@ namespace
 
 constexpr std::size_t fleet_size = 48;
 
-/// Percent of the messages that come from an aircraft not heard before; it takes another's place.
+/// Percentage of messages from an aircraft not heard before, which replaces another.
 constexpr unsigned newcomer_percent = 4;
 
 constexpr unsigned uplink_percent = 11;
-constexpr unsigned block_count = 10;     ///< block ids of downlinks: one digit
-constexpr unsigned sequence_count = 100; ///< message numbers: two digits
+constexpr unsigned block_count = 10;     ///< a downlink's block id is one digit
+constexpr unsigned sequence_count = 100; ///< a message number has two digits
 constexpr unsigned max_first_sequence = 59;
 constexpr unsigned max_flight = 1999;
 
@@ -125,7 +125,8 @@ void traffic_generator::fill_downlink(transmission& message, aircraft& flying, u
     message.to = flying.to;
 }
 
-// The ground addresses an aircraft, not a flight: neither flight number nor message number is sent.
+// The ground addresses an aircraft, not a flight, so it sends no flight number and no message
+// number.
 void traffic_generator::fill_uplink(transmission& message, const aircraft& flying, unsigned minute)
 {
     const message_body body = uplink_body(

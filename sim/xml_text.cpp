@@ -9,7 +9,7 @@ namespace sim
 namespace
 {
 
-// What stands for characters that would be taken for markup or for a template's own.
+// Replacements for characters that readers would take for markup or a template's placeholders.
 constexpr char less_than_stand_in = '(';
 constexpr char greater_than_stand_in = ')';
 constexpr char percent_stand_in = '/';
