@@ -13,23 +13,26 @@
 namespace
 {
 
+constexpr std::size_t help_column = 28;
+
 constexpr const char* description =
-    "A small ACARS message server to practise with: it sends made-up or recorded messages,\n"
-    "or those of your receiver, to any number of clients, and keeps what they ask its services\n"
-    "to keep until it ends.\n";
+    "A small ACARS message server to practise with. It sends made-up or recorded messages, or\n"
+    "those of your receiver, to any number of clients. It answers all of their services and\n"
+    "keeps what they ask it to keep, in memory, until it ends.\n";
 
 constexpr const char* help_footer =
-    "Replay files: XML documents one after the other. Each begins with a line that begins\n"
-    "with \"<?xml\" and reaches to the next such line; white space at its end is dropped.\n"
-    "A document whose BlockID is a letter counts as an uplink. At its end the file starts\n"
-    "over.\n"
+    "A replay file contains XML documents, one after another. Each begins with a line that\n"
+    "starts with \"<?xml\" and ends before the next such line; white space at its end is\n"
+    "dropped. A document whose BlockID is a letter counts as an uplink. After the last\n"
+    "document the file starts over.\n"
     "\n"
-    "Receivers: JSON of VHF messages (one flat object each), VDL2 and HFDL frames is taken.\n"
+    "Receivers may send JSON of VHF messages (one flat object each), VDL2 and HFDL frames.\n"
     "With --json-udp, or a pipe as --json-file, messages are made up only if --rate is given.\n"
     "\n"
-    "Reports hold the messages sent on a day of this machine's time zone, or dated with it.\n"
+    "A report contains the messages that were sent on its day in this machine's time zone,\n"
+    "and those that are dated with it.\n"
     "\n"
-    "Exit status: 0 after SIGTERM or SIGINT, 1 when it cannot serve, 2 for wrong options.";
+    "Exit status: 0 after SIGTERM or SIGINT, 1 if it cannot serve, 2 for wrong options.";
 
 std::string unescape_line_feeds(std::string text)
 {
@@ -129,7 +132,7 @@ std::optional<int> read_command_line(int argc, char** argv, command_line& line)
 {
     CLI::App app{description, "tovriksim"};
     app.footer(help_footer);
-    app.get_formatter()->column_width(28);
+    app.get_formatter()->column_width(help_column);
     add_options(app, line);
     try {
         app.parse(argc, argv);
