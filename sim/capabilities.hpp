@@ -14,8 +14,7 @@ namespace sim
 /// checking when its text is not empty.
 struct capability_texts {
     std::optional<std::string> version = "1.00.000";
-    std::optional<std::string> server_uuid =
-        {}; ///< none: the server makes one of its address and port
+    std::optional<std::string> server_uuid = {}; ///< none: made of the server's address and port
     std::optional<std::string> crc_check = {};
     std::optional<std::string> mailing = "0";
     std::optional<std::string> db_modify = "0";

@@ -95,7 +95,7 @@ client_session::client_session(int socket_fd, std::uint64_t client_number)
 void session_receive(client_session& session)
 {
     char block[4096];
-    for (std::size_t total = 0; total < max_read_bytes_a_turn;) {
+    for (std::size_t total = 0; total < max_read_bytes_per_turn;) {
         const ssize_t count = recv(session.socket.get(), block, sizeof block, MSG_DONTWAIT);
         if (count < 0 && errno == EINTR)
             continue;

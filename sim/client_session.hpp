@@ -44,8 +44,8 @@ struct client_session {
     std::size_t sent_bytes = 0;     ///< of `sending`
     unsigned next_turn = 0;         ///< index of the queue whose turn it is
     bool waiting_to_write = false;  ///< the socket is full; sending resumes when it is writable
-    bool watched_for_write = false; ///< the loop watches for that; the loop sets this
-    time_point next_send{};         ///< nothing is sent before
+    bool watched_for_write = false; ///< the loop watches for that, and sets this
+    time_point next_send{};         ///< nothing is sent before this
 
     // What the client has shown and asked for.
     bool identified = false;
@@ -58,7 +58,7 @@ struct client_session {
     // Its end.
     time_point next_tick = never;
     time_point close_at = never; ///< it is told of the end then
-    time_point drop_at = never;  ///< after that, its connection is closed then
+    time_point drop_at = never;  ///< its connection is closed then, if it is still open
     bool closing = false;        ///< it has been told; nothing that it says counts any more
     bool gone = false;           ///< to be removed
 };
@@ -66,7 +66,7 @@ struct client_session {
 /// What session_take_packet found in the input.
 enum class packet_taken { none, whole, broken };
 
-/// Reads what the socket has, at most max_read_bytes_a_turn. Marks the session as gone at the end
+/// Reads what the socket has, at most max_read_bytes_per_turn. Marks the session as gone at the end
 /// of the stream and on errors.
 void session_receive(client_session& session);
 

@@ -116,7 +116,7 @@ std::string complete_options(command_line& line, const CLI::App& app)
     if (error.empty())
         error = open_json(line);
     if (is_live_only(line) && app.count("--rate") == 0)
-        line.server.rate_a_minute = 0;
+        line.server.rate_per_minute = 0;
     return error;
 }
 

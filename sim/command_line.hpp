@@ -13,7 +13,7 @@
 
 /// The options as they were typed, and the server's options that are made of them.
 struct command_line {
-    sim::server_options server{.port = 2202, .rate_a_minute = 30, .record_limit = 0};
+    sim::server_options server{.port = 2202, .rate_per_minute = 30, .record_limit = 0};
     std::string replay_path;
     std::string directory_path;
     std::string json_path;

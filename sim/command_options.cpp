@@ -75,9 +75,9 @@ void add_place_options(CLI::App& app, command_line& line)
 void add_traffic_options(CLI::App& app, command_line& line)
 {
     app.option_defaults()->group("Messages");
-    app.add_option("--rate", line.server.rate_a_minute,
+    app.add_option("--rate", line.server.rate_per_minute,
                    "Transmissions a minute; those beyond the pace are dropped")
-        ->check(limit_number(0, sim::max_rate_a_minute))
+        ->check(limit_number(0, sim::max_rate_per_minute))
         ->type_name("N")
         ->capture_default_str();
     app.add_option("--seed", line.server.seed,

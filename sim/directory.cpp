@@ -104,7 +104,7 @@ void send_answer(directory_connection& connection)
 {
     connection.answering = true;
     connection.answer_at = never;
-    for (int i = 0; i < max_directory_sends_a_turn && !is_finished(connection); ++i) {
+    for (int i = 0; i < max_directory_sends_per_turn && !is_finished(connection); ++i) {
         if (connection.sent_bytes == connection.answer.size())
             connection.sent_bytes = connection.repeat_from;
         const ssize_t count =

@@ -20,7 +20,7 @@ std::vector<transmission> read_datagrams(json_input& input)
 {
     std::vector<transmission> messages;
     std::string block(max_json_line_bytes, '\0');
-    for (int i = 0; i < max_datagrams_a_turn; ++i) {
+    for (int i = 0; i < max_datagrams_per_turn; ++i) {
         const ssize_t count =
             recv(input.udp_socket.get(), block.data(), block.size(), MSG_DONTWAIT);
         if (count < 0)

@@ -65,7 +65,7 @@ void json_lines::complain_of(const std::string& error)
         second_began = now;
         complaints = 0;
     }
-    if (!complain || complaints >= max_complaints_a_second)
+    if (!complain || complaints >= max_complaints_per_second)
         return;
     ++complaints;
     complain("dropped a line of JSON (number " + std::to_string(broken_lines) +

@@ -18,7 +18,7 @@ class json_lines
 public:
     using complaint_taker = std::function<void(const std::string&)>;
 
-    /// `complain` may be empty; it gets at most max_complaints_a_second texts of one line each.
+    /// `complain` may be empty; it gets at most max_complaints_per_second texts of one line each.
     explicit json_lines(complaint_taker complain);
 
     /// The messages of the lines that end in `bytes`; an unfinished line waits for its end. A line

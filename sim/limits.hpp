@@ -19,8 +19,8 @@ constexpr std::size_t max_text_bytes = max_payload_bytes - 1;
 /// Maximum length of an element's text in the clients' document reader.
 constexpr std::size_t max_value_bytes = 511;
 
-/// Maximum that is read from one client before the others get their turn.
-constexpr std::size_t max_read_bytes_a_turn = 16384;
+/// Maximum number of bytes read from one client before the others get their turn.
+constexpr std::size_t max_read_bytes_per_turn = 16384;
 
 /// Maximum number of assured packets that wait for one client; further ones are dropped.
 constexpr std::size_t max_assured_packets = 1024;
@@ -29,10 +29,10 @@ constexpr std::size_t max_assured_packets = 1024;
 constexpr std::size_t max_replay_count = 1000;
 
 /// Maximum number of transmissions generated at once when the loop is late.
-constexpr int max_transmissions_a_turn = 100;
+constexpr int max_transmissions_per_turn = 100;
 
 /// Maximum number of transmissions a minute.
-constexpr double max_rate_a_minute = 60000;
+constexpr double max_rate_per_minute = 60000;
 
 /// How long a client that was told of the end may keep its connection open.
 constexpr int closing_grace_ms = 5000;
@@ -45,7 +45,7 @@ constexpr std::size_t max_field_bytes = 64;
 
 /// Maximum number of entries that a client may add during one connection: to the reference data,
 /// pager lists and subscriptions together.
-constexpr std::size_t max_changes_a_client = 500;
+constexpr std::size_t max_changes_per_client = 500;
 
 /// Maximum number of entries of the reference data.
 constexpr std::size_t max_reference_entries = 2000;
@@ -59,12 +59,12 @@ constexpr std::size_t max_pager_entries = 40;
 constexpr std::size_t max_pager_field_bytes = 30;
 
 /// Maximum number of pager lists whose hits one client is told of.
-constexpr std::size_t max_pager_lists_a_client = 8;
+constexpr std::size_t max_pager_lists_per_client = 8;
 
 /// Maximum number of subscriptions to mailings.
 constexpr std::size_t max_subscriptions = 1000;
 
-/// Maximum number of messages that are kept for reports, and total length of their texts.
+/// Maximum number of messages that are kept for reports, and maximum total length of their texts.
 constexpr std::size_t max_archived_messages = 20000;
 constexpr std::size_t max_archived_bytes = std::size_t{16} * 1024 * 1024;
 
@@ -84,22 +84,22 @@ constexpr std::size_t max_directory_request_bytes = 8192;
 constexpr int max_directory_ms = 30000;
 
 /// Maximum number of pieces of an answer that are sent before others get their turn.
-constexpr int max_directory_sends_a_turn = 64;
+constexpr int max_directory_sends_per_turn = 64;
 
 /// Maximum size of a directory's file.
 constexpr std::size_t max_directory_bytes = std::size_t{64} * 1024 * 1024;
 
-/// The latest time of a message, in seconds since 1970: the end of the year 9999.
+/// The latest time of a message, in seconds since the epoch: the end of the year 9999.
 constexpr double max_time_s = 253402300799;
 
 /// Maximum length of a line of JSON; no datagram is longer.
 constexpr std::size_t max_json_line_bytes = 65536;
 
 /// Maximum number of datagrams that are read before others get their turn.
-constexpr int max_datagrams_a_turn = 16;
+constexpr int max_datagrams_per_turn = 16;
 
 /// Maximum number of texts about broken lines a second. All broken lines are counted.
-constexpr int max_complaints_a_second = 10;
+constexpr int max_complaints_per_second = 10;
 
 /// Maximum size of a file of JSON lines.
 constexpr std::size_t max_json_file_bytes = std::size_t{64} * 1024 * 1024;

@@ -16,17 +16,17 @@
 namespace sim
 {
 
-/// How requests of reports are answered.
+/// How requests for reports are answered.
 enum class report_answer {
-    real,       ///< with a report if there were messages on that day
-    busy,       ///< always that all report processes are busy
-    empty,      ///< always that there were no messages
-    corrupt,    ///< with data that cannot be decompressed
-    tight,      ///< with an announced size that is too small to decompress into
-    unfinished, ///< with a report that lacks its last piece
+    real,       ///< a report if there were messages on that day
+    busy,       ///< always "all report processes are busy"
+    empty,      ///< always "no messages"
+    corrupt,    ///< a report whose data cannot be decompressed
+    tight,      ///< a report whose announced size is too small to decompress into
+    unfinished, ///< a report without its last piece
 };
 
-/// A fault of the directory's answers, on purpose.
+/// A deliberate fault in the directory's answers.
 enum class directory_fault {
     none,
     silent,        ///< requests are never answered
@@ -41,8 +41,8 @@ struct server_options {
     std::uint16_t port = 0;                 ///< 0: any free one
 
     /// Pause between the packets to one client; 0: none. A client looks for a packet once a second
-    /// and takes one at a time. If it finds a part of one, the rest is read together with the
-    /// beginning of the next, if that has arrived. So packets come a little slower than it looks.
+    /// and takes one at a time. If it finds only a part of one, reading the rest swallows the
+    /// beginning of the next, if that has arrived. So the pause is a little longer than a second.
     int pace_ms = 1150;
 
     // What it says about itself.
@@ -61,10 +61,9 @@ struct server_options {
     std::size_t replay_count = 0;
 
     // Traffic.
-    double rate_a_minute = 0; ///< its own transmissions; max_rate_a_minute at most
-    std::uint64_t seed = 1;   ///< of the generated traffic
-    std::size_t queue_limit =
-        64; ///< transmissions that wait for one client; the oldest are dropped
+    double rate_per_minute = 0;   ///< its own transmissions; max_rate_per_minute at most
+    std::uint64_t seed = 1;       ///< of the generated traffic
+    std::size_t queue_limit = 64; ///< of transmissions for one client; the oldest are dropped
     std::vector<std::string> replay_documents = {}; ///< sent in turn instead of generated traffic
     std::vector<transmission> replay_messages = {}; ///< likewise; a time of 0 stands for now
     std::optional<std::time_t> fixed_time = {};     ///< date of generated traffic; none: now
@@ -83,9 +82,8 @@ struct server_options {
 
     // Messages of receivers, one JSON object per line, passed on as they come.
     std::optional<std::uint16_t> json_udp_port = {}; ///< none: no datagrams; 0: any free port
-    int json_stream_fd = -1; ///< a pipe, socket or terminal; the caller owns it; -1: none
-    std::function<void(const std::string&)> on_complaint =
-        {}; ///< gets a line of text about broken input
+    int json_stream_fd = -1; ///< a pipe, socket or terminal, the caller's; -1: none
+    std::function<void(const std::string&)> on_complaint = {}; ///< gets a line about broken input
 
     // How connections end.
     int close_after_ms = 0; ///< from a client's arrival; 0: never

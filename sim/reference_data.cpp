@@ -32,7 +32,7 @@ const update_form* find_form(std::uint32_t kind)
 
 bool is_day_mask(std::string_view days)
 {
-    return days.size() == days_a_week && days.find_first_not_of("Xx-") == std::string_view::npos;
+    return days.size() == days_per_week && days.find_first_not_of("Xx-") == std::string_view::npos;
 }
 
 bool is_valid(const update_form& form, const std::vector<std::string_view>& fields)

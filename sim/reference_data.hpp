@@ -17,7 +17,7 @@ namespace sim
 {
 
 /// Length of the mask that gives a flight's days.
-constexpr std::size_t days_a_week = 7;
+constexpr std::size_t days_per_week = 7;
 
 /// Positions of the fields in an entry, by kind of entry.
 namespace airline_field

@@ -49,7 +49,8 @@ bool flies_on(const reference_entry& flight, std::time_t time)
     if (gmtime_r(&time, &utc) == nullptr)
         return false;
     // tm_wday counts from Sunday, the flight's days from Monday.
-    const std::size_t day = (static_cast<std::size_t>(utc.tm_wday) + days_a_week - 1) % days_a_week;
+    const std::size_t day =
+        (static_cast<std::size_t>(utc.tm_wday) + days_per_week - 1) % days_per_week;
     return flight.fields[flight_field::days][day] != '-';
 }
 

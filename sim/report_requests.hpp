@@ -8,8 +8,8 @@ namespace sim
 
 /// Answers a request for a report. A report comes as its start, its header and then its pieces, in
 /// turn with other messages. Otherwise the answer is that the server is busy, that there were no
-/// messages, or that the request makes no sense. The server is busy for a client whose report is
-/// still under way, and for all while max_reports_at_once are.
+/// messages, or that the request makes no sense. The server counts as busy while this client's
+/// report, or max_reports_at_once reports, are under way.
 void answer_report_request(server_core& core, client_session& session, const packet& received);
 
 } // namespace sim

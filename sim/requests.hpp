@@ -7,7 +7,7 @@ namespace sim
 {
 
 /// Queues what every new client gets: capabilities first, then the request for its name, greetings
-/// and uptime; then transmissions, if nothing is asked of it.
+/// and uptime. A client that need not give a name or password is admitted at once.
 void welcome_client(server_core& core, client_session& session);
 
 /// Acts on one packet of a client that is not being closed. Unknown kinds are ignored.

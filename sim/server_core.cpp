@@ -27,7 +27,7 @@ time_point schedule_after(time_point now, int ms)
 
 steady_clock::duration compute_interval(const server_options& options)
 {
-    const double rate = std::min(options.rate_a_minute, max_rate_a_minute);
+    const double rate = std::min(options.rate_per_minute, max_rate_per_minute);
     return std::chrono::duration_cast<steady_clock::duration>(
         std::chrono::duration<double>{60 / rate});
 }
@@ -129,7 +129,7 @@ std::size_t pass_on_all(server_core& core, std::vector<transmission> received)
 void generate_transmissions(server_core& core, time_point now)
 {
     const auto interval = compute_interval(core.options);
-    for (int i = 0; i < max_transmissions_a_turn && now >= core.next_transmission; ++i) {
+    for (int i = 0; i < max_transmissions_per_turn && now >= core.next_transmission; ++i) {
         core.next_transmission += interval;
         if (const auto item = core.messages.next())
             pass_on(core, *item);
@@ -163,7 +163,7 @@ std::string core_open(server_core& core)
     if (!error.empty())
         return error;
     core.started_at = steady_clock::now();
-    if (core.options.rate_a_minute > 0)
+    if (core.options.rate_per_minute > 0)
         core.next_transmission = core.started_at + compute_interval(core.options);
     for (const auto& item : core.messages.history()) {
         archive_item(core, item);

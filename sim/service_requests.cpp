@@ -28,7 +28,7 @@ packet make_error(std::string text)
 
 bool may_add(const client_session& session)
 {
-    return session.changes < max_changes_a_client;
+    return session.changes < max_changes_per_client;
 }
 
 void on_update(server_core& core, client_session& session, const packet& received)
@@ -96,7 +96,7 @@ void remember_owner(client_session& session, const pager_owner& owner)
 {
     auto& owners = session.pager_owners;
     if (std::find(owners.begin(), owners.end(), owner) == owners.end() &&
-        owners.size() < max_pager_lists_a_client)
+        owners.size() < max_pager_lists_per_client)
         owners.push_back(owner);
 }
 

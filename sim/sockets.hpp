@@ -21,9 +21,9 @@ struct tcp_listener {
 /// one; the listener's port is the one that was taken. Returns an error text, empty on success.
 std::string listener_open(tcp_listener& listener, const std::string& address, std::uint16_t port);
 
-/// Accepts a connection that waits, with a socket that does not block; -1 if there is none. When
-/// the system is out of descriptors, accepting rests for accept_retry_ms: otherwise the client that
-/// waits would wake the loop again and again.
+/// Accepts a connection that waits; its socket does not block. The result is empty if there is
+/// none. When the system is out of descriptors, accepting rests for accept_retry_ms: otherwise the
+/// client that waits would wake the loop again and again.
 unique_fd listener_accept(tcp_listener& listener, int epoll_fd);
 
 /// Resumes accepting if its rest is over.

@@ -6,7 +6,7 @@
 namespace sim
 {
 
-/// `what`, and the system's text for errno.
+/// `what`, a colon and the system's text for errno.
 std::string system_text(const std::string& what);
 
 } // namespace sim

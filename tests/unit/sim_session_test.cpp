@@ -215,7 +215,7 @@ TEST(sim_session, reads_a_bounded_amount_in_a_turn)
     ASSERT_EQ(send(ends.peer.get(), flood.data(), flood.size(), 0), 60000);
     session_receive(*ends.session);
     EXPECT_GT(ends.session->input.size(), 0U);
-    EXPECT_LE(ends.session->input.size(), sim::max_read_bytes_a_turn + 4096);
+    EXPECT_LE(ends.session->input.size(), sim::max_read_bytes_per_turn + 4096);
 }
 
 TEST(sim_session, is_gone_when_the_client_has_hung_up)
