@@ -18,7 +18,7 @@ constexpr int fault_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSY
 sigset_t open_mask;
 void (*signal_handlers[NSIG])(int);
 
-sigset_t watched_set()
+sigset_t make_watched_set()
 {
     sigset_t set;
     sigemptyset(&set);
@@ -44,7 +44,7 @@ void run_handler(int signal_number)
 
 void signal_door_close()
 {
-    const sigset_t watched = watched_set();
+    const sigset_t watched = make_watched_set();
     pthread_sigmask(SIG_BLOCK, &watched, &open_mask);
     // A parent may have left them blocked, which would make the program deaf.
     for (const int signal_number : watched_signals)
@@ -62,7 +62,7 @@ void signal_install(int signal_number, void (*handler)(int))
     struct sigaction action = {};
     action.sa_handler = run_handler;
     // A handler starts under the pause's open mask, so the other signals must be kept out here.
-    action.sa_mask = watched_set();
+    action.sa_mask = make_watched_set();
     sigaction(signal_number, &action, nullptr);
 }
 

@@ -31,7 +31,7 @@ struct server_path {
     std::size_t block_length; // up to and including the "/" after the block's name
 };
 
-server_path path_of_block(const char* number)
+server_path make_path(const char* number)
 {
     server_path path;
     std::snprintf(path.text, sizeof path.text, "clientconf/Server%s/", number);
@@ -73,7 +73,7 @@ constexpr text_element text_elements[] = {
 /// Reads one server's block. False if a server or a part of it was lost when out of memory.
 bool read_server(const xml_index& index, const char* number)
 {
-    server_path path = path_of_block(number);
+    server_path path = make_path(number);
     auto* server = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
     if (server == nullptr)
         return false;

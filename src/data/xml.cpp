@@ -59,7 +59,7 @@ struct reader {
     bounded_text<xml_text_limit> joined; // a text put together from its pieces
 };
 
-block* new_block(std::size_t size)
+block* make_block(std::size_t size)
 {
     auto* made = static_cast<block*>(std::malloc(sizeof(block) + size));
     if (made != nullptr)
@@ -67,21 +67,21 @@ block* new_block(std::size_t size)
     return made;
 }
 
-/// The block to take `size` bytes from: the last one, or a new one. Null when out of memory.
-block* block_with(reader& state, std::size_t size)
+/// Finds a block with `size` free bytes: the last one, or a new one. Null when out of memory.
+block* find_block(reader& state, std::size_t size)
 {
     block* last = state.memory;
     if (last->texts_begin - last->nodes_end >= size)
         return last;
-    last->next = new_block(std::max(size, block_bytes));
+    last->next = make_block(std::max(size, block_bytes));
     if (last->next != nullptr)
         state.memory = last->next;
     return last->next;
 }
 
-xml_node* new_node(reader& state)
+xml_node* make_node(reader& state)
 {
-    block* from = block_with(state, sizeof(xml_node));
+    block* from = find_block(state, sizeof(xml_node));
     if (from == nullptr)
         return nullptr;
     char* place = from->bytes() + from->nodes_end;
@@ -92,7 +92,7 @@ xml_node* new_node(reader& state)
 /// Memory for a text of `size` bytes, terminator included. Null when out of memory.
 char* allocate_text(reader& state, std::size_t size)
 {
-    block* from = block_with(state, size);
+    block* from = find_block(state, size);
     if (from == nullptr)
         return nullptr;
     from->texts_begin -= size;
@@ -171,7 +171,7 @@ bool begin_tag(reader& state, const char* at)
     // The ">" that gave the node its name also began its text, and no "<" has come since.
     if (!store_value(state, at))
         return false;
-    xml_node* next = new_node(state);
+    xml_node* next = make_node(state);
     if (next == nullptr)
         return false;
     state.current->next = next;
@@ -256,10 +256,10 @@ void read_document(reader& state, const char* at, const char* end)
 xml_node* xml_parse(const char* text)
 {
     reader state;
-    state.memory = new_block(block_bytes);
+    state.memory = make_block(block_bytes);
     if (state.memory == nullptr)
         return nullptr;
-    xml_node* document = state.current = new_node(state);
+    xml_node* document = state.current = make_node(state);
     const char* declaration_end = std::strstr(text, "?>");
     if (declaration_end != nullptr)
         read_document(state, declaration_end + 1, declaration_end + std::strlen(declaration_end));
