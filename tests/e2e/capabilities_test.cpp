@@ -1,4 +1,4 @@
-// capabilities_test.cpp - what a server says it can do, and which keys that opens.
+// capabilities_test.cpp - the capabilities that a server reports, and which keys they enable.
 #include "e2e/network_session.hpp"
 
 #include <ostream>
@@ -6,7 +6,7 @@
 namespace
 {
 
-/// A key that wants a service, and the words with which it is refused.
+/// A key that needs a service, and the text that refuses it.
 struct gated_key {
     char letter; // with CTRL
     const char* refusal;
@@ -17,11 +17,11 @@ constexpr gated_key mailings{'j', "Daily mailings are not supported on alpha"};
 constexpr gated_key reports{'o', "Reports are not supported on alpha"};
 constexpr gated_key pager_lists{'p', "Pagerlists are not supported on alpha"};
 
-/// A capability document, and which of the four keys it opens.
+/// A capability document, and which of the four keys it enables.
 struct opening {
     const char* name;
     const char* elements;
-    bool updates = false; // mailings go with them
+    bool updates = false; // and mailings with them
     bool reports = false;
     bool pager_lists = false;
 };
@@ -50,7 +50,7 @@ constexpr opening openings[] = {
 class capabilities_open : public testing::TestWithParam<opening>
 {
 protected:
-    /// Presses a key and leaves what it may have opened; true if it was refused, with a beep.
+    /// Presses a key and leaves what it may have opened; true if the key was refused with a beep.
     bool is_refused(const gated_key& key)
     {
         const int bells = client.terminal().bells();
@@ -146,7 +146,7 @@ TEST(capabilities, belong_to_one_server)
     ASSERT_TRUE(run.begin());
     ASSERT_TRUE(run.say(0, "<Reports>1</Reports>"));
     ASSERT_TRUE(wait_for_notice(run.client, run.connections[0], "known"));
-    run.client.terminal().send_control('o'); // the bar is on the second
+    run.client.terminal().send_control('o'); // the bar is on the second server
     ASSERT_TRUE(run.client.wait_for_status("Reports are not supported on bravo", pairs::error));
 }
 

@@ -1,4 +1,4 @@
-// connect_test.cpp - opening connections: what is said to the user and to the server.
+// connect_test.cpp - opening connections: what the user and the server are told.
 #include "e2e/network_session.hpp"
 
 #include "support/loopback.hpp"
@@ -13,7 +13,7 @@
 namespace
 {
 
-std::string with_port(const std::string& words, const scripted_server& server)
+std::string append_port(const std::string& words, const scripted_server& server)
 {
     return words + ":" + std::to_string(server.port());
 }
@@ -41,9 +41,9 @@ TEST(connect, reports_the_attempt_and_the_success_with_the_number_of_the_socket)
     client_session client;
     ASSERT_TRUE(client.start(knowing(server)));
     ASSERT_TRUE(client.connect_selected(server));
-    ASSERT_TRUE(
-        client.wait_for_status(with_port("Try connecting to alpha", server), pairs::plain, false));
-    const std::string start = with_port("Successfully connected alpha", server) + ". Handle #";
+    ASSERT_TRUE(client.wait_for_status(append_port("Try connecting to alpha", server), pairs::plain,
+                                       false));
+    const std::string start = append_port("Successfully connected alpha", server) + ". Handle #";
     const std::string line = client.status_lines().back();
     ASSERT_TRUE(line.starts_with(start)) << line;
     ASSERT_TRUE(client.wait_for_status(line, pairs::notice));
@@ -72,14 +72,14 @@ TEST(connect, without_an_alias_the_host_is_named)
     client_session client;
     ASSERT_TRUE(client.start(knowing(server, "")));
     ASSERT_TRUE(client.connect_selected(server));
-    EXPECT_TRUE(client.wait_for_status(with_port("Try connecting to 127.0.0.1", server),
+    EXPECT_TRUE(client.wait_for_status(append_port("Try connecting to 127.0.0.1", server),
                                        pairs::plain, false));
     EXPECT_TRUE(client.status_lines().back().starts_with("Successfully connected 127.0.0.1:"));
 }
 
 TEST(connect, a_port_of_0_or_of_no_number_is_2202)
 {
-    // An address that no other test program uses in the same moment.
+    // An address that no other test program uses at the same time.
     const int process = getpid();
     const std::string address = "127.77." + std::to_string(process / 250 % 250 + 1) + "." +
                                 std::to_string(process % 250 + 1);
@@ -137,7 +137,7 @@ TEST(connect, a_host_that_cannot_be_resolved_gives_no_socket)
 {
     client_session client;
     client_settings settings;
-    // No name may have a part as long as this, so nobody need be asked about it.
+    // A part of a name may not be as long as this, so no look-up is needed.
     settings.servers = {{.name = std::string(70, 'h'), .port = "7", .alias = "alpha"}};
     ASSERT_TRUE(client.start(settings));
     for (int attempt = 0; attempt < 2; ++attempt) {
@@ -232,7 +232,7 @@ TEST(connect, results_that_come_in_the_same_moment_all_count)
     settings.servers.push_back({.port = std::to_string(nobody.port()), .alias = "zulu"});
     ASSERT_TRUE(client.start(settings, {.rows = 30}));
     client.terminal().send("\x0C\033OB\x0C\033OB\x0C\033OB\x0C"); // ^L, three times down and ^L
-    // Every attempt's process is held before it has a result, and then the client itself.
+    // Stops every attempt's process before it has a result, and then the client itself.
     const pid_t program = client.terminal().process_id();
     std::set<pid_t> held;
     ASSERT_TRUE(client.terminal().wait_until(

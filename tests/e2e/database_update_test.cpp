@@ -1,4 +1,4 @@
-// database_update_test.cpp - requests for new entries of a server's databases: every prompt, what
+// database_update_test.cpp - requests for new entries in a server's databases: every prompt, what
 // is sent for every answer, and the replies.
 #include "e2e/service_session.hpp"
 
@@ -12,7 +12,7 @@ constexpr const char* or_every_day = "RET=OK - ESC=EVERY DAY";
 struct field_case {
     prompt_look look;
     const char* typed;
-    const char* fallback = nullptr; // what Escape leaves; null: it abandons the request
+    const char* fallback = nullptr; // what Escape leaves; null: it cancels the request
 };
 
 struct request_case {
@@ -57,7 +57,7 @@ const std::vector<request_case> request_cases = {
      {{{"Label or LabelIATA Code", 5}, "H1LH"}, {{"Label Description", 50}, "Position report"}}},
 };
 
-std::string joined(const std::vector<std::string>& fields)
+std::string join_fields(const std::vector<std::string>& fields)
 {
     std::string text;
     for (const std::string& field : fields)
@@ -101,7 +101,7 @@ TEST_P(database_request, sends_every_field_as_it_was_typed)
         ASSERT_TRUE(type(field));
         fields.emplace_back(GetParam().fields[field].typed);
     }
-    expect_sent({.kind = GetParam().kind, .payload = joined(fields)});
+    expect_sent({.kind = GetParam().kind, .payload = join_fields(fields)});
     ASSERT_TRUE(dialog_ends(last_question()));
 }
 
@@ -116,7 +116,7 @@ TEST_P(database_request, sends_defaults_for_optional_fields_left_out)
         ASSERT_TRUE(is_optional ? escape(asked.look) : type(field));
         fields.emplace_back(is_optional ? asked.fallback : asked.typed);
     }
-    expect_sent({.kind = GetParam().kind, .payload = joined(fields)});
+    expect_sent({.kind = GetParam().kind, .payload = join_fields(fields)});
     ASSERT_TRUE(dialog_ends(last_question()));
 }
 
@@ -157,7 +157,7 @@ TEST_P(database_request, keeps_its_prompts_whole_through_traffic_and_resizes)
         terminal().send_key(named_key::enter);
         fields.emplace_back(asked.typed);
     }
-    expect_sent({.kind = GetParam().kind, .payload = joined(fields)});
+    expect_sent({.kind = GetParam().kind, .payload = join_fields(fields)});
     ASSERT_TRUE(dialog_ends(last_question()));
 }
 
@@ -171,7 +171,7 @@ TEST_P(database_request, holds_a_character_less_than_each_size)
         ASSERT_TRUE(answer(asked.look, std::string(room, 'x') + "yz"));
         fields.emplace_back(room, 'x');
     }
-    expect_sent({.kind = GetParam().kind, .payload = joined(fields)});
+    expect_sent({.kind = GetParam().kind, .payload = join_fields(fields)});
 }
 
 const prompt_look airline_code{"Enter IATA or ICAO Code", 30};
@@ -249,7 +249,7 @@ TEST_F(database_update, ten_idle_seconds_count_as_escape)
     ASSERT_TRUE(answer(flight[0].look, "LH400"));
     ASSERT_TRUE(answer(flight[1].look, "FRA-JFK"));
     ASSERT_TRUE(prompt_is(flight[2].look));
-    terminal().send("half a rem"); // lost with the time
+    terminal().send("half a rem"); // lost when the time runs out
     ASSERT_TRUE(prompt_is({"Enter Remarks", 40, or_none, "half a rem"}));
     client.clock().jump(11);
     ASSERT_TRUE(answer(flight[3].look, "X------"));

@@ -1,5 +1,5 @@
-// directory_exit_test.cpp - leaving while a list is being fetched: one that comes is waited for and
-// saved, one that does not is given up.
+// directory_exit_test.cpp - leaving during a fetch: the client waits for a list that arrives and
+// saves it, and gives up a list that does not.
 #include "e2e/directory_session.hpp"
 #include "e2e/network_session.hpp"
 
@@ -13,7 +13,7 @@ namespace
 class directory_exit : public directory_test
 {
 protected:
-    /// ^X, and waits until the terminal is given back.
+    /// ^X, and waits until the terminal is restored.
     [[nodiscard]] testing::AssertionResult leave()
     {
         client.terminal().send_control('x');
@@ -138,7 +138,7 @@ TEST_F(directory_exit, a_name_that_is_never_found_is_given_up)
     EXPECT_FALSE(directory.has_waiting_client());
 }
 
-/// A client that is connected to a server, while it fetches the list.
+/// A client that fetches the list while connected to a server.
 class connected_directory_exit : public directory_exit
 {
 protected:

@@ -1,5 +1,5 @@
 // directory_fetch_test.cpp - fetching the list of servers: the request, the lines, the messages,
-// and what stays as it was.
+// and what does not change.
 #include "e2e/directory_session.hpp"
 #include "e2e/network_session.hpp"
 
@@ -35,12 +35,12 @@ TEST_F(directory_fetch, lines_become_servers_by_their_fields)
 {
     ASSERT_TRUE(start());
     const std::string list =
-        "i.example\t2300\t\tEDDF\tSome info\t\tFrankfurt\t\t\n" // all that is used
+        "i.example\t2300\t\tEDDF\tSome info\t\tFrankfurt\t\t\n" // all fields that are used
         "h.example\t0\t\t\t\t\t\t\t\n"                          // no port
         "g.example\tx\ta\t\t\tb\t\tc\td\n"                      // no number
-        "f.example\t2301\t\t\tM\xFCnchen\t\t\t\t\r\n"           // another line end
-        "eight.example\t1\t3\t4\t5\t6\t7\t8\n"                  // a field too few
-        "ten.example\t1\t3\t4\t5\t6\t7\t8\t9\t10\n"             // a field too many
+        "f.example\t2301\t\t\tM\xFCnchen\t\t\t\t\r\n"           // a different end of line
+        "eight.example\t1\t3\t4\t5\t6\t7\t8\n"                  // one field too few
+        "ten.example\t1\t3\t4\t5\t6\t7\t8\t9\t10\n"             // one field too many
         "\n"
         "words without any tab\n"
         "\t2300\t\t\t\t\tnameless\t\t\n"
@@ -83,8 +83,8 @@ TEST_F(directory_fetch, answers_without_a_list_change_nothing)
     const std::string line = directory_line({.name = "b.example"});
     for (const std::string& answer :
          {std::string{}, std::string{"HTTP/1.0 200 OK"}, line + line,
-          "HTTP/1.0 200 OK\n\n" + line,              // not a header's end
-          answer_header, answer_header + "\r\n\r\n", // nothing behind it
+          "HTTP/1.0 200 OK\n\n" + line,              // not the end of a header
+          answer_header, answer_header + "\r\n\r\n", // nothing after it
           "HTTP/1.0 200 OK\r\n" + std::string(1, '\0') + "\r\n\r\n" + line}) {
         SCOPED_TRACE(answer);
         scripted_server place;

@@ -1,6 +1,6 @@
-// idle_rule_test.cpp - heartbeats after ten silent minutes, the end of a connection after fifteen.
+// idle_rule_test.cpp - a heartbeat after ten silent minutes, the end of a connection after fifteen.
 //
-// The program's clock is moved; jumps stay well clear of the limits, since it also runs by itself.
+// The tests move the program's clock. Jumps stay well clear of the limits, since it also runs.
 #include "e2e/network_session.hpp"
 
 namespace
@@ -9,7 +9,7 @@ namespace
 constexpr const char* heartbeat_line = "alpha - no data since 10 minutes. Sending heartbeat";
 const server_packet heartbeat{.kind = 148, .payload = "^"};
 
-/// A client with one server that has said something at the clock's start.
+/// A client with one server that sent something when the clock started.
 class idle_rule : public testing::Test
 {
 protected:
@@ -129,7 +129,7 @@ TEST_F(idle_rule, a_clock_set_back_is_no_silence)
     EXPECT_FALSE(connection->has_unread_bytes());
 }
 
-/// A client with a clock of today whose polls are rung by the test.
+/// A client with today's date on its clock, whose polls the test triggers.
 class idle_rule_of_today : public testing::Test
 {
 protected:

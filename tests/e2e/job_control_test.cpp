@@ -1,5 +1,5 @@
-// job_control_test.cpp - the client as a job of an interactive shell, which edits its own line and
-// so has the terminal set in its own way whenever it has it.
+// job_control_test.cpp - the client as a job of an interactive shell that edits its own line, and
+// so has its own terminal settings whenever it is in front.
 #include "e2e/client_session.hpp"
 #include "e2e/network_session.hpp"
 #include "e2e/whole_screen.hpp"
@@ -17,7 +17,7 @@ protected:
     {
         client.home().write_config(config_text(with_aliases({"alpha"})));
         client_start how;
-        // Its prompts belong on the terminal; what a client has to complain about does not.
+        // The shell's prompts belong on the terminal; the client's error messages do not.
         how.command = {"sh", "-c", "exec bash --norc --noprofile -i 9>&2 2>&0"};
         how.environment["CLIENT"] = CLIENT_BINARY;
         how.environment["PS1"] = "prompt: ";
@@ -37,7 +37,7 @@ protected:
         terminal().send(line + "\r");
     }
 
-    /// What the shell's commands find the line set to.
+    /// The line settings that the shell's commands see.
     std::string line_settings()
     {
         const std::string name = "line-" + std::to_string(++lines_asked);
@@ -71,7 +71,7 @@ protected:
 
     testing::AssertionResult no_job_is_left()
     {
-        // When the shell reaps it is its own affair.
+        // The shell may reap it at any time.
         for (const pid_t process : children_of(terminal().process_id())) {
             if (testing::AssertionResult gone = wait_until_gone(terminal(), process); !gone)
                 return gone;

@@ -1,10 +1,10 @@
-// log_files_test.cpp - transmissions in log files, byte by byte.
+// log_files_test.cpp - transmissions in log files, byte for byte.
 #include "e2e/network_session.hpp"
 
 namespace
 {
 
-/// Two servers and a client that is not yet running.
+/// Two servers, and a client that is not yet running.
 class log_files : public testing::Test
 {
 protected:
@@ -92,7 +92,7 @@ TEST_F(log_files, the_shared_one_takes_all_servers_and_is_opened_once)
     ASSERT_TRUE(begin({.save_to_one = true, .log_folder = "logs"}));
     ASSERT_TRUE(
         client.wait_for_status("Logfile 'logs/ACARS.log' successfully opened", pairs::notice));
-    // The second connection brings no further line.
+    // The second connection adds no line.
     EXPECT_EQ(client.status_lines()[1], "Logfile 'logs/ACARS.log' successfully opened");
     EXPECT_TRUE(client.status_lines()[3].starts_with("Successfully connected bravo"));
     ASSERT_TRUE(send(1, second));

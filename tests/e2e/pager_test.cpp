@@ -1,4 +1,4 @@
-// pager_test.cpp - adding to, removing from and asking for a pager list: prompts, packets, replies.
+// pager_test.cpp - changing and requesting a pager list: prompts, packets, replies.
 #include "e2e/service_session.hpp"
 
 namespace
@@ -34,7 +34,7 @@ protected:
         return asked ? answer(code_prompt, code) : asked;
     }
 
-    /// Answers the three fields; null: with Escape.
+    /// Answers the three fields; null means Escape.
     testing::AssertionResult give(const char* registration, const char* flight, const char* airport)
     {
         testing::AssertionResult asked = testing::AssertionSuccess();

@@ -1,4 +1,4 @@
-// password_test.cpp - passwords from the demand to the digest, kept ones and refused ones.
+// password_test.cpp - passwords from the demand to the digest: typed, saved and refused ones.
 #include "e2e/network_session.hpp"
 
 #include <csignal>
@@ -27,7 +27,7 @@ std::ostream& operator<<(std::ostream& out, const typed_password& row)
     return out << row.name;
 }
 
-/// Two servers and a client that is not yet running.
+/// Two servers, and a client that is not yet running.
 class password : public testing::Test
 {
 protected:
@@ -62,7 +62,7 @@ protected:
         return packet && packet->kind == 81 ? packet->payload : "no password";
     }
 
-    /// Types a password for the server that demands one, then leaves.
+    /// Types a password for the server that demands one, then leaves the client.
     void answer_and_quit(const client_settings& settings)
     {
         ASSERT_TRUE(begin(settings));
@@ -154,7 +154,7 @@ TEST_F(password, a_connection_made_meanwhile_leaves_the_box_whole)
     ASSERT_TRUE(select_row(client, 2));
     client.terminal().send_control('l');
     ASSERT_TRUE(client.terminal().wait_for_text("Try connecting to bravo"));
-    // The attempt is held until the box is open, unless it was very quick.
+    // Stops the attempt until the box is open, unless it was very quick.
     const pid_t program = client.terminal().process_id();
     for (const pid_t attempt : children_of(program))
         kill(attempt, SIGSTOP);

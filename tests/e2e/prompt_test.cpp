@@ -1,4 +1,4 @@
-// prompt_test.cpp - the one box in which text is asked for, as a password demand opens it.
+// prompt_test.cpp - the box that asks for text, as a password demand opens it.
 #include "e2e/client_session.hpp"
 
 #include <gtest/gtest.h>
@@ -230,7 +230,7 @@ protected:
 TEST_F(prompt_of_a_key, keys_that_change_nothing_renew_the_time_too)
 {
     client.clock().jump(8);
-    client.terminal().send_key(named_key::backspace); // there is nothing to take back
+    client.terminal().send_key(named_key::backspace); // there is nothing to erase
     ASSERT_TRUE(client.terminal().wait_for_keys_read());
     ASSERT_TRUE(client.wait_for_polls());
     client.clock().jump(8);
@@ -239,7 +239,7 @@ TEST_F(prompt_of_a_key, keys_that_change_nothing_renew_the_time_too)
     client.terminal().send(std::string(59, 'x'));
     ASSERT_TRUE(client.terminal().wait_for_text("│ " + std::string(59, 'x')));
     client.clock().jump(8);
-    client.terminal().send("y"); // there is no room for it
+    client.terminal().send("y"); // it does not fit
     ASSERT_TRUE(client.terminal().wait_for_keys_read());
     ASSERT_TRUE(client.wait_for_polls());
     client.clock().jump(8);
@@ -251,11 +251,11 @@ TEST_F(prompt_of_a_key, keys_that_change_nothing_renew_the_time_too)
 
 TEST_F(prompt_of_a_key, stays_open_through_the_tenth_second)
 {
-    constexpr std::int64_t typed_at_s = 15; // the prompt was opened at 10 or soon after
+    constexpr std::int64_t typed_at_s = 15; // the prompt was opened at 10 or a little later
     client.clock().set(typed_at_s);
     client.terminal().send("abc");
     ASSERT_TRUE(client.terminal().wait_for_text("│ abc_"));
-    // On a machine that was held up these are other seconds, of which nothing can be told.
+    // On a machine that was too slow the seconds differ, and nothing can be checked.
     const bool is_typed_in_time = client.clock().now_ms() < (typed_at_s + 1) * 1000;
     client.clock().set(typed_at_s + 10);
     ASSERT_TRUE(client.wait_for_polls());

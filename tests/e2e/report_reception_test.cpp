@@ -1,4 +1,4 @@
-// report_reception_test.cpp - reports on their way in: their announcement and their pieces.
+// report_reception_test.cpp - receiving reports: their announcement and their pieces.
 #include "e2e/report_session.hpp"
 
 namespace
@@ -39,7 +39,7 @@ TEST_F(report_reception, a_text_beyond_four_times_its_size_is_not_taken)
     send_piece(bytes);
     ASSERT_TRUE(client.wait_for_status("Unable to decompress binary paket. Err: -5", pairs::error));
     EXPECT_TRUE(terminal().wait_until([&] { return terminal().bells() == 1; }, "a bell"));
-    ASSERT_TRUE(all_is_dealt_with("goes on"));
+    ASSERT_TRUE(wait_until_handled("goes on"));
     expect_nothing_offered();
 }
 
@@ -48,13 +48,13 @@ TEST_F(report_reception, bytes_that_are_no_report_are_not_taken)
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("1000\t4000", "4000"));
     send_piece(std::string(999, 'x'));
-    ASSERT_TRUE(all_is_dealt_with("a byte is missing"));
+    ASSERT_TRUE(wait_until_handled("a byte is missing"));
     EXPECT_FALSE(terminal().shows("Unable to decompress"));
     send_piece("x");
     ASSERT_TRUE(client.wait_for_status("Unable to decompress binary paket. Err: -3", pairs::error));
     EXPECT_TRUE(terminal().wait_until([&] { return terminal().bells() == 1; }, "a bell"));
-    send_piece("more"); // belongs to nothing any more
-    ASSERT_TRUE(all_is_dealt_with("goes on"));
+    send_piece("more"); // belongs to no report
+    ASSERT_TRUE(wait_until_handled("goes on"));
     expect_nothing_offered();
 }
 
@@ -73,10 +73,10 @@ TEST_F(report_reception, pieces_that_nobody_announced_are_dropped)
 {
     ASSERT_TRUE(begin());
     send_pieces(compressed("never asked for"), 5);
-    ASSERT_TRUE(all_is_dealt_with("first"));
-    ASSERT_TRUE(announce("4000", "4000")); // a size alone prepares nothing
+    ASSERT_TRUE(wait_until_handled("first"));
+    ASSERT_TRUE(announce("4000", "4000")); // a size alone announces nothing
     send_pieces(compressed("never asked for"), 5);
-    ASSERT_TRUE(all_is_dealt_with("second"));
+    ASSERT_TRUE(wait_until_handled("second"));
     expect_nothing_offered();
     EXPECT_EQ(terminal().bells(), 0);
 }
@@ -98,14 +98,14 @@ TEST_F(report_reception, disconnecting_drops_a_report_half_way)
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("10\t100", "100"));
     send_piece("123");
-    ASSERT_TRUE(all_is_dealt_with("half way"));
+    ASSERT_TRUE(wait_until_handled("half way"));
     terminal().send_control('d');
     ASSERT_TRUE(client.wait_for_status(
         "Connection to alpha:" + std::to_string(server.port()) + " closed", pairs::success));
     connection = client.connect_selected(server);
     ASSERT_TRUE(connection);
     send_piece("4567890");
-    ASSERT_TRUE(all_is_dealt_with("nothing came of it"));
+    ASSERT_TRUE(wait_until_handled("nothing came of it"));
     EXPECT_FALSE(terminal().shows("Unable to decompress"));
     EXPECT_EQ(terminal().bells(), 0);
 }
@@ -129,13 +129,13 @@ TEST_F(report_reception, is_given_up_half_way_on_exit)
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("2000\t4000", "4000"));
     send_piece(std::string(1999, 'x'));
-    ASSERT_TRUE(all_is_dealt_with("half way"));
+    ASSERT_TRUE(wait_until_handled("half way"));
     client.quit();
 }
 
 struct header_case {
     const char* header;
-    const char* size; // reported; null: the report is refused
+    const char* size; // as reported; null: the report is refused
 };
 
 TEST_F(report_reception, announced_numbers_have_bounds)
@@ -161,9 +161,9 @@ TEST_F(report_reception, announced_numbers_have_bounds)
         ASSERT_TRUE(connection->send(74, header));
         ASSERT_TRUE(size == nullptr ? client.wait_for_status(refused, pairs::error)
                                     : client.wait_for_status(size_line(size), pairs::notice));
-        // Four lines push out what the next header may say again.
+        // Four lines push out a line that the next header may repeat.
         for (const char* notice : {"one", "two", "three", "four"})
-            ASSERT_TRUE(all_is_dealt_with(notice));
+            ASSERT_TRUE(wait_until_handled(notice));
     }
 }
 
@@ -176,7 +176,7 @@ TEST_F(report_reception, a_refused_announcement_drops_what_came_before)
     ASSERT_TRUE(connection->send(74, "-1\t100"));
     ASSERT_TRUE(client.wait_for_status(refused, pairs::error));
     send_piece(bytes.substr(3));
-    ASSERT_TRUE(all_is_dealt_with("nothing came of it"));
+    ASSERT_TRUE(wait_until_handled("nothing came of it"));
     expect_nothing_offered();
 }
 

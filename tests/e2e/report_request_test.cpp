@@ -1,4 +1,4 @@
-// report_request_test.cpp - asking for the report of a day, and what servers answer to it.
+// report_request_test.cpp - requesting the report of a day, and the servers' answers.
 #include "e2e/service_session.hpp"
 
 namespace
@@ -7,7 +7,7 @@ namespace
 const prompt_look date_prompt{"Date of report (DD/MM/YYYY)", 12};
 constexpr const char* wrong_format = "Wrong date format. Please use DD/MM/YYYY";
 
-/// Berlin's rules, spelt out so that no time zone files are needed.
+/// Berlin's rules in full, so that no time zone files are needed.
 constexpr const char* berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
 
 class report_request : public service_test
@@ -60,7 +60,7 @@ TEST_F(report_request, daylight_saving_is_left_out_of_account)
     ASSERT_TRUE(begin({}, in_zone(berlin)));
     ASSERT_TRUE(ask("16/11/2026"));
     expect_asked_for("1794783601");
-    ASSERT_TRUE(ask("16/07/2026")); // one second past one o'clock, by the clocks of that summer
+    ASSERT_TRUE(ask("16/07/2026")); // one second past one o'clock in summer time
     expect_asked_for("1784156401");
 }
 

@@ -1,4 +1,4 @@
-// report_saving_test.cpp - saving a report: the prompt for its name, the file, and what may go
+// report_saving_test.cpp - saving a report: the prompt for its name, the file, and what can go
 // wrong.
 #include "e2e/report_session.hpp"
 
@@ -67,7 +67,7 @@ TEST_F(report_saving, is_written_up_to_its_first_zero_byte)
 TEST_F(report_saving, is_in_its_file_before_it_is_said_to_be)
 {
     ASSERT_TRUE(begin());
-    // A title, which shows nowhere on the screen.
+    // A window title, which appears nowhere on the screen.
     ASSERT_TRUE(send_report("\033]2;the-text\033\\"));
     ASSERT_TRUE(prompt_is(save_prompt()));
     terminal().send_key(named_key::backspace);

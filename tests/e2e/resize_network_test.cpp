@@ -6,7 +6,7 @@ namespace
 
 constexpr const char* digest_of_abc = "900150983cd24fb0d6963f7d28e17f72";
 
-/// A wide client with two servers that it is connected to.
+/// A wide client connected to two servers.
 class resize_network : public testing::Test
 {
 protected:
@@ -34,7 +34,7 @@ protected:
     std::vector<server_connection> connections;
 };
 
-/// The password box with `text` typed into it, whole and centred for the terminal's size.
+/// Waits for the password box with `text` in it, whole and centred for the terminal's size.
 testing::AssertionResult box_is_whole(client_session& client, const std::string& text)
 {
     const std::string middle = "│ " + text + "_" + std::string(38 - text.size(), ' ') + "│";
@@ -138,7 +138,7 @@ TEST_F(resize_network, connections_outlive_it_and_marks_are_counted_from_the_new
     ASSERT_TRUE(client.terminal().wait_until([&] { return client.marker(2).text == "-"; },
                                              "the tick is one row lower"));
     EXPECT_EQ(client.marker(1).text, " ");
-    // The blank of the user's own disconnect meets the server's own row now.
+    // The blank of the user's disconnect now hits the server's own row.
     ASSERT_TRUE(select_row(client, 2));
     client.terminal().send_control('d');
     ASSERT_TRUE(client.terminal().wait_until([&] { return client.marker(2).text == " "; },

@@ -1,4 +1,4 @@
-// server_info_test.cpp - the window about the selected server: texts, wrapping, coming and going.
+// server_info_test.cpp - the window about the selected server: texts, wrapping, open and close.
 #include "e2e/client_session.hpp"
 
 #include <gtest/gtest.h>
@@ -43,7 +43,7 @@ protected:
         connection = client.connect_selected(server);
         ASSERT_TRUE(connection);
     }
-    /// Tells the client what the server is, and waits until that has been read.
+    /// Sends the server's capabilities and waits until the client has read them.
     void tell(const std::string& capabilities)
     {
         ASSERT_TRUE(connection->send(41, capabilities));
@@ -107,7 +107,7 @@ TEST_F(server_info, shows_everything_a_server_tells_of_itself)
     EXPECT_EQ(row(3), "Connected: YES Unique ServerID: id-1234");
     EXPECT_EQ(row(4), "ServerFlags: CRC MAILING MODIFY PAGER REPORTS");
     EXPECT_EQ(row(5), "Info: some facts");
-    // The last key is written up to the window's very edge.
+    // The last key reaches the very edge of the window.
     EXPECT_EQ(client.terminal().screen().text(top + 9, left + 1, width - 1),
               "Special Keys: | ^A Add entries | ^M Mailing | ^O Reports | ^P Pager");
     EXPECT_EQ(row(8), "");
@@ -269,7 +269,7 @@ TEST_F(server_info, survives_terminals_without_room_for_it)
         client.terminal().send("\t\t");
         ASSERT_TRUE(client.wait_for_polls());
     }
-    client.terminal().resize(25, 90); // closes what is open, whatever the keys met
+    client.terminal().resize(25, 90); // closes what is open, whatever the keys hit
     ASSERT_TRUE(client.terminal().wait_until([&] { return client.bar_row() == 1; }, "the panes"));
     client.terminal().send_key(named_key::tab);
     ASSERT_TRUE(client.terminal().wait_for_text("Location: unknown"));

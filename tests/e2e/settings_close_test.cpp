@@ -1,5 +1,5 @@
-// settings_close_test.cpp - what goes on behind the settings page, and what closing it puts into
-// effect: log files and the servers' uplinks.
+// settings_close_test.cpp - what happens behind the settings page, and what closing it applies:
+// log files and the servers' uplinks.
 #include "e2e/settings_session.hpp"
 
 #include <filesystem>
@@ -38,7 +38,7 @@ protected:
         client.terminal().send_meta(letter);
         return mark_becomes(row, mark);
     }
-    /// A file of the home is open in the client.
+    /// Whether the client has a file in its home open.
     bool has_open(const std::string& name)
     {
         const std::filesystem::path wanted = client.home().path_of(name);
@@ -78,7 +78,7 @@ TEST_F(settings_close, every_connected_server_is_told)
     scripted_server other;
     settings.servers.push_back({.port = std::to_string(other.port()), .alias = "other"});
     settings.servers.push_back({.name = "0.example", .alias = "idle"});
-    const bool in_order = server.port() < other.port(); // equal names are listed by port
+    const bool in_order = server.port() < other.port(); // equal names are sorted by port
     ASSERT_TRUE(client.start(settings));
     std::optional<server_connection> upper = client.connect_selected(in_order ? server : other);
     ASSERT_TRUE(upper);

@@ -1,4 +1,4 @@
-// settings_folders_test.cpp - the two folders of the settings page: asking, examining, showing.
+// settings_folders_test.cpp - the two folders of the settings page: asking, checking, showing.
 #include "e2e/settings_session.hpp"
 
 #include <gtest/gtest.h>
@@ -47,7 +47,7 @@ protected:
         client.terminal().send_key(named_key::enter);
         return box_closes();
     }
-    /// Asks for the log folder and answers; the page is in front.
+    /// Asks for the log folder and answers; the page must be in front.
     [[nodiscard]] testing::AssertionResult enter_log_folder(const std::string& text)
     {
         const std::string preset = page_text(log_folder_row, log_folder_column);
@@ -58,7 +58,7 @@ protected:
     {
         return client.terminal().screen().text(box_row + 1, box_column + 2, box_width - 3);
     }
-    /// Leaves, and compares the folders that were saved. One that was never set is "./".
+    /// Leaves, and compares the folders that were saved. A folder that was never set is "./".
     void expect_saved(const std::string& log_folder, const std::string& report_folder)
     {
         client.quit();

@@ -1,4 +1,4 @@
-// slow_name_test.cpp - a server whose name takes its time to be found holds nothing else up.
+// slow_name_test.cpp - a server whose name takes long to resolve delays nothing else.
 #include "e2e/network_session.hpp"
 #include "e2e/whole_screen.hpp"
 
@@ -10,7 +10,7 @@
 namespace
 {
 
-/// A client that is connected to one server and has begun to look up the name of another.
+/// A client that is connected to one server and is looking up the name of another.
 class slow_name : public testing::Test
 {
 protected:
@@ -50,7 +50,7 @@ protected:
         return wait_for_file(client, "quick/logs.log", logged);
     }
 
-    /// Keys that were typed have begun to wait in the terminal, and none does so any more.
+    /// Waits until typed keys have reached the terminal and the client has read all of them.
     testing::AssertionResult keys_are_read()
     {
         bool have_waited = false;
@@ -65,7 +65,7 @@ protected:
 
     void answer(const std::string& address)
     {
-        // In one step: the waiting side must not see a file that has no text yet.
+        // In one step: the waiting side must not see a file without its text.
         answers.write_file("prepared", address);
         ASSERT_EQ(rename(answers.path_of("prepared").c_str(), answers.path_of("answer").c_str()),
                   0);
@@ -118,7 +118,7 @@ TEST_F(slow_name, keeps_keys_for_afterwards)
 
 TEST_F(slow_name, keeps_the_order_of_keys)
 {
-    client.terminal().send("\x04\033OB"); // ^D on the name's server, then down
+    client.terminal().send("\x04\033OB"); // ^D on the server with the name, then down
     ASSERT_TRUE(messages_flow("DURING"));
     ASSERT_NO_FATAL_FAILURE(answer(""));
     ASSERT_TRUE(client.wait_for_status("You are not connected to slow", pairs::error));
@@ -197,7 +197,7 @@ TEST_F(slow_name, lets_a_second_connect_wait_its_turn)
 }
 
 /// How many threads a process has.
-std::ptrdiff_t threads_of(pid_t process)
+std::ptrdiff_t count_threads(pid_t process)
 {
     return std::distance(
         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task"), {});
@@ -216,7 +216,7 @@ TEST(slow_names, that_are_found_after_the_screen_was_left_do_no_harm)
     how.environment["SLOW_RESOLVER_FOLDER"] = answers.path();
     how.environment["TEST_DIRECTORY_PORT"] = std::to_string(directory.port());
     ASSERT_TRUE(client.start(settings, how));
-    // A list that is being fetched keeps the client's end waiting.
+    // A fetch in progress delays the client's end.
     client.terminal().send_control('r');
     std::optional<server_connection> list = directory.accept();
     ASSERT_TRUE(list);
@@ -225,13 +225,13 @@ TEST(slow_names, that_are_found_after_the_screen_was_left_do_no_harm)
     client.terminal().send_control('l');
     ASSERT_TRUE(client.terminal().wait_until([&] { return answers.read_file("asked").has_value(); },
                                              "the name is asked for"));
-    const std::ptrdiff_t threads = threads_of(client.terminal().process_id());
+    const std::ptrdiff_t threads = count_threads(client.terminal().process_id());
     client.terminal().send_control('x');
     ASSERT_TRUE(client.terminal().wait_until(
         [&] { return !client.terminal().screen().alternate_screen(); }, "the screen is left"));
     answers.write_file("answer", "127.0.0.1");
     ASSERT_TRUE(client.terminal().wait_until(
-        [&] { return threads_of(client.terminal().process_id()) == threads - 1; },
+        [&] { return count_threads(client.terminal().process_id()) == threads - 1; },
         "the name is found"));
     list->close();
     const std::optional<int> status = client.wait_for_exit();

@@ -10,7 +10,7 @@ constexpr int newest_row = 21; // of a screen with 24 rows
 constexpr int first_column = 27;
 constexpr int inner_columns = 52;
 
-/// A client with one connected server that can make it show any line.
+/// A client connected to one server that can make it show any line.
 class status_pane : public testing::Test
 {
 protected:

@@ -1,4 +1,4 @@
-// transmission_test.cpp - transmissions on the screen: their text, their place, what stands beside.
+// transmission_test.cpp - transmissions on the screen: their text, their place, their surroundings.
 #include "e2e/network_session.hpp"
 
 namespace
@@ -6,7 +6,7 @@ namespace
 
 constexpr int text_column = 28;
 
-/// A wide client with one server that it is connected to.
+/// A wide client connected to one server.
 class transmission : public testing::Test
 {
 protected:
