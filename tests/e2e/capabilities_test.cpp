@@ -66,7 +66,7 @@ protected:
     client_session client;
 };
 
-TEST_P(capabilities_open, exactly_the_keys_that_they_name)
+TEST_P(capabilities_open, enable_exactly_the_keys_that_they_name)
 {
     ASSERT_TRUE(client.start(knowing(server), wide_terminal));
     std::optional<server_connection> connection = client.connect_selected(server);
@@ -115,7 +115,7 @@ TEST(capabilities, the_servers_identity_is_shown_in_plain_white)
     EXPECT_FALSE(run.connections[0].has_unread_bytes());
 }
 
-TEST(capabilities, without_an_identity_nothing_is_shown)
+TEST(capabilities, nothing_is_shown_without_an_identity)
 {
     connected_client run(1);
     ASSERT_TRUE(run.begin());
@@ -140,7 +140,7 @@ TEST(capabilities, later_ones_replace_earlier_ones)
     ASSERT_TRUE(run.client.wait_for_status(reports.refusal, pairs::error));
 }
 
-TEST(capabilities, belong_to_one_server)
+TEST(capabilities, apply_to_one_server)
 {
     connected_client run(2);
     ASSERT_TRUE(run.begin());
@@ -184,7 +184,7 @@ TEST(duplicates, a_server_may_repeat_itself)
     EXPECT_EQ(run.client.terminal().bells(), 0);
 }
 
-TEST(duplicates, servers_without_an_identity_are_none)
+TEST(duplicates, servers_without_an_identity_are_not_duplicates)
 {
     connected_client run(2);
     ASSERT_TRUE(run.begin());
@@ -194,7 +194,7 @@ TEST(duplicates, servers_without_an_identity_are_none)
     EXPECT_EQ(run.client.terminal().bells(), 0);
 }
 
-TEST(duplicates, once_the_first_is_gone_the_second_is_welcome)
+TEST(duplicates, the_second_is_accepted_once_the_first_is_gone)
 {
     connected_client run(2);
     ASSERT_TRUE(run.begin());
@@ -207,7 +207,7 @@ TEST(duplicates, once_the_first_is_gone_the_second_is_welcome)
     EXPECT_EQ(run.client.terminal().bells(), 0);
 }
 
-TEST(duplicates, a_password_is_asked_for_before_they_are_found_out)
+TEST(duplicates, a_password_is_asked_for_before_they_are_detected)
 {
     connected_client run(2);
     ASSERT_TRUE(run.begin());

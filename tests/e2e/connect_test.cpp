@@ -66,7 +66,7 @@ TEST(connect, marks_the_server_at_its_own_row_in_bold_green)
     EXPECT_EQ(client.marker(3).text, " ");
 }
 
-TEST(connect, without_an_alias_the_host_is_named)
+TEST(connect, names_the_host_if_there_is_no_alias)
 {
     scripted_server server;
     client_session client;
@@ -77,7 +77,7 @@ TEST(connect, without_an_alias_the_host_is_named)
     EXPECT_TRUE(client.status_lines().back().starts_with("Successfully connected 127.0.0.1:"));
 }
 
-TEST(connect, a_port_of_0_or_of_no_number_is_2202)
+TEST(connect, a_port_that_is_0_or_no_number_becomes_2202)
 {
     // An address that no other test program uses at the same time.
     const int process = getpid();
@@ -157,7 +157,7 @@ TEST(connect, a_host_that_cannot_be_resolved_gives_no_socket)
     EXPECT_EQ(client.marker(1).text, " ");
 }
 
-TEST(connect, keys_typed_while_a_name_is_looked_up_are_obeyed_afterwards)
+TEST(connect, keys_typed_during_a_look_up_take_effect_afterwards)
 {
     listed_servers servers(1);
     client_session client;
@@ -171,7 +171,7 @@ TEST(connect, keys_typed_while_a_name_is_looked_up_are_obeyed_afterwards)
     ASSERT_TRUE(client.wait_for_status("You are not connected to zulu", pairs::error));
 }
 
-TEST(connect, a_pending_connection_counts_as_one)
+TEST(connect, a_pending_connection_counts_as_a_connection)
 {
     silent_port nowhere;
     client_session client;
@@ -187,7 +187,7 @@ TEST(connect, a_pending_connection_counts_as_one)
     EXPECT_EQ(client.marker(1).text, " ");
 }
 
-TEST(connect, a_pending_connection_holds_up_nothing)
+TEST(connect, a_pending_connection_delays_nothing)
 {
     listed_servers servers(1);
     silent_port nowhere;
@@ -223,7 +223,7 @@ TEST(connect, servers_keep_their_connections_apart)
         EXPECT_FALSE(connection.has_unread_bytes());
 }
 
-TEST(connect, results_that_come_in_the_same_moment_all_count)
+TEST(connect, results_that_come_at_the_same_moment_all_count)
 {
     listed_servers servers(3);
     closed_port nobody;
@@ -274,7 +274,7 @@ TEST(connect, results_that_come_in_the_same_moment_all_count)
     ASSERT_TRUE(client.wait_for_status("You are not connected to zulu", pairs::error));
 }
 
-TEST(connect, after_the_server_has_closed_a_new_connection_is_introduced_again)
+TEST(connect, introduces_itself_again_after_the_server_has_closed)
 {
     scripted_server server;
     client_session client;

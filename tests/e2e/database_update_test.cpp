@@ -120,7 +120,7 @@ TEST_P(database_request, sends_defaults_for_optional_fields_left_out)
     ASSERT_TRUE(dialog_ends(last_question()));
 }
 
-TEST_P(database_request, is_abandoned_at_any_required_field)
+TEST_P(database_request, is_cancelled_at_any_required_field)
 {
     ASSERT_TRUE(begin());
     for (std::size_t left_out = 0; left_out < GetParam().fields.size(); ++left_out) {
@@ -161,7 +161,7 @@ TEST_P(database_request, keeps_its_prompts_whole_through_traffic_and_resizes)
     ASSERT_TRUE(dialog_ends(last_question()));
 }
 
-TEST_P(database_request, holds_a_character_less_than_each_size)
+TEST_P(database_request, holds_one_character_less_than_each_size)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(choose_request(GetParam().choice));
@@ -177,7 +177,7 @@ TEST_P(database_request, holds_a_character_less_than_each_size)
 const prompt_look airline_code{"Enter IATA or ICAO Code", 30};
 const prompt_look airline_name{"Enter Airline", 30};
 
-TEST_F(database_update, remarks_left_out_and_days_typed)
+TEST_F(database_update, sends_defaults_for_remarks_and_the_days_as_typed)
 {
     ASSERT_TRUE(begin());
     const std::vector<field_case>& fields = request_cases[1].fields;
@@ -198,7 +198,7 @@ TEST_F(database_update, texts_go_out_literally)
     expect_sent({.kind = 31, .payload = "%s%n%d%%\t100% & <\"'> ~^\\"});
 }
 
-TEST_F(database_update, a_typed_tab_is_one_more_field_to_the_server)
+TEST_F(database_update, a_typed_tab_is_another_field_for_the_server)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(choose_request('1'));
@@ -324,7 +324,7 @@ struct reply_case {
     int bells;
 };
 
-TEST_F(database_update, replies_are_reported_asked_for_or_not)
+TEST_F(database_update, replies_are_reported_whether_requested_or_not)
 {
     ASSERT_TRUE(begin());
     for (const auto& [kind, text, pair, bells] :
@@ -338,7 +338,7 @@ TEST_F(database_update, replies_are_reported_asked_for_or_not)
     EXPECT_FALSE(terminal().shows("ignored"));
 }
 
-TEST_F(database_update, a_reply_comes_while_the_next_request_is_typed)
+TEST_F(database_update, a_reply_may_come_while_the_next_request_is_typed)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(choose_request('1'));

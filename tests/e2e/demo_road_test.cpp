@@ -110,7 +110,7 @@ TEST_F(demo_road, live_messages_of_two_servers_are_shown_and_logged)
     EXPECT_EQ(count_occurrences(log, " ]-"), count_occurrences(log, "\nACARS mode: "));
 }
 
-TEST_F(demo_road, what_a_server_passes_on_arrives_unchanged)
+TEST_F(demo_road, forwarded_messages_arrive_unchanged)
 {
     sim::server_options plain = make_busy_options(0);
     plain.rate_a_minute = 0;
@@ -164,7 +164,7 @@ TEST_F(demo_road, what_a_server_passes_on_arrives_unchanged)
     ASSERT_TRUE(wait_for_message_rows(client, both));
 }
 
-TEST_F(demo_road, a_protected_server_lets_in_who_knows_the_password)
+TEST_F(demo_road, a_protected_server_accepts_the_right_password)
 {
     sim::server_options guarded = make_busy_options(0);
     guarded.password = "abc";
@@ -186,7 +186,7 @@ TEST_F(demo_road, a_protected_server_lets_in_who_knows_the_password)
     ASSERT_TRUE(client.terminal().wait_for_text("ACARS mode: "));
 }
 
-TEST_F(demo_road, a_server_that_closes_can_be_called_again)
+TEST_F(demo_road, a_server_that_closes_can_be_connected_again)
 {
     sim::server_options open = make_busy_options(1);
     ASSERT_NO_FATAL_FAILURE(begin({}, make_busy_options(0), open));

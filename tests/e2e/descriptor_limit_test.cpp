@@ -138,7 +138,7 @@ TEST_F(descriptor_limit, leaves_a_log_unopened_and_goes_on)
     EXPECT_FALSE(client.home().read_file("s102/log.log"));
 }
 
-TEST_F(descriptor_limit, leaves_the_log_of_all_servers_unopened_until_there_is_room)
+TEST_F(descriptor_limit, leaves_the_log_of_all_servers_unopened_until_a_descriptor_is_free)
 {
     client_settings settings = make_settings(listener, 2);
     settings.save_to_one = true;
@@ -195,7 +195,7 @@ class descriptor_limit_of_a_fetch : public directory_test
 {
 };
 
-TEST_F(descriptor_limit_of_a_fetch, ends_it_like_one_that_reaches_no_directory)
+TEST_F(descriptor_limit_of_a_fetch, ends_it_like_a_fetch_that_reaches_no_directory)
 {
     ASSERT_TRUE(start());
     const pid_t process = client.terminal().process_id();

@@ -59,7 +59,7 @@ TEST_F(directory_bounds, more_servers_than_the_list_may_hold_are_left_out)
     EXPECT_EQ(client.bar_row(), 1);
 }
 
-TEST_F(directory_bounds, lines_of_a_million_letters_are_lines_like_others)
+TEST_F(directory_bounds, lines_of_a_million_letters_are_ordinary_lines)
 {
     constexpr std::size_t million = 1'000'000;
     ASSERT_TRUE(start());
@@ -95,7 +95,7 @@ TEST_F(directory_bounds, an_endless_answer_is_read_up_to_a_bound)
     EXPECT_TRUE(wait_for_fetched(2));
 }
 
-TEST_F(directory_bounds, what_lies_behind_the_bound_is_not_read)
+TEST_F(directory_bounds, nothing_after_the_bound_is_read)
 {
     ASSERT_TRUE(start());
     const std::string within = answer_header + directory_line(first);
@@ -112,7 +112,7 @@ TEST_F(directory_bounds, what_lies_behind_the_bound_is_not_read)
     expect_saved({first, known});
 }
 
-TEST_F(directory_bounds, a_million_lines_of_nothing_add_nothing)
+TEST_F(directory_bounds, a_million_empty_lines_add_nothing)
 {
     ASSERT_TRUE(start());
     std::string lines;

@@ -14,7 +14,7 @@ protected:
     const server_settings known = settings.servers.front();
 };
 
-TEST_F(directory_fetch, asks_exactly_this_and_closes)
+TEST_F(directory_fetch, sends_exactly_this_request_and_closes)
 {
     ASSERT_TRUE(start());
     std::optional<server_connection> list = fetch();
@@ -31,7 +31,7 @@ TEST_F(directory_fetch, asks_exactly_this_and_closes)
     EXPECT_EQ(client.server_row(2), " alpha" + std::string(19, ' '));
 }
 
-TEST_F(directory_fetch, lines_become_servers_by_their_fields)
+TEST_F(directory_fetch, turns_lines_into_servers_by_their_fields)
 {
     ASSERT_TRUE(start());
     const std::string list =
@@ -59,7 +59,7 @@ TEST_F(directory_fetch, lines_become_servers_by_their_fields)
                   known});
 }
 
-TEST_F(directory_fetch, known_servers_win_and_doubles_count_once)
+TEST_F(directory_fetch, known_servers_win_and_duplicates_count_once)
 {
     settings.servers = {{.name = "b.example", .port = "2300", .alias = "mine", .info = "kept"},
                         known};
@@ -124,7 +124,7 @@ TEST_F(directory_fetch, bytes_of_a_list_do_not_drive_the_terminal)
     EXPECT_EQ(client.server_row(2), " alpha" + std::string(19, ' '));
 }
 
-TEST_F(directory_fetch, one_at_a_time)
+TEST_F(directory_fetch, runs_only_one_at_a_time)
 {
     ASSERT_TRUE(start());
     std::optional<server_connection> list = fetch();
@@ -145,7 +145,7 @@ TEST_F(directory_fetch, one_at_a_time)
     EXPECT_EQ(client.terminal().bells(), 2);
 }
 
-TEST_F(directory_fetch, a_directory_that_refuses_or_has_no_address_leaves_the_count)
+TEST_F(directory_fetch, a_directory_that_refuses_or_has_no_address_leaves_the_count_unchanged)
 {
     const closed_port nobody;
     for (const bool has_address : {true, false}) {
@@ -161,7 +161,7 @@ TEST_F(directory_fetch, a_directory_that_refuses_or_has_no_address_leaves_the_co
     }
 }
 
-TEST_F(directory_fetch, a_slow_look_up_does_not_hold_the_keys_up)
+TEST_F(directory_fetch, a_slow_look_up_does_not_delay_the_keys)
 {
     client_start how;
     how.environment["TEST_RESOLVE_DELAY_MS"] = "3600000";
@@ -188,7 +188,7 @@ TEST_F(directory_fetch, a_directory_may_be_silent_for_longer_than_it_is_waited_f
     EXPECT_TRUE(wait_for_fetched(2));
 }
 
-TEST_F(directory_fetch, hangs_up_also_while_an_attempt_to_connect_holds_its_socket)
+TEST_F(directory_fetch, hangs_up_even_while_an_attempt_to_connect_holds_its_socket)
 {
     const silent_port nowhere;
     settings.servers = {{.port = std::to_string(nowhere.port()), .alias = "alpha"}};
@@ -213,7 +213,7 @@ TEST_F(directory_fetch, a_reset_is_the_end_of_the_answer)
     EXPECT_TRUE(wait_for_fetched(1));
 }
 
-TEST_F(directory_fetch, begins_by_itself_when_asked_for)
+TEST_F(directory_fetch, begins_by_itself_when_configured)
 {
     settings.fetch_on_start = true;
     settings.servers.clear();
@@ -231,7 +231,7 @@ TEST_F(directory_fetch, begins_by_itself_when_asked_for)
     expect_saved({first});
 }
 
-TEST_F(directory_fetch, does_not_begin_by_itself_unasked)
+TEST_F(directory_fetch, does_not_begin_by_itself_unless_configured)
 {
     ASSERT_TRUE(start());
     ASSERT_TRUE(client.wait_for_polls());
@@ -265,7 +265,7 @@ TEST_F(directory_fetch, the_bar_stays_on_its_row)
                                              "the next one"));
 }
 
-TEST_F(directory_fetch, a_connection_goes_on_on_another_row_and_its_mark_comes_with_the_next_tick)
+TEST_F(directory_fetch, a_connection_moves_to_another_row_and_is_marked_at_the_next_tick)
 {
     scripted_server server;
     settings.servers = knowing(server, "connected").servers;

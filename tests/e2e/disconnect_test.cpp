@@ -42,7 +42,7 @@ TEST(disconnect, says_good_bye_byte_for_byte_and_closes)
     EXPECT_EQ(client.terminal().bells(), 0);
 }
 
-TEST(disconnect, of_the_first_server_blanks_a_cell_of_the_heading_and_keeps_the_marker)
+TEST(disconnect, disconnecting_the_first_server_blanks_a_cell_of_the_heading_and_keeps_the_marker)
 {
     scripted_server server;
     client_session client;
@@ -78,7 +78,7 @@ TEST(disconnect, takes_the_marker_of_the_server_above)
     EXPECT_TRUE(connections[1].wait_for_close());
 }
 
-TEST(disconnect, what_the_server_still_sends_is_not_shown)
+TEST(disconnect, nothing_is_shown_of_what_the_server_still_sends)
 {
     scripted_server server;
     client_session client;
@@ -192,7 +192,7 @@ TEST(disconnect, the_end_of_the_program_ends_attempts_too)
                                                  "the attempt's process is gone"));
 }
 
-TEST(disconnect, the_end_of_the_program_says_good_bye_to_every_server_and_once)
+TEST(disconnect, the_end_of_the_program_says_good_bye_once_to_every_server)
 {
     listed_servers servers(4);
     client_session client;

@@ -51,7 +51,7 @@ class fault_survived : public fault_session
 {
 };
 
-TEST_P(fault_survived, leads_to_a_connection_all_the_same)
+TEST_P(fault_survived, does_not_prevent_a_connection)
 {
     faults.set(GetParam().wanted);
     ASSERT_NO_FATAL_FAILURE(connect_second());

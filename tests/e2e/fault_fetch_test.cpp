@@ -47,7 +47,7 @@ class fault_fetch : public faulty_client, public testing::WithParamInterface<fet
 {
 };
 
-TEST_P(fault_fetch, ends_with_its_message_and_the_next_one_goes_well)
+TEST_P(fault_fetch, ends_with_its_message_and_the_next_fetch_succeeds)
 {
     const std::string& line = GetParam().line;
     faults.set(GetParam().wanted);
@@ -102,7 +102,7 @@ protected:
     }
 };
 
-TEST_P(fault_fetch_wait, ends_it_without_a_word)
+TEST_P(fault_fetch_wait, ends_the_fetch_silently)
 {
     faults.set({faulty_call::poll, ENOMEM, "socket:", GetParam()});
     client.terminal().send_control('r');

@@ -53,7 +53,7 @@ protected:
     }
 };
 
-TEST_P(fault_opening, of_a_log_is_reported_and_costs_only_the_log)
+TEST_P(fault_opening, is_reported_and_costs_only_the_log)
 {
     faults.set(GetParam().wanted);
     first = client.connect_selected(servers[0]);

@@ -42,7 +42,7 @@ std::string make_numbered_lines(std::size_t length)
     return text;
 }
 
-TEST_F(framing, a_part_of_a_header_is_taken_for_the_whole)
+TEST_F(framing, a_partial_header_counts_as_a_whole_one)
 {
     const std::string header = header_bytes({.kind = 103}, 5);
     ASSERT_TRUE(send_piece(header.substr(0, 6)));
@@ -51,7 +51,7 @@ TEST_F(framing, a_part_of_a_header_is_taken_for_the_whole)
     EXPECT_TRUE(wait_for_notice(client, *connection, "and on as usual"));
 }
 
-TEST_F(framing, a_part_of_a_header_without_its_length_is_forgotten)
+TEST_F(framing, a_partial_header_without_its_length_is_dropped)
 {
     ASSERT_TRUE(send_piece(header_bytes({.kind = 103}, 5).substr(0, 4)));
     ASSERT_TRUE(wait_for_notice(client, *connection, "a whole packet"));
@@ -109,7 +109,7 @@ TEST_F(framing, the_longest_text_fits_and_one_more_byte_is_cut)
     ASSERT_TRUE(wait_for_last_status(client, "EN"));
 }
 
-TEST_F(framing, of_a_payload_longer_than_4096_bytes_the_first_are_kept)
+TEST_F(framing, keeps_the_first_4096_bytes_of_a_longer_payload)
 {
     for (const std::size_t length : {std::size_t{6000}, std::size_t{65535}}) {
         ASSERT_TRUE(connection->send(64, make_numbered_lines(length)));
@@ -144,7 +144,7 @@ TEST_F(framing, broken_compressed_data_is_reported_and_dropped)
     EXPECT_EQ(client.marker(1).text, "*");
 }
 
-TEST_F(framing, a_size_hint_that_is_too_small_or_0_is_an_error_of_room)
+TEST_F(framing, a_size_hint_that_is_too_small_or_0_is_reported_as_a_buffer_error)
 {
     const std::string room_error = "Unable to decompress binary paket. Err: -5";
     const std::string document = document_of({});
@@ -159,7 +159,7 @@ TEST_F(framing, a_size_hint_that_is_too_small_or_0_is_an_error_of_room)
     ASSERT_TRUE(client.terminal().wait_for_text("ACARS mode: 2"));
 }
 
-TEST_F(framing, the_largest_size_hint_asks_for_no_more_than_it_needs)
+TEST_F(framing, the_largest_size_hint_allocates_no_more_than_it_needs)
 {
     ASSERT_TRUE(connection->send(compressed_packet(document_of({}), 65535)));
     ASSERT_TRUE(client.terminal().wait_for_text("ACARS mode: 2"));
@@ -174,7 +174,7 @@ struct sudden_end {
     void (server_connection::*end)();
 };
 
-TEST(framing_at_the_end, a_server_that_vanishes_leaves_the_client_and_the_others_well)
+TEST(framing_at_the_end, a_server_that_vanishes_harms_neither_the_client_nor_the_others)
 {
     const std::string header = header_bytes({.kind = 103}, 50);
     const sudden_end ends[] = {

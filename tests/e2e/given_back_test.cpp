@@ -113,7 +113,7 @@ TEST_P(place_left, is_lent_to_the_shell_by_the_stop_key)
     expect_shell_ends();
 }
 
-TEST_P(place_left, is_left_by_a_client_that_is_killed_with_nobody_behind_it)
+TEST_P(place_left, leaves_no_process_behind_when_the_client_is_killed)
 {
     ASSERT_NO_FATAL_FAILURE(begin(GetParam().needs_silent_server));
     ASSERT_NO_FATAL_FAILURE(go_to(GetParam()));

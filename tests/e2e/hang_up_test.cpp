@@ -79,7 +79,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(in, hang_up, testing::ValuesIn(client_places), place_name);
 
-TEST_P(hang_up, is_noticed_at_once_by_a_client_that_nobody_tells)
+TEST_P(hang_up, is_noticed_at_once_without_a_signal)
 {
     ASSERT_NO_FATAL_FAILURE(begin(make_start(untold_script)));
     ASSERT_NE(at.program, shell);
@@ -130,7 +130,7 @@ protected:
     client_session client;
 };
 
-TEST_F(odd_input, signals_ignored_or_held_back_at_the_start_end_it_too)
+TEST_F(odd_input, signals_ignored_or_blocked_at_the_start_still_end_the_client)
 {
     for (const char* way : {"--ignore-signal=HUP", "--block-signal=HUP"}) {
         client_session own;
@@ -145,7 +145,7 @@ TEST_F(odd_input, signals_ignored_or_held_back_at_the_start_end_it_too)
     }
 }
 
-TEST_F(odd_input, that_has_ended_ends_the_client)
+TEST_F(odd_input, ends_the_client_at_its_end)
 {
     for (const char* script :
          {R"("$CLIENT" </dev/null; echo $? >status)", R"("$CLIENT" <&-; echo $? >status)",
@@ -165,7 +165,7 @@ TEST_F(odd_input, is_read_to_its_end)
     EXPECT_EQ(client.terminal().error_text(), "");
 }
 
-TEST_F(odd_input, that_lives_on_does_not_keep_a_client_without_a_screen)
+TEST_F(odd_input, does_not_keep_a_client_alive_without_a_screen)
 {
     const std::string keys = client.home().path_of("keys");
     ASSERT_EQ(mkfifo(keys.c_str(), 0600), 0);

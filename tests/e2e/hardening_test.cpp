@@ -47,7 +47,7 @@ protected:
     const std::string own_code = CLIENT_CORE;
 };
 
-TEST_F(hardening, program_may_be_loaded_anywhere)
+TEST_F(hardening, the_program_may_be_loaded_anywhere)
 {
     EXPECT_TRUE(
         has_line(run_readelf("--file-header", program), "DYN (Position-Independent Executable"));
@@ -56,7 +56,7 @@ TEST_F(hardening, program_may_be_loaded_anywhere)
     EXPECT_FALSE(has_line(dynamic, "TEXTREL"));
 }
 
-TEST_F(hardening, tables_of_addresses_are_filled_at_the_start_and_read_only_from_then_on)
+TEST_F(hardening, address_tables_are_filled_at_the_start_and_then_read_only)
 {
     EXPECT_TRUE(has_line(run_readelf("--segments", program), "GNU_RELRO"));
     const text_lines dynamic = run_readelf("--dynamic", program);

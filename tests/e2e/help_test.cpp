@@ -140,7 +140,7 @@ TEST_F(help, is_read_when_the_screen_is_built_and_again_after_a_resize)
         client.terminal().wait_until([&] { return row(2).empty() && is_hinted(); }, "no text"));
 }
 
-TEST_F(help, comes_and_goes_without_a_trace)
+TEST_F(help, opens_and_closes_without_a_trace)
 {
     client.home().write_file(file, make_numbered_lines(30));
     ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
@@ -158,7 +158,7 @@ TEST_F(help, comes_and_goes_without_a_trace)
         << "the window was closed and not only covered";
 }
 
-TEST_F(help, coming_and_going_paint_over_what_others_have_written_on_the_terminal)
+TEST_F(help, opening_and_closing_overwrites_what_others_wrote_to_the_terminal)
 {
     client.home().write_file(file, make_numbered_lines(5));
     ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
@@ -181,7 +181,7 @@ TEST_F(help, coming_and_going_paint_over_what_others_have_written_on_the_termina
         [&] { return client.terminal().screen().whole_text() == panes; }, "the panes alone"));
 }
 
-TEST_F(help, leaves_the_working_folder_alone)
+TEST_F(help, does_not_change_the_working_folder)
 {
     client.home().make_folder("house");
     client.home().write_file("house/ncursesclient.hlp", "from the house\n");
@@ -195,7 +195,7 @@ TEST_F(help, leaves_the_working_folder_alone)
     EXPECT_EQ(working_folder(), client.home().path());
 }
 
-TEST_F(help, without_home_the_working_folder_serves)
+TEST_F(help, uses_the_working_folder_without_home)
 {
     client.home().write_file(file, "from the working folder\n");
     client_start how;
@@ -214,7 +214,7 @@ TEST_F(help, a_home_that_cannot_be_entered_has_no_help)
     expect_title_and_hint_alone();
 }
 
-TEST_F(help, no_file_is_no_text)
+TEST_F(help, is_empty_without_a_file)
 {
     ASSERT_TRUE(client.start({}));
     const std::vector<std::string> notices = client.status_lines();
@@ -225,7 +225,7 @@ TEST_F(help, no_file_is_no_text)
     EXPECT_EQ(client.status_lines(), notices);
 }
 
-TEST_F(help, what_is_no_readable_file_is_no_text)
+TEST_F(help, is_empty_if_the_file_cannot_be_read)
 {
     const std::string path = client.home().path_of(file);
     const std::function<int()> makers[] = {
@@ -244,7 +244,7 @@ TEST_F(help, what_is_no_readable_file_is_no_text)
     }
 }
 
-TEST_F(help, bytes_of_the_text_do_not_drive_the_terminal)
+TEST_F(help, bytes_of_the_text_do_not_control_the_terminal)
 {
     client.home().write_file(file, "a\033[7mb\ac\x9B"
                                    "2Jd\te\rf\b\x7F\xFC\n"
@@ -258,7 +258,7 @@ TEST_F(help, bytes_of_the_text_do_not_drive_the_terminal)
     EXPECT_EQ(client.terminal().raw_output().find("\033[7mb"), std::string::npos);
 }
 
-TEST_F(help, a_line_longer_than_the_screen_goes_on_below)
+TEST_F(help, a_line_longer_than_the_screen_continues_below)
 {
     client.home().write_file(file, std::string(100, 'x') + "\nnext\n");
     ASSERT_TRUE(client.start({}));
@@ -278,7 +278,7 @@ TEST_F(help, very_long_lines_and_texts_show_their_end)
     EXPECT_EQ(row(2), std::string(79, 'y')) << "the blank's place";
 }
 
-TEST_F(help, of_very_many_lines_the_first_ten_thousand_are_read)
+TEST_F(help, only_the_first_ten_thousand_lines_are_read)
 {
     client.home().write_file(file, make_numbered_lines(10'001));
     ASSERT_TRUE(client.start({}));

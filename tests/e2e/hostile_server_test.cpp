@@ -227,7 +227,7 @@ TEST_F(hostile_server, over_long_values_stay_in_the_message_pane)
     EXPECT_EQ(client.terminal().cell(17, 79).text, "┤");
 }
 
-TEST_F(hostile_server, thousands_of_lines_leave_the_last_four)
+TEST_F(hostile_server, only_the_last_four_of_thousands_of_lines_remain)
 {
     ASSERT_NO_FATAL_FAILURE(begin());
     std::string text;

@@ -32,7 +32,7 @@ protected:
     std::optional<server_connection> connection;
 };
 
-TEST_F(idle_rule, ten_minutes_bring_one_heartbeat_and_fifteen_the_end)
+TEST_F(idle_rule, one_heartbeat_comes_after_ten_minutes_and_the_end_after_fifteen)
 {
     ASSERT_TRUE(silence_of(500));
     EXPECT_FALSE(connection->has_unread_bytes());
@@ -108,7 +108,7 @@ TEST_F(idle_rule, after_the_end_a_new_connection_gets_heartbeats_again)
     EXPECT_EQ(connection->read_packet(), heartbeat);
 }
 
-TEST_F(idle_rule, the_end_of_file_is_only_found_out_by_silence)
+TEST_F(idle_rule, the_end_of_file_is_noticed_only_through_silence)
 {
     connection->half_close();
     ASSERT_TRUE(client.wait_for_polls(3));
@@ -119,7 +119,7 @@ TEST_F(idle_rule, the_end_of_file_is_only_found_out_by_silence)
     ASSERT_TRUE(client.wait_for_status("Connection closed by server", pairs::error));
 }
 
-TEST_F(idle_rule, a_clock_set_back_is_no_silence)
+TEST_F(idle_rule, a_clock_that_is_set_back_does_not_count_as_silence)
 {
     ASSERT_TRUE(silence_of(400));
     ASSERT_TRUE(wait_for_notice(client, *connection, "later words"));

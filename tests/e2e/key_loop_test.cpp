@@ -16,7 +16,7 @@ std::string make_capabilities(const std::string& elements)
     return "<?xml version=\"1.0\"?><tovrik>" + elements + "</tovrik>";
 }
 
-TEST(key_loop, without_servers_every_server_key_is_silent)
+TEST(key_loop, every_server_key_is_silent_without_servers)
 {
     client_session client;
     ASSERT_TRUE(client.start({}));
@@ -58,7 +58,7 @@ TEST(key_loop, disconnect_without_a_connection_beeps_and_says_so)
     EXPECT_EQ(client.terminal().bells(), 2);
 }
 
-TEST(key_loop, services_that_a_server_lacks_are_refused_each_in_its_own_words)
+TEST(key_loop, every_service_that_a_server_lacks_is_refused_in_its_own_words)
 {
     scripted_server server;
     client_session client;
@@ -89,7 +89,7 @@ TEST(key_loop, services_that_a_server_lacks_are_refused_each_in_its_own_words)
     EXPECT_FALSE(connection->has_unread_bytes());
 }
 
-TEST(key_loop, mailing_goes_by_the_permission_for_updates_not_for_mailings)
+TEST(key_loop, mailing_depends_on_the_permission_for_updates_not_for_mailings)
 {
     scripted_server server;
     client_session client;
@@ -151,7 +151,7 @@ TEST(key_loop, the_bar_leaves_names_white_and_bold_behind)
     }
 }
 
-TEST(key_loop, takes_one_key_in_40_milliseconds_at_most)
+TEST(key_loop, takes_at_most_one_key_in_40_milliseconds)
 {
     constexpr int keys = 20;
     constexpr auto shortest = std::chrono::milliseconds{(keys - 1) * 40};

@@ -131,7 +131,7 @@ TEST_F(log_trouble, a_log_at_the_limit_for_file_sizes_loses_only_whole_records)
     client.quit();
 }
 
-TEST_F(log_trouble, a_log_on_a_full_disk_goes_on_when_there_is_room_again)
+TEST_F(log_trouble, a_log_on_a_full_disk_continues_when_there_is_space_again)
 {
     client.home().make_folder("logs");
     const small_disk disk(client.home().path_of("logs"), 64UL * 1024);

@@ -59,7 +59,7 @@ TEST_F(mailing, subscribing_sends_and_remembers_the_address)
     expect_saved("me@example.com", "4711");
 }
 
-TEST_F(mailing, the_address_known_is_offered_and_can_be_changed)
+TEST_F(mailing, the_known_address_is_offered_and_can_be_changed)
 {
     ASSERT_TRUE(begin_with("me@example.com", ""));
     ASSERT_TRUE(choose_mailing('1'));
@@ -75,7 +75,7 @@ TEST_F(mailing, the_address_known_is_offered_and_can_be_changed)
     expect_saved("me@example.org", "");
 }
 
-TEST_F(mailing, an_address_known_that_is_too_long_is_cut_to_the_room)
+TEST_F(mailing, a_known_address_that_is_too_long_is_cut_to_fit)
 {
     ASSERT_TRUE(begin_with(std::string(60, 'm'), ""));
     ASSERT_TRUE(choose_mailing('1'));
@@ -107,7 +107,7 @@ struct style_case {
     std::uint16_t number;
 };
 
-TEST_F(mailing, a_style_is_sent_as_the_number_that_it_begins_with)
+TEST_F(mailing, a_style_is_sent_as_its_leading_number)
 {
     ASSERT_TRUE(begin_with("me@example.com", "4711"));
     for (const auto& [typed, number] :
@@ -194,7 +194,7 @@ TEST_F(mailing, the_address_goes_out_literally)
     expect_sent({.kind = 66, .payload = "%s%n%d%%@example\t%x", .param1 = 1});
 }
 
-TEST_F(mailing, address_and_code_hold_a_character_less_than_their_sizes)
+TEST_F(mailing, address_and_code_hold_one_character_less_than_their_sizes)
 {
     ASSERT_TRUE(begin_with("", ""));
     ASSERT_TRUE(choose_mailing('3'));

@@ -162,7 +162,7 @@ TEST_F(packets, come_one_at_a_time_and_in_order)
     EXPECT_EQ(client.status_lines(), (std::vector<std::string>{"one", "two", "three", "four"}));
 }
 
-TEST_F(packets, one_is_taken_in_each_poll)
+TEST_F(packets, one_is_received_in_each_poll)
 {
     ASSERT_TRUE(stop_polls(client));
     ASSERT_TRUE(connection->send_bytes(packet_bytes({.kind = 103, .payload = "first"}) +

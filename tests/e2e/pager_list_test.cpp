@@ -137,7 +137,7 @@ TEST_F(pager_list, letters_beyond_ascii_take_one_column)
     EXPECT_TRUE(shows_at(6, 27, {"│DÜ      │F   │L         │"}));
 }
 
-TEST_F(pager_list, shows_as_many_records_as_the_terminal_has_room_for)
+TEST_F(pager_list, shows_as_many_records_as_fit_on_the_terminal)
 {
     ASSERT_TRUE(begin({}, {.rows = 30, .start_time = 400}));
     std::vector<std::string> seen = rows(25);
@@ -149,7 +149,7 @@ TEST_F(pager_list, shows_as_many_records_as_the_terminal_has_room_for)
     ASSERT_TRUE(close());
 }
 
-TEST_F(pager_list, of_exactly_the_records_that_fit_is_whole)
+TEST_F(pager_list, shows_every_record_of_a_list_that_just_fits)
 {
     ASSERT_TRUE(begin({}, {.rows = 30, .start_time = 400}));
     ASSERT_TRUE(show(records(26), {.rows = rows(24), .height = 29}));
@@ -161,7 +161,7 @@ TEST_F(pager_list, of_exactly_the_records_that_fit_is_whole)
     ASSERT_TRUE(close());
 }
 
-TEST_F(pager_list, of_thousands_of_records_does_no_harm)
+TEST_F(pager_list, survives_thousands_of_records)
 {
     ASSERT_TRUE(begin());
     std::string many;
@@ -203,7 +203,7 @@ TEST_F(pager_list, ignores_every_other_key)
     expect_nothing_sent();
 }
 
-TEST_F(pager_list, holds_the_servers_up_until_it_closes)
+TEST_F(pager_list, delays_the_servers_until_it_closes)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(show(two_records, two_rows));

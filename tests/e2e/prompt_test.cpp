@@ -90,7 +90,7 @@ TEST_F(prompt, enter_gives_the_text_and_the_panes_come_back)
         EXPECT_EQ(line, "");
 }
 
-TEST_F(prompt, escape_and_an_empty_line_give_nothing)
+TEST_F(prompt, escape_or_an_empty_line_gives_no_text)
 {
     client.terminal().send("abc");
     ASSERT_TRUE(line_is("abc_"));
@@ -142,7 +142,7 @@ TEST_F(prompt, holds_39_characters_and_no_more)
     EXPECT_FALSE(client.terminal().shows("xyzw"));
 }
 
-TEST_F(prompt, backspace_takes_back_the_last_character_down_to_the_first)
+TEST_F(prompt, backspace_erases_the_last_character_down_to_the_first)
 {
     client.terminal().send("zz");
     ASSERT_TRUE(line_is("zz_"));
@@ -266,7 +266,7 @@ TEST_F(prompt_of_a_key, stays_open_through_the_tenth_second)
     EXPECT_TRUE(client.terminal().wait_for_no_text("Folder for ~Logfiles"));
 }
 
-TEST(prompt_keys, on_a_terminal_whose_backspace_is_control_h_erase_with_it)
+TEST(prompt_keys, erase_with_control_h_where_that_is_the_terminals_backspace)
 {
     scripted_server server;
     client_session client;

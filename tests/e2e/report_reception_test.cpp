@@ -8,7 +8,7 @@ constexpr const char* refused = "Report refused, its announced size is out of bo
 
 using report_reception = report_session;
 
-TEST_F(report_reception, comes_in_pieces_of_any_size)
+TEST_F(report_reception, accepts_pieces_of_any_size)
 {
     ASSERT_TRUE(begin());
     std::string text;
@@ -22,7 +22,7 @@ TEST_F(report_reception, comes_in_pieces_of_any_size)
     expect_saved("./small.txt", "small");
 }
 
-TEST_F(report_reception, may_fill_all_the_room_that_its_size_gives)
+TEST_F(report_reception, a_text_may_be_four_times_the_announced_size)
 {
     ASSERT_TRUE(begin());
     const std::string text(4000, 'x');
@@ -31,7 +31,7 @@ TEST_F(report_reception, may_fill_all_the_room_that_its_size_gives)
     expect_saved("./report.txt", text);
 }
 
-TEST_F(report_reception, a_text_beyond_four_times_its_size_is_not_taken)
+TEST_F(report_reception, a_text_beyond_four_times_its_size_is_refused)
 {
     ASSERT_TRUE(begin());
     const std::string bytes = compressed(std::string(4001, 'x'));
@@ -43,7 +43,7 @@ TEST_F(report_reception, a_text_beyond_four_times_its_size_is_not_taken)
     expect_nothing_offered();
 }
 
-TEST_F(report_reception, bytes_that_are_no_report_are_not_taken)
+TEST_F(report_reception, bytes_that_are_no_report_are_refused)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("1000\t4000", "4000"));
@@ -58,7 +58,7 @@ TEST_F(report_reception, bytes_that_are_no_report_are_not_taken)
     expect_nothing_offered();
 }
 
-TEST_F(report_reception, what_runs_past_the_total_is_cut)
+TEST_F(report_reception, bytes_beyond_the_total_are_cut)
 {
     ASSERT_TRUE(begin());
     const std::string bytes = compressed("the text");
@@ -69,7 +69,7 @@ TEST_F(report_reception, what_runs_past_the_total_is_cut)
     expect_saved("./report.txt", "the text");
 }
 
-TEST_F(report_reception, pieces_that_nobody_announced_are_dropped)
+TEST_F(report_reception, unannounced_pieces_are_dropped)
 {
     ASSERT_TRUE(begin());
     send_pieces(compressed("never asked for"), 5);
@@ -81,7 +81,7 @@ TEST_F(report_reception, pieces_that_nobody_announced_are_dropped)
     EXPECT_EQ(terminal().bells(), 0);
 }
 
-TEST_F(report_reception, a_new_announcement_begins_anew)
+TEST_F(report_reception, a_new_announcement_starts_over)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("200000000\t50", "50"));
@@ -93,7 +93,7 @@ TEST_F(report_reception, a_new_announcement_begins_anew)
     expect_saved("./report.txt", "the third");
 }
 
-TEST_F(report_reception, disconnecting_drops_a_report_half_way)
+TEST_F(report_reception, disconnecting_drops_an_incomplete_report)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("10\t100", "100"));
@@ -110,7 +110,7 @@ TEST_F(report_reception, disconnecting_drops_a_report_half_way)
     EXPECT_EQ(terminal().bells(), 0);
 }
 
-TEST_F(report_reception, begins_anew_on_the_next_connection)
+TEST_F(report_reception, starts_over_on_the_next_connection)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("100\t100", "100"));
@@ -124,7 +124,7 @@ TEST_F(report_reception, begins_anew_on_the_next_connection)
     expect_saved("./report.txt", "the text");
 }
 
-TEST_F(report_reception, is_given_up_half_way_on_exit)
+TEST_F(report_reception, is_given_up_on_exit)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("2000\t4000", "4000"));
@@ -180,7 +180,7 @@ TEST_F(report_reception, a_refused_announcement_drops_what_came_before)
     expect_nothing_offered();
 }
 
-TEST_F(report_reception, comes_up_over_a_menu_and_leaves_it)
+TEST_F(report_reception, prompts_over_a_menu_and_leaves_it)
 {
     ASSERT_TRUE(begin());
     terminal().send_control('a');
@@ -194,7 +194,7 @@ TEST_F(report_reception, comes_up_over_a_menu_and_leaves_it)
     ASSERT_TRUE(dialog_ends(update_menu.hint));
 }
 
-TEST_F(report_reception, comes_up_over_a_prompt_and_leaves_its_text)
+TEST_F(report_reception, prompts_over_a_prompt_and_leaves_its_text)
 {
     ASSERT_TRUE(begin());
     terminal().send_control('o');

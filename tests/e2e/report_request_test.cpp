@@ -55,7 +55,7 @@ TEST_F(report_request, a_day_is_sent_as_its_first_second_in_the_local_time)
     EXPECT_EQ(terminal().bells(), 0);
 }
 
-TEST_F(report_request, daylight_saving_is_left_out_of_account)
+TEST_F(report_request, daylight_saving_time_is_ignored)
 {
     ASSERT_TRUE(begin({}, in_zone(berlin)));
     ASSERT_TRUE(ask("16/11/2026"));
@@ -64,7 +64,7 @@ TEST_F(report_request, daylight_saving_is_left_out_of_account)
     expect_asked_for("1784156401");
 }
 
-TEST_F(report_request, days_far_beyond_the_calendar_are_no_fault)
+TEST_F(report_request, days_far_beyond_the_calendar_do_no_harm)
 {
     ASSERT_TRUE(begin({}, in_zone("UTC")));
     for (const char* typed : {"//", "/", "-1/-1/-1", "99999999/1/", "2147483648/", "1/1/9999999",
@@ -104,7 +104,7 @@ TEST_F(report_request, holds_eleven_characters)
     expect_nothing_sent();
 }
 
-TEST_F(report_request, escape_an_empty_line_and_the_clock_end_it_in_silence)
+TEST_F(report_request, escape_an_empty_line_and_a_time_out_end_it_silently)
 {
     ASSERT_TRUE(begin());
     const std::vector<std::string> before = client.status_lines();
@@ -161,7 +161,7 @@ struct reply_case {
     int bells;
 };
 
-TEST_F(report_request, replies_are_reported_asked_for_or_not)
+TEST_F(report_request, replies_are_reported_whether_requested_or_not)
 {
     ASSERT_TRUE(begin());
     for (const auto& [kind, text, pair, bells] :

@@ -89,7 +89,7 @@ TEST_F(resize_network, the_password_box_survives_a_terminal_too_small_for_it)
     EXPECT_EQ(connections[0].read_packet(), (server_packet{.kind = 81, .payload = digest_of_abc}));
 }
 
-TEST_F(resize_network, the_password_box_is_still_given_up_in_time)
+TEST_F(resize_network, the_password_box_still_times_out)
 {
     ASSERT_NO_FATAL_FAILURE(begin());
     ASSERT_TRUE(connections[0].send(capabilities_packet("<NeedAuth>1</NeedAuth>")));
@@ -116,7 +116,7 @@ TEST_F(resize_network, transmissions_find_the_new_bottom_row)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = "LOW"})));
 }
 
-TEST_F(resize_network, the_line_of_flight_statistics_goes)
+TEST_F(resize_network, the_line_of_flight_statistics_disappears)
 {
     ASSERT_NO_FATAL_FAILURE(begin({.flight_stats = true}));
     ASSERT_TRUE(connections[0].send(plain_packet(document_of({.daily_flights = "42"}))));
@@ -127,7 +127,7 @@ TEST_F(resize_network, the_line_of_flight_statistics_goes)
     ASSERT_TRUE(client.terminal().wait_for_text("Unique Flights: 43"));
 }
 
-TEST_F(resize_network, connections_outlive_it_and_marks_are_counted_from_the_new_list)
+TEST_F(resize_network, connections_survive_and_marks_are_counted_from_the_new_list)
 {
     ASSERT_NO_FATAL_FAILURE(begin());
     ASSERT_TRUE(resized(30, 100));
@@ -148,7 +148,7 @@ TEST_F(resize_network, connections_outlive_it_and_marks_are_counted_from_the_new
                                              "a new connection is marked where it stands"));
 }
 
-TEST_F(resize_network, an_attempt_under_way_is_finished)
+TEST_F(resize_network, an_attempt_in_progress_is_finished)
 {
     listed_servers own(1);
     client_session session;

@@ -143,7 +143,7 @@ class resize_storm : public testing::TestWithParam<client_place>
 
 INSTANTIATE_TEST_SUITE_P(in, resize_storm, testing::ValuesIn(client_places), place_name);
 
-TEST_P(resize_storm, leaves_the_screen_as_a_single_change_does)
+TEST_P(resize_storm, leaves_the_screen_as_a_single_resize_does)
 {
     random_sizes generator(static_cast<unsigned>(std::string_view{GetParam().name}.size()));
     placed_client client(GetParam().needs_silent_server);
@@ -159,7 +159,7 @@ TEST_P(resize_storm, leaves_the_screen_as_a_single_change_does)
     }
 }
 
-TEST(resize_storms, with_bursts_of_packets_leave_nothing_of_either)
+TEST(resize_storms, leave_no_trace_together_with_bursts_of_packets)
 {
     random_sizes generator(1);
     placed_client client;
@@ -209,7 +209,7 @@ bool start_in_storm(placed_client& client, random_sizes& generator, bool any_siz
     return client.terminal().error_text().empty();
 }
 
-TEST(resize_storms, at_the_start_are_taken_into_account)
+TEST(resize_storms, are_handled_at_the_start)
 {
     random_sizes generator(2);
     int started = 0;

@@ -64,7 +64,7 @@ protected:
     termios modes{};
 };
 
-TEST_F(resume, brings_modes_screen_and_keys_back)
+TEST_F(resume, restores_modes_screen_and_keys)
 {
     const std::vector<screen_cell> before = all_cells(client.terminal().screen());
     for (int round = 0; round < 2; ++round) {
@@ -82,7 +82,7 @@ TEST_F(resume, brings_modes_screen_and_keys_back)
     EXPECT_FALSE(client.terminal().screen().cursor_visible());
 }
 
-TEST_F(resume, finds_a_terminal_that_has_changed_its_size)
+TEST_F(resume, adapts_to_a_terminal_that_has_changed_its_size)
 {
     ASSERT_NO_FATAL_FAILURE(stop());
     client.terminal().resize(30, 100);
@@ -94,7 +94,7 @@ TEST_F(resume, finds_a_terminal_that_has_changed_its_size)
     ASSERT_TRUE(wait_for_notice(client, *connection, "and on"));
 }
 
-TEST_F(resume, brings_the_help_back_in_front)
+TEST_F(resume, shows_the_help_in_front_again)
 {
     client.terminal().send_control('h');
     ASSERT_TRUE(client.terminal().wait_for_text("[ To exit press ^H ]"));
@@ -108,7 +108,7 @@ TEST_F(resume, brings_the_help_back_in_front)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({})));
 }
 
-TEST_F(resume, brings_a_password_box_back_with_what_was_typed)
+TEST_F(resume, restores_a_password_box_with_its_text)
 {
     ASSERT_TRUE(connection->send(capabilities_packet("<NeedAuth>1</NeedAuth>")));
     ASSERT_TRUE(client.terminal().wait_for_text("[ Password required ]"));
@@ -202,7 +202,7 @@ protected:
     termios modes{};
 };
 
-TEST_F(job, stopped_from_the_keyboard_comes_back_whole_each_time)
+TEST_F(job, comes_back_whole_after_every_stop_from_the_keyboard)
 {
     for (int round = 0; round < 2; ++round) {
         terminal->send_control('z');
@@ -215,7 +215,7 @@ TEST_F(job, stopped_from_the_keyboard_comes_back_whole_each_time)
     EXPECT_EQ(terminal->wait_for_exit(), 0);
 }
 
-TEST_F(job, finds_a_size_of_which_only_the_shell_was_told)
+TEST_F(job, adapts_to_a_size_of_which_only_the_shell_was_told)
 {
     terminal->send_control('z');
     ASSERT_TRUE(stopped());

@@ -81,7 +81,7 @@ class screen_sizes : public testing::TestWithParam<std::pair<int, int>>
 {
 };
 
-TEST_P(screen_sizes, everything_is_in_its_place)
+TEST_P(screen_sizes, show_everything_in_its_place)
 {
     const auto& [rows, columns] = GetParam();
     client_session client;
@@ -155,7 +155,7 @@ TEST(screen, a_terminal_that_does_not_tell_its_size_keeps_the_one_it_had)
     }
 }
 
-TEST(screen, a_resize_of_an_empty_list_lays_the_bar_but_selects_nothing)
+TEST(screen, a_resize_of_an_empty_list_draws_the_bar_but_selects_nothing)
 {
     client_session client;
     ASSERT_TRUE(client.start({}));
@@ -198,7 +198,7 @@ TEST(screen, survives_any_number_of_resizes_to_any_size)
     expect_key_line(client, 24, 80);
 }
 
-TEST(screen, a_resize_without_a_change_of_size_is_taken_too)
+TEST(screen, a_resize_without_a_change_of_size_is_handled_too)
 {
     client_session client;
     ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
@@ -209,7 +209,7 @@ TEST(screen, a_resize_without_a_change_of_size_is_taken_too)
     EXPECT_TRUE(client.wait_for_status(title, pairs::notice));
 }
 
-TEST(screen, help_covers_everything_and_gives_it_back_intact)
+TEST(screen, help_covers_everything_and_uncovers_it_intact)
 {
     client_session client;
     ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));

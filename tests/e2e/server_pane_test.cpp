@@ -30,7 +30,7 @@ TEST(server_pane, names_are_shown_whole_up_to_21_letters_and_cut_beyond)
         EXPECT_EQ(client.terminal().cell(row + 1, 26).text, "│") << "the frame is whole";
 }
 
-TEST(server_pane, an_alias_stands_for_the_name_however_short)
+TEST(server_pane, an_alias_replaces_the_name_however_short)
 {
     client_session client;
     client_settings settings;

@@ -74,7 +74,7 @@ TEST_P(service_menu, takes_its_own_keys_and_no_others)
     expect_nothing_sent();
 }
 
-TEST_P(service_menu, escape_brings_back_what_was_under_it)
+TEST_P(service_menu, escape_restores_what_was_under_it)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(traffic());
@@ -87,7 +87,7 @@ TEST_P(service_menu, escape_brings_back_what_was_under_it)
     expect_nothing_sent();
 }
 
-TEST_P(service_menu, is_erased_after_ten_seconds_and_leaves_a_hole)
+TEST_P(service_menu, is_erased_after_ten_seconds_and_leaves_a_blank_area)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(traffic());
@@ -172,7 +172,7 @@ TEST_P(service_menu, waits_under_a_list_that_arrives)
 
 using service_gates = service_test;
 
-TEST_F(service_gates, updates_and_mailings_go_by_the_permission_for_updates)
+TEST_F(service_gates, updates_and_mailings_depend_on_the_permission_for_updates)
 {
     ASSERT_TRUE(begin({}, calm_start, "<DBModify>1</DBModify>"));
     for (const menu_case& menu : {menu_cases[0], menu_cases[1]}) {
@@ -189,7 +189,7 @@ TEST_F(service_gates, updates_and_mailings_go_by_the_permission_for_updates)
     expect_nothing_sent();
 }
 
-TEST_F(service_gates, offering_mailings_does_not_open_the_mailings)
+TEST_F(service_gates, offering_mailings_does_not_enable_mailings)
 {
     ASSERT_TRUE(begin({}, calm_start, "<Mailing>1</Mailing><Pager>1</Pager><Reports>1</Reports>"));
     terminal().send_key(named_key::enter);
@@ -201,7 +201,7 @@ TEST_F(service_gates, offering_mailings_does_not_open_the_mailings)
     expect_nothing_sent();
 }
 
-TEST_F(service_gates, a_server_without_an_alias_is_refused_by_its_name)
+TEST_F(service_gates, a_refusal_names_the_host_of_a_server_without_an_alias)
 {
     client_settings settings;
     settings.servers.push_back({.name = "127.0.0.1"});

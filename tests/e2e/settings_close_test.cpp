@@ -91,7 +91,7 @@ TEST_F(settings_close, every_connected_server_is_told)
         EXPECT_EQ(told->read_bytes(uplinks_wanted.size()), uplinks_wanted);
 }
 
-TEST_F(settings_close, one_log_for_all_ends_the_servers_own_and_the_box_keeps_its_mark)
+TEST_F(settings_close, a_shared_log_closes_the_servers_logs_and_their_box_keeps_its_mark)
 {
     settings.acars_log = true;
     ASSERT_TRUE(client.start(settings));
@@ -115,7 +115,7 @@ TEST_F(settings_close, one_log_for_all_ends_the_servers_own_and_the_box_keeps_it
     EXPECT_EQ(client.home().read_config(), config_text(saved));
 }
 
-TEST_F(settings_close, a_hot_key_alone_puts_nothing_into_effect)
+TEST_F(settings_close, a_hot_key_alone_applies_nothing)
 {
     settings.acars_log = true;
     settings.save_to_one = true;
@@ -172,7 +172,7 @@ TEST_F(settings_close, a_log_that_cannot_be_opened_is_reported)
         client.wait_for_status("Logfile 'alpha/absent/deeper.log' not opened", pairs::notice));
 }
 
-TEST_F(settings_close, one_log_switched_on_while_connected_begins_with_the_next_connection)
+TEST_F(settings_close, a_shared_log_switched_on_while_connected_begins_with_the_next_connection)
 {
     client.home().make_folder("logs");
     ASSERT_TRUE(client.start(settings));

@@ -80,7 +80,7 @@ void expect_letters(terminal_session& terminal, const page_row& expected)
     }
 }
 
-TEST_F(settings_page, is_drawn_to_the_letter)
+TEST_F(settings_page, is_drawn_exactly)
 {
     for (const auto& [rows, columns] : {std::pair{24, 80}, {30, 100}}) {
         client_session other;
@@ -161,7 +161,7 @@ TEST_F(settings_page, every_hot_key_works_in_every_form_and_is_saved)
     }
 }
 
-TEST_F(settings_page, a_hot_key_twice_changes_nothing)
+TEST_F(settings_page, a_hot_key_pressed_twice_changes_nothing)
 {
     for (const bool is_on : {false, true}) {
         client_session other;
@@ -184,7 +184,7 @@ TEST_F(settings_page, a_hot_key_twice_changes_nothing)
     }
 }
 
-TEST_F(settings_page, hidden_it_takes_hot_keys_and_shows_nothing)
+TEST_F(settings_page, takes_hot_keys_without_showing_anything_while_hidden)
 {
     ASSERT_TRUE(client.start(with_aliases({"alpha"})));
     ASSERT_TRUE(client.wait_for_keys());

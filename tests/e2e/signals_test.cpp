@@ -40,7 +40,7 @@ protected:
     client_session client;
 };
 
-TEST_P(ending_signal, gives_the_terminal_back_and_saves_nothing)
+TEST_P(ending_signal, restores_the_terminal_and_saves_nothing)
 {
     scripted_server server;
     client_settings settings = knowing(server);
@@ -86,7 +86,7 @@ TEST_P(ending_signal, ends_attempts_to_connect_too)
     EXPECT_EQ(terminal.wait_for_exit(), 0);
 }
 
-TEST_P(ending_signal, is_heard_while_a_password_is_asked_for)
+TEST_P(ending_signal, takes_effect_while_a_password_is_asked_for)
 {
     scripted_server server;
     client_settings settings = knowing(server);
@@ -106,7 +106,7 @@ TEST_P(ending_signal, is_heard_while_a_password_is_asked_for)
 INSTANTIATE_TEST_SUITE_P(signals, ending_signal, testing::Values(SIGINT, SIGTERM, SIGHUP, SIGQUIT),
                          name_of);
 
-TEST(signals, the_terminals_own_keys_send_them)
+TEST(signals, are_sent_by_the_terminals_own_keys)
 {
     for (const auto& [key, number] : {std::pair{'\x03', SIGINT}, {'\x1C', SIGQUIT}}) {
         client_session client;

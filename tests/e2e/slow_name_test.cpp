@@ -79,7 +79,7 @@ protected:
     std::string logged;
 };
 
-TEST_F(slow_name, that_does_not_exist_is_reported_while_messages_flow)
+TEST_F(slow_name, is_reported_while_messages_flow_if_it_does_not_exist)
 {
     ASSERT_TRUE(messages_flow("DURING1"));
     ASSERT_TRUE(wait_for_notice(client, *connection, "in the wait"));
@@ -92,7 +92,7 @@ TEST_F(slow_name, that_does_not_exist_is_reported_while_messages_flow)
     EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
 }
 
-TEST_F(slow_name, that_is_found_at_last_is_connected_to)
+TEST_F(slow_name, leads_to_a_connection_when_it_is_found_at_last)
 {
     ASSERT_TRUE(messages_flow("DURING1"));
     ASSERT_TRUE(messages_flow("DURING2"));
@@ -105,7 +105,7 @@ TEST_F(slow_name, that_is_found_at_last_is_connected_to)
     ASSERT_TRUE(messages_flow("AFTER"));
 }
 
-TEST_F(slow_name, keeps_keys_for_afterwards)
+TEST_F(slow_name, keeps_typed_keys_for_later)
 {
     client.terminal().send_control('h');
     ASSERT_TRUE(messages_flow("DURING"));
@@ -126,7 +126,7 @@ TEST_F(slow_name, keeps_the_order_of_keys)
     ASSERT_TRUE(wait_for_notice(client, *connection, "still here"));
 }
 
-TEST_F(slow_name, forgets_keys_beyond_the_sixty_fourth)
+TEST_F(slow_name, drops_keys_beyond_the_sixty_fourth)
 {
     client.terminal().send(std::string(64, 'q'));
     client.terminal().send_control('h');
@@ -154,7 +154,7 @@ TEST_F(slow_name, ends_with_the_program_whatever_was_typed_before)
     EXPECT_TRUE(connection->wait_for_close());
 }
 
-TEST_F(slow_name, lets_a_resize_come_at_once)
+TEST_F(slow_name, allows_a_resize_at_once)
 {
     client.terminal().resize(30, 100);
     ASSERT_TRUE(wait_for_whole_screen(client.terminal()));
@@ -166,7 +166,7 @@ TEST_F(slow_name, lets_a_resize_come_at_once)
     ASSERT_TRUE(client.terminal().wait_for_text("Successfully connected slow:"));
 }
 
-TEST_F(slow_name, says_what_a_quick_one_says)
+TEST_F(slow_name, is_reported_like_a_quick_one)
 {
     const std::string port = std::to_string(named.port());
     EXPECT_EQ(client.status_lines().back(), "Try connecting to slow:" + port);
@@ -180,7 +180,7 @@ TEST_F(slow_name, says_what_a_quick_one_says)
                                              "the mark of a connection"));
 }
 
-TEST_F(slow_name, lets_a_second_connect_wait_its_turn)
+TEST_F(slow_name, makes_a_second_connect_wait)
 {
     client.terminal().send_control('l');
     client.terminal().send_key(named_key::down);
@@ -203,7 +203,7 @@ std::ptrdiff_t count_threads(pid_t process)
         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task"), {});
 }
 
-TEST(slow_names, that_are_found_after_the_screen_was_left_do_no_harm)
+TEST(slow_names, do_no_harm_when_found_after_the_screen_was_left)
 {
     scripted_server directory;
     temp_home answers;

@@ -45,7 +45,7 @@ protected:
     std::optional<server_connection> connection;
 };
 
-TEST_F(small_terminal, of_any_size_takes_transmissions)
+TEST_F(small_terminal, takes_transmissions_at_any_size)
 {
     client.clock().set_alarm_pace(10);
     for (const auto& [rows, columns] :
@@ -65,7 +65,7 @@ TEST_F(small_terminal, of_any_size_takes_transmissions)
     EXPECT_TRUE(client.terminal().wait_for_text("Unique Flights: 7 "));
 }
 
-TEST_F(small_terminal, grown_again_is_whole_before_any_key)
+TEST_F(small_terminal, is_whole_before_any_key_after_growing_again)
 {
     ASSERT_TRUE(stop_polls(client));
     for (const auto& [rows, columns] :
@@ -86,7 +86,7 @@ TEST_F(small_terminal, grown_again_is_whole_before_any_key)
     client.clock().set_alarm_pace(50);
 }
 
-TEST_F(small_terminal, narrower_than_the_server_list_frames_what_there_is_of_it)
+TEST_F(small_terminal, frames_the_visible_part_of_a_wider_server_list)
 {
     client.terminal().resize(24, 20);
     ASSERT_TRUE(client.terminal().wait_until(
@@ -98,7 +98,7 @@ TEST_F(small_terminal, narrower_than_the_server_list_frames_what_there_is_of_it)
         "a frame round the list"));
 }
 
-TEST_F(small_terminal, takes_backspace_for_a_password)
+TEST_F(small_terminal, takes_backspace_in_a_password)
 {
     ASSERT_TRUE(connection->send(capabilities_packet("<NeedAuth>1</NeedAuth>")));
     ASSERT_TRUE(client.terminal().wait_for_text("[ Password required ]"));
@@ -211,12 +211,12 @@ TEST_F(long_list, shows_statistics_of_a_visible_server_on_its_scrolled_row)
         [&] { return read_beside(2) == "Unique Flights: 5678"; }, "beside the highest row"));
 }
 
-TEST_F(long_list, shows_no_statistics_of_a_server_above_the_visible_ones)
+TEST_F(long_list, shows_no_statistics_of_a_server_above_the_visible_rows)
 {
     ASSERT_NO_FATAL_FAILURE(expect_none_shown(*first));
 }
 
-TEST_F(long_list, shows_no_statistics_of_a_server_below_the_visible_ones)
+TEST_F(long_list, shows_no_statistics_of_a_server_below_the_visible_rows)
 {
     ASSERT_NO_FATAL_FAILURE(go_to_the_first());
     ASSERT_NO_FATAL_FAILURE(expect_none_shown(*last));

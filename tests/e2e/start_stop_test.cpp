@@ -40,7 +40,7 @@ TEST(start_stop, shows_the_whole_screen_with_a_configuration)
     EXPECT_EQ(client.terminal().error_text(), "");
 }
 
-TEST(start_stop, names_the_folder_in_which_no_configuration_is)
+TEST(start_stop, names_the_folder_that_has_no_configuration)
 {
     client_session client;
     ASSERT_TRUE(client.start_as_it_is({.home_variable = client.home().path()}));
@@ -49,7 +49,7 @@ TEST(start_stop, names_the_folder_in_which_no_configuration_is)
     EXPECT_EQ(client.bar_row(), 0);
 }
 
-TEST(start_stop, without_servers_leaves_in_order)
+TEST(start_stop, leaves_in_order_without_servers)
 {
     client_session client;
     ASSERT_TRUE(client.start({}));
@@ -81,7 +81,7 @@ TEST(start_stop, a_terminal_that_curses_does_not_know_is_refused)
     }
 }
 
-TEST(start_stop, no_terminal_type_at_all_is_refused)
+TEST(start_stop, a_missing_terminal_type_is_refused)
 {
     client_session client;
     client_start how;
@@ -101,7 +101,7 @@ TEST(start_stop, a_terminal_too_small_for_the_panes_is_refused)
     }
 }
 
-TEST(start_stop, a_refusal_for_size_leaves_the_terminal_as_curses_set_it)
+TEST(start_stop, a_refusal_because_of_size_leaves_the_terminal_as_curses_set_it)
 {
     client_session client;
     client.launch({.rows = 5});
@@ -131,7 +131,7 @@ TEST(start_stop, polls_three_seconds_after_the_start_and_then_every_second)
     EXPECT_EQ(client.clock().last_alarm_s(), 1);
 }
 
-TEST(start_stop, without_home_uses_the_working_folder)
+TEST(start_stop, uses_the_working_folder_without_home)
 {
     client_session client;
     client_settings settings = with_aliases({"alpha"});
@@ -147,7 +147,7 @@ TEST(start_stop, without_home_uses_the_working_folder)
     EXPECT_EQ(client.home().read_config(), config_text(settings));
 }
 
-TEST(start_stop, without_home_and_configuration_says_so)
+TEST(start_stop, says_so_without_home_and_configuration)
 {
     client_session client;
     client_start how;
@@ -156,7 +156,7 @@ TEST(start_stop, without_home_and_configuration_says_so)
     EXPECT_TRUE(client.wait_for_status("No configuration found in ''", pairs::error));
 }
 
-TEST(start_stop, a_home_that_cannot_be_entered_is_no_configuration_and_nothing_is_saved)
+TEST(start_stop, a_home_that_cannot_be_entered_means_no_configuration_and_no_save)
 {
     client_session client;
     client.home().write_file("plain", "a file");
@@ -176,7 +176,7 @@ TEST(start_stop, a_home_that_cannot_be_entered_is_no_configuration_and_nothing_i
     EXPECT_EQ(client.home().files(), (std::vector<std::string>{"ncursesclient.conf", "plain"}));
 }
 
-TEST(start_stop, without_save_on_exit_the_file_is_left_as_it_is)
+TEST(start_stop, leaves_the_file_unchanged_without_save_on_exit)
 {
     client_session client;
     const std::string text = "<?xml version=\"1.0\"?>\n<clientconf><Server9><ServerName>h"

@@ -60,7 +60,7 @@ TEST_F(contacts, are_shown_in_cyan_below_the_transmission)
     ASSERT_TRUE(wait_for_message_rows(client, lines, 0));
 }
 
-TEST_F(contacts, that_are_not_known_leave_an_empty_line)
+TEST_F(contacts, leave_an_empty_line_if_they_are_missing)
 {
     ASSERT_TRUE(connection->send(plain_packet(document_of({}))));
     std::vector<std::string> lines = lines_of({});
@@ -69,7 +69,7 @@ TEST_F(contacts, that_are_not_known_leave_an_empty_line)
     EXPECT_FALSE(client.terminal().shows("null"));
 }
 
-TEST(no_contacts, are_shown_unless_asked_for)
+TEST(no_contacts, are_shown_unless_configured)
 {
     listed_servers servers(1);
     client_session client;
@@ -130,7 +130,7 @@ TEST_F(flight_statistics, stay_until_the_next_transmission_of_any_server)
     ASSERT_TRUE(client.terminal().wait_for_no_text("Unique Flights"));
 }
 
-TEST_F(flight_statistics, go_when_the_bar_moves)
+TEST_F(flight_statistics, disappear_when_the_bar_moves)
 {
     ASSERT_TRUE(connections[0].send(plain_packet(document_of({.daily_flights = "55"}))));
     ASSERT_TRUE(wait_for_text_beside(client, 2, "Unique Flights: 55"));
@@ -139,7 +139,7 @@ TEST_F(flight_statistics, go_when_the_bar_moves)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({})));
 }
 
-TEST_F(flight_statistics, give_back_what_they_covered)
+TEST_F(flight_statistics, uncover_what_was_under_them)
 {
     // Enough transmissions to have text where the line is shown.
     for (int number = 1; number <= 3; ++number)
@@ -158,7 +158,7 @@ TEST_F(flight_statistics, give_back_what_they_covered)
         EXPECT_EQ(moved[row], rows[row + 6]) << row;
 }
 
-TEST_F(flight_statistics, wider_than_the_terminal_do_no_harm)
+TEST_F(flight_statistics, do_no_harm_when_wider_than_the_terminal)
 {
     ASSERT_TRUE(
         connections[0].send(plain_packet(document_of({.daily_flights = std::string(500, '9')}))));
