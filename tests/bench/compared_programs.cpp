@@ -1,6 +1,6 @@
 // compared_programs.cpp - see compared_programs.hpp.
 //
-// The others are set up as their users have them, but with no network to look for.
+// The others are set up as their users have them, but without a network.
 #include "bench/compared_programs.hpp"
 
 #include "bench/server_park.hpp"
@@ -18,12 +18,12 @@ constexpr const char* feed = "<?xml version=\"1.0\"?><rss version=\"2.0\"><chann
                              "<description>Stations</description><item><title>One</title>"
                              "<link>http://localhost/1</link></item></channel></rss>\n";
 
-void pipe_make(const temp_home& home)
+void make_pipe(const temp_home& home)
 {
     mkfifo(home.path_of(message_pipe).c_str(), 0600);
 }
 
-void client_prepare(const temp_home& home)
+void prepare_client(const temp_home& home)
 {
     std::vector<int> ports;
     for (int port = 1; port <= configured_servers; ++port)
@@ -32,28 +32,28 @@ void client_prepare(const temp_home& home)
 }
 
 /// Its plugin makes the pipe.
-void weechat_prepare(const temp_home& home)
+void prepare_weechat(const temp_home& home)
 {
     home.make_folder("weechat");
     home.write_file("weechat/fifo.conf",
                     std::string{"[file]\nenabled = on\npath = \""} + message_pipe + "\"\n");
 }
 
-/// A leading "-" is an option's; an empty text would be a request for help.
-std::string weechat_line(std::string_view line)
+/// A leading "-" would be an option; an empty text would be a request for help.
+std::string make_weechat_line(std::string_view line)
 {
     const char* guard = line.starts_with('-') ? "\\" : "";
     return std::string{"core.weechat */print "}.append(guard).append(line);
 }
 
-void newsboat_prepare(const temp_home& home)
+void prepare_newsboat(const temp_home& home)
 {
     home.write_file("feed.xml", feed);
     home.write_file("urls", "file://" + home.path_of("feed.xml") + "\n");
     home.write_file("config", "auto-reload no\nrefresh-on-startup no\n");
 }
 
-const std::vector<compared_program>& all_programs()
+const std::vector<compared_program>& list_all_programs()
 {
     static const std::vector<compared_program> programs = {
         {"client",
@@ -61,49 +61,49 @@ const std::vector<compared_program>& all_programs()
          {CLIENT_BINARY},
          "station-020",
          "\x18",
-         client_prepare,
-         message_road::server},
-        {"floor", nullptr, {FLOOR_BINARY}, "station-020", "\x18", pipe_make, message_road::pipe},
+         prepare_client,
+         message_source::server},
+        {"floor", nullptr, {FLOOR_BINARY}, "station-020", "\x18", make_pipe, message_source::pipe},
         {"irssi",
          "irssi",
          {"/usr/bin/irssi", "--home=irssi", "--noconnect"},
          "[(status)]",
          "/quit\r",
-         pipe_make,
-         message_road::pipe,
+         make_pipe,
+         message_source::pipe,
          "/exec - cat messages\r"},
         {"weechat",
          "weechat-curses",
          {"/usr/bin/weechat", "--dir", "weechat", "--no-connect"},
          "Plugins loaded",
          "/quit\r",
-         weechat_prepare,
-         message_road::pipe,
+         prepare_weechat,
+         message_source::pipe,
          "",
-         weechat_line},
+         make_weechat_line},
         {"newsboat",
          "newsboat",
          {"/usr/bin/newsboat", "-u", "urls", "-c", "cache.db", "-C", "config"},
          "Your feeds",
          "q",
-         newsboat_prepare,
-         message_road::none},
-        {"htop", "htop", {"/usr/bin/htop"}, "Quit", "q", nullptr, message_road::none},
-        // The program in its pane is not to be counted, and so is started without the home. Its end
-        // is also that of tmux.
+         prepare_newsboat,
+         message_source::none},
+        {"htop", "htop", {"/usr/bin/htop"}, "Quit", "q", nullptr, message_source::none},
+        // The program in its pane must not count, so it starts without the home. Its end also ends
+        // tmux.
         {"tmux",
          "tmux",
          {"/usr/bin/tmux", "-f", "/dev/null", "-S", "socket", "new-session", "-n", "quiet",
           "exec env -u HOME cat messages"},
          "0:quiet*",
          "\x03",
-         pipe_make,
-         message_road::pipe},
+         make_pipe,
+         message_source::pipe},
     };
     return programs;
 }
 
-std::string installed_version(const char* package)
+std::string read_installed_version(const char* package)
 {
     const std::string command = std::string{"dpkg-query -W -f '${Version}' "} + package;
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> answer{popen(command.c_str(), "r"),
@@ -119,7 +119,7 @@ std::string installed_version(const char* package)
 std::vector<compared_program> programs_to_compare(bool with_peers)
 {
     std::vector<compared_program> chosen;
-    for (const compared_program& program : all_programs()) {
+    for (const compared_program& program : list_all_programs()) {
         const bool is_peer = program.package != nullptr;
         if (is_peer && !with_peers)
             continue;
@@ -138,6 +138,6 @@ std::vector<std::string> package_versions(const std::vector<compared_program>& p
     for (const compared_program& program : programs)
         if (program.package != nullptr)
             versions.push_back(std::string{program.package} + " " +
-                               installed_version(program.package));
+                               read_installed_version(program.package));
     return versions;
 }

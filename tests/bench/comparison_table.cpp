@@ -7,13 +7,13 @@
 namespace
 {
 
-std::string heading_of(const figure_row& row)
+std::string make_heading(const figure_row& row)
 {
     return row.unit.empty() ? row.what : row.what + ", " + row.unit;
 }
 
-/// Three digits at least, and a "-" for what was not measured.
-std::string text_of(const std::optional<double>& figure)
+/// At least three digits, and "-" for what was not measured.
+std::string format_figure(const std::optional<double>& figure)
 {
     if (!figure)
         return "-";
@@ -23,7 +23,7 @@ std::string text_of(const std::optional<double>& figure)
     return text;
 }
 
-const char* verdict(const goal_row& goal)
+const char* judge(const goal_row& goal)
 {
     return goal.is_reached ? "reached" : "missed";
 }
@@ -45,14 +45,14 @@ void comparison_print(const comparison& compared, std::FILE* to)
     for (const std::string& column : compared.columns)
         std::fprintf(to, "%10s", column.c_str());
     for (const figure_row& row : compared.rows) {
-        std::fprintf(to, "\n%-38s", heading_of(row).c_str());
+        std::fprintf(to, "\n%-38s", make_heading(row).c_str());
         for (const std::optional<double>& figure : row.figures)
-            std::fprintf(to, "%10s", text_of(figure).c_str());
+            std::fprintf(to, "%10s", format_figure(figure).c_str());
     }
     std::fputs("\n\n", to);
     for (const goal_row& goal : compared.goals)
         std::fprintf(to, "%-38s%-42s%-22s%s\n", goal.what.c_str(), goal.figure.c_str(),
-                     goal.wanted.c_str(), verdict(goal));
+                     goal.wanted.c_str(), judge(goal));
     for (const std::string& note : compared.notes)
         std::fprintf(to, "\n%s", note.c_str());
     std::fputs("\n", to);
@@ -67,14 +67,14 @@ void comparison_write_markdown(const comparison& compared, std::FILE* to)
     for (std::size_t column = 0; column < compared.columns.size(); ++column)
         std::fputs("---:|", to);
     for (const figure_row& row : compared.rows) {
-        std::fprintf(to, "\n| %s |", heading_of(row).c_str());
+        std::fprintf(to, "\n| %s |", make_heading(row).c_str());
         for (const std::optional<double>& figure : row.figures)
-            std::fprintf(to, " %s |", text_of(figure).c_str());
+            std::fprintf(to, " %s |", format_figure(figure).c_str());
     }
     std::fputs("\n\n| measure | client | goal | |\n|---|---|---|---|\n", to);
     for (const goal_row& goal : compared.goals)
         std::fprintf(to, "| %s | %s | %s | %s |\n", goal.what.c_str(), goal.figure.c_str(),
-                     goal.wanted.c_str(), verdict(goal));
+                     goal.wanted.c_str(), judge(goal));
     std::fputs("\n", to);
     for (const std::string& note : compared.notes)
         std::fprintf(to, "- %s\n", note.c_str());

@@ -13,10 +13,10 @@ struct figure_row {
     std::vector<std::optional<double>> figures; // in the order of the columns; none: not measured
 };
 
-/// What the client is to reach in one measure.
+/// The client's goal in one measure.
 struct goal_row {
     std::string what;
-    std::string figure; // of the client, alone or beside another's
+    std::string figure; // of the client, alone or beside another program's
     std::string wanted;
     bool is_reached = false;
 };
@@ -25,10 +25,10 @@ struct comparison {
     std::vector<std::string> columns{};
     std::vector<figure_row> rows{};
     std::vector<goal_row> goals{};
-    std::vector<std::string> notes{}; // what the figures need to be understood
+    std::vector<std::string> notes{}; // needed to understand the figures
 };
 
-/// The middle of the values, or the mean of the two in the middle; none of no values.
+/// The median of the values; none without values.
 std::optional<double> median(std::vector<double> values);
 
 /// Prints both tables and the notes for a terminal.

@@ -15,7 +15,7 @@ namespace
 
 constexpr std::int64_t server_counts[] = {10, 1'000, 10'000};
 
-std::string config_of(std::int64_t servers)
+std::string make_config(std::int64_t servers)
 {
     client_settings settings;
     for (std::int64_t number = 1; number <= servers; ++number) {
@@ -29,9 +29,9 @@ std::string config_of(std::int64_t servers)
     return config_text(settings);
 }
 
-void load_run(benchmark::State& state, const temp_home* home)
+void run_load(benchmark::State& state, const temp_home* home)
 {
-    home->write_config(config_of(state.range(0)));
+    home->write_config(make_config(state.range(0)));
     while (state.KeepRunning()) {
         config_load();
         state.PauseTiming();
@@ -42,9 +42,9 @@ void load_run(benchmark::State& state, const temp_home* home)
     }
 }
 
-void save_run(benchmark::State& state, const temp_home* home)
+void run_save(benchmark::State& state, const temp_home* home)
 {
-    home->write_config(config_of(state.range(0)));
+    home->write_config(make_config(state.range(0)));
     config_load();
     while (state.KeepRunning())
         config_save();
@@ -58,11 +58,11 @@ void save_run(benchmark::State& state, const temp_home* home)
 void config_benchmarks_add(const temp_home& home)
 {
     for (const std::int64_t count : server_counts) {
-        benchmark::RegisterBenchmark(config_load_name, load_run, &home)
+        benchmark::RegisterBenchmark(config_load_name, run_load, &home)
             ->Arg(count)
             ->Unit(benchmark::kMicrosecond);
-        // Few rounds: the program saves once, and what it read before that stays in memory.
-        benchmark::RegisterBenchmark(config_save_name, save_run, &home)
+        // Few rounds: the program saves once, and what it reads before a save stays in memory.
+        benchmark::RegisterBenchmark(config_save_name, run_save, &home)
             ->Arg(count)
             ->Iterations(10)
             ->UseRealTime()

@@ -1,4 +1,4 @@
-// core_main.cpp - measures what the client does with its input, without a terminal and a network.
+// core_main.cpp - measures what the client does with its input, without terminal and network.
 //
 //   bench_core [--markdown FILE] [options of Google Benchmark]
 //
@@ -20,8 +20,8 @@
 namespace
 {
 
-/// Takes "--markdown FILE" out of the command line. The file's name; null: not wanted.
-const char* markdown_option(int& count, char** arguments)
+/// Removes "--markdown FILE" from the command line. The file's name; null: not given.
+const char* take_markdown_option(int& count, char** arguments)
 {
     if (count < 3 || std::strcmp(arguments[1], "--markdown") != 0)
         return nullptr;
@@ -32,7 +32,7 @@ const char* markdown_option(int& count, char** arguments)
     return name;
 }
 
-bool report_write(const char* name, const core_figures& figures)
+bool write_report(const char* name, const core_figures& figures)
 {
     const unique_file file{std::fopen(name, "w")};
     if (!file) {
@@ -47,12 +47,12 @@ bool report_write(const char* name, const core_figures& figures)
 
 int main(int count, char** arguments)
 {
-    const char* markdown = markdown_option(count, arguments);
+    const char* markdown = take_markdown_option(count, arguments);
     benchmark::Initialize(&count, arguments);
     if (benchmark::ReportUnrecognizedArguments(count, arguments))
         return 2;
     pause_init();
-    // Each poll cycle sets the alarm for the next one, which is not wanted here.
+    // Each poll cycle sets the alarm for the next one, which must not ring here.
     std::signal(SIGALRM, SIG_IGN);
     const null_screen screen;
     if (!xml_benchmarks_add())
@@ -64,7 +64,7 @@ int main(int count, char** arguments)
     figure_keeper keeper;
     benchmark::RunSpecifiedBenchmarks(&keeper);
     benchmark::Shutdown();
-    if (markdown != nullptr && !report_write(markdown, keeper.figures()))
+    if (markdown != nullptr && !write_report(markdown, keeper.figures()))
         return 1;
     return keeper.has_failed() ? 1 : 0;
 }

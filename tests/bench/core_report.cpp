@@ -18,46 +18,46 @@
 namespace
 {
 
-std::optional<double> figure_of(const core_figures& figures, const std::string& name)
+std::optional<double> find_figure(const core_figures& figures, const std::string& name)
 {
     const auto found = figures.find(name);
     return found != figures.end() ? median(found->second) : std::nullopt;
 }
 
-const char* verdict(bool is_reached)
+const char* judge(bool is_reached)
 {
     return is_reached ? "reached" : "**missed**";
 }
 
-/// How many times as long as ours a reader may be expected to take, at least.
+/// How many times our reader's time another reader must take, at least.
 struct reader_goal {
     std::string_view reader;
-    double least_ratio;
+    double min_ratio;
 };
 
 constexpr reader_goal reader_goals[] = {
     {"rapidxml", 1}, {"pugixml", 1}, {"tinyxml2", 3}, {"libxml2", 6}, {"expat", 6},
 };
 
-void reader_row_write(std::FILE* file, const core_figures& figures, const std::string& size,
+void write_reader_row(std::FILE* file, const core_figures& figures, const std::string& size,
                       const xml_reader& reader)
 {
     const std::string place = xml_bench_name + size + "/";
-    const auto own = figure_of(figures, place + xml_readers()[0].name);
-    const auto other = figure_of(figures, place + reader.name);
+    const auto own = find_figure(figures, place + xml_readers()[0].name);
+    const auto other = find_figure(figures, place + reader.name);
     if (!own || !other)
         return;
     std::fprintf(file, "| %s | %s | %.2f | %.2f | ", size.c_str(), reader.name, *other,
                  *other / *own);
     for (const reader_goal& goal : reader_goals) {
         if (goal.reader == reader.name)
-            std::fprintf(file, "at least %g: %s", goal.least_ratio,
-                         verdict(*other / *own >= goal.least_ratio));
+            std::fprintf(file, "at least %g: %s", goal.min_ratio,
+                         judge(*other / *own >= goal.min_ratio));
     }
     std::fputs(" |\n", file);
 }
 
-void readers_write(std::FILE* file, const core_figures& figures)
+void write_readers(std::FILE* file, const core_figures& figures)
 {
     std::fputs(
         "\n### Reading a transmission and copying 16 values out of it\n\n"
@@ -70,51 +70,51 @@ void readers_write(std::FILE* file, const core_figures& figures)
         file);
     for (const sample_document& sample : sample_documents()) {
         for (const xml_reader& reader : xml_readers())
-            reader_row_write(file, figures, sample.size, reader);
+            write_reader_row(file, figures, sample.size, reader);
     }
 }
 
 constexpr const char* step_names[] = {"inflate", "pass", "parse", "template", "log", "screen"};
 
-void steps_row_write(std::FILE* file, const core_figures& figures, const char* size)
+void write_steps_row(std::FILE* file, const core_figures& figures, const char* size)
 {
     std::fprintf(file, "| %s |", size);
     for (const char* step : step_names) {
         const std::string name = std::string{transmission_step_name} + step + "/" + size;
-        std::fprintf(file, " %.2f |", figure_of(figures, name).value_or(0));
+        std::fprintf(file, " %.2f |", find_figure(figures, name).value_or(0));
     }
     std::fputs("\n", file);
 }
 
-/// What no client could do without: inflating, looking at each byte, writing the log and the
+/// The time that every client needs: inflating, looking at each byte, writing the log and the
 /// screen.
-double unavoidable_us(const core_figures& figures, const std::string& size, bool is_compressed)
+double sum_unavoidable_us(const core_figures& figures, const std::string& size, bool is_compressed)
 {
     const std::string step = transmission_step_name;
-    double sum = is_compressed ? figure_of(figures, step + "inflate/" + size).value_or(0) : 0;
+    double sum = is_compressed ? find_figure(figures, step + "inflate/" + size).value_or(0) : 0;
     for (const char* name : {"pass/", "log/", "screen/"})
-        sum += figure_of(figures, step + name + size).value_or(0);
+        sum += find_figure(figures, step + name + size).value_or(0);
     return sum;
 }
 
-void road_row_write(std::FILE* file, const core_figures& figures, const std::string& kind,
+void write_path_row(std::FILE* file, const core_figures& figures, const std::string& kind,
                     const std::string& size)
 {
-    constexpr double most_ratio = 2;
-    const auto road = figure_of(figures, transmission_road_name + kind + "/" + size);
-    const double unavoidable = unavoidable_us(figures, size, kind != "plain");
-    if (!road || unavoidable <= 0)
+    constexpr double max_ratio = 2;
+    const auto measured = find_figure(figures, transmission_path_name + kind + "/" + size);
+    const double unavoidable = sum_unavoidable_us(figures, size, kind != "plain");
+    if (!measured || unavoidable <= 0)
         return;
-    std::fprintf(file, "| %s, %s | %.1f | %.1f | %.2f | ", kind.c_str(), size.c_str(), *road,
-                 unavoidable, *road / unavoidable);
+    std::fprintf(file, "| %s, %s | %.1f | %.1f | %.2f | ", kind.c_str(), size.c_str(), *measured,
+                 unavoidable, *measured / unavoidable);
     if (kind == "with_statistics")
         std::fputs("none: draws three more boxes |\n", file);
     else
-        std::fprintf(file, "at most %g: %s |\n", most_ratio,
-                     verdict(*road / unavoidable <= most_ratio));
+        std::fprintf(file, "at most %g: %s |\n", max_ratio,
+                     judge(*measured / unavoidable <= max_ratio));
 }
 
-void roads_write(std::FILE* file, const core_figures& figures)
+void write_paths(std::FILE* file, const core_figures& figures)
 {
     std::fputs("\n### The road of one transmission, from the packet to log and screen\n\n"
                "Steps, in microseconds of CPU:\n\n"
@@ -122,17 +122,17 @@ void roads_write(std::FILE* file, const core_figures& figures)
                "|---|--:|--:|--:|--:|--:|--:|\n",
                file);
     for (const sample_document& sample : sample_documents())
-        steps_row_write(file, figures, sample.size);
+        write_steps_row(file, figures, sample.size);
     std::fputs("\nThe whole, against the sum of inflate, one pass, log and screen:\n\n"
                "| transmission | us | unavoidable us | ratio | goal |\n|---|--:|--:|--:|---|\n",
                file);
     for (const char* kind : {"plain", "compressed", "with_statistics"}) {
         for (const sample_document& sample : sample_documents())
-            road_row_write(file, figures, kind, sample.size);
+            write_path_row(file, figures, kind, sample.size);
     }
 }
 
-/// A piece whose cost grows with a number, and the most that it may take at one of them.
+/// A function whose cost grows with a number, and its limit at one such number.
 struct growing_piece {
     const char* name;
     const char* what;
@@ -155,8 +155,8 @@ struct growth_point {
     double us;
 };
 
-/// The figures of one piece, by rising argument.
-std::vector<growth_point> growth_of(const core_figures& figures, const std::string& name)
+/// The figures of one function, by rising argument.
+std::vector<growth_point> find_growth(const core_figures& figures, const std::string& name)
 {
     std::map<std::int64_t, double> points;
     for (const auto& [key, values] : figures) {
@@ -171,7 +171,7 @@ std::vector<growth_point> growth_of(const core_figures& figures, const std::stri
 }
 
 /// The slope between the two largest arguments, where constant costs weigh least.
-double exponent_of(const std::vector<growth_point>& growth)
+double find_exponent(const std::vector<growth_point>& growth)
 {
     const growth_point& last = growth[growth.size() - 1];
     const growth_point& former = growth[growth.size() - 2];
@@ -179,9 +179,9 @@ double exponent_of(const std::vector<growth_point>& growth)
            std::log(static_cast<double>(last.count) / static_cast<double>(former.count));
 }
 
-void growth_write(std::FILE* file, const core_figures& figures, const growing_piece& piece)
+void write_growth(std::FILE* file, const core_figures& figures, const growing_piece& piece)
 {
-    const std::vector<growth_point> growth = growth_of(figures, piece.name);
+    const std::vector<growth_point> growth = find_growth(figures, piece.name);
     if (growth.size() < 2)
         return;
     std::fprintf(file, "| %s | %s |", piece.what, piece.clock);
@@ -191,11 +191,11 @@ void growth_write(std::FILE* file, const core_figures& figures, const growing_pi
                      point.us / 1'000);
         separator = "; ";
     }
-    std::fprintf(file, " | %.2f | ", exponent_of(growth));
+    std::fprintf(file, " | %.2f | ", find_exponent(growth));
     for (const growth_point& point : growth) {
         if (point.count == piece.goal_count)
             std::fprintf(file, "%lld under %g ms: %s", static_cast<long long>(point.count),
-                         piece.goal_us / 1'000, verdict(point.us < piece.goal_us));
+                         piece.goal_us / 1'000, judge(point.us < piece.goal_us));
     }
     std::fputs(" |\n", file);
 }
@@ -219,13 +219,13 @@ void figure_keeper::ReportRuns(const std::vector<Run>& runs)
 
 void core_report_write(std::FILE* file, const core_figures& figures)
 {
-    readers_write(file, figures);
-    roads_write(file, figures);
+    write_readers(file, figures);
+    write_paths(file, figures);
     std::fputs("\n### How cost grows\n\n"
                "Milliseconds, and the exponent between the two largest numbers (1: in "
                "proportion).\n\n"
                "| piece | clock | number: ms | exponent | goal |\n|---|---|---|--:|---|\n",
                file);
     for (const growing_piece& piece : growing_pieces)
-        growth_write(file, figures, piece);
+        write_growth(file, figures, piece);
 }

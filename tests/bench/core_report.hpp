@@ -1,4 +1,4 @@
-// core_report.hpp - collects the figures of the pieces and writes them as tables with their goals.
+// core_report.hpp - collects the figures of the core and writes them as tables with their goals.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-/// Microseconds of each benchmark by its name and argument, such as "poll/idle/100": of the wall
-/// clock for those that ask for it, else of CPU; one of each repetition.
+/// Microseconds of each benchmark by its name and argument, such as "poll/idle/100": wall clock
+/// time where a benchmark asks for it, else CPU time; one value for each repetition.
 using core_figures = std::map<std::string, std::vector<double>>;
 
-/// Shows what runs, and keeps its figures.
+/// Shows progress, and keeps the figures.
 class figure_keeper : public benchmark::ConsoleReporter
 {
 public:
@@ -31,6 +31,6 @@ private:
     bool failed = false;
 };
 
-/// Writes tables in Markdown of those figures that were measured: medians, ratios, growth, and
-/// whether the goals were reached.
+/// Writes Markdown tables of the figures that were measured: medians, ratios, growth, and whether
+/// the goals were reached.
 void core_report_write(std::FILE* file, const core_figures& figures);

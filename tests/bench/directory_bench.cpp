@@ -25,15 +25,15 @@ constexpr std::int64_t line_counts[] = {10, 1'000, 10'000, 100'000};
 constexpr long round_us = 100;
 constexpr std::string_view request_begin = "GET ";
 
-/// Where the directory listens. Known before main, since the directory's port is a constant.
-scripted_server& directory()
+/// The directory's socket. Open before main, since the directory's port is a constant.
+scripted_server& open_directory()
 {
     static scripted_server server;
     return server;
 }
 
-/// Lines in no order, as a directory has them.
-std::string response_of(std::int64_t lines)
+/// Lines in random order, as a directory has them.
+std::string make_response(std::int64_t lines)
 {
     std::string response = "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\n\r\n";
     std::mt19937 numbers{20240317};
@@ -49,19 +49,19 @@ std::string response_of(std::int64_t lines)
     return response;
 }
 
-/// Answers one fetch, which ends without a list if it cannot.
-void directory_answer(const std::string& response)
+/// Answers one fetch; on failure the fetch ends without a list.
+void answer_fetch(const std::string& response)
 {
-    std::optional<server_connection> client = directory().accept();
+    std::optional<server_connection> client = open_directory().accept();
     if (client && client->read_bytes(request_begin.size()) == request_begin)
         client->send_bytes(response);
 }
 
-void fetch_run(benchmark::State& state)
+void run_fetch(benchmark::State& state)
 {
-    const std::string response = response_of(state.range(0));
+    const std::string response = make_response(state.range(0));
     while (state.KeepRunning()) {
-        std::thread answer{directory_answer, std::cref(response)};
+        std::thread answer{answer_fetch, std::cref(response)};
         const auto begin = std::chrono::steady_clock::now();
         start_server_list_fetch();
         while (app_state.fetch.running > 0)
@@ -78,12 +78,12 @@ void fetch_run(benchmark::State& state)
 } // namespace
 
 const char* const directory_host = "127.0.0.1";
-const std::int32_t directory_port = directory().port();
+const std::int32_t directory_port = open_directory().port();
 
 void directory_benchmarks_add()
 {
     for (const std::int64_t count : line_counts)
-        benchmark::RegisterBenchmark(directory_bench_name, fetch_run)
+        benchmark::RegisterBenchmark(directory_bench_name, run_fetch)
             ->Arg(count)
             ->UseManualTime()
             ->Unit(benchmark::kMicrosecond);

@@ -27,30 +27,30 @@ constexpr unsigned short rows = 24;
 constexpr unsigned short columns = 80;
 constexpr int cannot_start_status = 127;
 
-/// A screen is complete when nothing follows for this long; a program at rest writes nothing.
+/// A screen is complete when nothing follows for this long; an idle program writes nothing.
 constexpr std::chrono::milliseconds screen_quiet{30};
 
-/// The same for what a program writes later, a piece of it perhaps only in its next round.
+/// The same for later output, of which a part may come only in the program's next round.
 constexpr std::chrono::milliseconds later_quiet{100};
 
-/// How often to look for something that the kernel does not announce.
+/// How often to check something that the kernel does not report.
 constexpr std::chrono::milliseconds look_again{2};
 
-std::int64_t now_ns()
+std::int64_t read_clock_ns()
 {
     timespec now = {};
     clock_gettime(CLOCK_MONOTONIC, &now);
     return std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
 }
 
-std::int64_t* shared_number()
+std::int64_t* map_shared_number()
 {
     void* place = mmap(nullptr, sizeof(std::int64_t), PROT_READ | PROT_WRITE,
                        MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     return place != MAP_FAILED ? static_cast<std::int64_t*>(place) : nullptr;
 }
 
-std::vector<std::string> environment_for(const std::string& home)
+std::vector<std::string> make_environment(const std::string& home)
 {
     std::vector<std::string> environment{"TERM=screen-256color", "LC_ALL=C.UTF-8", "TZ=UTC",
                                          "PATH=/usr/bin:/bin", "HOME=" + home};
@@ -59,8 +59,8 @@ std::vector<std::string> environment_for(const std::string& home)
     return environment;
 }
 
-/// What exec takes: a null-terminated list of the texts, which stay the caller's.
-std::vector<char*> pointers_to(std::vector<std::string>& texts)
+/// The texts as exec takes them: a null-terminated list. The caller keeps the texts.
+std::vector<char*> collect_pointers(std::vector<std::string>& texts)
 {
     std::vector<char*> pointers;
     pointers.reserve(texts.size() + 1);
@@ -70,12 +70,12 @@ std::vector<char*> pointers_to(std::vector<std::string>& texts)
     return pointers;
 }
 
-/// The child's road from fork to the program.
-[[noreturn]] void become(char* const* command, char* const* environment, const char* folder,
-                         std::int64_t* exec_ns)
+/// Turns the forked child into the program.
+[[noreturn]] void run_program(char* const* command, char* const* environment, const char* folder,
+                              std::int64_t* exec_ns)
 {
     if (chdir(folder) == 0) {
-        *exec_ns = now_ns();
+        *exec_ns = read_clock_ns();
         execve(command[0], command, environment);
     }
     _exit(cannot_start_status);
@@ -84,16 +84,16 @@ std::vector<char*> pointers_to(std::vector<std::string>& texts)
 } // namespace
 
 measured_program::measured_program(std::vector<std::string> command, const std::string& home)
-    : home_path(home), stop_fd(eventfd(0, EFD_CLOEXEC)), exec_ns(shared_number())
+    : home_path(home), stop_fd(eventfd(0, EFD_CLOEXEC)), exec_ns(map_shared_number())
 {
-    std::vector<std::string> environment = environment_for(home);
-    const std::vector<char*> command_pointers = pointers_to(command);
-    const std::vector<char*> environment_pointers = pointers_to(environment);
+    std::vector<std::string> environment = make_environment(home);
+    const std::vector<char*> command_pointers = collect_pointers(command);
+    const std::vector<char*> environment_pointers = collect_pointers(environment);
     const winsize size = {rows, columns, 0, 0};
     if (exec_ns != nullptr)
         child = forkpty(&terminal_fd, nullptr, nullptr, &size);
     if (child == 0)
-        become(command_pointers.data(), environment_pointers.data(), home.c_str(), exec_ns);
+        run_program(command_pointers.data(), environment_pointers.data(), home.c_str(), exec_ns);
     if (child < 0) {
         std::perror("cannot make a terminal");
         std::abort();
@@ -132,10 +132,10 @@ void measured_program::drain()
         char bytes[16384];
         const ssize_t length =
             watched[1].revents == 0 ? read(terminal_fd, bytes, sizeof bytes) : -1;
-        const std::int64_t read_ns = now_ns();
+        const std::int64_t read_ns = read_clock_ns();
         const std::lock_guard lock{guard};
         arrived.notify_all();
-        closed = length <= 0; // an error: nobody holds the other side any more
+        closed = length <= 0; // an error: the other side is closed everywhere
         if (closed)
             return;
         output.append(bytes, static_cast<std::size_t>(length));
@@ -184,7 +184,7 @@ bool measured_program::type(std::string_view keys)
     return write(terminal_fd, keys.data(), keys.size()) == static_cast<ssize_t>(keys.size());
 }
 
-/// Waits until no process of the program runs any more.
+/// Waits until no process of the program is left.
 bool measured_program::others_end()
 {
     const auto give_up = std::chrono::steady_clock::now() + default_patience;

@@ -1,7 +1,7 @@
-// measured_program.hpp - a program running in a terminal of its own, with what it writes timed.
+// measured_program.hpp - a program in a terminal of its own, with its output timed.
 //
-// Owns the process, the terminal and a thread that empties it, so that a program never stands
-// still because nobody reads. Understands nothing of what the program writes.
+// Owns the process, the terminal and a thread that empties it, so that a program never blocks
+// because nobody reads. Does not interpret what the program writes.
 #pragma once
 
 #include <chrono>
@@ -18,35 +18,35 @@
 
 /// How long a program took to show its first screen.
 struct first_screen {
-    double ms = 0;         // from the call of exec to the arrival of the last byte
-    std::size_t bytes = 0; // written to the terminal until then
+    double ms = 0;         // from the call of exec to the last byte
+    std::size_t bytes = 0; // written to the terminal by then
 };
 
 class measured_program
 {
 public:
     /// Starts a program on 24 lines of 80 columns. command: the path of the program and its
-    /// arguments. home: HOME and working folder, of this program alone; by it the processes that
-    /// the program starts are known. A program that cannot be started ends with status 127.
+    /// arguments. home: HOME and working folder, for this program alone; it marks the processes
+    /// that the program starts. A program that cannot be started ends with status 127.
     measured_program(std::vector<std::string> command, const std::string& home);
     /// Kills what still runs of the program.
     ~measured_program();
     measured_program(const measured_program&) = delete;
     measured_program& operator=(const measured_program&) = delete;
 
-    /// Waits until the program has written `last_text` and then nothing more for a while. To be
+    /// Waits until the program has written `last_text` and then nothing more for a while. Must be
     /// called before anything is typed; none if the text does not come.
     std::optional<first_screen> wait_for_screen(std::string_view last_text);
-    /// Types `keys`; false if the terminal does not take them all.
+    /// Types `keys`; false if the terminal does not take all of them.
     bool type(std::string_view keys);
     /// Bytes that the program has written so far.
     std::size_t written();
     /// Waits until the program has written more than `before` bytes and then nothing more for a
-    /// while: the bytes written by then. None if nothing comes.
+    /// while. Returns the bytes written by then, or none if nothing comes.
     std::optional<std::size_t> wait_for_more(std::size_t before);
-    /// Types `keys`; true if the program then ends with status 0, and its other processes end too.
+    /// Types `keys`; true if the program then ends with status 0 and its other processes end too.
     bool leave(std::string_view keys);
-    /// The program's processes that run now.
+    /// The processes of the program that are running.
     std::vector<pid_t> processes() const;
 
 private:
@@ -58,10 +58,10 @@ private:
     pid_t child = -1;
     int terminal_fd = -1;
     int stop_fd = -1;
-    std::int64_t* exec_ns = nullptr; // shared with the child, which notes the time just before exec
+    std::int64_t* exec_ns = nullptr; // shared with the child, which sets it just before exec
     std::mutex guard;
     std::condition_variable arrived;
-    std::string output;            // all of it
+    std::string output;            // all output
     std::int64_t last_read_ns = 0; // when its last byte came
     bool closed = false;
     std::thread drainer;

@@ -50,14 +50,14 @@ bool complain(const compared_program& program, const char* what)
     return false;
 }
 
-bool reader_start(message_reader& reader, std::string_view last_text)
+bool start_reader(message_reader& reader, std::string_view last_text)
 {
     reader.running.emplace(reader.program.command, reader.home.path());
     return reader.running->wait_for_screen(last_text).has_value();
 }
 
-/// Opens the pipe for reading too, so that the program never finds its end.
-bool pipe_open(message_reader& reader)
+/// Opens the pipe for reading too, so that the program never meets end of file.
+bool open_pipe(message_reader& reader)
 {
     reader.pipe = unique_fd{open(reader.home.path_of(message_pipe).c_str(), O_RDWR | O_CLOEXEC)};
     if (!reader.pipe)
@@ -68,8 +68,8 @@ bool pipe_open(message_reader& reader)
     return reader.running->type(reader.program.pipe_keys) && reader.running->wait_for_more(before);
 }
 
-/// The lines of the text as this program wants them.
-std::string piped(const compared_program& program, std::string_view text)
+/// The lines of the text in the form that this program expects.
+std::string make_pipe_lines(const compared_program& program, std::string_view text)
 {
     std::string bytes;
     while (true) {
@@ -82,15 +82,15 @@ std::string piped(const compared_program& program, std::string_view text)
     }
 }
 
-bool pipe_write(message_reader& reader, std::string_view text)
+bool write_to_pipe(message_reader& reader, std::string_view text)
 {
-    const std::string bytes = piped(reader.program, text);
+    const std::string bytes = make_pipe_lines(reader.program, text);
     return write(reader.pipe.get(), bytes.data(), bytes.size()) ==
            static_cast<ssize_t>(bytes.size());
 }
 
-/// What has come to the client's log behind its first `length` bytes; empty if nothing comes.
-std::string logged_behind(const temp_home& home, std::size_t length)
+/// What has been added to the client's log after `length` bytes; empty if nothing comes.
+std::string read_log_after(const temp_home& home, std::size_t length)
 {
     const auto give_up = std::chrono::steady_clock::now() + default_patience;
     while (std::chrono::steady_clock::now() < give_up) {
@@ -102,7 +102,7 @@ std::string logged_behind(const temp_home& home, std::size_t length)
     return {};
 }
 
-/// The client with its server, and those that are given what it shows.
+/// The client with its server, and the programs that get what the client shows.
 struct message_round {
     server_park park{1};
     message_reader client;
@@ -113,21 +113,21 @@ struct message_round {
 
 bool takes_messages(message_reader& reader)
 {
-    return (reader_start(reader, reader.program.last_text) && pipe_open(reader)) ||
+    return (start_reader(reader, reader.program.last_text) && open_pipe(reader)) ||
            complain(reader.program, "takes no messages, left out of them");
 }
 
-bool round_start(message_round& round)
+bool start_round(message_round& round)
 {
     message_reader& client = round.client;
     client.home.write_config(config_of(ports_of(round.park)));
-    if (!reader_start(client, station_name(1)) || !connect_all(round.park, *client.running))
+    if (!start_reader(client, station_name(1)) || !connect_all(round.park, *client.running))
         return complain(client.program, "does not connect as it should");
     round.others.remove_if([](message_reader& reader) { return !takes_messages(reader); });
     return !round.others.empty() && round.others.front().program.package == nullptr;
 }
 
-bool shown(message_reader& reader)
+bool wait_until_shown(message_reader& reader)
 {
     const std::optional<std::size_t> after = reader.running->wait_for_more(reader.before);
     if (!after)
@@ -136,24 +136,26 @@ bool shown(message_reader& reader)
     return true;
 }
 
-/// Lets all show the next message. Its text; empty if one does not.
-std::string message_pass(message_round& round)
+/// Makes all show the next message. Returns its text; empty if a program fails.
+std::string pass_message(message_round& round)
 {
     round.client.before = round.client.running->written();
     const std::string document = sim::transmission_xml(round.traffic.next(traffic_time));
     if (!round.park.connections.front().send(transmission_kind, document))
         return {};
-    const std::string text = logged_behind(round.client.home, round.logged);
+    const std::string text = read_log_after(round.client.home, round.logged);
     round.logged += text.size();
     for (message_reader& reader : round.others) {
         reader.before = reader.running->written();
-        if (!pipe_write(reader, text))
+        if (!write_to_pipe(reader, text))
             return {};
     }
-    return shown(round.client) && std::ranges::all_of(round.others, shown) ? text : std::string{};
+    return wait_until_shown(round.client) && std::ranges::all_of(round.others, wait_until_shown)
+               ? text
+               : std::string{};
 }
 
-bool round_end(message_round& round)
+bool end_round(message_round& round)
 {
     const auto left = [](message_reader& reader) {
         return reader.running->leave(reader.program.end_keys) ||
@@ -163,8 +165,8 @@ bool round_end(message_round& round)
 }
 
 /// The bytes in the order of the programs.
-std::vector<std::vector<double>> bytes_of(const message_round& round,
-                                          const std::vector<compared_program>& programs)
+std::vector<std::vector<double>> collect_bytes(const message_round& round,
+                                               const std::vector<compared_program>& programs)
 {
     std::vector<std::vector<double>> bytes(programs.size());
     bytes[client_column] = round.client.bytes;
@@ -180,18 +182,18 @@ std::optional<message_figures> measure_messages(const std::vector<compared_progr
 {
     message_round round{.client = message_reader{programs[client_column]}};
     for (const compared_program& program : programs)
-        if (program.road == message_road::pipe)
+        if (program.source == message_source::pipe)
             round.others.emplace_back(program);
-    if (!round_start(round))
+    if (!start_round(round))
         return std::nullopt;
     message_figures figures;
     for (int message = 0; message < count; ++message) {
-        const std::string text = message_pass(round);
+        const std::string text = pass_message(round);
         if (text.empty())
             return std::nullopt;
         figures.text_bytes.push_back(static_cast<double>(text.size()));
         figures.text_lines.push_back(static_cast<double>(std::ranges::count(text, '\n')));
     }
-    figures.written_bytes = bytes_of(round, programs);
-    return round_end(round) ? std::optional{figures} : std::nullopt;
+    figures.written_bytes = collect_bytes(round, programs);
+    return end_round(round) ? std::optional{figures} : std::nullopt;
 }

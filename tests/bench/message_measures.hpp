@@ -12,8 +12,8 @@ struct message_figures {
     std::vector<double> text_lines{};
 };
 
-/// Shows `count` different messages, one after the other, in all programs that can be made to: the
-/// client gets each from a server and fills its template, and the others are given the lines that
-/// came out of that. None, after a line on standard error, if one does not work.
+/// Shows `count` different messages one after the other in all programs that can show messages. The
+/// client gets each from a server and fills its template; the others get the resulting lines. None,
+/// with a line on standard error, if a program fails.
 std::optional<message_figures> measure_messages(const std::vector<compared_program>& programs,
                                                 int count);

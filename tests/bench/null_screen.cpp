@@ -15,8 +15,8 @@
 namespace
 {
 
-/// All texts of the entries, those included that outlive their entry in the program.
-void servers_release()
+/// Frees all texts of the entries, including those that outlive their entry in the program.
+void release_servers()
 {
     for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
         const server_entry* server = server_at(app_state.servers, index);
@@ -27,7 +27,7 @@ void servers_release()
     app_state.servers = nullptr;
 }
 
-void folders_release()
+void release_folders()
 {
     for (std::size_t index = 0; index < setting_text_count; ++index)
         std::free(std::exchange(app_state.setting_texts[index], nullptr));
@@ -39,7 +39,7 @@ void folders_release()
     std::abort();
 }
 
-void environment_set(const temp_home& home)
+void set_environment(const temp_home& home)
 {
     setenv("HOME", home.path().c_str(), 1);
     setenv("LINES", "24", 1);
@@ -54,7 +54,7 @@ void environment_set(const temp_home& home)
 null_screen::null_screen(const char* keys)
     : input(std::fopen(keys, "r")), output(std::fopen("/dev/null", "w"))
 {
-    environment_set(folder);
+    set_environment(folder);
     if (input && output)
         app_state.terminal = newterm("screen-256color", output.get(), input.get());
     if (app_state.terminal == nullptr)
@@ -73,8 +73,8 @@ null_screen::~null_screen()
 {
     screen_clear();
     screen_end();
-    servers_release();
-    folders_release();
+    release_servers();
+    release_folders();
     std::free(std::exchange(app_state.setting_texts, nullptr));
     std::free(std::exchange(app_state.list_marks, nullptr));
     app_state.list_marks_count = 0;
@@ -82,8 +82,8 @@ null_screen::~null_screen()
 
 void configuration_forget()
 {
-    servers_release();
-    folders_release();
+    release_servers();
+    release_folders();
     app_state.servers = server_collection_new();
     app_state.setting_flags = 0;
     if (app_state.servers == nullptr)

@@ -25,7 +25,7 @@ namespace
 
 constexpr std::int64_t connection_counts[] = {1, 10, 100, 1'000};
 
-/// Connected servers, with the other ends of their connections.
+/// Connected servers, with the far ends of their connections.
 class connected_servers
 {
 public:
@@ -41,7 +41,7 @@ public:
     connected_servers(const connected_servers&) = delete;
     connected_servers& operator=(const connected_servers&) = delete;
 
-    /// How many are connected still.
+    /// How many are still connected.
     std::int64_t count() const
     {
         std::int64_t connected = 0;
@@ -73,8 +73,8 @@ private:
     std::deque<socket_pair> connections;
 };
 
-/// Two descriptors a connection are more than most shells allow a program.
-void descriptors_allow()
+/// Two descriptors for each connection are more than most shells allow a program.
+void allow_descriptors()
 {
     rlimit limit = {};
     getrlimit(RLIMIT_NOFILE, &limit);
@@ -82,7 +82,7 @@ void descriptors_allow()
     setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-std::string sample_packet()
+std::string make_sample_packet()
 {
     const packet_buffer packet = plain_packet(sample_documents()[0].text);
     const std::size_t length = packet_header_read(packet.header).length;
@@ -90,7 +90,7 @@ std::string sample_packet()
     return bytes.append(reinterpret_cast<const char*>(packet.payload), length);
 }
 
-void idle_run(benchmark::State& state)
+void run_idle(benchmark::State& state)
 {
     const connected_servers servers{state.range(0)};
     while (state.KeepRunning())
@@ -99,10 +99,10 @@ void idle_run(benchmark::State& state)
         state.SkipWithError("a connection was closed");
 }
 
-void sending_run(benchmark::State& state)
+void run_sending(benchmark::State& state)
 {
     const connected_servers servers{state.range(0)};
-    const std::string packet = sample_packet();
+    const std::string packet = make_sample_packet();
     while (state.KeepRunning()) {
         if (!servers.send_each(packet))
             return state.SkipWithError("a packet cannot be sent");
@@ -119,12 +119,12 @@ void sending_run(benchmark::State& state)
 
 void poll_benchmarks_add()
 {
-    descriptors_allow();
+    allow_descriptors();
     for (const std::int64_t count : connection_counts) {
-        benchmark::RegisterBenchmark(poll_idle_name, idle_run)
+        benchmark::RegisterBenchmark(poll_idle_name, run_idle)
             ->Arg(count)
             ->Unit(benchmark::kMicrosecond);
-        benchmark::RegisterBenchmark(poll_sending_name, sending_run)
+        benchmark::RegisterBenchmark(poll_sending_name, run_sending)
             ->Arg(count)
             ->UseManualTime()
             ->Unit(benchmark::kMicrosecond);

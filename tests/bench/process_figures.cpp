@@ -14,13 +14,13 @@ namespace
 
 namespace fs = std::filesystem;
 
-fs::path folder_of(pid_t process)
+fs::path make_folder(pid_t process)
 {
     return fs::path{"/proc"} / std::to_string(process);
 }
 
-/// The number behind `label` at the start of a line; none if there is no such line.
-std::optional<double> labelled_number(const fs::path& path, const std::string& label)
+/// The number after `label` at the start of a line; none if there is no such line.
+std::optional<double> read_labelled_number(const fs::path& path, const std::string& label)
 {
     std::ifstream file{path};
     for (std::string word; file >> word;) {
@@ -32,14 +32,14 @@ std::optional<double> labelled_number(const fs::path& path, const std::string& l
     return std::nullopt;
 }
 
-std::optional<double> wake_ups_of(pid_t process)
+std::optional<double> read_wake_ups(pid_t process)
 {
     double sum = 0;
     std::error_code failure;
     for (const fs::directory_entry& task :
-         fs::directory_iterator{folder_of(process) / "task", failure}) {
+         fs::directory_iterator{make_folder(process) / "task", failure}) {
         const std::optional<double> of_task =
-            labelled_number(task.path() / "status", "voluntary_ctxt_switches:");
+            read_labelled_number(task.path() / "status", "voluntary_ctxt_switches:");
         if (!of_task)
             return std::nullopt;
         sum += *of_task;
@@ -47,7 +47,7 @@ std::optional<double> wake_ups_of(pid_t process)
     return failure ? std::nullopt : std::optional{sum};
 }
 
-std::optional<double> cpu_ms_of(pid_t process)
+std::optional<double> read_cpu_ms(pid_t process)
 {
     clockid_t clock = 0;
     timespec used = {};
@@ -56,8 +56,8 @@ std::optional<double> cpu_ms_of(pid_t process)
     return static_cast<double>(used.tv_sec) * 1e3 + static_cast<double>(used.tv_nsec) / 1e6;
 }
 
-/// The process that a folder of /proc belongs to; none for the other folders.
-std::optional<pid_t> process_of(const fs::path& folder)
+/// The process of a folder of /proc; none for the other folders.
+std::optional<pid_t> find_process(const fs::path& folder)
 {
     const std::string name = folder.filename();
     pid_t process = 0;
@@ -84,7 +84,7 @@ std::vector<pid_t> processes_at_home(const std::string& home)
     std::vector<pid_t> found;
     std::error_code failure;
     for (const fs::directory_entry& entry : fs::directory_iterator{"/proc", failure}) {
-        const std::optional<pid_t> process = process_of(entry.path());
+        const std::optional<pid_t> process = find_process(entry.path());
         if (process && has_variable(entry.path(), "HOME=" + home))
             found.push_back(*process);
     }
@@ -95,10 +95,10 @@ std::optional<memory_use> memory_of(std::span<const pid_t> processes)
 {
     memory_use sum;
     for (const pid_t process : processes) {
-        // The VmRSS of the status file lags behind by up to 64 pages; this one is counted anew.
-        const fs::path path = folder_of(process) / "smaps_rollup";
-        const std::optional<double> resident = labelled_number(path, "Rss:");
-        const std::optional<double> proportional = labelled_number(path, "Pss:");
+        // VmRSS in the status file may be up to 64 pages behind; this one is counted each time.
+        const fs::path path = make_folder(process) / "smaps_rollup";
+        const std::optional<double> resident = read_labelled_number(path, "Rss:");
+        const std::optional<double> proportional = read_labelled_number(path, "Pss:");
         if (!resident || !proportional)
             return std::nullopt;
         sum.resident += *resident;
@@ -111,8 +111,8 @@ std::optional<work_done> work_of(std::span<const pid_t> processes)
 {
     work_done sum;
     for (const pid_t process : processes) {
-        const std::optional<double> cpu_ms = cpu_ms_of(process);
-        const std::optional<double> wake_ups = wake_ups_of(process);
+        const std::optional<double> cpu_ms = read_cpu_ms(process);
+        const std::optional<double> wake_ups = read_wake_ups(process);
         if (!cpu_ms || !wake_ups)
             return std::nullopt;
         sum.cpu_ms += *cpu_ms;

@@ -1,4 +1,4 @@
-// process_figures.hpp - what the kernel knows of running processes: their memory and their work.
+// process_figures.hpp - the kernel's figures of running processes: their memory and their work.
 #pragma once
 
 #include <optional>
@@ -10,20 +10,20 @@
 /// Memory in use, in kB.
 struct memory_use {
     double resident = 0;
-    double proportional = 0; // pages shared by n processes count as an nth each
+    double proportional = 0; // a page shared by n processes counts as an nth for each
 };
 
 /// Work done since the processes started.
 struct work_done {
     double cpu_ms = 0;   // in user and system mode, of all threads
-    double wake_ups = 0; // times that a thread had slept of its own will
+    double wake_ups = 0; // how often a thread slept by its own choice
 };
 
-/// The processes that were started with `home` as their HOME, in no order.
+/// The processes that were started with `home` as their HOME, in any order.
 std::vector<pid_t> processes_at_home(const std::string& home);
 
-/// What the processes use together now; none if the kernel does not tell.
+/// Memory that the processes use together now; none if the kernel does not tell.
 std::optional<memory_use> memory_of(std::span<const pid_t> processes);
 
-/// What the processes have done together until now; none if the kernel does not tell.
+/// Work that the processes have done together so far; none if the kernel does not tell.
 std::optional<work_done> work_of(std::span<const pid_t> processes);

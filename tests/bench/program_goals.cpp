@@ -6,30 +6,30 @@
 namespace
 {
 
-constexpr double most_floor_ratio = 1.3;
-constexpr double most_file_kb = 300;
+constexpr double max_floor_ratio = 1.3;
+constexpr double max_file_kb = 300;
 
-std::string formatted(const char* format, double number)
+std::string format_number(const char* format, double number)
 {
     char text[64];
     std::snprintf(text, sizeof text, format, number);
     return text;
 }
 
-void near_floor_add(comparison& compared, const figure_row& row)
+void add_near_floor(comparison& compared, const figure_row& row)
 {
     const std::optional<double> client = row.figures[client_column];
     const std::optional<double> floor = row.figures[floor_column];
     if (!client || !floor)
         return;
     const double ratio = *floor > 0 ? *client / *floor : 0;
-    compared.goals.push_back({row.what, formatted("%.2f of the floor's", ratio),
-                              formatted("at most %.1f", most_floor_ratio),
-                              ratio <= most_floor_ratio});
+    compared.goals.push_back({row.what, format_number("%.2f of the floor's", ratio),
+                              format_number("at most %.1f", max_floor_ratio),
+                              ratio <= max_floor_ratio});
 }
 
-/// One goal for all the other programs: to be below the one that has least.
-void leaner_add(comparison& compared, const figure_row& row)
+/// One goal for all the other programs: to be below the smallest of them.
+void add_leaner(comparison& compared, const figure_row& row)
 {
     std::size_t least = floor_column;
     for (std::size_t column = floor_column + 1; column < row.figures.size(); ++column) {
@@ -42,17 +42,18 @@ void leaner_add(comparison& compared, const figure_row& row)
         return;
     const double ratio = *client / *row.figures[least];
     compared.goals.push_back(
-        {row.what, formatted("%.2f of ", ratio) + compared.columns[least] + "'s, which has least",
+        {row.what,
+         format_number("%.2f of ", ratio) + compared.columns[least] + "'s, which has least",
          "less than all others", ratio < 1});
 }
 
-void small_file_add(comparison& compared, const figure_row& row)
+void add_small_file(comparison& compared, const figure_row& row)
 {
     const std::optional<double> client = row.figures[client_column];
     if (client)
-        compared.goals.push_back({row.what, formatted("%.0f kB", *client),
-                                  formatted("below %.0f kB", most_file_kb),
-                                  *client < most_file_kb});
+        compared.goals.push_back({row.what, format_number("%.0f kB", *client),
+                                  format_number("below %.0f kB", max_file_kb),
+                                  *client < max_file_kb});
 }
 
 } // namespace
@@ -60,9 +61,9 @@ void small_file_add(comparison& compared, const figure_row& row)
 void goal_add(comparison& compared, const figure_row& row, measure_goal goal)
 {
     if (goal == measure_goal::near_floor || goal == measure_goal::near_floor_leaner)
-        near_floor_add(compared, row);
+        add_near_floor(compared, row);
     if (goal == measure_goal::near_floor_leaner)
-        leaner_add(compared, row);
+        add_leaner(compared, row);
     if (goal == measure_goal::small_file)
-        small_file_add(compared, row);
+        add_small_file(compared, row);
 }

@@ -1,9 +1,9 @@
-// program_goals.hpp - what the client is to reach beside the floor and the other programs.
+// program_goals.hpp - the client's goals beside the floor and the other programs.
 #pragma once
 
 #include "bench/comparison_table.hpp"
 
-/// A measure that counts for the goals, and how.
+/// How a measure counts for the goals.
 enum class measure_goal {
     none,
     near_floor,        // within 1.3 times the floor
@@ -11,5 +11,5 @@ enum class measure_goal {
     small_file,        // below 300 kB
 };
 
-/// Adds to `compared` what the client reaches of `goal` in its row `row`.
+/// Adds the client's result for `goal` in the row `row` to `compared`.
 void goal_add(comparison& compared, const figure_row& row, measure_goal goal);

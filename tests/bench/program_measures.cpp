@@ -15,14 +15,14 @@
 namespace
 {
 
-std::nullopt_t failed(const char* program, const char* what)
+std::nullopt_t fail(const char* program, const char* what)
 {
     std::fprintf(stderr, "bench_programs: %s %s\n", program, what);
     return std::nullopt;
 }
 
-/// A home for each of the programs, with what they need in it.
-std::deque<temp_home> homes_for(const std::vector<compared_program>& programs)
+/// A home for each of the programs, prepared for it.
+std::deque<temp_home> prepare_homes(const std::vector<compared_program>& programs)
 {
     std::deque<temp_home> homes(programs.size());
     for (std::size_t at = 0; at < programs.size(); ++at)
@@ -48,7 +48,7 @@ bool start_measure(const compared_program& program, const std::string& home, sta
     return running.leave(program.end_keys);
 }
 
-/// A program at rest, with the work that it had done when the idle time began.
+/// An idle program, with the work that it had done when the idle time began.
 struct idle_program {
     idle_program(const compared_program& measured, const std::string& home)
         : program(measured), running(measured.command, home)
@@ -79,19 +79,19 @@ struct idle_program {
 
 using idle_programs = std::deque<idle_program>;
 
-/// Asks each in turn; false, after a line on standard error, if one refuses.
+/// Asks each in turn; false, with a line on standard error, if one refuses.
 template <typename question>
 bool ask_all(idle_programs& programs, const char* refusal, question ask)
 {
     return std::ranges::all_of(programs, [&](idle_program& each) {
         const bool agrees = ask(each);
         if (!agrees)
-            failed(each.program.name, refusal);
+            fail(each.program.name, refusal);
         return agrees;
     });
 }
 
-bool idle_pass(idle_programs& all, int seconds)
+bool measure_idle_time(idle_programs& all, int seconds)
 {
     if (!ask_all(all, "does not tell what it has done", [](auto& each) { return each.begin(); }))
         return false;
@@ -105,14 +105,14 @@ bool idle_pass(idle_programs& all, int seconds)
 
 std::vector<compared_program> working_programs(const std::vector<compared_program>& programs)
 {
-    const std::deque<temp_home> homes = homes_for(programs);
+    const std::deque<temp_home> homes = prepare_homes(programs);
     std::vector<compared_program> working;
     for (std::size_t at = 0; at < programs.size(); ++at) {
         start_figures unused;
         if (start_measure(programs[at], homes[at].path(), unused))
             working.push_back(programs[at]);
         else
-            failed(programs[at].name, "does not start or end as it should, left out");
+            fail(programs[at].name, "does not start or end as it should, left out");
     }
     return working;
 }
@@ -120,15 +120,15 @@ std::vector<compared_program> working_programs(const std::vector<compared_progra
 std::optional<std::vector<start_figures>>
 measure_starts(const std::vector<compared_program>& programs, int repetitions)
 {
-    const std::deque<temp_home> homes = homes_for(programs);
+    const std::deque<temp_home> homes = prepare_homes(programs);
     std::vector<start_figures> measured(programs.size());
     std::vector<start_figures> warming(programs.size());
-    // The first start of each brings its files into memory, and writes those that it wants.
+    // The first start of each brings its files into memory, and creates those that it needs.
     for (int repetition = 0; repetition <= repetitions; ++repetition) {
         std::vector<start_figures>& figures = repetition == 0 ? warming : measured;
         for (std::size_t at = 0; at < programs.size(); ++at)
             if (!start_measure(programs[at], homes[at].path(), figures[at]))
-                return failed(programs[at].name, "does not start or end as it should");
+                return fail(programs[at].name, "does not start or end as it should");
     }
     return measured;
 }
@@ -136,7 +136,7 @@ measure_starts(const std::vector<compared_program>& programs, int repetitions)
 std::optional<idle_comparison> measure_idle(const std::vector<compared_program>& programs,
                                             int connections, int seconds)
 {
-    const std::deque<temp_home> homes = homes_for(programs);
+    const std::deque<temp_home> homes = prepare_homes(programs);
     server_park park{connections};
     const temp_home connected_home;
     connected_home.write_config(config_of(ports_of(park)));
@@ -144,14 +144,14 @@ std::optional<idle_comparison> measure_idle(const std::vector<compared_program>&
     for (std::size_t at = 0; at < programs.size(); ++at) {
         all.emplace_back(programs[at], homes[at].path());
         if (!all.back().running.wait_for_screen(programs[at].last_text))
-            return failed(programs[at].name, "does not start as it should");
+            return fail(programs[at].name, "does not start as it should");
     }
     const compared_program& client = programs[client_column];
     measured_program& connected = all.emplace_back(client, connected_home.path()).running;
     if (!connected.wait_for_screen(station_name(std::min(connections, visible_servers))) ||
         !connect_all(park, connected))
-        return failed(client.name, "does not connect as it should");
-    if (!idle_pass(all, seconds))
+        return fail(client.name, "does not connect as it should");
+    if (!measure_idle_time(all, seconds))
         return std::nullopt;
     idle_comparison measured;
     for (std::size_t at = 0; at < programs.size(); ++at)

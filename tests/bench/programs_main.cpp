@@ -1,8 +1,8 @@
-// programs_main.cpp - compares the whole client with the floor and with programs that people have:
-// start, memory, idle work, what a message costs, and size.
+// programs_main.cpp - compares the whole client with the floor and with programs in common use:
+// start, memory, idle work, the cost of a message, and size.
 //
-// All run in the same kind of terminal on the same machine in one run. Prints a table; the status
-// tells only whether the programs worked, never how fast they were.
+// All run in the same kind of terminal on the same machine in one run. Prints a table. The status
+// tells only whether the programs worked, not how fast they were.
 #include "base/owners.hpp"
 #include "bench/comparison_table.hpp"
 #include "bench/message_measures.hpp"
@@ -24,12 +24,12 @@ struct options {
     int connections = 20;
     int messages = 20;
     bool with_peers = false;
-    const char* markdown = nullptr; // the file's name; null: none wanted
+    const char* markdown = nullptr; // the file's name; null: not given
 };
 
-constexpr int most_connections = 500;
+constexpr int max_connections = 500;
 
-int usage_fail()
+int fail_with_usage()
 {
     std::fputs("Usage: bench_programs [OPTION]...\n"
                "  --repetitions N   starts of each program (21)\n"
@@ -42,7 +42,7 @@ int usage_fail()
     return 2;
 }
 
-int* number_named(options& wanted, const char* name)
+int* find_number(options& wanted, const char* name)
 {
     if (std::strcmp(name, "--repetitions") == 0)
         return &wanted.repetitions;
@@ -55,8 +55,8 @@ int* number_named(options& wanted, const char* name)
     return nullptr;
 }
 
-/// Reads an option and the value behind it. False if they are none.
-bool valued_option_read(options& wanted, const char* name, const char* value)
+/// Reads an option and the value after it. False if it is not such an option.
+bool read_valued_option(options& wanted, const char* name, const char* value)
 {
     if (value == nullptr)
         return false;
@@ -64,7 +64,7 @@ bool valued_option_read(options& wanted, const char* name, const char* value)
         wanted.markdown = value;
         return true;
     }
-    int* number = number_named(wanted, name);
+    int* number = find_number(wanted, name);
     if (number == nullptr)
         return false;
     *number = std::atoi(value);
@@ -72,22 +72,22 @@ bool valued_option_read(options& wanted, const char* name, const char* value)
 }
 
 /// arguments: null-terminated, without the program's name.
-bool options_read(options& wanted, char** arguments)
+bool read_options(options& wanted, char** arguments)
 {
     for (; *arguments != nullptr; ++arguments) {
         if (std::strcmp(*arguments, "--peers") == 0) {
             wanted.with_peers = true;
             continue;
         }
-        if (!valued_option_read(wanted, arguments[0], arguments[1]))
+        if (!read_valued_option(wanted, arguments[0], arguments[1]))
             return false;
         ++arguments;
     }
-    return wanted.connections <= most_connections;
+    return wanted.connections <= max_connections;
 }
 
-/// A row whose figures `figure_of` gives for each program's place.
-void row_add(comparison& compared, const std::string& what, const char* unit, measure_goal goal,
+/// Adds a row with the figures that `figure_of` gives for each program's place.
+void add_row(comparison& compared, const std::string& what, const char* unit, measure_goal goal,
              const std::function<std::optional<double>(std::size_t)>& figure_of)
 {
     figure_row row{what, unit, {}};
@@ -97,12 +97,12 @@ void row_add(comparison& compared, const std::string& what, const char* unit, me
     compared.rows.push_back(row);
 }
 
-void starts_add(comparison& compared, const std::vector<start_figures>& starts)
+void add_starts(comparison& compared, const std::vector<start_figures>& starts)
 {
     using figures_field = std::vector<double> start_figures::*;
     const auto add = [&](const char* what, const char* unit, measure_goal goal,
                          figures_field field) {
-        row_add(compared, what, unit, goal,
+        add_row(compared, what, unit, goal,
                 [&](std::size_t column) { return median(starts[column].*field); });
     };
     add("first full screen", "ms", measure_goal::near_floor_leaner,
@@ -115,25 +115,25 @@ void starts_add(comparison& compared, const std::vector<start_figures>& starts)
         &start_figures::proportional_kb);
 }
 
-void idle_add(comparison& compared, const idle_comparison& idle, const options& wanted)
+void add_idle(comparison& compared, const idle_comparison& idle, const options& wanted)
 {
     const std::string during = " in " + std::to_string(wanted.idle_seconds) + " s idle";
-    row_add(compared, "CPU" + during, "ms", measure_goal::near_floor,
+    add_row(compared, "CPU" + during, "ms", measure_goal::near_floor,
             [&](std::size_t column) { return idle.programs[column].work.cpu_ms; });
-    row_add(compared, "wake-ups" + during, "", measure_goal::none,
+    add_row(compared, "wake-ups" + during, "", measure_goal::none,
             [&](std::size_t column) { return idle.programs[column].work.wake_ups; });
-    row_add(compared, "resident memory after it", "kB", measure_goal::near_floor,
+    add_row(compared, "resident memory after it", "kB", measure_goal::near_floor,
             [&](std::size_t column) { return idle.programs[column].memory.resident; });
 }
 
-/// The same of the client with its connections, beside the floor, which can have none.
-void connected_add(comparison& compared, const idle_comparison& idle, const options& wanted)
+/// The same for the client with its connections, beside the floor, which can have none.
+void add_connected(comparison& compared, const idle_comparison& idle, const options& wanted)
 {
     const auto add = [&](const char* what, const char* unit, measure_goal goal,
                          double (*figure_of)(const idle_figures&)) {
         const std::string with =
             std::string{what} + ", " + std::to_string(wanted.connections) + " connections";
-        row_add(compared, with, unit, goal, [&](std::size_t column) -> std::optional<double> {
+        add_row(compared, with, unit, goal, [&](std::size_t column) -> std::optional<double> {
             if (column == client_column)
                 return figure_of(idle.connected_client);
             if (column == floor_column)
@@ -149,9 +149,9 @@ void connected_add(comparison& compared, const idle_comparison& idle, const opti
         [](const idle_figures& figures) { return figures.memory.resident; });
 }
 
-void messages_add(comparison& compared, const message_figures& messages)
+void add_messages(comparison& compared, const message_figures& messages)
 {
-    row_add(compared, "written for a message", "bytes", measure_goal::none,
+    add_row(compared, "written for a message", "bytes", measure_goal::none,
             [&](std::size_t column) { return median(messages.written_bytes[column]); });
     char note[160];
     std::snprintf(note, sizeof note,
@@ -162,24 +162,24 @@ void messages_add(comparison& compared, const message_figures& messages)
     compared.notes.emplace_back(note);
 }
 
-std::optional<double> size_kb(const std::string& path)
+std::optional<double> read_size_kb(const std::string& path)
 {
     std::error_code failure;
     const auto bytes = std::filesystem::file_size(path, failure);
     return failure ? std::nullopt : std::optional{static_cast<double>(bytes) / 1024};
 }
 
-void sizes_add(comparison& compared, const std::vector<compared_program>& programs)
+void add_sizes(comparison& compared, const std::vector<compared_program>& programs)
 {
-    row_add(compared, "program file, stripped", "kB", measure_goal::small_file,
+    add_row(compared, "program file, stripped", "kB", measure_goal::small_file,
             [&](std::size_t column) {
-                return size_kb(column == client_column  ? CLIENT_STRIPPED
-                               : column == floor_column ? FLOOR_STRIPPED
-                                                        : programs[column].command.front());
+                return read_size_kb(column == client_column  ? CLIENT_STRIPPED
+                                    : column == floor_column ? FLOOR_STRIPPED
+                                                             : programs[column].command.front());
             });
 }
 
-void notes_add(comparison& compared, const std::vector<compared_program>& programs,
+void add_notes(comparison& compared, const std::vector<compared_program>& programs,
                const options& wanted)
 {
     compared.notes.insert(
@@ -197,14 +197,14 @@ void notes_add(comparison& compared, const std::vector<compared_program>& progra
         compared.notes.push_back("Packages: " + versions + ".");
 }
 
-/// Whether the two are there that everything else is compared with.
+/// Whether the two programs are there with which everything else is compared.
 bool has_own(const std::vector<compared_program>& programs)
 {
     return programs.size() > floor_column && programs[client_column].package == nullptr &&
            programs[floor_column].package == nullptr;
 }
 
-bool markdown_write(const comparison& compared, const char* name)
+bool write_markdown(const comparison& compared, const char* name)
 {
     const unique_file file{std::fopen(name, "w")};
     if (!file) {
@@ -220,8 +220,8 @@ bool markdown_write(const comparison& compared, const char* name)
 int main(int, char** arguments)
 {
     options wanted;
-    if (!options_read(wanted, arguments + 1))
-        return usage_fail();
+    if (!read_options(wanted, arguments + 1))
+        return fail_with_usage();
     const std::vector<compared_program> programs =
         working_programs(programs_to_compare(wanted.with_peers));
     if (!has_own(programs))
@@ -235,12 +235,12 @@ int main(int, char** arguments)
     const auto messages = idle ? measure_messages(programs, wanted.messages) : std::nullopt;
     if (!messages)
         return 1;
-    starts_add(compared, *starts);
-    idle_add(compared, *idle, wanted);
-    connected_add(compared, *idle, wanted);
-    messages_add(compared, *messages);
-    sizes_add(compared, programs);
-    notes_add(compared, programs, wanted);
+    add_starts(compared, *starts);
+    add_idle(compared, *idle, wanted);
+    add_connected(compared, *idle, wanted);
+    add_messages(compared, *messages);
+    add_sizes(compared, programs);
+    add_notes(compared, programs, wanted);
     comparison_print(compared, stdout);
-    return wanted.markdown == nullptr || markdown_write(compared, wanted.markdown) ? 0 : 1;
+    return wanted.markdown == nullptr || write_markdown(compared, wanted.markdown) ? 0 : 1;
 }

@@ -44,7 +44,7 @@ constexpr const char* tail = "</Extended>\n"
                              "</tovrik>\n";
 
 /// A text of several lines, as long as the client keeps of one element.
-std::string long_content()
+std::string make_long_content()
 {
     std::string content;
     for (int line = 1; line <= 9; ++line) {
@@ -56,7 +56,7 @@ std::string long_content()
     return content;
 }
 
-std::string waypoint_elements()
+std::string make_waypoint_elements()
 {
     std::string elements;
     for (int number = 1; number <= waypoints; ++number) {
@@ -69,7 +69,7 @@ std::string waypoint_elements()
     return elements;
 }
 
-packet_buffer packet_with(packet_header header, const void* payload, std::size_t length)
+packet_buffer make_packet(packet_header header, const void* payload, std::size_t length)
 {
     packet_buffer packet = {};
     if (length >= packet_max_payload_bytes) {
@@ -82,15 +82,18 @@ packet_buffer packet_with(packet_header header, const void* payload, std::size_t
     return packet;
 }
 
-std::string short_document()
+std::string make_short_document()
 {
     return std::string{head}.append(short_content).append(between).append(tail);
 }
 
-std::string long_document()
+std::string make_long_document()
 {
     std::string document{head};
-    document.append(long_content()).append(between).append(waypoint_elements()).append(tail);
+    document.append(make_long_content())
+        .append(between)
+        .append(make_waypoint_elements())
+        .append(tail);
     return document;
 }
 
@@ -98,13 +101,14 @@ std::string long_document()
 
 std::span<const sample_document> sample_documents()
 {
-    static const sample_document samples[] = {{"1kB", short_document()}, {"3kB", long_document()}};
+    static const sample_document samples[] = {{"1kB", make_short_document()},
+                                              {"3kB", make_long_document()}};
     return samples;
 }
 
 packet_buffer plain_packet(const std::string& document)
 {
-    return packet_with({plain_kind, 0, 0, 0, 0}, document.data(), document.size());
+    return make_packet({plain_kind, 0, 0, 0, 0}, document.data(), document.size());
 }
 
 packet_buffer compressed_packet(const std::string& document)
@@ -116,5 +120,5 @@ packet_buffer compressed_packet(const std::string& document)
         length = packet_max_payload_bytes;
     const auto size_hint = static_cast<std::uint16_t>((document.size() + decompression_factor - 1) /
                                                       decompression_factor);
-    return packet_with({compressed_kind, 0, size_hint, 0, 0}, bytes, length);
+    return make_packet({compressed_kind, 0, size_hint, 0, 0}, bytes, length);
 }

@@ -1,4 +1,4 @@
-// sample_traffic.hpp - transmissions to measure with: always the same, so that figures of
+// sample_traffic.hpp - transmissions for measurements: always the same, so that figures of
 // different days can be compared.
 #pragma once
 
@@ -13,12 +13,12 @@ struct sample_document {
     std::string text;
 };
 
-/// One of about 1 kB, every element of the template filled, and one of about 3 kB, with a long
+/// One of about 1 kB with every element of the template filled, and one of about 3 kB with a long
 /// message text and many more elements.
 std::span<const sample_document> sample_documents();
 
-/// The packet that carries a document as it is (kind 40). The document is below 4,096 bytes.
+/// A packet with a plain document (kind 40). The document is below 4,096 bytes.
 packet_buffer plain_packet(const std::string& document);
 
-/// The packet that carries a document compressed (kind 204).
+/// A packet with a compressed document (kind 204).
 packet_buffer compressed_packet(const std::string& document);

@@ -32,8 +32,8 @@ bool accept_all(server_park& park)
     return true;
 }
 
-/// Sends each connection's capabilities. The client's answer to the question behind them tells that
-/// it has taken both.
+/// Sends each connection's capabilities and a question. The client's answer shows that it has
+/// received both.
 bool introduce_all(server_park& park)
 {
     int number = 0;

@@ -1,4 +1,4 @@
-// server_park.hpp - servers for the client to be connected to while it is measured.
+// server_park.hpp - servers for the client to connect to while it is measured.
 #pragma once
 
 #include "bench/measured_program.hpp"
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// Servers that are listening, and the connections to them.
+/// Listening servers, and the connections to them.
 struct server_park {
     explicit server_park(int count);
 
@@ -16,8 +16,8 @@ struct server_park {
     std::vector<server_connection> connections{};
 };
 
-/// A configuration with one server of this machine for each port. Servers are listed by their
-/// ports, so ascending ports have the names station-001, station-002 and so on from the top. All
+/// A configuration with one server of this machine for each port. Servers are sorted by port, so
+/// ascending ports have the names station-001, station-002 and so on from the top. All
 /// transmissions are logged in one file.
 std::string config_of(const std::vector<int>& ports);
 
@@ -28,5 +28,5 @@ std::string station_name(int number);
 std::vector<int> ports_of(const server_park& park);
 
 /// Lets the client, whose list shows exactly the park's servers, connect to all of them, and
-/// exchanges the first packets. False if it does not do its part.
+/// exchanges the first packets. False if the client fails.
 bool connect_all(server_park& park, measured_program& client);

@@ -23,13 +23,13 @@
 namespace
 {
 
-/// Logs grow by a screenful a round; cut now and then so that a long run fills no disk.
+/// Logs grow by a screenful each round; cut now and then so that a long run fills no disk.
 constexpr int rounds_between_cuts = 10'000;
 constexpr const char* log_name = "bench.log";
 constexpr const char* station = "station";
 
-/// A template that names what the client's own one does.
-std::string sample_template()
+/// A template with the same names as the client's own.
+std::string make_sample_template()
 {
     std::string text;
     for (const char* path : template_paths)
@@ -37,7 +37,7 @@ std::string sample_template()
     return text;
 }
 
-/// What a user who only logs has switched on, and one who wants to see everything.
+/// The settings of a user who only logs, and of one who wants to see everything.
 constexpr std::uint32_t log_only = ACARSLog;
 constexpr std::uint32_t everything = ACARSLog | ContactInfo | FlightStats;
 
@@ -70,7 +70,7 @@ public:
     {
         return server;
     }
-    /// To be called once a round. False if the log could not be cut.
+    /// To be called once in each round. False if the log could not be cut.
     bool count_round()
     {
         rounds = (rounds + 1) % rounds_between_cuts;
@@ -83,7 +83,7 @@ private:
     int rounds = 0;
 };
 
-void road_run(benchmark::State& state, const packet_buffer& packet, std::uint32_t settings)
+void run_path(benchmark::State& state, const packet_buffer& packet, std::uint32_t settings)
 {
     logging_server server{settings};
     if (!server.is_logging())
@@ -97,18 +97,18 @@ void road_run(benchmark::State& state, const packet_buffer& packet, std::uint32_
         state.SkipWithError("nothing was logged");
 }
 
-void road_log_only_run(benchmark::State& state, const packet_buffer& packet)
+void run_path_with_log_only(benchmark::State& state, const packet_buffer& packet)
 {
-    road_run(state, packet, log_only);
+    run_path(state, packet, log_only);
 }
 
-/// Each round closes the statistics window that the one before it has opened.
-void road_everything_run(benchmark::State& state, const packet_buffer& packet)
+/// Each round closes the statistics window that the previous one has opened.
+void run_path_with_everything(benchmark::State& state, const packet_buffer& packet)
 {
-    road_run(state, packet, everything);
+    run_path(state, packet, everything);
 }
 
-void inflate_run(benchmark::State& state, const packet_buffer& packet)
+void run_inflate(benchmark::State& state, const packet_buffer& packet)
 {
     const packet_header header = packet_header_read(packet.header);
     while (state.KeepRunning())
@@ -116,8 +116,8 @@ void inflate_run(benchmark::State& state, const packet_buffer& packet)
             decompress_packet(packet.payload, header.extra, packet_payload_length(header)));
 }
 
-/// One look at each byte, as any reader must.
-void pass_run(benchmark::State& state, const std::string& document)
+/// Looks once at each byte, as any reader must.
+void run_pass(benchmark::State& state, const std::string& document)
 {
     while (state.KeepRunning()) {
         unsigned sum = 0;
@@ -127,7 +127,7 @@ void pass_run(benchmark::State& state, const std::string& document)
     }
 }
 
-void parse_run(benchmark::State& state, const std::string& document)
+void run_parse(benchmark::State& state, const std::string& document)
 {
     while (state.KeepRunning()) {
         const xml_document parsed{xml_parse(document.c_str())};
@@ -135,30 +135,30 @@ void parse_run(benchmark::State& state, const std::string& document)
     }
 }
 
-void template_run(benchmark::State& state, const std::string& document)
+void run_template(benchmark::State& state, const std::string& document)
 {
     const xml_document parsed{xml_parse(document.c_str())};
-    const std::string text = sample_template();
+    const std::string text = make_sample_template();
     while (state.KeepRunning()) {
         const heap_text filled{fill_template(str_dup(text.c_str()), parsed.get())};
         benchmark::DoNotOptimize(filled.get());
     }
 }
 
-/// What a filled template of this document looks like.
-std::string filled_text(const std::string& document)
+/// The filled template for this document.
+std::string fill_sample_template(const std::string& document)
 {
     const xml_document parsed{xml_parse(document.c_str())};
-    const heap_text filled{fill_template(str_dup(sample_template().c_str()), parsed.get())};
+    const heap_text filled{fill_template(str_dup(make_sample_template().c_str()), parsed.get())};
     return filled ? filled.get() : "";
 }
 
-void log_run(benchmark::State& state, const std::string& document)
+void run_log(benchmark::State& state, const std::string& document)
 {
     logging_server server{log_only};
     if (!server.is_logging())
         return state.SkipWithError("the log cannot be opened");
-    const std::string text = filled_text(document);
+    const std::string text = fill_sample_template(document);
     while (state.KeepRunning()) {
         log_transmission(server.entry(), text.c_str());
         if (!server.count_round())
@@ -166,9 +166,9 @@ void log_run(benchmark::State& state, const std::string& document)
     }
 }
 
-void screen_run(benchmark::State& state, const std::string& document)
+void run_screen(benchmark::State& state, const std::string& document)
 {
-    const std::string text = filled_text(document);
+    const std::string text = fill_sample_template(document);
     while (state.KeepRunning())
         pane_printf(app_state.message_pane, colour::text, 1, LINES - 9, false, true, "%s",
                     text.c_str());
@@ -192,16 +192,17 @@ void transmission_benchmarks_add()
 {
     for (const sample_document& sample : sample_documents()) {
         const std::string size = sample.size;
-        const std::string road = transmission_road_name;
-        add(road + "plain/" + size, road_log_only_run, plain_packet(sample.text));
-        add(road + "compressed/" + size, road_log_only_run, compressed_packet(sample.text));
-        add(road + "with_statistics/" + size, road_everything_run, compressed_packet(sample.text));
+        const std::string road = transmission_path_name;
+        add(road + "plain/" + size, run_path_with_log_only, plain_packet(sample.text));
+        add(road + "compressed/" + size, run_path_with_log_only, compressed_packet(sample.text));
+        add(road + "with_statistics/" + size, run_path_with_everything,
+            compressed_packet(sample.text));
         const std::string step = transmission_step_name;
-        add(step + "inflate/" + size, inflate_run, compressed_packet(sample.text));
-        add(step + "pass/" + size, pass_run, sample.text);
-        add(step + "parse/" + size, parse_run, sample.text);
-        add(step + "template/" + size, template_run, sample.text);
-        add(step + "log/" + size, log_run, sample.text);
-        add(step + "screen/" + size, screen_run, sample.text);
+        add(step + "inflate/" + size, run_inflate, compressed_packet(sample.text));
+        add(step + "pass/" + size, run_pass, sample.text);
+        add(step + "parse/" + size, run_parse, sample.text);
+        add(step + "template/" + size, run_template, sample.text);
+        add(step + "log/" + size, run_log, sample.text);
+        add(step + "screen/" + size, run_screen, sample.text);
     }
 }

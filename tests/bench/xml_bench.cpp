@@ -10,7 +10,7 @@
 namespace
 {
 
-void reader_run(benchmark::State& state, const xml_reader& reader, const std::string& document)
+void run_reader(benchmark::State& state, const xml_reader& reader, const std::string& document)
 {
     while (state.KeepRunning()) {
         template_values values;
@@ -29,7 +29,7 @@ bool xml_benchmarks_add()
             return false;
         for (const xml_reader& reader : xml_readers()) {
             const std::string name = std::string{xml_bench_name} + sample.size + "/" + reader.name;
-            benchmark::RegisterBenchmark(name.c_str(), reader_run, reader, sample.text)
+            benchmark::RegisterBenchmark(name.c_str(), run_reader, reader, sample.text)
                 ->Unit(benchmark::kMicrosecond);
         }
     }

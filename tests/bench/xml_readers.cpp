@@ -1,7 +1,7 @@
 // xml_readers.cpp - see xml_readers.hpp.
 //
-// Each library is used in the way that is fastest for this job: text is taken as it stands where
-// that can be chosen, values are copied once, and a parser that can be used again is.
+// Each library is used in the way that is fastest for this job: text is taken unchanged where that
+// is an option, values are copied once, and a reusable parser is reused.
 #include "bench/xml_readers.hpp"
 
 #include "data/text.hpp"
@@ -22,7 +22,7 @@ namespace
 {
 
 /// Calls `step` with each name of a path.
-template <typename function> void path_walk(const char* path, function step)
+template <typename function> void walk_path(const char* path, function step)
 {
     std::string_view rest{path};
     while (!rest.empty()) {
@@ -32,7 +32,7 @@ template <typename function> void path_walk(const char* path, function step)
     }
 }
 
-heap_text copy_of(const char* text, std::size_t length)
+heap_text copy_text(const char* text, std::size_t length)
 {
     return heap_text{length > 0 ? strndup(text, length) : nullptr};
 }
@@ -59,17 +59,17 @@ bool read_with_pugixml(const std::string& document, template_values& values)
 
 bool read_with_rapidxml(const std::string& document, template_values& values)
 {
-    // It writes into the text that it reads.
+    // This library modifies the text that it reads.
     std::vector<char> text(document.c_str(), document.c_str() + document.size() + 1);
     rapidxml::xml_document<> parsed;
     parsed.parse<rapidxml::parse_fastest>(text.data());
     for (std::size_t index = 0; index < template_path_count; ++index) {
         const rapidxml::xml_node<>* node = &parsed;
-        path_walk(template_paths[index], [&](std::string_view name) {
+        walk_path(template_paths[index], [&](std::string_view name) {
             node = node != nullptr ? node->first_node(name.data(), name.size()) : nullptr;
         });
         if (node != nullptr)
-            values[index] = copy_of(node->value(), node->value_size());
+            values[index] = copy_text(node->value(), node->value_size());
     }
     return true;
 }
@@ -81,7 +81,7 @@ bool read_with_tinyxml2(const std::string& document, template_values& values)
         return false;
     for (std::size_t index = 0; index < template_path_count; ++index) {
         const tinyxml2::XMLNode* node = &parsed;
-        path_walk(template_paths[index], [&](std::string_view name) {
+        walk_path(template_paths[index], [&](std::string_view name) {
             // Names end at a NUL for this library.
             char wanted[64] = {};
             name.copy(wanted, sizeof wanted - 1);
@@ -95,7 +95,7 @@ bool read_with_tinyxml2(const std::string& document, template_values& values)
 
 using libxml_document = std::unique_ptr<xmlDoc, releaser<xmlFreeDoc>>;
 
-const xmlNode* libxml_child(const xmlNode* parent, std::string_view name)
+const xmlNode* find_libxml_child(const xmlNode* parent, std::string_view name)
 {
     const xmlNode* node = parent->children;
     while (node != nullptr && name != reinterpret_cast<const char*>(node->name))
@@ -112,8 +112,8 @@ bool read_with_libxml2(const std::string& document, template_values& values)
         return false;
     for (std::size_t index = 0; index < template_path_count; ++index) {
         const auto* node = reinterpret_cast<const xmlNode*>(parsed.get());
-        path_walk(template_paths[index], [&](std::string_view name) {
-            node = node != nullptr ? libxml_child(node, name) : nullptr;
+        walk_path(template_paths[index], [&](std::string_view name) {
+            node = node != nullptr ? find_libxml_child(node, name) : nullptr;
         });
         const xmlNode* text = node != nullptr ? node->children : nullptr;
         if (text != nullptr && text->type == XML_TEXT_NODE)
@@ -122,25 +122,25 @@ bool read_with_libxml2(const std::string& document, template_values& values)
     return true;
 }
 
-/// A walk through a document by events: the path so far, and the value that is being collected.
+/// A walk through a document by events: the path so far, and the value being collected.
 struct event_walk {
     template_values* values = nullptr;
     std::string path;
-    heap_text* wanted = nullptr; // the slot that the current element's text goes to
+    heap_text* wanted = nullptr; // the slot for the current element's text
     std::string text;
 };
 
-void text_store(event_walk& walk)
+void store_text(event_walk& walk)
 {
     if (walk.wanted != nullptr && !walk.text.empty())
-        *walk.wanted = copy_of(walk.text.data(), walk.text.size());
+        *walk.wanted = copy_text(walk.text.data(), walk.text.size());
     walk.wanted = nullptr;
 }
 
 void on_start(void* context, const char* name, const char**)
 {
     event_walk& walk = *static_cast<event_walk*>(context);
-    text_store(walk);
+    store_text(walk);
     if (!walk.path.empty())
         walk.path += '/';
     walk.path += name;
@@ -153,7 +153,7 @@ void on_start(void* context, const char* name, const char**)
 void on_end(void* context, const char*)
 {
     event_walk& walk = *static_cast<event_walk*>(context);
-    text_store(walk);
+    store_text(walk);
     const std::size_t slash = walk.path.rfind('/');
     walk.path.resize(slash == std::string::npos ? 0 : slash);
 }
@@ -186,7 +186,7 @@ constexpr xml_reader readers[] = {
     {"libxml2", read_with_libxml2}, {"expat", read_with_expat},
 };
 
-bool values_equal(const template_values& a, const template_values& b)
+bool are_values_equal(const template_values& a, const template_values& b)
 {
     return std::ranges::equal(a, b, [](const heap_text& one, const heap_text& other) {
         return one && other ? std::strcmp(one.get(), other.get()) == 0 : one == other;
@@ -225,7 +225,7 @@ bool xml_readers_agree(const std::string& document)
     bool all_agree = readers[0].read(document, expected) && expected[0] != nullptr;
     for (const xml_reader& reader : readers) {
         template_values values;
-        if (reader.read(document, values) && values_equal(values, expected))
+        if (reader.read(document, values) && are_values_equal(values, expected))
             continue;
         std::fprintf(stderr, "%s reads a document differently\n", reader.name);
         all_agree = false;

@@ -1,5 +1,5 @@
-// xml_readers.hpp - the same job done by our XML reader and by libraries that people use instead:
-// read one transmission and copy the value of each of the template's paths.
+// xml_readers.hpp - the same job done by our XML reader and by common libraries: read one
+// transmission and copy the value of each of the template's paths.
 #pragma once
 
 #include "base/owners.hpp"
@@ -13,18 +13,18 @@
 constexpr std::size_t template_path_count = 16;
 extern const std::array<const char*, template_path_count> template_paths;
 
-/// One copied value for each template path, in their order; null: the document has none.
+/// One copied value for each template path, in their order; null: not in the document.
 using template_values = std::array<heap_text, template_path_count>;
 
 struct xml_reader {
     const char* name;
-    /// document: left as it is. False when it cannot be read.
+    /// document: not modified. False if it cannot be read.
     bool (*read)(const std::string& document, template_values& values);
 };
 
 /// Our reader, which comes first, and the libraries.
 std::span<const xml_reader> xml_readers();
 
-/// Whether every reader finds the same values in a document; else says on standard error which one
-/// does not.
+/// Whether every reader finds the same values in a document. If not, says on standard error which
+/// one does not.
 bool xml_readers_agree(const std::string& document);

@@ -1,10 +1,9 @@
-// demo_shot.cpp - drives the demo in a terminal of its own, as a person would, and prints its
-// screen.
+// demo_shot.cpp - drives the demo in a terminal of its own, as a user would, and prints its screen.
 //
 // Usage: demo_shot CLIENT HOME. Fetches the directory, connects to all servers, looks at one, saves
 // a report, and exits with 0 only if the transmissions of all servers have been on the screen and
 // in the log that HOME's configuration asks for.
-#include "demo/demo_deeds.hpp"
+#include "demo/demo_actions.hpp"
 
 #include <cstdio>
 #include <ctime>
@@ -15,7 +14,7 @@ namespace
 
 constexpr const char* report_name = "report.txt";
 
-/// Opens the information window until it was seen: a transmission may close it at any moment.
+/// Opens the information window until it has been seen: a transmission may close it at any time.
 bool look_at_server(terminal_session& session)
 {
     for (int attempt = 0; attempt < 10; ++attempt) {
@@ -49,7 +48,7 @@ bool save_report(terminal_session& session)
     return !demo_file(report_name).empty() || demo_fail("the saved report is empty");
 }
 
-void screen_print(terminal_session& session)
+void print_screen(terminal_session& session)
 {
     for (int row = 0; row < demo_rows; ++row)
         std::puts(session.row(row).c_str());
@@ -71,7 +70,7 @@ int main(int count, char** arguments)
                          demo_connect(session) && demo_messages_seen(session) &&
                          demo_go_to(session, "Frankfurt") && look_at_server(session) &&
                          save_report(session) && demo_messages_seen(session);
-    screen_print(session);
+    print_screen(session);
     if (!is_good)
         return 1;
     session.send_control('x');

@@ -1,8 +1,8 @@
 // demo_shots.cpp - drives the demo in a terminal of its own and writes pictures of its screens.
 //
 // Usage: demo_shots CLIENT HOME FOLDER. Writes main.svg, information.svg, settings.svg,
-// service-menu.svg and pager-list.svg into FOLDER, and exits with 0 only if all of them were.
-#include "demo/demo_deeds.hpp"
+// service-menu.svg and pager-list.svg to FOLDER, and exits with 0 only if all of them were written.
+#include "demo/demo_actions.hpp"
 #include "support/screen_svg.hpp"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace
 constexpr const char* pager_server = "Heathrow";
 constexpr const char* pager_question = "Press 1-3 or ESC to quit";
 
-/// A picture: its file, its title, and what the screen shows when it is whole.
+/// A picture: its file, its title, and what the screen shows when it is complete.
 struct wanted_picture {
     const char* name;
     const char* title;
@@ -57,12 +57,12 @@ bool shows_all(const terminal_screen& screen, const std::vector<const char*>& te
         texts, [&](const char* text) { return shown.find(text) != std::string::npos; });
 }
 
-/// Driver of the demo: what it sees goes into files of a folder.
+/// Drives the demo and takes its pictures.
 struct photographer {
     terminal_session& session;
     std::string folder;
 
-    /// Takes the picture when the screen is whole and no longer changes: a page may come in parts.
+    /// Takes the picture when the screen is complete and stable: a page may appear in parts.
     bool take(const wanted_picture& picture, std::chrono::milliseconds limit = default_patience)
     {
         std::string svg;
@@ -78,7 +78,7 @@ struct photographer {
         return file.good() || demo_fail("a picture cannot be written");
     }
 
-    /// Opens the information window until it was seen: a transmission may close it at any moment.
+    /// Opens the information window until it was seen: a transmission may close it at any time.
     bool take_information()
     {
         for (int attempt = 0; attempt < 10; ++attempt) {

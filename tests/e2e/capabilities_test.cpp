@@ -1,4 +1,4 @@
-// capabilities_test.cpp - what a server says it can do, and which keys that opens.
+// capabilities_test.cpp - the capabilities that a server reports, and which keys they enable.
 #include "e2e/network_session.hpp"
 
 #include <ostream>
@@ -6,7 +6,7 @@
 namespace
 {
 
-/// A key that wants a service, and the words with which it is refused.
+/// A key that needs a service, and the text that refuses it.
 struct gated_key {
     char letter; // with CTRL
     const char* refusal;
@@ -17,11 +17,11 @@ constexpr gated_key mailings{'j', "Daily mailings are not supported on alpha"};
 constexpr gated_key reports{'o', "Reports are not supported on alpha"};
 constexpr gated_key pager_lists{'p', "Pagerlists are not supported on alpha"};
 
-/// A capability document, and which of the four keys it opens.
+/// A capability document, and which of the four keys it enables.
 struct opening {
     const char* name;
     const char* elements;
-    bool updates = false; // mailings go with them
+    bool updates = false; // and mailings with them
     bool reports = false;
     bool pager_lists = false;
 };
@@ -50,7 +50,7 @@ constexpr opening openings[] = {
 class capabilities_open : public testing::TestWithParam<opening>
 {
 protected:
-    /// Presses a key and leaves what it may have opened; true if it was refused, with a beep.
+    /// Presses a key and leaves what it may have opened; true if the key was refused with a beep.
     bool is_refused(const gated_key& key)
     {
         const int bells = client.terminal().bells();
@@ -66,7 +66,7 @@ protected:
     client_session client;
 };
 
-TEST_P(capabilities_open, exactly_the_keys_that_they_name)
+TEST_P(capabilities_open, enable_exactly_the_keys_that_they_name)
 {
     ASSERT_TRUE(client.start(knowing(server), wide_terminal));
     std::optional<server_connection> connection = client.connect_selected(server);
@@ -115,7 +115,7 @@ TEST(capabilities, the_servers_identity_is_shown_in_plain_white)
     EXPECT_FALSE(run.connections[0].has_unread_bytes());
 }
 
-TEST(capabilities, without_an_identity_nothing_is_shown)
+TEST(capabilities, nothing_is_shown_without_an_identity)
 {
     connected_client run(1);
     ASSERT_TRUE(run.begin());
@@ -140,13 +140,13 @@ TEST(capabilities, later_ones_replace_earlier_ones)
     ASSERT_TRUE(run.client.wait_for_status(reports.refusal, pairs::error));
 }
 
-TEST(capabilities, belong_to_one_server)
+TEST(capabilities, apply_to_one_server)
 {
     connected_client run(2);
     ASSERT_TRUE(run.begin());
     ASSERT_TRUE(run.say(0, "<Reports>1</Reports>"));
     ASSERT_TRUE(wait_for_notice(run.client, run.connections[0], "known"));
-    run.client.terminal().send_control('o'); // the bar is on the second
+    run.client.terminal().send_control('o'); // the bar is on the second server
     ASSERT_TRUE(run.client.wait_for_status("Reports are not supported on bravo", pairs::error));
 }
 
@@ -184,7 +184,7 @@ TEST(duplicates, a_server_may_repeat_itself)
     EXPECT_EQ(run.client.terminal().bells(), 0);
 }
 
-TEST(duplicates, servers_without_an_identity_are_none)
+TEST(duplicates, servers_without_an_identity_are_not_duplicates)
 {
     connected_client run(2);
     ASSERT_TRUE(run.begin());
@@ -194,7 +194,7 @@ TEST(duplicates, servers_without_an_identity_are_none)
     EXPECT_EQ(run.client.terminal().bells(), 0);
 }
 
-TEST(duplicates, once_the_first_is_gone_the_second_is_welcome)
+TEST(duplicates, the_second_is_accepted_once_the_first_is_gone)
 {
     connected_client run(2);
     ASSERT_TRUE(run.begin());
@@ -207,7 +207,7 @@ TEST(duplicates, once_the_first_is_gone_the_second_is_welcome)
     EXPECT_EQ(run.client.terminal().bells(), 0);
 }
 
-TEST(duplicates, a_password_is_asked_for_before_they_are_found_out)
+TEST(duplicates, a_password_is_asked_for_before_they_are_detected)
 {
     connected_client run(2);
     ASSERT_TRUE(run.begin());

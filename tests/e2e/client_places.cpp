@@ -14,36 +14,36 @@ constexpr const char* capabilities = "<NeedAuth>0</NeedAuth><Mailing>1</Mailing>
 testing::AssertionResult stay(placed_client& at, std::string_view sign)
 {
     testing::AssertionResult shown = at.terminal().wait_for_text(sign);
-    at.client.clock().jump(-300); // boxes wait for the user by the wall clock
+    at.client.clock().jump(-300); // boxes measure the user's time by the wall clock
     return shown;
 }
 
-testing::AssertionResult to_panes(placed_client& at)
+testing::AssertionResult go_to_panes(placed_client& at)
 {
     return at.client.wait_for_keys();
 }
 
-testing::AssertionResult to_help(placed_client& at)
+testing::AssertionResult go_to_help(placed_client& at)
 {
     at.terminal().send_control('h');
     return stay(at, "[ To exit press ^H ]");
 }
 
-testing::AssertionResult to_settings(placed_client& at)
+testing::AssertionResult go_to_settings(placed_client& at)
 {
     at.terminal().send_control('e');
     return stay(at, "press ^E ]");
 }
 
-testing::AssertionResult to_folder_prompt(placed_client& at)
+testing::AssertionResult go_to_folder_prompt(placed_client& at)
 {
-    if (testing::AssertionResult shown = to_settings(at); !shown)
+    if (testing::AssertionResult shown = go_to_settings(at); !shown)
         return shown;
     at.terminal().send_meta('l');
     return stay(at, "RET=OK - ESC=CANCEL");
 }
 
-testing::AssertionResult to_password(placed_client& at)
+testing::AssertionResult go_to_password(placed_client& at)
 {
     if (!at.connection->send(capabilities_packet("<NeedAuth>1</NeedAuth>")))
         return testing::AssertionFailure() << "nobody takes the demand";
@@ -53,33 +53,33 @@ testing::AssertionResult to_password(placed_client& at)
     return at.terminal().wait_for_text("│ ab_ ");
 }
 
-testing::AssertionResult to_menu(placed_client& at)
+testing::AssertionResult go_to_menu(placed_client& at)
 {
     at.terminal().send_control('a');
     return stay(at, "Press 1-5 or ESC to quit");
 }
 
-testing::AssertionResult to_pager_list(placed_client& at)
+testing::AssertionResult go_to_pager_list(placed_client& at)
 {
     if (!at.connection->send(89, "D-AIQA\tFRA\tLH400"))
         return testing::AssertionFailure() << "nobody takes the list";
     return stay(at, "Press ESC to close");
 }
 
-testing::AssertionResult to_information(placed_client& at)
+testing::AssertionResult go_to_information(placed_client& at)
 {
     at.terminal().send_key(named_key::tab);
     return stay(at, "[ Close Window ^I ]");
 }
 
-/// Moves the bar; what it overwrites of the frames beside it is repaired.
+/// Moves the bar, and repairs what it overwrites of the frames beside it.
 testing::AssertionResult select_entry(placed_client& at, int number)
 {
     testing::AssertionResult selected = select_row(at.client, number);
     return selected ? at.client.wait_for_keys() : selected;
 }
 
-testing::AssertionResult to_attempt(placed_client& at)
+testing::AssertionResult go_to_attempt(placed_client& at)
 {
     if (testing::AssertionResult selected = select_entry(at, 2); !selected)
         return selected;
@@ -88,7 +88,7 @@ testing::AssertionResult to_attempt(placed_client& at)
                                     "an attempt to connect");
 }
 
-testing::AssertionResult to_slow_name(placed_client& at)
+testing::AssertionResult go_to_slow_name(placed_client& at)
 {
     if (testing::AssertionResult selected = select_entry(at, 3); !selected)
         return selected;
@@ -99,19 +99,20 @@ testing::AssertionResult to_slow_name(placed_client& at)
 
 } // namespace
 
-const client_place an_attempt_to_connect = {"an_attempt_to_connect", to_attempt, true, false, true};
+const client_place an_attempt_to_connect = {"an_attempt_to_connect", go_to_attempt, true, false,
+                                            true};
 
 const std::vector<client_place> client_places = {
-    {"the_panes", to_panes, true},
-    {"the_help", to_help, true},
-    {"the_settings", to_settings, true},
-    {"a_folder_prompt", to_folder_prompt},
-    {"a_password_prompt", to_password},
-    {"a_service_menu", to_menu},
-    {"a_pager_list", to_pager_list},
-    {"an_information_window", to_information, true, true},
+    {"the_panes", go_to_panes, true},
+    {"the_help", go_to_help, true},
+    {"the_settings", go_to_settings, true},
+    {"a_folder_prompt", go_to_folder_prompt},
+    {"a_password_prompt", go_to_password},
+    {"a_service_menu", go_to_menu},
+    {"a_pager_list", go_to_pager_list},
+    {"an_information_window", go_to_information, true, true},
     an_attempt_to_connect,
-    {"a_name_looked_up", to_slow_name, true},
+    {"a_name_looked_up", go_to_slow_name, true},
 };
 
 std::string place_name(const testing::TestParamInfo<client_place>& about)

@@ -1,4 +1,4 @@
-// client_session.cpp - the client, running in a terminal with a home and a clock of its own.
+// client_session.cpp - the client in a terminal, with a home and a clock of its own.
 #include "e2e/client_session.hpp"
 
 #include "support/line_settings.hpp"
@@ -14,8 +14,8 @@ constexpr int name_columns = 24;
 constexpr std::string_view key_line_text = "^D Disconnect, ^E Settings, ^H Help, ^I ServerInfo, "
                                            "^L Connect, ^R ServerList, ^X Exit";
 
-/// The key line as it looks when all of it is painted.
-std::string key_line_of(int columns)
+/// The key line when all of it is painted.
+std::string make_key_line(int columns)
 {
     std::string line{key_line_text};
     line.resize(static_cast<std::size_t>(columns), ' ');
@@ -55,7 +55,7 @@ constexpr colours pair_colours[] = {
     {magenta, black},
 };
 
-std::string without_trailing_blanks(std::string text)
+std::string strip_trailing_blanks(std::string text)
 {
     text.erase(text.find_last_not_of(' ') + 1);
     return text;
@@ -125,7 +125,7 @@ std::optional<int> client_session::wait_for_exit()
 
 void client_session::quit()
 {
-    session->send("\033"); // out of a prompt, if one is open; nothing otherwise
+    session->send("\033"); // leaves a prompt if one is open, and does nothing otherwise
     session->send_control('x');
     const std::optional<int> status = wait_for_exit();
     ASSERT_TRUE(status);
@@ -141,7 +141,7 @@ std::vector<std::string> client_session::status_lines()
     const terminal_screen& screen = session->screen();
     std::vector<std::string> lines;
     for (int row = screen.rows() - 6; row <= screen.rows() - 3; ++row)
-        lines.push_back(without_trailing_blanks(
+        lines.push_back(strip_trailing_blanks(
             screen.text(row, server_pane_columns, screen.columns() - server_pane_columns - 1)));
     return lines;
 }
@@ -151,7 +151,7 @@ std::vector<std::string> client_session::message_lines()
     const terminal_screen& screen = session->screen();
     std::vector<std::string> lines;
     for (int row = 0; row <= screen.rows() - 8; ++row)
-        lines.push_back(without_trailing_blanks(
+        lines.push_back(strip_trailing_blanks(
             screen.text(row, server_pane_columns, screen.columns() - server_pane_columns - 1)));
     return lines;
 }
@@ -182,7 +182,7 @@ int client_session::bar_row()
 std::string client_session::bar_text()
 {
     const int number = bar_row();
-    return number == 0 ? "" : without_trailing_blanks(server_row(number).substr(1));
+    return number == 0 ? "" : strip_trailing_blanks(server_row(number).substr(1));
 }
 
 testing::AssertionResult client_session::wait_for_status(std::string_view text, int pair,
@@ -194,7 +194,7 @@ testing::AssertionResult client_session::wait_for_status(std::string_view text, 
         const std::string fitting{text.substr(0, static_cast<std::size_t>(width))};
         for (int row = screen.rows() - 6; row <= screen.rows() - 3; ++row) {
             const std::string line =
-                without_trailing_blanks(screen.text(row, server_pane_columns, width));
+                strip_trailing_blanks(screen.text(row, server_pane_columns, width));
             const screen_cell first = screen.cell(row, server_pane_columns);
             if (line == fitting && first == pair_cell(pair, bold.value_or(first.bold), first.text))
                 return true;
@@ -207,10 +207,10 @@ testing::AssertionResult client_session::wait_for_status(std::string_view text, 
 
 testing::AssertionResult client_session::wait_for_keys()
 {
-    // The bottom row is the last to be painted, both when the help comes and when it goes.
+    // The bottom row is painted last, both when the help comes and when it goes.
     const auto key_line_is_shown = [&] {
         const terminal_screen& screen = session->screen();
-        return screen.text(screen.rows() - 1) == key_line_of(screen.columns());
+        return screen.text(screen.rows() - 1) == make_key_line(screen.columns());
     };
     session->send_control('h');
     if (testing::AssertionResult shown =
@@ -257,7 +257,7 @@ client_settings knowing(const scripted_server& server, const std::string& alias)
 client_settings with_aliases(const std::vector<std::string>& aliases)
 {
     client_settings settings;
-    // Entries of one name are listed by their ports; on port 1 and the next ones nobody listens.
+    // Entries with the same name are sorted by port. Nobody listens on port 1 and the next ones.
     for (std::size_t at = 0; at < aliases.size(); ++at)
         settings.servers.push_back({.port = std::to_string(at + 1), .alias = aliases[at]});
     return settings;

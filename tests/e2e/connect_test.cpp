@@ -1,4 +1,4 @@
-// connect_test.cpp - opening connections: what is said to the user and to the server.
+// connect_test.cpp - opening connections: what the user and the server are told.
 #include "e2e/network_session.hpp"
 
 #include "support/loopback.hpp"
@@ -13,7 +13,7 @@
 namespace
 {
 
-std::string with_port(const std::string& words, const scripted_server& server)
+std::string append_port(const std::string& words, const scripted_server& server)
 {
     return words + ":" + std::to_string(server.port());
 }
@@ -41,9 +41,9 @@ TEST(connect, reports_the_attempt_and_the_success_with_the_number_of_the_socket)
     client_session client;
     ASSERT_TRUE(client.start(knowing(server)));
     ASSERT_TRUE(client.connect_selected(server));
-    ASSERT_TRUE(
-        client.wait_for_status(with_port("Try connecting to alpha", server), pairs::plain, false));
-    const std::string start = with_port("Successfully connected alpha", server) + ". Handle #";
+    ASSERT_TRUE(client.wait_for_status(append_port("Try connecting to alpha", server), pairs::plain,
+                                       false));
+    const std::string start = append_port("Successfully connected alpha", server) + ". Handle #";
     const std::string line = client.status_lines().back();
     ASSERT_TRUE(line.starts_with(start)) << line;
     ASSERT_TRUE(client.wait_for_status(line, pairs::notice));
@@ -66,20 +66,20 @@ TEST(connect, marks_the_server_at_its_own_row_in_bold_green)
     EXPECT_EQ(client.marker(3).text, " ");
 }
 
-TEST(connect, without_an_alias_the_host_is_named)
+TEST(connect, names_the_host_if_there_is_no_alias)
 {
     scripted_server server;
     client_session client;
     ASSERT_TRUE(client.start(knowing(server, "")));
     ASSERT_TRUE(client.connect_selected(server));
-    EXPECT_TRUE(client.wait_for_status(with_port("Try connecting to 127.0.0.1", server),
+    EXPECT_TRUE(client.wait_for_status(append_port("Try connecting to 127.0.0.1", server),
                                        pairs::plain, false));
     EXPECT_TRUE(client.status_lines().back().starts_with("Successfully connected 127.0.0.1:"));
 }
 
-TEST(connect, a_port_of_0_or_of_no_number_is_2202)
+TEST(connect, a_port_that_is_0_or_no_number_becomes_2202)
 {
-    // An address that no other test program uses in the same moment.
+    // An address that no other test program uses at the same time.
     const int process = getpid();
     const std::string address = "127.77." + std::to_string(process / 250 % 250 + 1) + "." +
                                 std::to_string(process % 250 + 1);
@@ -137,7 +137,7 @@ TEST(connect, a_host_that_cannot_be_resolved_gives_no_socket)
 {
     client_session client;
     client_settings settings;
-    // No name may have a part as long as this, so nobody need be asked about it.
+    // A part of a name may not be as long as this, so no look-up is needed.
     settings.servers = {{.name = std::string(70, 'h'), .port = "7", .alias = "alpha"}};
     ASSERT_TRUE(client.start(settings));
     for (int attempt = 0; attempt < 2; ++attempt) {
@@ -157,7 +157,7 @@ TEST(connect, a_host_that_cannot_be_resolved_gives_no_socket)
     EXPECT_EQ(client.marker(1).text, " ");
 }
 
-TEST(connect, keys_typed_while_a_name_is_looked_up_are_obeyed_afterwards)
+TEST(connect, keys_typed_during_a_look_up_take_effect_afterwards)
 {
     listed_servers servers(1);
     client_session client;
@@ -171,7 +171,7 @@ TEST(connect, keys_typed_while_a_name_is_looked_up_are_obeyed_afterwards)
     ASSERT_TRUE(client.wait_for_status("You are not connected to zulu", pairs::error));
 }
 
-TEST(connect, a_pending_connection_counts_as_one)
+TEST(connect, a_pending_connection_counts_as_a_connection)
 {
     silent_port nowhere;
     client_session client;
@@ -187,7 +187,7 @@ TEST(connect, a_pending_connection_counts_as_one)
     EXPECT_EQ(client.marker(1).text, " ");
 }
 
-TEST(connect, a_pending_connection_holds_up_nothing)
+TEST(connect, a_pending_connection_delays_nothing)
 {
     listed_servers servers(1);
     silent_port nowhere;
@@ -223,7 +223,7 @@ TEST(connect, servers_keep_their_connections_apart)
         EXPECT_FALSE(connection.has_unread_bytes());
 }
 
-TEST(connect, results_that_come_in_the_same_moment_all_count)
+TEST(connect, results_that_come_at_the_same_moment_all_count)
 {
     listed_servers servers(3);
     closed_port nobody;
@@ -232,7 +232,7 @@ TEST(connect, results_that_come_in_the_same_moment_all_count)
     settings.servers.push_back({.port = std::to_string(nobody.port()), .alias = "zulu"});
     ASSERT_TRUE(client.start(settings, {.rows = 30}));
     client.terminal().send("\x0C\033OB\x0C\033OB\x0C\033OB\x0C"); // ^L, three times down and ^L
-    // Every attempt's process is held before it has a result, and then the client itself.
+    // Stops every attempt's process before it has a result, and then the client itself.
     const pid_t program = client.terminal().process_id();
     std::set<pid_t> held;
     ASSERT_TRUE(client.terminal().wait_until(
@@ -274,7 +274,7 @@ TEST(connect, results_that_come_in_the_same_moment_all_count)
     ASSERT_TRUE(client.wait_for_status("You are not connected to zulu", pairs::error));
 }
 
-TEST(connect, after_the_server_has_closed_a_new_connection_is_introduced_again)
+TEST(connect, introduces_itself_again_after_the_server_has_closed)
 {
     scripted_server server;
     client_session client;

@@ -1,4 +1,4 @@
-// database_update_test.cpp - requests for new entries of a server's databases: every prompt, what
+// database_update_test.cpp - requests for new entries in a server's databases: every prompt, what
 // is sent for every answer, and the replies.
 #include "e2e/service_session.hpp"
 
@@ -12,7 +12,7 @@ constexpr const char* or_every_day = "RET=OK - ESC=EVERY DAY";
 struct field_case {
     prompt_look look;
     const char* typed;
-    const char* fallback = nullptr; // what Escape leaves; null: it abandons the request
+    const char* fallback = nullptr; // what Escape leaves; null: it cancels the request
 };
 
 struct request_case {
@@ -57,7 +57,7 @@ const std::vector<request_case> request_cases = {
      {{{"Label or LabelIATA Code", 5}, "H1LH"}, {{"Label Description", 50}, "Position report"}}},
 };
 
-std::string joined(const std::vector<std::string>& fields)
+std::string join_fields(const std::vector<std::string>& fields)
 {
     std::string text;
     for (const std::string& field : fields)
@@ -101,7 +101,7 @@ TEST_P(database_request, sends_every_field_as_it_was_typed)
         ASSERT_TRUE(type(field));
         fields.emplace_back(GetParam().fields[field].typed);
     }
-    expect_sent({.kind = GetParam().kind, .payload = joined(fields)});
+    expect_sent({.kind = GetParam().kind, .payload = join_fields(fields)});
     ASSERT_TRUE(dialog_ends(last_question()));
 }
 
@@ -116,11 +116,11 @@ TEST_P(database_request, sends_defaults_for_optional_fields_left_out)
         ASSERT_TRUE(is_optional ? escape(asked.look) : type(field));
         fields.emplace_back(is_optional ? asked.fallback : asked.typed);
     }
-    expect_sent({.kind = GetParam().kind, .payload = joined(fields)});
+    expect_sent({.kind = GetParam().kind, .payload = join_fields(fields)});
     ASSERT_TRUE(dialog_ends(last_question()));
 }
 
-TEST_P(database_request, is_abandoned_at_any_required_field)
+TEST_P(database_request, is_cancelled_at_any_required_field)
 {
     ASSERT_TRUE(begin());
     for (std::size_t left_out = 0; left_out < GetParam().fields.size(); ++left_out) {
@@ -157,11 +157,11 @@ TEST_P(database_request, keeps_its_prompts_whole_through_traffic_and_resizes)
         terminal().send_key(named_key::enter);
         fields.emplace_back(asked.typed);
     }
-    expect_sent({.kind = GetParam().kind, .payload = joined(fields)});
+    expect_sent({.kind = GetParam().kind, .payload = join_fields(fields)});
     ASSERT_TRUE(dialog_ends(last_question()));
 }
 
-TEST_P(database_request, holds_a_character_less_than_each_size)
+TEST_P(database_request, holds_one_character_less_than_each_size)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(choose_request(GetParam().choice));
@@ -171,13 +171,13 @@ TEST_P(database_request, holds_a_character_less_than_each_size)
         ASSERT_TRUE(answer(asked.look, std::string(room, 'x') + "yz"));
         fields.emplace_back(room, 'x');
     }
-    expect_sent({.kind = GetParam().kind, .payload = joined(fields)});
+    expect_sent({.kind = GetParam().kind, .payload = join_fields(fields)});
 }
 
 const prompt_look airline_code{"Enter IATA or ICAO Code", 30};
 const prompt_look airline_name{"Enter Airline", 30};
 
-TEST_F(database_update, remarks_left_out_and_days_typed)
+TEST_F(database_update, sends_defaults_for_remarks_and_the_days_as_typed)
 {
     ASSERT_TRUE(begin());
     const std::vector<field_case>& fields = request_cases[1].fields;
@@ -198,7 +198,7 @@ TEST_F(database_update, texts_go_out_literally)
     expect_sent({.kind = 31, .payload = "%s%n%d%%\t100% & <\"'> ~^\\"});
 }
 
-TEST_F(database_update, a_typed_tab_is_one_more_field_to_the_server)
+TEST_F(database_update, a_typed_tab_is_another_field_for_the_server)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(choose_request('1'));
@@ -249,7 +249,7 @@ TEST_F(database_update, ten_idle_seconds_count_as_escape)
     ASSERT_TRUE(answer(flight[0].look, "LH400"));
     ASSERT_TRUE(answer(flight[1].look, "FRA-JFK"));
     ASSERT_TRUE(prompt_is(flight[2].look));
-    terminal().send("half a rem"); // lost with the time
+    terminal().send("half a rem"); // lost when the time runs out
     ASSERT_TRUE(prompt_is({"Enter Remarks", 40, or_none, "half a rem"}));
     client.clock().jump(11);
     ASSERT_TRUE(answer(flight[3].look, "X------"));
@@ -324,7 +324,7 @@ struct reply_case {
     int bells;
 };
 
-TEST_F(database_update, replies_are_reported_asked_for_or_not)
+TEST_F(database_update, replies_are_reported_whether_requested_or_not)
 {
     ASSERT_TRUE(begin());
     for (const auto& [kind, text, pair, bells] :
@@ -338,7 +338,7 @@ TEST_F(database_update, replies_are_reported_asked_for_or_not)
     EXPECT_FALSE(terminal().shows("ignored"));
 }
 
-TEST_F(database_update, a_reply_comes_while_the_next_request_is_typed)
+TEST_F(database_update, a_reply_may_come_while_the_next_request_is_typed)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(choose_request('1'));

@@ -1,4 +1,4 @@
-// demo_road_test.cpp - the main road from end to end, with practice servers as in the demo.
+// demo_road_test.cpp - the path of a message from end to end, with practice servers as in the demo.
 #include "e2e/network_session.hpp"
 
 #include "sim/practice_server.hpp"
@@ -9,8 +9,8 @@ namespace
 
 constexpr const char* addresses[] = {"127.0.0.9", "127.0.0.8"};
 
-/// Options of a lively server: greetings, ticks, and traffic for as long as the test lasts.
-sim::server_options lively(std::size_t index)
+/// Options of a busy server: greetings, ticks, and traffic for as long as the test runs.
+sim::server_options make_busy_options(std::size_t index)
 {
     sim::server_options options;
     options.bind_address = addresses[index];
@@ -24,7 +24,7 @@ sim::server_options lively(std::size_t index)
     return options;
 }
 
-client_settings settings_for(const std::vector<std::unique_ptr<sim::practice_server>>& servers)
+client_settings make_settings(const std::vector<std::unique_ptr<sim::practice_server>>& servers)
 {
     client_settings settings;
     for (std::size_t index = 0; index < servers.size(); ++index)
@@ -34,7 +34,7 @@ client_settings settings_for(const std::vector<std::unique_ptr<sim::practice_ser
     return settings;
 }
 
-std::size_t occurrences(const std::string& text, const std::string& part)
+std::size_t count_occurrences(const std::string& text, const std::string& part)
 {
     std::size_t count = 0;
     for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
@@ -53,7 +53,7 @@ protected:
             servers.push_back(std::make_unique<sim::practice_server>(options));
             ASSERT_TRUE(servers.back()->start()) << servers.back()->error();
         }
-        settings.servers = settings_for(servers).servers;
+        settings.servers = make_settings(servers).servers;
         ASSERT_TRUE(client.start(settings, {.rows = 40, .columns = 132}));
     }
 
@@ -64,10 +64,10 @@ protected:
             ASSERT_TRUE(server->wait_for_clients(1, default_patience));
     }
 
-    /// How often a text stands in the log file; 0 if there is none.
-    std::size_t logged(const std::string& text)
+    /// How often a text occurs in the log file; 0 if there is no file.
+    std::size_t count_logged(const std::string& text)
     {
-        return occurrences(client.home().read_file("logs/ACARS.log").value_or(""), text);
+        return count_occurrences(client.home().read_file("logs/ACARS.log").value_or(""), text);
     }
 
     std::vector<std::unique_ptr<sim::practice_server>> servers;
@@ -79,7 +79,7 @@ TEST_F(demo_road, live_messages_of_two_servers_are_shown_and_logged)
     client.home().make_folder("logs");
     ASSERT_NO_FATAL_FAILURE(begin(
         {.contact_info = true, .flight_stats = true, .save_to_one = true, .log_folder = "logs"},
-        lively(0), lively(1)));
+        make_busy_options(0), make_busy_options(1)));
     ASSERT_NO_FATAL_FAILURE(connect_both());
     for (const auto& server : servers) {
         ASSERT_TRUE(server->wait_for_packet(101, default_patience));
@@ -88,11 +88,11 @@ TEST_F(demo_road, live_messages_of_two_servers_are_shown_and_logged)
         ASSERT_TRUE(name);
         EXPECT_EQ(name->text, "ncursesclient");
     }
-    ASSERT_TRUE(client.terminal().wait_until([&] { return logged("\nACARS mode: ") >= 20; },
+    ASSERT_TRUE(client.terminal().wait_until([&] { return count_logged("\nACARS mode: ") >= 20; },
                                              "twenty transmissions are logged"));
     for (const char* part : {"ACARS mode: ", "Flight number: ", " ]-"})
         ASSERT_TRUE(client.terminal().wait_for_text(part));
-    // Every transmission repaints the panes, so a look in between may find them half done.
+    // Every transmission repaints the panes, so a look in between may find them half painted.
     for (const int row : {1, 2})
         ASSERT_TRUE(client.terminal().wait_until([&] { return client.marker(row).text == "*"; },
                                                  "both servers are marked"));
@@ -106,15 +106,15 @@ TEST_F(demo_road, live_messages_of_two_servers_are_shown_and_logged)
     const std::string log = client.home().read_file("logs/ACARS.log").value_or("");
     EXPECT_TRUE(log.starts_with("\nACARS mode: "));
     EXPECT_TRUE(log.ends_with(" ]-")) << "the last record is whole";
-    EXPECT_EQ(occurrences(log, "\nOperator: "), occurrences(log, "\nACARS mode: "));
-    EXPECT_EQ(occurrences(log, " ]-"), occurrences(log, "\nACARS mode: "));
+    EXPECT_EQ(count_occurrences(log, "\nOperator: "), count_occurrences(log, "\nACARS mode: "));
+    EXPECT_EQ(count_occurrences(log, " ]-"), count_occurrences(log, "\nACARS mode: "));
 }
 
-TEST_F(demo_road, what_a_server_passes_on_arrives_unchanged)
+TEST_F(demo_road, forwarded_messages_arrive_unchanged)
 {
-    sim::server_options plain = lively(0);
+    sim::server_options plain = make_busy_options(0);
     plain.rate_per_minute = 0;
-    sim::server_options compressed = lively(1);
+    sim::server_options compressed = make_busy_options(1);
     compressed.rate_per_minute = 0;
     ASSERT_NO_FATAL_FAILURE(begin({}, plain, compressed));
     ASSERT_NO_FATAL_FAILURE(connect_both());
@@ -164,12 +164,12 @@ TEST_F(demo_road, what_a_server_passes_on_arrives_unchanged)
     ASSERT_TRUE(wait_for_message_rows(client, both));
 }
 
-TEST_F(demo_road, a_protected_server_lets_in_who_knows_the_password)
+TEST_F(demo_road, a_protected_server_accepts_the_right_password)
 {
-    sim::server_options guarded = lively(0);
+    sim::server_options guarded = make_busy_options(0);
     guarded.password = "abc";
     guarded.ask_identification = false;
-    sim::server_options open = lively(1);
+    sim::server_options open = make_busy_options(1);
     open.rate_per_minute = 0;
     ASSERT_NO_FATAL_FAILURE(begin({}, guarded, open));
     client.terminal().send_control('l');
@@ -186,10 +186,10 @@ TEST_F(demo_road, a_protected_server_lets_in_who_knows_the_password)
     ASSERT_TRUE(client.terminal().wait_for_text("ACARS mode: "));
 }
 
-TEST_F(demo_road, a_server_that_closes_can_be_called_again)
+TEST_F(demo_road, a_server_that_closes_can_be_connected_again)
 {
-    sim::server_options open = lively(1);
-    ASSERT_NO_FATAL_FAILURE(begin({}, lively(0), open));
+    sim::server_options open = make_busy_options(1);
+    ASSERT_NO_FATAL_FAILURE(begin({}, make_busy_options(0), open));
     ASSERT_NO_FATAL_FAILURE(connect_both());
     ASSERT_TRUE(client.terminal().wait_for_text("ACARS mode: "));
     EXPECT_EQ(servers[0]->close_clients(), 1U);

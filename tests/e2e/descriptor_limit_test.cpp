@@ -1,5 +1,5 @@
-// descriptor_limit_test.cpp - a process may open only so many files: what does not fit any more is
-// refused with words, and everything else goes on.
+// descriptor_limit_test.cpp - a process may open only so many files: what goes beyond that is
+// refused with a message, and everything else goes on.
 #include "e2e/directory_session.hpp"
 #include "e2e/network_session.hpp"
 
@@ -13,8 +13,8 @@ namespace
 
 constexpr int connecting_speed = 20;
 
-/// Servers with an address of their own each on one port, so that one listener serves them all.
-client_settings many_on_one_port(const scripted_server& listener, int count)
+/// Servers on one port, each with an address of its own, so that one listener serves them all.
+client_settings make_settings(const scripted_server& listener, int count)
 {
     client_settings settings;
     for (int index = count; index > 0; --index)
@@ -24,7 +24,7 @@ client_settings many_on_one_port(const scripted_server& listener, int count)
     return settings;
 }
 
-/// From now on the process gets no descriptor with this number or a higher one.
+/// From now on the process gets no descriptor with this number or above.
 bool limit_descriptors(pid_t process, int count)
 {
     rlimit limit{};
@@ -61,7 +61,7 @@ protected:
         return limit_descriptors(client.terminal().process_id(), count);
     }
 
-    /// ^L on the selected server, and waits for its mark. Takes the connection.
+    /// ^L on the selected server: accepts the connection and waits for the marker.
     void connect_selected()
     {
         client.terminal().send_control('l');
@@ -85,7 +85,7 @@ protected:
                                                  "the bar has moved"));
     }
 
-    /// Connects to so many servers, from the selected one down, and leaves the bar on the next.
+    /// Connects to `count` servers, from the selected one down, and leaves the bar on the next one.
     void connect_to(int count)
     {
         for (int index = 0; index < count; ++index) {
@@ -107,7 +107,7 @@ class small_descriptor_limit : public descriptor_limit, public testing::WithPara
 TEST_P(small_descriptor_limit, refuses_one_server_more_and_goes_on)
 {
     const int limit = GetParam();
-    ASSERT_TRUE(start(many_on_one_port(listener, limit)));
+    ASSERT_TRUE(start(make_settings(listener, limit)));
     ASSERT_TRUE(limit_to(limit));
     ASSERT_NO_FATAL_FAILURE(connect_to(limit - in_use));
     client.terminal().send_control('l');
@@ -124,7 +124,7 @@ INSTANTIATE_TEST_SUITE_P(few, small_descriptor_limit, testing::Values(16, 64));
 
 TEST_F(descriptor_limit, leaves_a_log_unopened_and_goes_on)
 {
-    client_settings settings = many_on_one_port(listener, 2);
+    client_settings settings = make_settings(listener, 2);
     settings.acars_log = true;
     settings.log_folder = "log";
     client.home().make_folder("s102");
@@ -138,9 +138,9 @@ TEST_F(descriptor_limit, leaves_a_log_unopened_and_goes_on)
     EXPECT_FALSE(client.home().read_file("s102/log.log"));
 }
 
-TEST_F(descriptor_limit, leaves_the_log_of_all_servers_unopened_until_there_is_room)
+TEST_F(descriptor_limit, leaves_the_log_of_all_servers_unopened_until_a_descriptor_is_free)
 {
-    client_settings settings = many_on_one_port(listener, 2);
+    client_settings settings = make_settings(listener, 2);
     settings.save_to_one = true;
     settings.log_folder = "logs";
     client.home().make_folder("logs");
@@ -159,7 +159,7 @@ TEST_F(descriptor_limit, leaves_the_log_of_all_servers_unopened_until_there_is_r
 
 TEST_F(descriptor_limit, leaves_a_report_unsaved)
 {
-    ASSERT_TRUE(start(many_on_one_port(listener, 1)));
+    ASSERT_TRUE(start(make_settings(listener, 1)));
     ASSERT_TRUE(limit_to(in_use + 1));
     ASSERT_NO_FATAL_FAILURE(connect_selected());
     client.clock().set_speed(1); // the prompt waits ten seconds for its answer
@@ -176,7 +176,7 @@ TEST_F(descriptor_limit, leaves_a_report_unsaved)
 
 TEST_F(descriptor_limit, saves_the_configuration_since_connections_are_closed_first)
 {
-    client_settings settings = many_on_one_port(listener, 16);
+    client_settings settings = make_settings(listener, 16);
     settings.save_on_exit = true;
     const std::string saved = config_text(settings);
     client.home().write_config(saved + "not written by the client\n");
@@ -195,7 +195,7 @@ class descriptor_limit_of_a_fetch : public directory_test
 {
 };
 
-TEST_F(descriptor_limit_of_a_fetch, ends_it_like_one_that_reaches_no_directory)
+TEST_F(descriptor_limit_of_a_fetch, ends_it_like_a_fetch_that_reaches_no_directory)
 {
     ASSERT_TRUE(start());
     const pid_t process = client.terminal().process_id();

@@ -1,5 +1,5 @@
-// directory_bounds_test.cpp - lists that are long, endless or absurd, and fetches while other
-// things go on: traffic, resizes, pages in front.
+// directory_bounds_test.cpp - lists that are long, endless or absurd, and fetches during traffic,
+// resizes and other pages.
 #include "e2e/directory_session.hpp"
 
 #include <gtest/gtest.h>
@@ -7,13 +7,13 @@
 namespace
 {
 
-constexpr std::size_t most_bytes = 16UL * 1024 * 1024; // of an answer
-constexpr int most_servers = 100'000;
+constexpr std::size_t max_bytes = 16UL * 1024 * 1024; // of an answer
+constexpr int max_servers = 100'000;
 
 class directory_bounds : public directory_test
 {
 protected:
-    /// Tries ^R once; it is refused as long as the fetch before it has not ended.
+    /// Tries ^R once; it is refused until the fetch before it has ended.
     bool a_new_fetch_begins()
     {
         if (directory.has_waiting_client())
@@ -52,14 +52,14 @@ TEST_F(directory_bounds, more_servers_than_the_list_may_hold_are_left_out)
 {
     ASSERT_TRUE(start());
     std::string list;
-    for (int number = most_servers + 50; number > 0; --number) // as they are listed: quick to add
+    for (int number = max_servers + 50; number > 0; --number) // in list order: quick to add
         list += "n" + std::to_string(1'000'000 + number) + "\t1\t\t\t\t\t\t\t\n";
-    ASSERT_TRUE(fetch_answered(answer_header + list, most_servers));
+    ASSERT_TRUE(fetch_answered(answer_header + list, max_servers));
     ASSERT_TRUE(client.wait_for_keys());
     EXPECT_EQ(client.bar_row(), 1);
 }
 
-TEST_F(directory_bounds, lines_of_a_million_letters_are_lines_like_others)
+TEST_F(directory_bounds, lines_of_a_million_letters_are_ordinary_lines)
 {
     constexpr std::size_t million = 1'000'000;
     ASSERT_TRUE(start());
@@ -88,20 +88,20 @@ TEST_F(directory_bounds, an_endless_answer_is_read_up_to_a_bound)
     ASSERT_TRUE(list->send_bytes(answer_header + directory_line(first)));
     const std::string block(64UL * 1024, 'x');
     std::size_t sent = 0;
-    while (sent < 8 * most_bytes && list->send_bytes(block))
+    while (sent < 8 * max_bytes && list->send_bytes(block))
         sent += block.size();
-    EXPECT_LT(sent, 8 * most_bytes) << "the client goes on reading";
-    EXPECT_GE(sent, most_bytes - 64UL * 1024);
+    EXPECT_LT(sent, 8 * max_bytes) << "the client goes on reading";
+    EXPECT_GE(sent, max_bytes - 64UL * 1024);
     EXPECT_TRUE(wait_for_fetched(2));
 }
 
-TEST_F(directory_bounds, what_lies_behind_the_bound_is_not_read)
+TEST_F(directory_bounds, nothing_after_the_bound_is_read)
 {
     ASSERT_TRUE(start());
     const std::string within = answer_header + directory_line(first);
     const std::string padding = std::string(1023, 'x') + '\n';
     std::string answer = within;
-    while (answer.size() < most_bytes)
+    while (answer.size() < max_bytes)
         answer += padding;
     answer += directory_line({.name = "c.example"});
     std::optional<server_connection> list = fetch();
@@ -112,7 +112,7 @@ TEST_F(directory_bounds, what_lies_behind_the_bound_is_not_read)
     expect_saved({first, known});
 }
 
-TEST_F(directory_bounds, a_million_lines_of_nothing_add_nothing)
+TEST_F(directory_bounds, a_million_empty_lines_add_nothing)
 {
     ASSERT_TRUE(start());
     std::string lines;
@@ -129,7 +129,7 @@ TEST_F(directory_bounds, the_settings_page_stays_whole_in_front)
     client.terminal().send_control('e');
     ASSERT_TRUE(client.terminal().wait_for_text("exit press ^E ]"));
     const std::string page = client.terminal().screen().whole_text();
-    client.terminal().send_control('r'); // refused, and not shown
+    client.terminal().send_control('r'); // refused, and out of sight
     ASSERT_TRUE(
         client.terminal().wait_until([&] { return client.terminal().bells() == 1; }, "a beep"));
     ASSERT_TRUE(list->send_bytes(answer_header + many_lines(30)));

@@ -1,5 +1,5 @@
-// directory_exit_test.cpp - leaving while a list is being fetched: one that comes is waited for and
-// saved, one that does not is given up.
+// directory_exit_test.cpp - leaving during a fetch: the client waits for a list that arrives and
+// saves it, and gives up a list that does not.
 #include "e2e/directory_session.hpp"
 #include "e2e/network_session.hpp"
 
@@ -13,7 +13,7 @@ namespace
 class directory_exit : public directory_test
 {
 protected:
-    /// ^X, and waits until the terminal is given back.
+    /// ^X, and waits until the terminal is restored.
     [[nodiscard]] testing::AssertionResult leave()
     {
         client.terminal().send_control('x');
@@ -42,7 +42,7 @@ protected:
     const server_settings second{.name = "a.example", .port = "2301", .info = "facts"};
 };
 
-TEST_F(directory_exit, a_list_that_comes_is_waited_for_and_saved)
+TEST_F(directory_exit, waits_for_a_list_that_arrives_and_saves_it)
 {
     ASSERT_TRUE(start());
     std::optional<server_connection> list = fetch();
@@ -55,7 +55,7 @@ TEST_F(directory_exit, a_list_that_comes_is_waited_for_and_saved)
     expect_saved_servers({first, second, known});
 }
 
-TEST_F(directory_exit, a_slow_list_is_waited_for_as_long_as_it_moves)
+TEST_F(directory_exit, waits_for_a_slow_list_as_long_as_it_makes_progress)
 {
     constexpr std::chrono::seconds longer_than_a_silence{7};
     ASSERT_TRUE(start());
@@ -138,7 +138,7 @@ TEST_F(directory_exit, a_name_that_is_never_found_is_given_up)
     EXPECT_FALSE(directory.has_waiting_client());
 }
 
-/// A client that is connected to a server, while it fetches the list.
+/// A client that fetches the list while connected to a server.
 class connected_directory_exit : public directory_exit
 {
 protected:
@@ -157,7 +157,7 @@ protected:
     std::optional<server_connection> list;
 };
 
-TEST_F(connected_directory_exit, connected_servers_are_left_in_order_all_the_same)
+TEST_F(connected_directory_exit, says_good_bye_to_connected_servers_during_a_fetch)
 {
     client.terminal().send_control('x');
     EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
@@ -166,8 +166,7 @@ TEST_F(connected_directory_exit, connected_servers_are_left_in_order_all_the_sam
     expect_saved_servers(settings.servers);
 }
 
-TEST_F(connected_directory_exit,
-       servers_are_left_when_the_list_has_come_and_the_terminal_is_given_back)
+TEST_F(connected_directory_exit, says_good_bye_when_the_list_has_come_and_the_terminal_is_restored)
 {
     ASSERT_TRUE(list->send_bytes(answer_header + directory_line(first)));
     ASSERT_TRUE(leave());
@@ -177,7 +176,7 @@ TEST_F(connected_directory_exit,
     expect_good_end();
 }
 
-TEST_F(directory_exit, an_attempt_to_connect_that_ends_meanwhile_is_no_longer_heard)
+TEST_F(directory_exit, ignores_an_attempt_to_connect_that_ends_meanwhile)
 {
     const silent_port nowhere;
     settings.servers = {{.port = std::to_string(nowhere.port()), .alias = "alpha"}};
@@ -202,7 +201,7 @@ TEST_F(directory_exit, an_attempt_to_connect_that_ends_meanwhile_is_no_longer_he
     expect_saved_servers({first, settings.servers.front()});
 }
 
-TEST_F(directory_exit, keys_typed_before_the_first_list_leave_in_order)
+TEST_F(directory_exit, leaves_in_order_by_keys_typed_before_the_first_list)
 {
     settings.fetch_on_start = true;
     ASSERT_TRUE(start());

@@ -1,5 +1,5 @@
 // directory_fetch_test.cpp - fetching the list of servers: the request, the lines, the messages,
-// and what stays as it was.
+// and what does not change.
 #include "e2e/directory_session.hpp"
 #include "e2e/network_session.hpp"
 
@@ -14,7 +14,7 @@ protected:
     const server_settings known = settings.servers.front();
 };
 
-TEST_F(directory_fetch, asks_exactly_this_and_closes)
+TEST_F(directory_fetch, sends_exactly_this_request_and_closes)
 {
     ASSERT_TRUE(start());
     std::optional<server_connection> list = fetch();
@@ -31,16 +31,16 @@ TEST_F(directory_fetch, asks_exactly_this_and_closes)
     EXPECT_EQ(client.server_row(2), " alpha" + std::string(19, ' '));
 }
 
-TEST_F(directory_fetch, lines_become_servers_by_their_fields)
+TEST_F(directory_fetch, turns_lines_into_servers_by_their_fields)
 {
     ASSERT_TRUE(start());
     const std::string list =
-        "i.example\t2300\t\tEDDF\tSome info\t\tFrankfurt\t\t\n" // all that is used
+        "i.example\t2300\t\tEDDF\tSome info\t\tFrankfurt\t\t\n" // all fields that are used
         "h.example\t0\t\t\t\t\t\t\t\n"                          // no port
         "g.example\tx\ta\t\t\tb\t\tc\td\n"                      // no number
-        "f.example\t2301\t\t\tM\xFCnchen\t\t\t\t\r\n"           // another line end
-        "eight.example\t1\t3\t4\t5\t6\t7\t8\n"                  // a field too few
-        "ten.example\t1\t3\t4\t5\t6\t7\t8\t9\t10\n"             // a field too many
+        "f.example\t2301\t\t\tM\xFCnchen\t\t\t\t\r\n"           // a different end of line
+        "eight.example\t1\t3\t4\t5\t6\t7\t8\n"                  // one field too few
+        "ten.example\t1\t3\t4\t5\t6\t7\t8\t9\t10\n"             // one field too many
         "\n"
         "words without any tab\n"
         "\t2300\t\t\t\t\tnameless\t\t\n"
@@ -59,7 +59,7 @@ TEST_F(directory_fetch, lines_become_servers_by_their_fields)
                   known});
 }
 
-TEST_F(directory_fetch, known_servers_win_and_doubles_count_once)
+TEST_F(directory_fetch, known_servers_win_and_duplicates_count_once)
 {
     settings.servers = {{.name = "b.example", .port = "2300", .alias = "mine", .info = "kept"},
                         known};
@@ -83,8 +83,8 @@ TEST_F(directory_fetch, answers_without_a_list_change_nothing)
     const std::string line = directory_line({.name = "b.example"});
     for (const std::string& answer :
          {std::string{}, std::string{"HTTP/1.0 200 OK"}, line + line,
-          "HTTP/1.0 200 OK\n\n" + line,              // not a header's end
-          answer_header, answer_header + "\r\n\r\n", // nothing behind it
+          "HTTP/1.0 200 OK\n\n" + line,              // not the end of a header
+          answer_header, answer_header + "\r\n\r\n", // nothing after it
           "HTTP/1.0 200 OK\r\n" + std::string(1, '\0') + "\r\n\r\n" + line}) {
         SCOPED_TRACE(answer);
         scripted_server place;
@@ -124,7 +124,7 @@ TEST_F(directory_fetch, bytes_of_a_list_do_not_drive_the_terminal)
     EXPECT_EQ(client.server_row(2), " alpha" + std::string(19, ' '));
 }
 
-TEST_F(directory_fetch, one_at_a_time)
+TEST_F(directory_fetch, runs_only_one_at_a_time)
 {
     ASSERT_TRUE(start());
     std::optional<server_connection> list = fetch();
@@ -145,7 +145,7 @@ TEST_F(directory_fetch, one_at_a_time)
     EXPECT_EQ(client.terminal().bells(), 2);
 }
 
-TEST_F(directory_fetch, a_directory_that_refuses_or_has_no_address_leaves_the_count)
+TEST_F(directory_fetch, a_directory_that_refuses_or_has_no_address_leaves_the_count_unchanged)
 {
     const closed_port nobody;
     for (const bool has_address : {true, false}) {
@@ -161,7 +161,7 @@ TEST_F(directory_fetch, a_directory_that_refuses_or_has_no_address_leaves_the_co
     }
 }
 
-TEST_F(directory_fetch, a_slow_look_up_does_not_hold_the_keys_up)
+TEST_F(directory_fetch, a_slow_look_up_does_not_delay_the_keys)
 {
     client_start how;
     how.environment["TEST_RESOLVE_DELAY_MS"] = "3600000";
@@ -188,7 +188,7 @@ TEST_F(directory_fetch, a_directory_may_be_silent_for_longer_than_it_is_waited_f
     EXPECT_TRUE(wait_for_fetched(2));
 }
 
-TEST_F(directory_fetch, hangs_up_also_while_an_attempt_to_connect_holds_its_socket)
+TEST_F(directory_fetch, hangs_up_even_while_an_attempt_to_connect_holds_its_socket)
 {
     const silent_port nowhere;
     settings.servers = {{.port = std::to_string(nowhere.port()), .alias = "alpha"}};
@@ -213,7 +213,7 @@ TEST_F(directory_fetch, a_reset_is_the_end_of_the_answer)
     EXPECT_TRUE(wait_for_fetched(1));
 }
 
-TEST_F(directory_fetch, begins_by_itself_when_asked_for)
+TEST_F(directory_fetch, begins_by_itself_when_configured)
 {
     settings.fetch_on_start = true;
     settings.servers.clear();
@@ -231,7 +231,7 @@ TEST_F(directory_fetch, begins_by_itself_when_asked_for)
     expect_saved({first});
 }
 
-TEST_F(directory_fetch, does_not_begin_by_itself_unasked)
+TEST_F(directory_fetch, does_not_begin_by_itself_unless_configured)
 {
     ASSERT_TRUE(start());
     ASSERT_TRUE(client.wait_for_polls());
@@ -265,7 +265,7 @@ TEST_F(directory_fetch, the_bar_stays_on_its_row)
                                              "the next one"));
 }
 
-TEST_F(directory_fetch, a_connection_goes_on_on_another_row_and_its_mark_comes_with_the_next_tick)
+TEST_F(directory_fetch, a_connection_moves_to_another_row_and_is_marked_at_the_next_tick)
 {
     scripted_server server;
     settings.servers = knowing(server, "connected").servers;

@@ -1,4 +1,4 @@
-// directory_session.cpp - the client, and the directory that its lists of servers come from.
+// directory_session.cpp - the client and the directory from which it fetches lists of servers.
 #include "e2e/directory_session.hpp"
 
 #include <array>

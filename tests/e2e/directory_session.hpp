@@ -1,21 +1,21 @@
-// directory_session.hpp - the client, and the directory that its lists of servers come from.
+// directory_session.hpp - the client and the directory from which it fetches lists of servers.
 //
-// The directory is a scripted server; the program that users get is led to its port. Lists, lines
-// and answers are texts, so that a test can bend every byte of them.
+// The directory is a scripted server; the program that users get is redirected to its port. Lists,
+// lines and answers are texts, so that a test can change every byte of them.
 #pragma once
 
 #include "e2e/client_session.hpp"
 
-/// What the client asks the directory, byte for byte.
+/// The client's request to the directory, byte for byte.
 extern const std::string directory_request;
 
-/// What stands in a directory's answer before the list.
+/// The part of a directory's answer before the list.
 extern const std::string answer_header;
 
-/// One line of a list, its line feed included, with something in all fields that are of no use.
+/// One line of a list with its line feed; the fields that are not used are filled too.
 std::string directory_line(const server_settings& server);
 
-/// `count` lines, from "n000001.example" on or, with a prefix, from that one's first.
+/// `count` lines, from "n000001.example" on, or from the first name with another prefix.
 std::string many_lines(int count, const std::string& prefix = "n");
 
 /// The message at the end of a fetch.
@@ -32,14 +32,14 @@ protected:
 
     /// Starts the client with these settings.
     [[nodiscard]] testing::AssertionResult start(const client_start& how = {});
-    /// ^R, and reads the request. None, with a failure noted, if it does not come.
+    /// ^R, and reads the request. None, with a failure reported, if it does not come.
     std::optional<server_connection> fetch();
-    /// Takes the client that comes to the directory, and its request; likewise.
+    /// Accepts the client at the directory and reads its request; fails in the same way.
     std::optional<server_connection> take_request();
     /// ^R, sends `answer`, closes, and waits for the message about `count` servers.
     [[nodiscard]] testing::AssertionResult fetch_answered(const std::string& answer, int count);
     [[nodiscard]] testing::AssertionResult wait_for_fetched(int count);
-    /// Leaves; what was saved must be the settings with these servers, in this order.
+    /// Leaves the client; the saved settings must contain these servers, in this order.
     void expect_saved(const std::vector<server_settings>& servers);
 
     scripted_server directory;

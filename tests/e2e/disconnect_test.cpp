@@ -1,4 +1,4 @@
-// disconnect_test.cpp - ending connections by the user's hand, also ones that are not yet made.
+// disconnect_test.cpp - connections that the user ends, including those not yet made.
 #include "e2e/network_session.hpp"
 
 #include <csignal>
@@ -6,12 +6,12 @@
 namespace
 {
 
-std::string closed_line(const scripted_server& server, const std::string& alias = "alpha")
+std::string make_closed_line(const scripted_server& server, const std::string& alias = "alpha")
 {
     return "Connection to " + alias + ":" + std::to_string(server.port()) + " closed";
 }
 
-/// Waits until no attempt to connect is under way.
+/// Waits until no attempt to connect is in progress.
 testing::AssertionResult attempts_are_over(client_session& client)
 {
     return client.terminal().wait_until(
@@ -19,7 +19,7 @@ testing::AssertionResult attempts_are_over(client_session& client)
         "no attempt is under way");
 }
 
-client_settings knowing_port(int port)
+client_settings make_settings(int port)
 {
     client_settings settings;
     settings.servers = {{.port = std::to_string(port), .alias = "alpha"}};
@@ -34,7 +34,7 @@ TEST(disconnect, says_good_bye_byte_for_byte_and_closes)
     std::optional<server_connection> connection = client.connect_selected(server);
     ASSERT_TRUE(connection);
     client.terminal().send_control('d');
-    ASSERT_TRUE(client.wait_for_status(closed_line(server), pairs::success));
+    ASSERT_TRUE(client.wait_for_status(make_closed_line(server), pairs::success));
     using namespace std::string_literals;
     EXPECT_EQ(connection->read_bytes(20), "\x02\0\0\0\x08\0\0\0\0\0\0\0Good Bye"s);
     EXPECT_TRUE(connection->wait_for_close());
@@ -42,7 +42,7 @@ TEST(disconnect, says_good_bye_byte_for_byte_and_closes)
     EXPECT_EQ(client.terminal().bells(), 0);
 }
 
-TEST(disconnect, of_the_first_server_blanks_a_cell_of_the_heading_and_keeps_the_marker)
+TEST(disconnect, disconnecting_the_first_server_blanks_a_cell_of_the_heading_and_keeps_the_marker)
 {
     scripted_server server;
     client_session client;
@@ -78,7 +78,7 @@ TEST(disconnect, takes_the_marker_of_the_server_above)
     EXPECT_TRUE(connections[1].wait_for_close());
 }
 
-TEST(disconnect, what_the_server_still_sends_is_not_shown)
+TEST(disconnect, nothing_is_shown_of_what_the_server_still_sends)
 {
     scripted_server server;
     client_session client;
@@ -88,7 +88,7 @@ TEST(disconnect, what_the_server_still_sends_is_not_shown)
     ASSERT_TRUE(stop_polls(client));
     ASSERT_TRUE(connection->send(103, "too late"));
     client.terminal().send_control('d');
-    ASSERT_TRUE(client.wait_for_status(closed_line(server), pairs::success));
+    ASSERT_TRUE(client.wait_for_status(make_closed_line(server), pairs::success));
     ASSERT_TRUE(poll_once(client));
     ASSERT_TRUE(client.wait_for_keys());
     EXPECT_FALSE(client.terminal().shows("too late"));
@@ -106,11 +106,11 @@ TEST(disconnect, a_new_connection_starts_afresh)
         EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 101, .payload = "0 02 001"}));
         EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 151, .payload = "CXML"}));
         ASSERT_TRUE(wait_for_notice(client, *connection, "round " + std::to_string(round)));
-        // A packet of which only a part has come must not reach into the next connection.
+        // A packet that has arrived only in part must not affect the next connection.
         ASSERT_TRUE(connection->send_bytes(header_bytes({.kind = 103}, 50) + "half a packet"));
         ASSERT_TRUE(client.wait_for_polls());
         client.terminal().send_control('d');
-        ASSERT_TRUE(wait_for_last_status(client, closed_line(server)));
+        ASSERT_TRUE(wait_for_last_status(client, make_closed_line(server)));
         EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
         EXPECT_TRUE(connection->wait_for_close());
     }
@@ -120,7 +120,7 @@ TEST(disconnect, ends_an_attempt_that_gets_no_answer)
 {
     silent_port nowhere;
     client_session client;
-    ASSERT_TRUE(client.start(knowing_port(nowhere.port())));
+    ASSERT_TRUE(client.start(make_settings(nowhere.port())));
     for (int round = 0; round < 2; ++round) {
         client.terminal().send_control('l');
         ASSERT_TRUE(wait_for_last_status(client, "Try connecting to alpha:" +
@@ -141,9 +141,9 @@ TEST(disconnect, an_attempt_given_up_leaves_the_next_server_alone)
     listed_servers servers(2);
     client_session client;
     ASSERT_TRUE(client.start(servers.settings()));
-    // Connecting and giving up at once; the next socket may get the same number.
+    // Connects and gives up at once; the next socket may get the same number.
     client.terminal().send("\x0C\x04"); // ^L ^D
-    ASSERT_TRUE(client.wait_for_status(closed_line(servers[0]), pairs::success));
+    ASSERT_TRUE(client.wait_for_status(make_closed_line(servers[0]), pairs::success));
     ASSERT_TRUE(select_row(client, 2));
     std::optional<server_connection> connection = client.connect_selected(servers[1]);
     ASSERT_TRUE(connection);
@@ -170,7 +170,7 @@ TEST(disconnect, an_attempt_given_up_can_be_made_again_at_once)
         std::optional<server_connection> connection = server.accept();
         ASSERT_TRUE(connection);
         if (connection->read_packet() != server_packet{.kind = 101, .payload = "0 02 001"})
-            continue; // one that was given up
+            continue; // a connection that was given up
         ++live;
         EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 151, .payload = "CXML"}));
         ASSERT_TRUE(wait_for_notice(client, *connection, "alive"));
@@ -182,7 +182,7 @@ TEST(disconnect, the_end_of_the_program_ends_attempts_too)
 {
     silent_port nowhere;
     client_session client;
-    ASSERT_TRUE(client.start(knowing_port(nowhere.port())));
+    ASSERT_TRUE(client.start(make_settings(nowhere.port())));
     client.terminal().send_control('l');
     ASSERT_TRUE(client.terminal().wait_for_text("Try connecting"));
     const std::vector<pid_t> attempts = children_of(client.terminal().process_id());
@@ -192,15 +192,15 @@ TEST(disconnect, the_end_of_the_program_ends_attempts_too)
                                                  "the attempt's process is gone"));
 }
 
-TEST(disconnect, the_end_of_the_program_says_good_bye_to_every_server_and_once)
+TEST(disconnect, the_end_of_the_program_says_good_bye_once_to_every_server)
 {
     listed_servers servers(4);
     client_session client;
     ASSERT_TRUE(client.start(servers.settings()));
     std::vector<server_connection> connections = connect_all(client, servers);
     ASSERT_EQ(connections.size(), 4U);
-    client.terminal().send_control('d'); // the last
-    ASSERT_TRUE(wait_for_last_status(client, closed_line(servers[3], "delta")));
+    client.terminal().send_control('d'); // the last server
+    ASSERT_TRUE(wait_for_last_status(client, make_closed_line(servers[3], "delta")));
     ASSERT_TRUE(connections[2].send(100, "x"));
     ASSERT_TRUE(wait_for_last_status(client, "Connection closed by server"));
     client.quit();

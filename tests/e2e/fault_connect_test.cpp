@@ -1,5 +1,5 @@
-// fault_connect_test.cpp - connecting while system calls fail: the promised message, and nothing
-// else is harmed.
+// fault_connect_test.cpp - connecting while system calls fail: the documented message comes, and
+// nothing else is harmed.
 #include "e2e/fault_session.hpp"
 
 #include <cerrno>
@@ -21,7 +21,7 @@ TEST_P(fault_connecting, is_refused_with_its_message)
     faults.set(GetParam().wanted);
     ASSERT_NO_FATAL_FAILURE(connect_second());
     ASSERT_TRUE(wait_for_hit());
-    ASSERT_TRUE(client.wait_for_status(with_place(GetParam().line), GetParam().pair));
+    ASSERT_TRUE(client.wait_for_status(fill_in_server(GetParam().line), GetParam().pair));
     EXPECT_FALSE(servers[1].has_waiting_client());
     EXPECT_EQ(client.marker(2).text, " ");
     if (!GetParam().is_by_name) {
@@ -51,7 +51,7 @@ class fault_survived : public fault_session
 {
 };
 
-TEST_P(fault_survived, leads_to_a_connection_all_the_same)
+TEST_P(fault_survived, does_not_prevent_a_connection)
 {
     faults.set(GetParam().wanted);
     ASSERT_NO_FATAL_FAILURE(connect_second());
@@ -59,7 +59,7 @@ TEST_P(fault_survived, leads_to_a_connection_all_the_same)
     ASSERT_TRUE(second);
     EXPECT_EQ(second->read_packet(), (server_packet{.kind = 101, .payload = "0 02 001"}));
     EXPECT_EQ(second->read_packet(), (server_packet{.kind = 151, .payload = "CXML"}));
-    ASSERT_TRUE(client.terminal().wait_for_text(with_place(connected)));
+    ASSERT_TRUE(client.terminal().wait_for_text(fill_in_server(connected)));
     ASSERT_TRUE(wait_for_notice(client, *second, "hello"));
     EXPECT_GT(faults.hits(), 0);
     expect_nothing_else_harmed();

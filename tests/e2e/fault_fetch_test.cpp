@@ -1,4 +1,4 @@
-// fault_fetch_test.cpp - lists of servers that are fetched while system calls fail.
+// fault_fetch_test.cpp - fetching lists of servers while system calls fail.
 #include "e2e/directory_session.hpp"
 #include "support/faults.hpp"
 
@@ -14,7 +14,7 @@ struct fetch_row {
     std::string behaviour;
     fault wanted;
     std::string line;
-    bool reaches = true; // the directory
+    bool reaches = true; // the directory is reached
 };
 
 void PrintTo(const fetch_row& row, std::ostream* out)
@@ -27,7 +27,7 @@ std::string fetch_name(const testing::TestParamInfo<fetch_row>& row)
     return row.param.behaviour;
 }
 
-/// A client and a directory that knows one server more.
+/// A client, and a directory that knows one more server.
 class faulty_client : public directory_test
 {
 protected:
@@ -47,7 +47,7 @@ class fault_fetch : public faulty_client, public testing::WithParamInterface<fet
 {
 };
 
-TEST_P(fault_fetch, ends_with_its_message_and_the_next_one_goes_well)
+TEST_P(fault_fetch, ends_with_its_message_and_the_next_fetch_succeeds)
 {
     const std::string& line = GetParam().line;
     faults.set(GetParam().wanted);
@@ -57,7 +57,7 @@ TEST_P(fault_fetch, ends_with_its_message_and_the_next_one_goes_well)
         ASSERT_TRUE(met);
         met->send_bytes(answer);
         met->half_close();
-        // One that could not send its request leaves bytes unread.
+        // A client that could not send its request leaves bytes unread.
         met->wait_for_close();
     }
     const bool is_refused = line == refused;
@@ -86,11 +86,11 @@ INSTANTIATE_TEST_SUITE_P(
         fetch_row{"read_short", {faulty_call::read, short_count, "socket:", 0, 50}, fetched(2)}),
     fetch_name);
 
-/// Which of a fetch's waits for its socket fails: the one for writing, or one for reading.
+/// Which of a fetch's waits for its socket fails: the wait for writing or one for reading.
 class fault_fetch_wait : public faulty_client, public testing::WithParamInterface<int>
 {
 protected:
-    /// ^R, again while the fetch before has not ended.
+    /// ^R, repeated until the previous fetch has ended.
     [[nodiscard]] testing::AssertionResult fetch_begins()
     {
         return client.terminal().wait_until(
@@ -102,7 +102,7 @@ protected:
     }
 };
 
-TEST_P(fault_fetch_wait, ends_it_without_a_word)
+TEST_P(fault_fetch_wait, ends_the_fetch_silently)
 {
     faults.set({faulty_call::poll, ENOMEM, "socket:", GetParam()});
     client.terminal().send_control('r');
@@ -130,7 +130,7 @@ TEST_F(faulty_client, waits_thirty_seconds_for_its_directory)
         [&] { return faults.wait_limit_us() == half_a_minute_us; }, "a wait for the answer"));
     list->close();
     ASSERT_TRUE(wait_for_fetched(1));
-    // The wait for writing is the last one of a request that cannot be sent.
+    // The wait for writing is the last wait of a request that cannot be sent.
     faults.set({faulty_call::send, EPIPE});
     client.terminal().send_control('r');
     EXPECT_TRUE(client.terminal().wait_until([&] { return faults.hits() == 1; }, "no request"));

@@ -1,5 +1,5 @@
-// fault_files_test.cpp - files that cannot be opened, written or replaced: the promised message,
-// and nothing else is harmed.
+// fault_files_test.cpp - files that cannot be opened, written or replaced: the documented message
+// comes, and nothing else is harmed.
 #include "e2e/fault_session.hpp"
 
 #include <cerrno>
@@ -43,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(
         fault_row{"tty_write_EINTR", {faulty_call::write, EINTR, "/pts/", 0, 3}}),
     fault_name);
 
-/// The log is opened by the first connection, which each test makes.
+/// The first connection, which each test makes, opens the log.
 class fault_opening : public fault_session
 {
 protected:
@@ -53,7 +53,7 @@ protected:
     }
 };
 
-TEST_P(fault_opening, of_a_log_is_reported_and_costs_only_the_log)
+TEST_P(fault_opening, is_reported_and_costs_only_the_log)
 {
     faults.set(GetParam().wanted);
     first = client.connect_selected(servers[0]);
@@ -113,14 +113,14 @@ INSTANTIATE_TEST_SUITE_P(
         fault_row{"sync_EINTR", {faulty_call::sync, EINTR, "", 0, 2}, "new"}),
     fault_name);
 
-/// A client that is killed on its way out.
+/// A client that is killed while it exits.
 TEST(killed_client, leaves_the_old_configuration_or_the_new_one)
 {
     client_settings settings = with_aliases({"alpha", "bravo"});
     settings.save_on_exit = true;
     const std::string before = config_text(settings) + "the old file\n";
     int replaced = 0;
-    // Fewer steps of the way out draw than save.
+    // An exit takes fewer steps to draw than to save.
     bool is_killed = true;
     for (int step = 1; is_killed; step += 3) {
         client_session client;

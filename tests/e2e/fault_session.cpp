@@ -22,7 +22,7 @@ void fault_session::SetUp()
     first = client.connect_selected(servers[0]);
     ASSERT_TRUE(first);
     ASSERT_TRUE(client.wait_for_status(log_opened, pairs::notice));
-    first_transmits("BEFORE");
+    transmit_from_first("BEFORE");
 }
 
 void fault_session::connect_second()
@@ -31,7 +31,7 @@ void fault_session::connect_second()
     client.terminal().send_control('l');
 }
 
-void fault_session::first_transmits(const std::string& flight)
+void fault_session::transmit_from_first(const std::string& flight)
 {
     ASSERT_TRUE(first->send(plain_packet(document_of({.flight = flight}))));
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = flight})));
@@ -39,7 +39,7 @@ void fault_session::first_transmits(const std::string& flight)
     EXPECT_EQ(client.home().read_file("logs/ACARS.log"), logged);
 }
 
-std::string fault_session::with_place(std::string line) const
+std::string fault_session::fill_in_server(std::string line) const
 {
     const std::size_t place = line.find("%s");
     if (place != std::string::npos)
@@ -55,7 +55,7 @@ testing::AssertionResult fault_session::wait_for_hit()
 void fault_session::expect_nothing_else_harmed()
 {
     faults.set({});
-    ASSERT_NO_FATAL_FAILURE(first_transmits("AFTER"));
+    ASSERT_NO_FATAL_FAILURE(transmit_from_first("AFTER"));
     EXPECT_EQ(unlink(client.home().path_of("ncursesclient.conf").c_str()), 0);
     client.quit();
     EXPECT_EQ(client.home().read_config(), config_text(settings));

@@ -10,13 +10,13 @@
 
 inline const std::string log_opened = "Logfile 'logs/ACARS.log' successfully opened";
 
-/// One fault and what the user sees of it.
+/// One fault, and what the user sees of it.
 struct fault_row {
-    std::string behaviour; // a test's name
+    std::string behaviour; // the test's name
     fault wanted;
-    std::string line{};      // of the status pane; "%s" stands for alias and port of the second
+    std::string line{};      // of the status pane; "%s" is the second server's alias and port
     int pair = pairs::error; // of that line
-    bool is_by_name = false; // the second server is known by name
+    bool is_by_name = false; // the second server is known by a host name
 };
 
 inline void PrintTo(const fault_row& row, std::ostream* out)
@@ -24,7 +24,7 @@ inline void PrintTo(const fault_row& row, std::ostream* out)
     *out << row.behaviour;
 }
 
-/// The name that the table gives to a test.
+/// The name of a test in the table.
 inline std::string fault_name(const testing::TestParamInfo<fault_row>& row)
 {
     return row.param.behaviour;
@@ -36,15 +36,15 @@ protected:
     void SetUp() override;
     /// Starts the client; nothing is connected and nothing fails yet.
     void start();
-    /// Whatever failed: the first server's transmissions come and are logged whole, the second can
-    /// be connected to, and the client leaves in order with its configuration saved.
+    /// Whatever failed: the first server's transmissions arrive and are logged whole, the second
+    /// server can be connected, and the client leaves in order with its configuration saved.
     void expect_nothing_else_harmed();
     /// ^L on the second server.
     void connect_second();
-    /// Sends a transmission from the first server; it must be shown, and be in the log as well.
-    void first_transmits(const std::string& flight);
-    /// "bravo:PORT" in the place of "%s".
-    std::string with_place(std::string line) const;
+    /// Sends a transmission from the first server; it must appear on the screen and in the log.
+    void transmit_from_first(const std::string& flight);
+    /// `line` with "bravo:PORT" in place of "%s".
+    std::string fill_in_server(std::string line) const;
     testing::AssertionResult wait_for_hit();
 
     listed_servers servers{2};

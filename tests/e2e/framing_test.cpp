@@ -1,6 +1,6 @@
-// framing_test.cpp - packets in pieces, merged, cut off, or with lengths that lie.
+// framing_test.cpp - packets in pieces, merged, cut off, or with false lengths.
 //
-// Some of what happens to them is odd and stays so: servers are written for it.
+// Some of the results are odd and stay so: servers rely on them.
 #include "e2e/network_session.hpp"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 namespace
 {
 
-/// A client with one server that it is connected to.
+/// A client connected to one server.
 class framing : public testing::Test
 {
 protected:
@@ -19,7 +19,7 @@ protected:
         ASSERT_TRUE(connection);
     }
 
-    /// Sends bytes and waits until the client has surely looked at them.
+    /// Sends bytes and waits until the client must have looked at them.
     testing::AssertionResult send_piece(std::string_view bytes)
     {
         if (!connection->send_bytes(bytes))
@@ -32,8 +32,8 @@ protected:
     std::optional<server_connection> connection;
 };
 
-/// `length` bytes of numbered lines of ten characters, the last perhaps in part.
-std::string numbered_lines(std::size_t length)
+/// `length` bytes of numbered lines of ten characters; the last line may be cut.
+std::string make_numbered_lines(std::size_t length)
 {
     std::string text;
     for (int number = 1001; text.size() < length; ++number)
@@ -42,16 +42,16 @@ std::string numbered_lines(std::size_t length)
     return text;
 }
 
-TEST_F(framing, a_part_of_a_header_is_taken_for_the_whole)
+TEST_F(framing, a_partial_header_counts_as_a_whole_one)
 {
     const std::string header = header_bytes({.kind = 103}, 5);
     ASSERT_TRUE(send_piece(header.substr(0, 6)));
-    ASSERT_TRUE(send_piece("hello")); // the other half of the header is not waited for
+    ASSERT_TRUE(send_piece("hello")); // the other half of the header is not awaited
     ASSERT_TRUE(wait_for_last_status(client, "hello"));
     EXPECT_TRUE(wait_for_notice(client, *connection, "and on as usual"));
 }
 
-TEST_F(framing, a_part_of_a_header_without_its_length_is_forgotten)
+TEST_F(framing, a_partial_header_without_its_length_is_dropped)
 {
     ASSERT_TRUE(send_piece(header_bytes({.kind = 103}, 5).substr(0, 4)));
     ASSERT_TRUE(wait_for_notice(client, *connection, "a whole packet"));
@@ -78,7 +78,7 @@ TEST_F(framing, a_payload_may_come_in_many_parts)
 TEST_F(framing, the_rest_of_a_payload_swallows_as_much_as_the_whole_is_long)
 {
     ASSERT_TRUE(send_piece(header_bytes({.kind = 103}, 5) + "he"));
-    // Five bytes are read though three are missing: two of what follows are lost.
+    // Five bytes are read although only three are missing: two of the next packet are lost.
     ASSERT_TRUE(connection->send_bytes("llo##" + packet_bytes({.kind = 103, .payload = "next"})));
     ASSERT_TRUE(wait_for_last_status(client, "next"));
     EXPECT_EQ(client.status_lines()[2], "hello");
@@ -103,18 +103,18 @@ TEST_F(framing, a_length_of_0_beside_a_size_hint_takes_nothing_from_the_next_pac
 
 TEST_F(framing, the_longest_text_fits_and_one_more_byte_is_cut)
 {
-    ASSERT_TRUE(connection->send(64, numbered_lines(4095 - 4) + "TAIL"));
+    ASSERT_TRUE(connection->send(64, make_numbered_lines(4095 - 4) + "TAIL"));
     ASSERT_TRUE(client.terminal().wait_for_text("TAIL"));
-    ASSERT_TRUE(connection->send(64, numbered_lines(4096 - 4) + "\nEND"));
+    ASSERT_TRUE(connection->send(64, make_numbered_lines(4096 - 4) + "\nEND"));
     ASSERT_TRUE(wait_for_last_status(client, "EN"));
 }
 
-TEST_F(framing, of_a_payload_longer_than_4096_bytes_the_first_are_kept)
+TEST_F(framing, keeps_the_first_4096_bytes_of_a_longer_payload)
 {
     for (const std::size_t length : {std::size_t{6000}, std::size_t{65535}}) {
-        ASSERT_TRUE(connection->send(64, numbered_lines(length)));
+        ASSERT_TRUE(connection->send(64, make_numbered_lines(length)));
         ASSERT_TRUE(wait_for_last_status(client, "line")); // and a blank: bytes 4091 to 4095
-        EXPECT_EQ(client.status_lines()[2], numbered_lines(4089).substr(4080));
+        EXPECT_EQ(client.status_lines()[2], make_numbered_lines(4089).substr(4080));
         ASSERT_TRUE(wait_for_notice(client, *connection, "the next packet is whole"));
     }
 }
@@ -144,7 +144,7 @@ TEST_F(framing, broken_compressed_data_is_reported_and_dropped)
     EXPECT_EQ(client.marker(1).text, "*");
 }
 
-TEST_F(framing, a_size_hint_that_is_too_small_or_0_is_an_error_of_room)
+TEST_F(framing, a_size_hint_that_is_too_small_or_0_is_reported_as_a_buffer_error)
 {
     const std::string room_error = "Unable to decompress binary paket. Err: -5";
     const std::string document = document_of({});
@@ -159,7 +159,7 @@ TEST_F(framing, a_size_hint_that_is_too_small_or_0_is_an_error_of_room)
     ASSERT_TRUE(client.terminal().wait_for_text("ACARS mode: 2"));
 }
 
-TEST_F(framing, the_largest_size_hint_asks_for_no_more_than_it_needs)
+TEST_F(framing, the_largest_size_hint_allocates_no_more_than_it_needs)
 {
     ASSERT_TRUE(connection->send(compressed_packet(document_of({}), 65535)));
     ASSERT_TRUE(client.terminal().wait_for_text("ACARS mode: 2"));
@@ -167,14 +167,14 @@ TEST_F(framing, the_largest_size_hint_asks_for_no_more_than_it_needs)
     ASSERT_TRUE(client.terminal().wait_for_text("Unable to decompress binary paket. Err: -"));
 }
 
-/// Ways in which a server may go away without a word, and what it said last.
+/// A way in which a server may vanish without a word, and what it sent last.
 struct sudden_end {
     const char* name;
     std::string last_bytes;
     void (server_connection::*end)();
 };
 
-TEST(framing_at_the_end, a_server_that_vanishes_leaves_the_client_and_the_others_well)
+TEST(framing_at_the_end, a_server_that_vanishes_harms_neither_the_client_nor_the_others)
 {
     const std::string header = header_bytes({.kind = 103}, 50);
     const sudden_end ends[] = {
@@ -207,7 +207,7 @@ TEST(framing_at_the_end, a_server_that_vanishes_leaves_the_client_and_the_others
         ASSERT_TRUE(again);
         connections[0] = std::move(*again);
         ASSERT_TRUE(wait_for_notice(client, connections[0], "back again"));
-        for (int line = 0; line < 4; ++line) // so that the next round's lines are its own
+        for (int line = 0; line < 4; ++line) // so that the next round sees lines of its own
             ASSERT_TRUE(wait_for_notice(client, connections[1], "filler " + std::to_string(line)));
     }
 }

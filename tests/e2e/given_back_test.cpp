@@ -1,5 +1,5 @@
-// given_back_test.cpp - wherever the client is left, stopped or crashes, the terminal is what it
-// was: every cell, the cursor, every field of its line; nobody is left behind.
+// given_back_test.cpp - wherever the client is left, stopped or crashes, it restores the terminal:
+// every cell, the cursor, every field of the line. No process is left behind.
 #include "e2e/network_session.hpp"
 #include "e2e/shell_session.hpp"
 #include "e2e/whole_screen.hpp"
@@ -14,7 +14,7 @@
 namespace
 {
 
-constexpr int status_of_signal = 128; // and the signal's number: what shells say of a death by it
+constexpr int status_of_signal = 128; // plus its number: how shells report a death by signal
 
 std::string signal_name(int number)
 {
@@ -55,8 +55,8 @@ class place_left : public shell_session, public testing::WithParamInterface<clie
 
 INSTANTIATE_TEST_SUITE_P(from, place_left, testing::ValuesIn(client_places), place_name);
 
-/// The places where ^X is no character.
-std::vector<client_place> places_with_an_exit()
+/// The places where ^X is not taken as a character.
+std::vector<client_place> find_places_with_exit()
 {
     std::vector<client_place> places;
     std::copy_if(client_places.begin(), client_places.end(), std::back_inserter(places),
@@ -68,7 +68,7 @@ class place_with_exit : public place_left
 {
 };
 
-INSTANTIATE_TEST_SUITE_P(from, place_with_exit, testing::ValuesIn(places_with_an_exit()),
+INSTANTIATE_TEST_SUITE_P(from, place_with_exit, testing::ValuesIn(find_places_with_exit()),
                          place_name);
 
 TEST_P(place_with_exit, is_left_in_order_by_the_exit_key)
@@ -113,7 +113,7 @@ TEST_P(place_left, is_lent_to_the_shell_by_the_stop_key)
     expect_shell_ends();
 }
 
-TEST_P(place_left, is_left_by_a_client_that_is_killed_with_nobody_behind_it)
+TEST_P(place_left, leaves_no_process_behind_when_the_client_is_killed)
 {
     ASSERT_NO_FATAL_FAILURE(begin(GetParam().needs_silent_server));
     ASSERT_NO_FATAL_FAILURE(go_to(GetParam()));

@@ -1,4 +1,4 @@
-// hang_up_test.cpp - a terminal that has vanished ends the client, whether anybody tells it or not.
+// hang_up_test.cpp - a terminal that vanishes ends the client, whether it gets a signal or not.
 #include "e2e/client_places.hpp"
 #include "e2e/network_session.hpp"
 
@@ -15,8 +15,8 @@ namespace
 
 constexpr const char* died_of_hang_up = "129\n";
 
-/// Nobody tells the client of the end: it has no controlling terminal, and the shell above it,
-/// which has one, ignores the signal, as the client was started to do.
+/// Nothing tells the client that the terminal is gone: it has no controlling terminal, and the
+/// shell above it, which has one, ignores the signal. The client was started to ignore it too.
 constexpr const char* untold_script = R"sh(
 trap '' HUP
 setsid "$CLIENT"
@@ -24,7 +24,7 @@ echo $? >status
 times >times
 )sh";
 
-client_start under_script(const char* script)
+client_start make_start(const char* script)
 {
     client_start how;
     how.command = {"sh", "-c", script};
@@ -32,8 +32,8 @@ client_start under_script(const char* script)
     return how;
 }
 
-/// The CPU time of a shell's children, in seconds, from what its "times" wrote.
-double cpu_seconds(const std::string& times)
+/// The CPU time of a shell's children, in seconds, from the output of "times".
+double read_cpu_seconds(const std::string& times)
 {
     int minutes[2] = {};
     double seconds[2] = {};
@@ -49,7 +49,7 @@ class hang_up : public testing::TestWithParam<client_place>
 protected:
     ~hang_up() override
     {
-        // In a session of its own it outlives its terminal, should it fail to end.
+        // In a session of its own, a client that fails to end would outlive its terminal.
         if (at.program > 0 && facts_of(at.program).parent == shell)
             kill(at.program, SIGKILL);
     }
@@ -79,9 +79,9 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(in, hang_up, testing::ValuesIn(client_places), place_name);
 
-TEST_P(hang_up, is_noticed_at_once_by_a_client_that_nobody_tells)
+TEST_P(hang_up, is_noticed_at_once_without_a_signal)
 {
-    ASSERT_NO_FATAL_FAILURE(begin(under_script(untold_script)));
+    ASSERT_NO_FATAL_FAILURE(begin(make_start(untold_script)));
     ASSERT_NE(at.program, shell);
     at.terminal().hang_up();
     const auto moments = patience(5);
@@ -91,7 +91,7 @@ TEST_P(hang_up, is_noticed_at_once_by_a_client_that_nobody_tells)
     EXPECT_EQ(at.terminal().error_text(), "Hangup\n") << "the shell's word";
     expect_nothing_left();
     ASSERT_TRUE(at.client.wait_for_exit());
-    const double used = cpu_seconds(at.client.home().read_file("times").value_or(""));
+    const double used = read_cpu_seconds(at.client.home().read_file("times").value_or(""));
     EXPECT_GE(used, 0.0);
     EXPECT_LT(used, 1.0 * patience_factor());
 }
@@ -106,7 +106,7 @@ TEST_P(hang_up, ends_a_client_by_its_signal)
     expect_nothing_left();
 }
 
-/// Starts the client under a script in a home with one server and waits for its end.
+/// Starts the client from a script in a home with one server, and waits for its end.
 class odd_input : public testing::Test
 {
 protected:
@@ -115,7 +115,7 @@ protected:
         client_settings settings = with_aliases({"alpha"});
         settings.save_on_exit = true;
         client.home().write_config(config_text(settings));
-        client.launch(under_script(script.c_str()));
+        client.launch(make_start(script.c_str()));
         return client.wait_for_exit();
     }
 
@@ -130,7 +130,7 @@ protected:
     client_session client;
 };
 
-TEST_F(odd_input, signals_ignored_or_held_back_at_the_start_end_it_too)
+TEST_F(odd_input, signals_ignored_or_blocked_at_the_start_still_end_the_client)
 {
     for (const char* way : {"--ignore-signal=HUP", "--block-signal=HUP"}) {
         client_session own;
@@ -145,7 +145,7 @@ TEST_F(odd_input, signals_ignored_or_held_back_at_the_start_end_it_too)
     }
 }
 
-TEST_F(odd_input, that_has_ended_ends_the_client)
+TEST_F(odd_input, ends_the_client_at_its_end)
 {
     for (const char* script :
          {R"("$CLIENT" </dev/null; echo $? >status)", R"("$CLIENT" <&-; echo $? >status)",
@@ -165,7 +165,7 @@ TEST_F(odd_input, is_read_to_its_end)
     EXPECT_EQ(client.terminal().error_text(), "");
 }
 
-TEST_F(odd_input, that_lives_on_does_not_keep_a_client_without_a_screen)
+TEST_F(odd_input, does_not_keep_a_client_alive_without_a_screen)
 {
     const std::string keys = client.home().path_of("keys");
     ASSERT_EQ(mkfifo(keys.c_str(), 0600), 0);
@@ -173,7 +173,7 @@ TEST_F(odd_input, that_lives_on_does_not_keep_a_client_without_a_screen)
     ASSERT_GE(hand, 0);
     client.home().write_config(config_text(with_aliases({"alpha"})));
     ASSERT_TRUE(client.start_as_it_is(
-        under_script(R"(trap '' HUP; setsid "$CLIENT" <keys; echo $? >status)")));
+        make_start(R"(trap '' HUP; setsid "$CLIENT" <keys; echo $? >status)")));
     client.terminal().hang_up();
     EXPECT_TRUE(client.terminal().wait_until(
         [&] { return client.home().read_file("status") == died_of_hang_up; }, "the end"));

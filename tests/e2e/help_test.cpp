@@ -1,4 +1,4 @@
-// help_test.cpp - the help window: what is shown of the user's help text, and when it is read.
+// help_test.cpp - the help window: what it shows of the user's help text, and when it reads it.
 #include "e2e/client_session.hpp"
 
 #include <filesystem>
@@ -52,7 +52,7 @@ protected:
     client_session client;
 };
 
-std::string numbered_lines(int count)
+std::string make_numbered_lines(int count)
 {
     std::string lines;
     for (int number = 1; number <= count; ++number)
@@ -88,7 +88,7 @@ TEST_F(help, the_hint_ends_two_columns_from_the_edge_on_every_size)
 
 TEST_F(help, a_text_of_21_lines_just_fits)
 {
-    client.home().write_file(file, numbered_lines(21));
+    client.home().write_file(file, make_numbered_lines(21));
     ASSERT_TRUE(client.start({}));
     ASSERT_TRUE(open_help());
     EXPECT_EQ(row(0), title);
@@ -99,12 +99,12 @@ TEST_F(help, a_text_of_21_lines_just_fits)
 
 TEST_F(help, a_longer_text_shows_its_end)
 {
-    client.home().write_file(file, numbered_lines(40));
+    client.home().write_file(file, make_numbered_lines(40));
     ASSERT_TRUE(client.start({}));
     client.terminal().send_control('h');
     ASSERT_TRUE(client.terminal().wait_until([&] { return row(22) == "line 40"; }, "its end"));
     for (int number = 18; number <= 40; ++number) {
-        // The blank before the text is taken away where it stood, whatever has moved there.
+        // The blank before the text is removed at its place, whatever has moved there.
         const std::string text = "line " + std::to_string(number);
         EXPECT_EQ(row(number - 18), number == 20 ? text.substr(1) : text);
     }
@@ -140,9 +140,9 @@ TEST_F(help, is_read_when_the_screen_is_built_and_again_after_a_resize)
         client.terminal().wait_until([&] { return row(2).empty() && is_hinted(); }, "no text"));
 }
 
-TEST_F(help, comes_and_goes_without_a_trace)
+TEST_F(help, opens_and_closes_without_a_trace)
 {
-    client.home().write_file(file, numbered_lines(30));
+    client.home().write_file(file, make_numbered_lines(30));
     ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
     ASSERT_TRUE(client.wait_for_keys());
     const std::string before = client.terminal().screen().whole_text();
@@ -158,15 +158,15 @@ TEST_F(help, comes_and_goes_without_a_trace)
         << "the window was closed and not only covered";
 }
 
-TEST_F(help, coming_and_going_paint_over_what_others_have_written_on_the_terminal)
+TEST_F(help, opening_and_closing_overwrites_what_others_wrote_to_the_terminal)
 {
-    client.home().write_file(file, numbered_lines(5));
+    client.home().write_file(file, make_numbered_lines(5));
     ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
     ASSERT_TRUE(client.wait_for_keys());
     const std::string panes = client.terminal().screen().whole_text();
     const unique_fd terminal = client.open_terminal();
     const auto scribble = [&] {
-        // Where both the help and the panes are blank; the cursor goes back to where it was.
+        // At a place where both the help and the panes are blank; the cursor goes back.
         constexpr std::string_view words = "\0337\033[10;41HSTRANGER\0338";
         EXPECT_EQ(write(terminal.get(), words.data(), words.size()),
                   static_cast<ssize_t>(words.size()));
@@ -181,7 +181,7 @@ TEST_F(help, coming_and_going_paint_over_what_others_have_written_on_the_termina
         [&] { return client.terminal().screen().whole_text() == panes; }, "the panes alone"));
 }
 
-TEST_F(help, leaves_the_working_folder_alone)
+TEST_F(help, does_not_change_the_working_folder)
 {
     client.home().make_folder("house");
     client.home().write_file("house/ncursesclient.hlp", "from the house\n");
@@ -195,7 +195,7 @@ TEST_F(help, leaves_the_working_folder_alone)
     EXPECT_EQ(working_folder(), client.home().path());
 }
 
-TEST_F(help, without_home_the_working_folder_serves)
+TEST_F(help, uses_the_working_folder_without_home)
 {
     client.home().write_file(file, "from the working folder\n");
     client_start how;
@@ -214,7 +214,7 @@ TEST_F(help, a_home_that_cannot_be_entered_has_no_help)
     expect_title_and_hint_alone();
 }
 
-TEST_F(help, no_file_is_no_text)
+TEST_F(help, is_empty_without_a_file)
 {
     ASSERT_TRUE(client.start({}));
     const std::vector<std::string> notices = client.status_lines();
@@ -225,13 +225,13 @@ TEST_F(help, no_file_is_no_text)
     EXPECT_EQ(client.status_lines(), notices);
 }
 
-TEST_F(help, what_is_no_readable_file_is_no_text)
+TEST_F(help, is_empty_if_the_file_cannot_be_read)
 {
     const std::string path = client.home().path_of(file);
     const std::function<int()> makers[] = {
         [&] { return mkdir(path.c_str(), 0700); }, [&] { return mkfifo(path.c_str(), 0600); },
-        [&] { return symlink(file, path.c_str()); },             // a ring
-        [&] { return symlink("/proc/self/mem", path.c_str()); }, // opens, and cannot be read
+        [&] { return symlink(file, path.c_str()); },             // a loop
+        [&] { return symlink("/proc/self/mem", path.c_str()); }, // opens, but cannot be read
     };
     for (const auto& make : makers) {
         std::filesystem::remove(path);
@@ -244,7 +244,7 @@ TEST_F(help, what_is_no_readable_file_is_no_text)
     }
 }
 
-TEST_F(help, bytes_of_the_text_do_not_drive_the_terminal)
+TEST_F(help, bytes_of_the_text_do_not_control_the_terminal)
 {
     client.home().write_file(file, "a\033[7mb\ac\x9B"
                                    "2Jd\te\rf\b\x7F\xFC\n"
@@ -258,7 +258,7 @@ TEST_F(help, bytes_of_the_text_do_not_drive_the_terminal)
     EXPECT_EQ(client.terminal().raw_output().find("\033[7mb"), std::string::npos);
 }
 
-TEST_F(help, a_line_longer_than_the_screen_goes_on_below)
+TEST_F(help, a_line_longer_than_the_screen_continues_below)
 {
     client.home().write_file(file, std::string(100, 'x') + "\nnext\n");
     ASSERT_TRUE(client.start({}));
@@ -278,9 +278,9 @@ TEST_F(help, very_long_lines_and_texts_show_their_end)
     EXPECT_EQ(row(2), std::string(79, 'y')) << "the blank's place";
 }
 
-TEST_F(help, of_very_many_lines_the_first_ten_thousand_are_read)
+TEST_F(help, only_the_first_ten_thousand_lines_are_read)
 {
-    client.home().write_file(file, numbered_lines(10'001));
+    client.home().write_file(file, make_numbered_lines(10'001));
     ASSERT_TRUE(client.start({}));
     client.terminal().send_control('h');
     EXPECT_TRUE(client.terminal().wait_until([&] { return row(22) == "line 10000"; }, "its end"));

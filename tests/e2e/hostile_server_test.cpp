@@ -1,6 +1,6 @@
 // hostile_server_test.cpp - servers that send what would harm a careless terminal program.
 //
-// What is seen on the screen and what really went out to the terminal are both looked at.
+// The tests look at both the screen and the bytes that went out to the terminal.
 #include "e2e/network_session.hpp"
 
 #include <random>
@@ -8,8 +8,8 @@
 namespace
 {
 
-/// What a server's bytes look like on the screen of a UTF-8 terminal.
-std::string as_shown(std::string_view bytes)
+/// A server's bytes as the screen of a UTF-8 terminal shows them.
+std::string convert_to_screen(std::string_view bytes)
 {
     std::string shown;
     for (const char character : bytes) {
@@ -39,7 +39,7 @@ constexpr const char* sequences[] = {
     "\005",
 };
 
-/// True if some byte of C1 is in `raw`, alone or as the two bytes that name it in UTF-8.
+/// True if `raw` contains a C1 byte, alone or as the two bytes of its UTF-8 form.
 bool has_c1(const std::string& raw)
 {
     for (std::size_t at = 0; at < raw.size(); ++at) {
@@ -54,7 +54,7 @@ bool has_c1(const std::string& raw)
     return false;
 }
 
-/// What must not have gone out to a terminal.
+/// Checks that nothing harmful went out to a terminal.
 void expect_harmless(const std::string& raw)
 {
     for (const char* sign : {"\033]", "31337m\033", "\033[31337", "\033c", "\033P", "\033[6n",
@@ -63,7 +63,7 @@ void expect_harmless(const std::string& raw)
     EXPECT_FALSE(has_c1(raw));
 }
 
-/// A wide client with one server that it is connected to.
+/// A wide client connected to one server.
 class hostile_server : public testing::Test
 {
 protected:
@@ -92,12 +92,12 @@ TEST_F(hostile_server, escape_sequences_in_status_lines_are_shown_as_text)
         for (const char* sequence : sequences) {
             const std::string text = std::string{"<"} + sequence + ">";
             ASSERT_TRUE(connection->send(kind, text));
-            ASSERT_TRUE(wait_for_last_status(client, as_shown(text)));
+            ASSERT_TRUE(wait_for_last_status(client, convert_to_screen(text)));
             bells += kind == 108 ? 1 : 0;
         }
     EXPECT_EQ(client.terminal().bells(), bells) << "a server's own bells are silent";
     std::string raw = client.terminal().raw_output();
-    std::erase(raw, '\a'); // those of kind 108, counted above
+    std::erase(raw, '\a'); // the beeps of kind 108, counted above
     expect_harmless(raw);
     EXPECT_TRUE(client.terminal().screen().alternate_screen());
     EXPECT_TRUE(client.terminal().row(23).starts_with("^D Disconnect"));
@@ -109,7 +109,7 @@ TEST_F(hostile_server, escape_sequences_in_a_servers_identity_are_shown_as_text)
     for (const char* sequence : sequences) {
         ASSERT_TRUE(connection->send(
             capabilities_packet("<ServerUUID>" + std::string{sequence} + ".</ServerUUID>")));
-        ASSERT_TRUE(wait_for_last_status(client, "ServerID: " + as_shown(sequence) + "."));
+        ASSERT_TRUE(wait_for_last_status(client, "ServerID: " + convert_to_screen(sequence) + "."));
     }
     expect_harmless(client.terminal().raw_output());
 }
@@ -126,11 +126,11 @@ TEST_F(hostile_server, escape_sequences_in_transmissions_are_shown_as_text)
                                     .daily_flights = text};
         ASSERT_TRUE(connection->send(compressed_packet(document_of(message))));
         acars_message shown = message;
-        shown.registration = shown.operator_name = shown.content = as_shown(text);
+        shown.registration = shown.operator_name = shown.content = convert_to_screen(text);
         std::vector<std::string> lines = lines_of(shown);
-        lines.push_back(as_shown(text));
+        lines.push_back(convert_to_screen(text));
         ASSERT_TRUE(wait_for_message_rows(client, lines, 0));
-        ASSERT_TRUE(client.terminal().wait_for_text("Unique Flights: " + as_shown(text)));
+        ASSERT_TRUE(client.terminal().wait_for_text("Unique Flights: " + convert_to_screen(text)));
     }
     EXPECT_EQ(client.terminal().bells(), 0);
     expect_harmless(client.terminal().raw_output());
@@ -145,7 +145,7 @@ TEST_F(hostile_server, every_byte_has_its_place_in_utf8)
             text += byte == '\n' ? '.' : static_cast<char>(byte);
         text += '|';
         ASSERT_TRUE(connection->send(103, text));
-        ASSERT_TRUE(wait_for_last_status(client, as_shown(text)));
+        ASSERT_TRUE(wait_for_last_status(client, convert_to_screen(text)));
         ASSERT_TRUE(connection->send(plain_packet(document_of({.aircraft = "end"}))));
     }
     EXPECT_EQ(client.terminal().bells(), 0);
@@ -227,12 +227,12 @@ TEST_F(hostile_server, over_long_values_stay_in_the_message_pane)
     EXPECT_EQ(client.terminal().cell(17, 79).text, "┤");
 }
 
-TEST_F(hostile_server, thousands_of_lines_leave_the_last_four)
+TEST_F(hostile_server, only_the_last_four_of_thousands_of_lines_remain)
 {
     ASSERT_NO_FATAL_FAILURE(begin());
     std::string text;
     for (int number = 1; number <= 2040; ++number)
-        text += "\n\n"; // halved, and still over a thousand
+        text += "\n\n"; // halved, and still more than a thousand
     text.resize(4080);
     ASSERT_TRUE(connection->send(64, text + "last"));
     ASSERT_TRUE(wait_for_last_status(client, "last"));
@@ -262,7 +262,7 @@ TEST_F(hostile_server, noise_of_every_kind_in_whole_packets_is_survived)
     ASSERT_NO_FATAL_FAILURE(begin());
     client.clock().set_alarm_pace(5);
     std::mt19937 random(7);
-    // Without the kinds that close the connection, ask for passwords, or open dialogs.
+    // Without the kinds that close the connection, ask for passwords or open dialogs.
     for (const std::uint32_t kind : {5U, 25U, 26U, 27U, 35U, 40U, 64U, 71U, 82U, 86U, 90U, 103U,
                                      108U, 149U, 153U, 204U, 199U, 250U})
         for (const std::size_t length : {1U, 2U, 100U, 4096U}) {

@@ -1,6 +1,6 @@
-// idle_rule_test.cpp - heartbeats after ten silent minutes, the end of a connection after fifteen.
+// idle_rule_test.cpp - a heartbeat after ten silent minutes, the end of a connection after fifteen.
 //
-// The program's clock is moved; jumps stay well clear of the limits, since it also runs by itself.
+// The tests move the program's clock. Jumps stay well clear of the limits, since it also runs.
 #include "e2e/network_session.hpp"
 
 namespace
@@ -9,7 +9,7 @@ namespace
 constexpr const char* heartbeat_line = "alpha - no data since 10 minutes. Sending heartbeat";
 const server_packet heartbeat{.kind = 148, .payload = "^"};
 
-/// A client with one server that has said something at the clock's start.
+/// A client with one server that sent something when the clock started.
 class idle_rule : public testing::Test
 {
 protected:
@@ -32,7 +32,7 @@ protected:
     std::optional<server_connection> connection;
 };
 
-TEST_F(idle_rule, ten_minutes_bring_one_heartbeat_and_fifteen_the_end)
+TEST_F(idle_rule, one_heartbeat_comes_after_ten_minutes_and_the_end_after_fifteen)
 {
     ASSERT_TRUE(silence_of(500));
     EXPECT_FALSE(connection->has_unread_bytes());
@@ -108,7 +108,7 @@ TEST_F(idle_rule, after_the_end_a_new_connection_gets_heartbeats_again)
     EXPECT_EQ(connection->read_packet(), heartbeat);
 }
 
-TEST_F(idle_rule, the_end_of_file_is_only_found_out_by_silence)
+TEST_F(idle_rule, the_end_of_file_is_noticed_only_through_silence)
 {
     connection->half_close();
     ASSERT_TRUE(client.wait_for_polls(3));
@@ -119,7 +119,7 @@ TEST_F(idle_rule, the_end_of_file_is_only_found_out_by_silence)
     ASSERT_TRUE(client.wait_for_status("Connection closed by server", pairs::error));
 }
 
-TEST_F(idle_rule, a_clock_set_back_is_no_silence)
+TEST_F(idle_rule, a_clock_that_is_set_back_does_not_count_as_silence)
 {
     ASSERT_TRUE(silence_of(400));
     ASSERT_TRUE(wait_for_notice(client, *connection, "later words"));
@@ -129,7 +129,7 @@ TEST_F(idle_rule, a_clock_set_back_is_no_silence)
     EXPECT_FALSE(connection->has_unread_bytes());
 }
 
-/// A client with a clock of today whose polls are rung by the test.
+/// A client with today's date on its clock, whose polls the test triggers.
 class idle_rule_of_today : public testing::Test
 {
 protected:

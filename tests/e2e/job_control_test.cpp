@@ -1,5 +1,5 @@
-// job_control_test.cpp - the client as a job of an interactive shell, which edits its own line and
-// so has the terminal set in its own way whenever it has it.
+// job_control_test.cpp - the client as a job of an interactive shell that edits its own line, and
+// so has its own terminal settings whenever it is in front.
 #include "e2e/client_session.hpp"
 #include "e2e/network_session.hpp"
 #include "e2e/whole_screen.hpp"
@@ -17,7 +17,7 @@ protected:
     {
         client.home().write_config(config_text(with_aliases({"alpha"})));
         client_start how;
-        // Its prompts belong on the terminal; what a client has to complain about does not.
+        // The shell's prompts belong on the terminal; the client's error messages do not.
         how.command = {"sh", "-c", "exec bash --norc --noprofile -i 9>&2 2>&0"};
         how.environment["CLIENT"] = CLIENT_BINARY;
         how.environment["PS1"] = "prompt: ";
@@ -37,7 +37,7 @@ protected:
         terminal().send(line + "\r");
     }
 
-    /// What the shell's commands find the line set to.
+    /// The line settings that the shell's commands see.
     std::string line_settings()
     {
         const std::string name = "line-" + std::to_string(++lines_asked);
@@ -71,7 +71,7 @@ protected:
 
     testing::AssertionResult no_job_is_left()
     {
-        // When the shell reaps it is its own affair.
+        // The shell may reap it at any time.
         for (const pid_t process : children_of(terminal().process_id())) {
             if (testing::AssertionResult gone = wait_until_gone(terminal(), process); !gone)
                 return gone;
@@ -94,7 +94,7 @@ protected:
     int lines_asked = 0;
 };
 
-TEST_F(interactive_shell, has_its_line_back_while_the_client_is_stopped_and_after_it)
+TEST_F(interactive_shell, has_its_line_back_while_the_client_is_stopped_and_afterwards)
 {
     type("echo words that stood here; \"$CLIENT\" 2>&9");
     ASSERT_TRUE(client_has_terminal());
@@ -131,7 +131,7 @@ TEST_F(interactive_shell, keeps_its_line_from_a_client_started_in_the_background
     expect_shell_is_well();
 }
 
-TEST_F(interactive_shell, cannot_have_a_stopped_client_run_behind_it)
+TEST_F(interactive_shell, cannot_run_a_stopped_client_in_the_background)
 {
     type("\"$CLIENT\" 2>&9");
     ASSERT_TRUE(client_has_terminal());
@@ -168,7 +168,7 @@ TEST_F(interactive_shell, ends_a_stopped_client)
     expect_shell_is_well();
 }
 
-TEST_F(interactive_shell, gets_its_screen_back_from_a_client_that_was_stopped_unseen)
+TEST_F(interactive_shell, gets_its_screen_back_from_a_client_stopped_without_warning)
 {
     type("\"$CLIENT\" 2>&9");
     ASSERT_TRUE(client_has_terminal());
@@ -181,7 +181,7 @@ TEST_F(interactive_shell, gets_its_screen_back_from_a_client_that_was_stopped_un
     expect_shell_is_well();
 }
 
-TEST_F(interactive_shell, that_leaves_ends_a_stopped_client)
+TEST_F(interactive_shell, ends_a_stopped_client_when_it_exits)
 {
     type("\"$CLIENT\" 2>&9");
     ASSERT_TRUE(client_has_terminal());
@@ -196,7 +196,7 @@ TEST_F(interactive_shell, that_leaves_ends_a_stopped_client)
     EXPECT_EQ(client.home().read_config(), config);
 }
 
-TEST_F(interactive_shell, that_is_killed_takes_the_client_with_it)
+TEST_F(interactive_shell, takes_the_client_with_it_when_it_is_killed)
 {
     type("\"$CLIENT\" 2>&9");
     ASSERT_TRUE(client_has_terminal());
@@ -209,7 +209,7 @@ TEST_F(interactive_shell, that_is_killed_takes_the_client_with_it)
     EXPECT_TRUE(terminal().screen().cursor_visible());
 }
 
-TEST(job_control, gives_back_the_line_as_it_was_changed_while_the_client_was_stopped)
+TEST(job_control, restores_the_line_as_it_was_changed_while_the_client_was_stopped)
 {
     client_session client;
     client.home().write_config(config_text(with_aliases({"alpha"})));
@@ -235,7 +235,7 @@ stty -g >after
     EXPECT_EQ(client.home().read_file("after"), client.home().read_file("before"));
 }
 
-TEST(job_control, gives_back_the_line_that_the_client_took_and_not_one_from_before_its_turn)
+TEST(job_control, restores_the_line_settings_from_when_the_client_took_the_terminal)
 {
     client_session client;
     client.home().write_config(config_text(with_aliases({"alpha"})));

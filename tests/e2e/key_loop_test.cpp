@@ -7,16 +7,16 @@
 namespace
 {
 
-/// Keys that need a selected, connected server; named as CTRL letters.
+/// Keys that need a selected and connected server, as CTRL letters.
 constexpr char keys_for_connected_servers[] = {'a', 'j', 'o', 'p'};
 
 /// A packet that tells which services a server has.
-std::string capabilities(const std::string& elements)
+std::string make_capabilities(const std::string& elements)
 {
     return "<?xml version=\"1.0\"?><tovrik>" + elements + "</tovrik>";
 }
 
-TEST(key_loop, without_servers_every_server_key_is_silent)
+TEST(key_loop, every_server_key_is_silent_without_servers)
 {
     client_session client;
     ASSERT_TRUE(client.start({}));
@@ -58,7 +58,7 @@ TEST(key_loop, disconnect_without_a_connection_beeps_and_says_so)
     EXPECT_EQ(client.terminal().bells(), 2);
 }
 
-TEST(key_loop, services_that_a_server_lacks_are_refused_each_in_its_own_words)
+TEST(key_loop, every_service_that_a_server_lacks_is_refused_in_its_own_words)
 {
     scripted_server server;
     client_session client;
@@ -76,7 +76,7 @@ TEST(key_loop, services_that_a_server_lacks_are_refused_each_in_its_own_words)
     for (const auto& refusal : refusals) {
         const char letter = refusal.first;
         const char* words = refusal.second;
-        // Something else below first, so that a repeated line is seen to be new.
+        // Another line first, so that a repeated line can be recognised as new.
         ASSERT_TRUE(connection->send(103, "next"));
         ASSERT_TRUE(client.terminal().wait_until([&] { return client.status_lines()[3] == "next"; },
                                                  "the line before"));
@@ -89,7 +89,7 @@ TEST(key_loop, services_that_a_server_lacks_are_refused_each_in_its_own_words)
     EXPECT_FALSE(connection->has_unread_bytes());
 }
 
-TEST(key_loop, mailing_goes_by_the_permission_for_updates_not_for_mailings)
+TEST(key_loop, mailing_depends_on_the_permission_for_updates_not_for_mailings)
 {
     scripted_server server;
     client_session client;
@@ -97,17 +97,17 @@ TEST(key_loop, mailing_goes_by_the_permission_for_updates_not_for_mailings)
     std::optional<server_connection> connection = client.connect_selected(server);
     ASSERT_TRUE(connection);
     ASSERT_TRUE(
-        connection->send(41, capabilities("<ServerUUID>u1</ServerUUID><Mailing>1</Mailing>")));
+        connection->send(41, make_capabilities("<ServerUUID>u1</ServerUUID><Mailing>1</Mailing>")));
     ASSERT_TRUE(client.wait_for_status("ServerID: u1", pairs::plain, false));
     client.terminal().send_control('j');
     ASSERT_TRUE(client.wait_for_status("Daily mailings are not supported on alpha", pairs::error));
     EXPECT_EQ(client.terminal().bells(), 1);
 
-    ASSERT_TRUE(
-        connection->send(41, capabilities("<ServerUUID>u2</ServerUUID><DBModify>1</DBModify>")));
+    ASSERT_TRUE(connection->send(
+        41, make_capabilities("<ServerUUID>u2</ServerUUID><DBModify>1</DBModify>")));
     ASSERT_TRUE(client.wait_for_status("ServerID: u2", pairs::plain, false));
     client.terminal().send_control('j');
-    client.terminal().send("\033"); // out of the dialog
+    client.terminal().send("\033"); // leaves the dialog
     ASSERT_TRUE(client.wait_for_keys());
     EXPECT_EQ(client.terminal().bells(), 1);
     EXPECT_EQ(client.status_lines()[3], "ServerID: u2");
@@ -151,12 +151,12 @@ TEST(key_loop, the_bar_leaves_names_white_and_bold_behind)
     }
 }
 
-TEST(key_loop, takes_one_key_in_40_milliseconds_at_most)
+TEST(key_loop, takes_at_most_one_key_in_40_milliseconds)
 {
     constexpr int keys = 20;
     constexpr auto shortest = std::chrono::milliseconds{(keys - 1) * 40};
     client_session client;
-    // Without polls: a signal cuts a round short.
+    // Without polls: a signal would cut a round short.
     ASSERT_TRUE(client.start(with_aliases({"alpha"}), {.alarm_ms_per_second = 0}));
     ASSERT_TRUE(client.wait_for_keys());
     const auto begin = std::chrono::steady_clock::now();

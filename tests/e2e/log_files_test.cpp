@@ -1,10 +1,10 @@
-// log_files_test.cpp - transmissions in log files, byte by byte.
+// log_files_test.cpp - transmissions in log files, byte for byte.
 #include "e2e/network_session.hpp"
 
 namespace
 {
 
-/// Two servers and a client that is not yet running.
+/// Two servers, and a client that is not yet running.
 class log_files : public testing::Test
 {
 protected:
@@ -34,7 +34,7 @@ protected:
 const acars_message first{.flight = "F1", .content = "with\ntwo lines"};
 const acars_message second{.flight = "F2"};
 
-TEST_F(log_files, a_servers_own_stands_in_the_folder_of_its_name)
+TEST_F(log_files, a_servers_log_is_in_the_folder_of_its_name)
 {
     client.home().make_folder("alpha");
     client.home().make_folder("bravo");
@@ -56,7 +56,7 @@ TEST_F(log_files, a_servers_own_stands_in_the_folder_of_its_name)
                                         "ncursesclient.conf"}));
 }
 
-TEST_F(log_files, the_folder_that_is_meant_by_default_gives_a_hidden_file)
+TEST_F(log_files, the_default_folder_gives_a_hidden_file)
 {
     client.home().make_folder("alpha");
     ASSERT_TRUE(begin({.acars_log = true, .log_folder = "./"}));
@@ -65,7 +65,7 @@ TEST_F(log_files, the_folder_that_is_meant_by_default_gives_a_hidden_file)
     ASSERT_TRUE(wait_for_file(client, "alpha/.log", text_of(first)));
 }
 
-TEST_F(log_files, one_that_cannot_be_opened_costs_only_the_log)
+TEST_F(log_files, a_log_that_cannot_be_opened_costs_only_the_log)
 {
     client.home().write_file("alpha", "a file where a folder is wanted");
     ASSERT_TRUE(begin({.acars_log = true, .log_folder = "logs"}));
@@ -86,13 +86,13 @@ TEST_F(log_files, a_name_that_is_too_long_is_not_opened)
     EXPECT_EQ(client.home().files(), std::vector<std::string>{"ncursesclient.conf"});
 }
 
-TEST_F(log_files, the_shared_one_takes_all_servers_and_is_opened_once)
+TEST_F(log_files, the_shared_log_takes_all_servers_and_is_opened_once)
 {
     client.home().make_folder("logs");
     ASSERT_TRUE(begin({.save_to_one = true, .log_folder = "logs"}));
     ASSERT_TRUE(
         client.wait_for_status("Logfile 'logs/ACARS.log' successfully opened", pairs::notice));
-    // The second connection brings no further line.
+    // The second connection adds no line.
     EXPECT_EQ(client.status_lines()[1], "Logfile 'logs/ACARS.log' successfully opened");
     EXPECT_TRUE(client.status_lines()[3].starts_with("Successfully connected bravo"));
     ASSERT_TRUE(send(1, second));
@@ -104,7 +104,7 @@ TEST_F(log_files, the_shared_one_takes_all_servers_and_is_opened_once)
               (std::vector<std::string>{"logs/", "logs/ACARS.log", "ncursesclient.conf"}));
 }
 
-TEST_F(log_files, with_both_switches_the_shared_one_is_written)
+TEST_F(log_files, the_shared_log_is_written_with_both_switches_on)
 {
     client.home().make_folder("alpha");
     client.home().write_file("ACARS.log", "earlier\n");
@@ -115,7 +115,7 @@ TEST_F(log_files, with_both_switches_the_shared_one_is_written)
               (std::vector<std::string>{"ACARS.log", "alpha/", "ncursesclient.conf"}));
 }
 
-TEST_F(log_files, without_a_folder_the_working_folder_is_named_whole)
+TEST_F(log_files, the_working_folder_is_named_in_full_without_a_folder)
 {
     ASSERT_TRUE(begin({.save_to_one = true, .log_folder = ""}));
     ASSERT_TRUE(client.wait_for_status(
@@ -124,7 +124,7 @@ TEST_F(log_files, without_a_folder_the_working_folder_is_named_whole)
     ASSERT_TRUE(wait_for_file(client, "ACARS.log", text_of(first)));
 }
 
-TEST_F(log_files, without_a_switch_there_are_none)
+TEST_F(log_files, there_are_none_without_a_switch)
 {
     client.home().make_folder("alpha");
     ASSERT_TRUE(begin({.log_folder = "."}));
@@ -134,7 +134,7 @@ TEST_F(log_files, without_a_switch_there_are_none)
     EXPECT_EQ(client.home().files(), (std::vector<std::string>{"alpha/", "ncursesclient.conf"}));
 }
 
-TEST_F(log_files, what_is_said_about_a_transmission_is_not_logged)
+TEST_F(log_files, messages_about_a_transmission_are_not_logged)
 {
     client.home().make_folder("logs");
     ASSERT_TRUE(begin(
@@ -156,7 +156,7 @@ TEST_F(log_files, keep_the_bytes_that_the_screen_cannot_show)
     ASSERT_TRUE(wait_for_file(client, "logs/ACARS.log", text_of(message)));
 }
 
-TEST_F(log_files, a_servers_own_goes_on_after_the_server_has_closed_the_connection)
+TEST_F(log_files, a_servers_log_continues_after_the_server_has_closed_the_connection)
 {
     client.home().make_folder("alpha");
     client.home().make_folder("bravo");
@@ -172,7 +172,7 @@ TEST_F(log_files, a_servers_own_goes_on_after_the_server_has_closed_the_connecti
     ASSERT_TRUE(wait_for_file(client, "alpha/l.log", text_of(first) + text_of(second)));
 }
 
-TEST_F(log_files, a_servers_own_is_closed_with_its_connection_and_opened_with_the_next)
+TEST_F(log_files, a_servers_log_is_closed_with_its_connection_and_opened_with_the_next)
 {
     client.home().make_folder("alpha");
     client.home().make_folder("bravo");

@@ -1,5 +1,5 @@
-// log_trouble_test.cpp - logs and a configuration that cannot be written cost only what was to be
-// written.
+// log_trouble_test.cpp - when a log or the configuration cannot be written, only what was to be
+// written is lost.
 #include "e2e/network_session.hpp"
 #include "support/small_disk.hpp"
 
@@ -15,7 +15,7 @@ namespace
 const std::string opened = "Logfile 'logs/ACARS.log' successfully opened";
 const std::string unwritable = "Logfile 'logs/ACARS.log' cannot be written";
 
-/// The end of a fifo that is read from; opening it waits for nobody.
+/// The reading end of a fifo; opening it does not block.
 class fifo_reader
 {
 public:
@@ -45,7 +45,7 @@ private:
     std::string all;
 };
 
-/// A client with one server that writes into one log for all servers.
+/// A client with one server that writes one log for all servers.
 class log_trouble : public testing::Test
 {
 protected:
@@ -60,7 +60,7 @@ protected:
         ASSERT_TRUE(client.wait_for_status(opened, pairs::notice));
     }
 
-    /// Sends a transmission that must be shown, whatever becomes of its record.
+    /// Sends a transmission that must be shown, whether or not its record is written.
     testing::AssertionResult shown(const std::string& flight)
     {
         if (!connection->send(plain_packet(document_of({.flight = flight}))))
@@ -131,7 +131,7 @@ TEST_F(log_trouble, a_log_at_the_limit_for_file_sizes_loses_only_whole_records)
     client.quit();
 }
 
-TEST_F(log_trouble, a_log_on_a_full_disk_goes_on_when_there_is_room_again)
+TEST_F(log_trouble, a_log_on_a_full_disk_continues_when_there_is_space_again)
 {
     client.home().make_folder("logs");
     const small_disk disk(client.home().path_of("logs"), 64UL * 1024);
@@ -139,7 +139,7 @@ TEST_F(log_trouble, a_log_on_a_full_disk_goes_on_when_there_is_room_again)
         GTEST_SKIP() << "nothing may be mounted here";
     ASSERT_NO_FATAL_FAILURE(begin());
     ASSERT_TRUE(disk.fill());
-    // There is room for none: the log has no page yet.
+    // No record fits: the log has no page yet.
     ASSERT_TRUE(shown("LOST1"));
     ASSERT_TRUE(client.wait_for_status(unwritable, pairs::error));
     ASSERT_TRUE(shown("LOST2"));
@@ -171,7 +171,7 @@ TEST_F(log_trouble, a_configuration_beyond_the_limit_for_file_sizes_stays_as_it_
 {
     client_settings settings = servers.settings();
     settings.save_on_exit = true;
-    // A save that succeeded would leave the last line out.
+    // A save that succeeded would drop the last line.
     const std::string before = config_text(settings) + "left alone\n";
     client.home().write_config(before);
     ASSERT_TRUE(client.start_as_it_is());

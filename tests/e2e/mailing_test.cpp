@@ -8,10 +8,10 @@ const prompt_look email_prompt{"Enter your email address", 50};
 const prompt_look code_prompt{"Your subscription code", 40};
 const prompt_look style_prompt{"Style: 0=tovrik 1=ZOBE 2=News", 2};
 
-/// The choices that only record what is typed.
+/// The choices that only record the answer.
 constexpr char recording_choices[] = {'2', '3', '4'};
 
-prompt_look with_text(prompt_look look, const std::string& text)
+prompt_look fill_in(prompt_look look, const std::string& text)
 {
     look.text = text;
     return look;
@@ -20,13 +20,13 @@ prompt_look with_text(prompt_look look, const std::string& text)
 class mailing : public service_test
 {
 protected:
-    /// A client that saves its configuration on exit and remembers this of its server.
+    /// Starts a client that saves its configuration on exit and remembers these of its server.
     testing::AssertionResult begin_with(const std::string& email, const std::string& code)
     {
-        return begin(settings_with(email, code));
+        return begin(make_settings(email, code));
     }
 
-    static client_settings settings_with(const std::string& email, const std::string& code)
+    static client_settings make_settings(const std::string& email, const std::string& code)
     {
         client_settings settings{.save_on_exit = true};
         settings.servers.push_back({.alias = "alpha", .subcode = code, .email = email});
@@ -38,10 +38,10 @@ protected:
         return choose('j', mailing_menu, choice);
     }
 
-    /// Ends the client; the configuration must hold this of the server.
+    /// Ends the client; the configuration must hold these for the server.
     void expect_saved(const std::string& email, const std::string& code)
     {
-        client_settings settings = settings_with(email, code);
+        client_settings settings = make_settings(email, code);
         settings.servers.front().port = std::to_string(server.port());
         client.quit();
         EXPECT_EQ(client.home().read_config(), config_text(settings));
@@ -59,23 +59,23 @@ TEST_F(mailing, subscribing_sends_and_remembers_the_address)
     expect_saved("me@example.com", "4711");
 }
 
-TEST_F(mailing, the_address_known_is_offered_and_can_be_changed)
+TEST_F(mailing, the_known_address_is_offered_and_can_be_changed)
 {
     ASSERT_TRUE(begin_with("me@example.com", ""));
     ASSERT_TRUE(choose_mailing('1'));
-    ASSERT_TRUE(prompt_is(with_text(email_prompt, "me@example.com")));
+    ASSERT_TRUE(prompt_is(fill_in(email_prompt, "me@example.com")));
     for (int count = 0; count < 3; ++count)
         terminal().send_key(named_key::backspace);
-    ASSERT_TRUE(answer(with_text(email_prompt, "me@example."), "org"));
+    ASSERT_TRUE(answer(fill_in(email_prompt, "me@example."), "org"));
     expect_sent({.kind = 60, .payload = "me@example.org"});
     ASSERT_TRUE(choose_mailing('1'));
-    ASSERT_TRUE(answer(with_text(email_prompt, "me@example.org"), ""));
+    ASSERT_TRUE(answer(fill_in(email_prompt, "me@example.org"), ""));
     expect_sent({.kind = 60, .payload = "me@example.org"});
     ASSERT_TRUE(dialog_ends(email_prompt.question));
     expect_saved("me@example.org", "");
 }
 
-TEST_F(mailing, an_address_known_that_is_too_long_is_cut_to_the_room)
+TEST_F(mailing, a_known_address_that_is_too_long_is_cut_to_fit)
 {
     ASSERT_TRUE(begin_with(std::string(60, 'm'), ""));
     ASSERT_TRUE(choose_mailing('1'));
@@ -91,8 +91,8 @@ TEST_F(mailing, activating_pausing_and_leaving_record_and_send_nothing)
     std::string code;
     for (const char choice : recording_choices) {
         ASSERT_TRUE(choose_mailing(choice));
-        ASSERT_TRUE(answer(with_text(email_prompt, email), std::string{choice}));
-        ASSERT_TRUE(answer(with_text(code_prompt, code), std::string{choice} + "x"));
+        ASSERT_TRUE(answer(fill_in(email_prompt, email), std::string{choice}));
+        ASSERT_TRUE(answer(fill_in(code_prompt, code), std::string{choice} + "x"));
         email += choice;
         code += std::string{choice} + "x";
         ASSERT_TRUE(dialog_ends(code_prompt.question));
@@ -107,14 +107,14 @@ struct style_case {
     std::uint16_t number;
 };
 
-TEST_F(mailing, a_style_is_sent_as_the_number_that_it_begins_with)
+TEST_F(mailing, a_style_is_sent_as_its_leading_number)
 {
     ASSERT_TRUE(begin_with("me@example.com", "4711"));
     for (const auto& [typed, number] :
          {style_case{"0", 0}, {"1", 1}, {"2", 2}, {"9", 9}, {"x", 0}, {"12", 1}, {"-", 0}}) {
         ASSERT_TRUE(choose_mailing('5'));
-        ASSERT_TRUE(answer(with_text(email_prompt, "me@example.com"), ""));
-        ASSERT_TRUE(answer(with_text(code_prompt, "4711"), ""));
+        ASSERT_TRUE(answer(fill_in(email_prompt, "me@example.com"), ""));
+        ASSERT_TRUE(answer(fill_in(code_prompt, "4711"), ""));
         ASSERT_TRUE(answer(style_prompt, typed));
         expect_sent({.kind = 66, .payload = "me@example.com", .param1 = number});
         ASSERT_TRUE(dialog_ends(style_prompt.question));
@@ -137,13 +137,13 @@ TEST_F(mailing, changing_the_style_remembers_address_and_code)
 TEST_F(mailing, escape_at_any_prompt_changes_nothing)
 {
     ASSERT_TRUE(begin_with("old", "1"));
-    const prompt_look old_email = with_text(email_prompt, "old");
-    const prompt_look old_code = with_text(code_prompt, "1");
+    const prompt_look old_email = fill_in(email_prompt, "old");
+    const prompt_look old_code = fill_in(code_prompt, "1");
     for (const char choice : {'1', '2', '3', '4', '5'}) {
         ASSERT_TRUE(choose_mailing(choice));
         ASSERT_TRUE(prompt_is(old_email));
         terminal().send("new");
-        ASSERT_TRUE(escape(with_text(email_prompt, "oldnew")));
+        ASSERT_TRUE(escape(fill_in(email_prompt, "oldnew")));
         ASSERT_TRUE(client.wait_for_keys());
         if (choice == '1')
             continue;
@@ -169,12 +169,12 @@ TEST_F(mailing, empty_lines_and_idle_prompts_change_nothing_either)
     ASSERT_TRUE(dialog_ends(email_prompt.question));
     ASSERT_TRUE(choose_mailing('5'));
     ASSERT_TRUE(answer(email_prompt, "new"));
-    ASSERT_TRUE(answer(with_text(code_prompt, "1"), "new"));
+    ASSERT_TRUE(answer(fill_in(code_prompt, "1"), "new"));
     ASSERT_TRUE(answer(style_prompt, ""));
     ASSERT_TRUE(dialog_ends(style_prompt.question));
     ASSERT_TRUE(choose_mailing('3'));
     ASSERT_TRUE(answer(email_prompt, "new"));
-    ASSERT_TRUE(prompt_is(with_text(code_prompt, "1")));
+    ASSERT_TRUE(prompt_is(fill_in(code_prompt, "1")));
     client.clock().jump(11);
     ASSERT_TRUE(dialog_ends(code_prompt.question));
     expect_nothing_sent();
@@ -188,13 +188,13 @@ TEST_F(mailing, the_address_goes_out_literally)
     ASSERT_TRUE(answer(email_prompt, "%s%n%d%%@example"));
     expect_sent({.kind = 60, .payload = "%s%n%d%%@example"});
     ASSERT_TRUE(choose_mailing('5'));
-    ASSERT_TRUE(answer(with_text(email_prompt, "%s%n%d%%@example"), "\t%x"));
+    ASSERT_TRUE(answer(fill_in(email_prompt, "%s%n%d%%@example"), "\t%x"));
     ASSERT_TRUE(answer(code_prompt, "%s"));
     ASSERT_TRUE(answer(style_prompt, "1"));
     expect_sent({.kind = 66, .payload = "%s%n%d%%@example\t%x", .param1 = 1});
 }
 
-TEST_F(mailing, address_and_code_hold_a_character_less_than_their_sizes)
+TEST_F(mailing, address_and_code_hold_one_character_less_than_their_sizes)
 {
     ASSERT_TRUE(begin_with("", ""));
     ASSERT_TRUE(choose_mailing('3'));
@@ -212,7 +212,7 @@ TEST_F(mailing, what_is_typed_here_is_offered_for_pager_lists)
     ASSERT_TRUE(answer(code_prompt, "4711"));
     ASSERT_TRUE(dialog_ends(code_prompt.question));
     ASSERT_TRUE(choose('p', pager_menu, '3'));
-    ASSERT_TRUE(answer(with_text(email_prompt, "me@example.com"), ""));
+    ASSERT_TRUE(answer(fill_in(email_prompt, "me@example.com"), ""));
     ASSERT_TRUE(answer({"Your subscription code", 15, or_cancel, "4711"}, ""));
     expect_sent({.kind = 89, .payload = "me@example.com", .param1 = 4711});
 }
@@ -221,8 +221,8 @@ TEST_F(mailing, every_prompt_stays_whole_through_traffic_and_resizes)
 {
     ASSERT_TRUE(begin_with("me@example.com", "4711"));
     ASSERT_TRUE(choose_mailing('5'));
-    const std::vector<prompt_look> prompts = {with_text(email_prompt, "me@example.com"),
-                                              with_text(code_prompt, "4711"), style_prompt};
+    const std::vector<prompt_look> prompts = {fill_in(email_prompt, "me@example.com"),
+                                              fill_in(code_prompt, "4711"), style_prompt};
     for (const prompt_look& prompt : prompts) {
         ASSERT_TRUE(prompt_is(prompt));
         client.clock().jump(-100);

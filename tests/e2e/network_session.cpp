@@ -14,7 +14,7 @@ namespace
 constexpr const char* aliases[] = {"alpha", "bravo", "charlie", "delta", "echo"};
 
 /// "<name>text</name>", or nothing for an empty text.
-std::string element(const std::string& name, const std::string& text)
+std::string make_element(const std::string& name, const std::string& text)
 {
     return text.empty() ? "" : "<" + name + ">" + text + "</" + name + ">";
 }
@@ -87,8 +87,8 @@ testing::AssertionResult wait_for_notice(client_session& client, server_connecti
 testing::AssertionResult stop_polls(client_session& client)
 {
     client.clock().set_alarm_pace(0);
-    // This poll takes back the alarm that was set at the old pace. What rang before that has been
-    // heard when the keys have had their effect.
+    // This poll replaces the alarm that was set at the old pace. Alarms that rang earlier have been
+    // handled once the keys have taken effect.
     client.terminal().send_signal(SIGALRM);
     return client.wait_for_keys();
 }
@@ -157,24 +157,28 @@ server_packet capabilities_packet(std::string_view elements)
 
 std::string document_of(const acars_message& message)
 {
-    const std::string date = element("Day", message.day) + element("Month", message.month) +
-                             element("Year", message.year) + element("Hour", message.hour) +
-                             element("Minute", message.minute);
+    const std::string date =
+        make_element("Day", message.day) + make_element("Month", message.month) +
+        make_element("Year", message.year) + make_element("Hour", message.hour) +
+        make_element("Minute", message.minute);
     const std::string acars =
-        element("ACARSMode", message.mode) + element("AircraftReg", message.registration) +
-        element("MessageLabel", message.label) + element("BlockID", message.block) +
-        element("MessageNumber", message.number) + element("FlightNumber", message.flight) +
-        element("MessageDate", date) +
-        element("Authorized", element("MessageContent", message.content));
+        make_element("ACARSMode", message.mode) +
+        make_element("AircraftReg", message.registration) +
+        make_element("MessageLabel", message.label) + make_element("BlockID", message.block) +
+        make_element("MessageNumber", message.number) +
+        make_element("FlightNumber", message.flight) + make_element("MessageDate", date) +
+        make_element("Authorized", make_element("MessageContent", message.content));
     return "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" +
-           element("tovrik",
-                   element("ACARS", acars) +
-                       element("Extended", element("Aircraft", message.aircraft) +
-                                               element("Operator", message.operator_name)) +
-                       element("FlightRouting",
-                               element("From", message.from) + element("To", message.to)) +
-                       element("Contacts", message.contacts) +
-                       element("ContactData", element("DailyFlights", message.daily_flights)));
+           make_element(
+               "tovrik",
+               make_element("ACARS", acars) +
+                   make_element("Extended", make_element("Aircraft", message.aircraft) +
+                                                make_element("Operator", message.operator_name)) +
+                   make_element("FlightRouting", make_element("From", message.from) +
+                                                     make_element("To", message.to)) +
+                   make_element("Contacts", message.contacts) +
+                   make_element("ContactData",
+                                make_element("DailyFlights", message.daily_flights)));
 }
 
 std::vector<std::string> lines_of(const acars_message& message)

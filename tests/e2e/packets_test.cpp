@@ -8,7 +8,7 @@
 namespace
 {
 
-/// A packet whose whole effect is one line in the status pane, and perhaps beeps.
+/// A packet whose only effect is one line in the status pane, perhaps with beeps.
 struct reporting_kind {
     std::uint32_t kind;
     const char* payload;
@@ -45,7 +45,7 @@ constexpr reporting_kind reporting_kinds[] = {
     {90, "one line", "one line", pairs::server_text, 0},
 };
 
-/// A wide client with one server that it is connected to.
+/// A wide client connected to one server.
 class packets : public testing::Test
 {
 protected:
@@ -57,8 +57,8 @@ protected:
         before = client.status_lines();
     }
 
-    /// The status lines since the start of the test after the server's last packet was dealt with.
-    std::vector<std::string> lines_added()
+    /// The status lines since the start of the test, after the server's last packet was handled.
+    std::vector<std::string> read_added_lines()
     {
         EXPECT_TRUE(wait_for_notice(client, *connection, "that is all"));
         std::vector<std::string> lines = client.status_lines();
@@ -85,7 +85,7 @@ TEST_P(packets_that_report, show_their_line_in_its_colour_with_their_beeps)
     const reporting_kind& row = GetParam();
     ASSERT_TRUE(connection->send(row.kind, row.payload));
     ASSERT_TRUE(client.wait_for_status(row.line, row.pair, row.pair >= 5 && row.pair <= 7));
-    EXPECT_EQ(lines_added(), std::vector<std::string>{row.line});
+    EXPECT_EQ(read_added_lines(), std::vector<std::string>{row.line});
     EXPECT_EQ(client.terminal().bells(), row.beeps);
     EXPECT_EQ(client.marker(1).text, "*") << "the connection stays open";
     EXPECT_FALSE(connection->has_unread_bytes()) << "nothing is answered";
@@ -119,7 +119,7 @@ TEST_F(packets, kinds_without_a_meaning_and_switches_of_checks_are_silent)
           81U,  84U,  88U,  95U,  99U,  101U,  148U,     150U,        151U,
           154U, 199U, 200U, 203U, 206U, 1000U, 0x10003U, 0x80000003U, 0xFFFFFFFFU})
         ASSERT_TRUE(connection->send(kind, "some text"));
-    EXPECT_EQ(lines_added(), std::vector<std::string>{});
+    EXPECT_EQ(read_added_lines(), std::vector<std::string>{});
     EXPECT_EQ(client.terminal().bells(), 0);
     EXPECT_EQ(client.marker(1).text, "*");
     EXPECT_FALSE(connection->has_unread_bytes());
@@ -137,14 +137,14 @@ TEST_F(packets, an_uptime_of_other_than_three_fields_is_not_shown)
 {
     for (const char* text : {"90061\t12", "90061", "\t", "1\t2\t3\t4"})
         ASSERT_TRUE(connection->send(153, text));
-    EXPECT_EQ(lines_added(), std::vector<std::string>{});
+    EXPECT_EQ(read_added_lines(), std::vector<std::string>{});
 }
 
 TEST_F(packets, empty_lines_inside_a_text_are_halved_and_one_at_its_end_is_not_printed)
 {
     ASSERT_TRUE(connection->send(64, "first\n\nsecond\n"));
-    EXPECT_EQ(lines_added(), (std::vector<std::string>{"first", "second"}));
-    // Four line feeds become two, with an empty line between them.
+    EXPECT_EQ(read_added_lines(), (std::vector<std::string>{"first", "second"}));
+    // Four line feeds become two, with an empty line in between.
     ASSERT_TRUE(connection->send(90, "third\n\n\n\nfourth\n\n"));
     ASSERT_TRUE(wait_for_notice(client, *connection, "end"));
     EXPECT_EQ(client.status_lines(), (std::vector<std::string>{"third", "", "fourth", "end"}));
@@ -162,7 +162,7 @@ TEST_F(packets, come_one_at_a_time_and_in_order)
     EXPECT_EQ(client.status_lines(), (std::vector<std::string>{"one", "two", "three", "four"}));
 }
 
-TEST_F(packets, one_is_taken_in_each_poll)
+TEST_F(packets, one_is_received_in_each_poll)
 {
     ASSERT_TRUE(stop_polls(client));
     ASSERT_TRUE(connection->send_bytes(packet_bytes({.kind = 103, .payload = "first"}) +

@@ -12,7 +12,7 @@ constexpr const char* two_records = "D-AIQA\tFRA\tLH400~^\t^\tBA117";
 class pager_list : public service_test
 {
 protected:
-    /// Lets the server send a list and gives the window all the time that a test may take.
+    /// Makes the server send a list, and keeps the window open for as long as a test may take.
     testing::AssertionResult show(const std::string& text, const list_look& look)
     {
         if (!connection->send(89, text))
@@ -137,19 +137,19 @@ TEST_F(pager_list, letters_beyond_ascii_take_one_column)
     EXPECT_TRUE(shows_at(6, 27, {"│DÜ      │F   │L         │"}));
 }
 
-TEST_F(pager_list, shows_as_many_records_as_the_terminal_has_room_for)
+TEST_F(pager_list, shows_as_many_records_as_fit_on_the_terminal)
 {
     ASSERT_TRUE(begin({}, {.rows = 30, .start_time = 400}));
     std::vector<std::string> seen = rows(25);
     seen.push_back("R25     |A25 |F25~R26"); // the rest of the text, up to its tab
-    // 24 of the 26 rows are on a terminal of 30 lines: the window goes on below it.
+    // A terminal of 30 lines has 24 of the 26 rows: the window continues below it.
     ASSERT_TRUE(show(records(40), {.rows = rows(24), .height = 29}));
     terminal().resize(40, 80);
     ASSERT_TRUE(list_is({.rows = seen}));
     ASSERT_TRUE(close());
 }
 
-TEST_F(pager_list, of_exactly_the_records_that_fit_is_whole)
+TEST_F(pager_list, shows_every_record_of_a_list_that_just_fits)
 {
     ASSERT_TRUE(begin({}, {.rows = 30, .start_time = 400}));
     ASSERT_TRUE(show(records(26), {.rows = rows(24), .height = 29}));
@@ -161,7 +161,7 @@ TEST_F(pager_list, of_exactly_the_records_that_fit_is_whole)
     ASSERT_TRUE(close());
 }
 
-TEST_F(pager_list, of_thousands_of_records_does_no_harm)
+TEST_F(pager_list, survives_thousands_of_records)
 {
     ASSERT_TRUE(begin());
     std::string many;
@@ -183,7 +183,7 @@ TEST_F(pager_list, closes_by_itself_after_ten_seconds)
     const std::string before = terminal().screen().whole_text();
     ASSERT_TRUE(connection->send(89, two_records));
     ASSERT_TRUE(list_is(two_rows));
-    terminal().send("x"); // no key but Escape matters
+    terminal().send("x"); // only Escape has an effect
     client.clock().jump(11);
     EXPECT_TRUE(terminal().wait_until([&] { return terminal().screen().whole_text() == before; },
                                       "the panes as before"));
@@ -203,7 +203,7 @@ TEST_F(pager_list, ignores_every_other_key)
     expect_nothing_sent();
 }
 
-TEST_F(pager_list, holds_the_servers_up_until_it_closes)
+TEST_F(pager_list, delays_the_servers_until_it_closes)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(show(two_records, two_rows));

@@ -1,4 +1,4 @@
-// pager_test.cpp - adding to, removing from and asking for a pager list: prompts, packets, replies.
+// pager_test.cpp - changing and requesting a pager list: prompts, packets, replies.
 #include "e2e/service_session.hpp"
 
 namespace
@@ -34,7 +34,7 @@ protected:
         return asked ? answer(code_prompt, code) : asked;
     }
 
-    /// Answers the three fields; null: with Escape.
+    /// Answers the three fields; null means Escape.
     testing::AssertionResult give(const char* registration, const char* flight, const char* airport)
     {
         testing::AssertionResult asked = testing::AssertionSuccess();
@@ -99,7 +99,7 @@ TEST_P(pager_change, asks_for_at_least_one_field)
     expect_nothing_sent();
 }
 
-TEST_P(pager_change, fields_left_to_the_clock_are_empty)
+TEST_P(pager_change, fields_that_time_out_are_empty)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(choose_pager(GetParam().choice));
@@ -191,7 +191,7 @@ struct code_case {
     std::uint16_t sent;
 };
 
-TEST_F(pager, a_code_is_sent_as_the_number_that_it_begins_with)
+TEST_F(pager, a_code_is_sent_as_its_leading_number)
 {
     ASSERT_TRUE(begin());
     for (const auto& [typed, sent] : {code_case{"12ab", 12},
@@ -225,7 +225,7 @@ TEST_F(pager, the_configured_address_and_code_are_offered_and_not_changed)
     EXPECT_EQ(client.home().read_config(), config_text(settings));
 }
 
-TEST_F(pager, a_configured_code_that_is_too_long_is_cut_to_the_room)
+TEST_F(pager, a_configured_code_that_is_too_long_is_cut_to_fit)
 {
     client_settings settings;
     settings.servers.push_back(
@@ -257,7 +257,7 @@ struct reply_case {
     int bells;
 };
 
-TEST_F(pager, replies_are_reported_asked_for_or_not)
+TEST_F(pager, replies_are_reported_whether_requested_or_not)
 {
     ASSERT_TRUE(begin());
     for (const auto& [kind, text, pair, bells] :

@@ -1,4 +1,4 @@
-// pages_in_front_test.cpp - what happens to the server list stays behind the settings and the help.
+// pages_in_front_test.cpp - changes to the server list stay behind the settings and the help.
 #include "e2e/client_session.hpp"
 
 #include <algorithm>
@@ -9,11 +9,11 @@
 namespace
 {
 
-// Notices are shown at once, also over the help.
+// Notices are shown at once, even over the help.
 constexpr std::ptrdiff_t rows_above_notices = 17;
 
-/// The screen while a page is in front, row by row.
-std::vector<std::string> rows_of(terminal_session& terminal)
+/// The rows of the screen while a page is in front.
+std::vector<std::string> read_rows(terminal_session& terminal)
 {
     std::vector<std::string> rows;
     for (int row = 0; row < 24; ++row)
@@ -28,16 +28,16 @@ TEST(pages_in_front, a_connection_made_behind_the_settings_does_not_draw_into_th
     ASSERT_TRUE(client.start(knowing(server)));
     client.terminal().send_control('e');
     ASSERT_TRUE(client.terminal().wait_for_text("To exit press ^E ]"));
-    const std::vector<std::string> before = rows_of(client.terminal());
+    const std::vector<std::string> before = read_rows(client.terminal());
     client.terminal().send_control('l');
     std::optional<server_connection> connection = server.accept();
     ASSERT_TRUE(connection);
     ASSERT_TRUE(connection->read_packet());
     ASSERT_TRUE(connection->read_packet());
-    // Answered only by a poll after the connection's marker was drawn.
+    // Answered by a poll that comes after the connection's marker was drawn.
     ASSERT_TRUE(connection->send(85, "who"));
     ASSERT_TRUE(connection->read_packet());
-    EXPECT_TRUE(client.terminal().wait_until([&] { return rows_of(client.terminal()) == before; },
+    EXPECT_TRUE(client.terminal().wait_until([&] { return read_rows(client.terminal()) == before; },
                                              "the page as it was"));
     client.terminal().send_control('e');
     ASSERT_TRUE(client.terminal().wait_until([&] { return client.marker(1).text == "*"; },
@@ -50,14 +50,14 @@ TEST(pages_in_front, moving_the_bar_behind_the_help_does_not_draw_into_it)
     ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
     client.terminal().send_control('h');
     ASSERT_TRUE(client.terminal().wait_for_text("[ To exit press ^H ]"));
-    const std::vector<std::string> before = rows_of(client.terminal());
+    const std::vector<std::string> before = read_rows(client.terminal());
     client.terminal().send_key(named_key::down);
-    // Refused with a bell, which tells that the key before it has had its effect.
+    // Refused with a bell, which shows that the previous key has taken effect.
     client.terminal().send_control('d');
     ASSERT_TRUE(
         client.terminal().wait_until([&] { return client.terminal().bells() == 1; }, "the bell"));
     const auto is_as_before = [&] {
-        const std::vector<std::string> rows = rows_of(client.terminal());
+        const std::vector<std::string> rows = read_rows(client.terminal());
         return std::equal(rows.begin(), rows.begin() + rows_above_notices, before.begin());
     };
     EXPECT_TRUE(client.terminal().wait_until(is_as_before, "the page as it was"));

@@ -1,4 +1,4 @@
-// password_test.cpp - passwords from the demand to the digest, kept ones and refused ones.
+// password_test.cpp - passwords from the demand to the digest: typed, saved and refused ones.
 #include "e2e/network_session.hpp"
 
 #include <csignal>
@@ -27,7 +27,7 @@ std::ostream& operator<<(std::ostream& out, const typed_password& row)
     return out << row.name;
 }
 
-/// Two servers and a client that is not yet running.
+/// Two servers, and a client that is not yet running.
 class password : public testing::Test
 {
 protected:
@@ -62,7 +62,7 @@ protected:
         return packet && packet->kind == 81 ? packet->payload : "no password";
     }
 
-    /// Types a password for the server that demands one, then leaves.
+    /// Types a password for the server that demands one, then leaves the client.
     void answer_and_quit(const client_settings& settings)
     {
         ASSERT_TRUE(begin(settings));
@@ -126,7 +126,7 @@ TEST_F(password, is_asked_for_again_at_each_demand)
     EXPECT_FALSE(client.terminal().shows("saved password"));
 }
 
-TEST_F(password, while_it_is_typed_nothing_else_is_received)
+TEST_F(password, nothing_else_is_received_while_it_is_typed)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(demand());
@@ -145,7 +145,7 @@ TEST_F(password, while_it_is_typed_nothing_else_is_received)
     ASSERT_TRUE(client.terminal().wait_for_text("from the same"));
 }
 
-TEST_F(password, a_connection_made_meanwhile_leaves_the_box_whole)
+TEST_F(password, a_connection_made_meanwhile_does_not_damage_the_box)
 {
     client_settings settings = servers.settings();
     ASSERT_TRUE(client.start(settings));
@@ -154,7 +154,7 @@ TEST_F(password, a_connection_made_meanwhile_leaves_the_box_whole)
     ASSERT_TRUE(select_row(client, 2));
     client.terminal().send_control('l');
     ASSERT_TRUE(client.terminal().wait_for_text("Try connecting to bravo"));
-    // The attempt is held until the box is open, unless it was very quick.
+    // Stops the attempt until the box is open, unless it was very quick.
     const pid_t program = client.terminal().process_id();
     for (const pid_t attempt : children_of(program))
         kill(attempt, SIGSTOP);
@@ -175,7 +175,7 @@ TEST_F(password, a_connection_made_meanwhile_leaves_the_box_whole)
     EXPECT_EQ(first->read_packet(), (server_packet{.kind = 81, .payload = digest_of_abc}));
 }
 
-TEST_F(password, a_saved_one_is_sent_as_it_is)
+TEST_F(password, a_saved_password_is_sent_unchanged)
 {
     ASSERT_TRUE(begin({.save_passwords = true}, "0123456789abcdef0123456789ABCDEF"));
     ASSERT_TRUE(demand());
@@ -189,7 +189,7 @@ TEST_F(password, a_saved_one_is_sent_as_it_is)
     ASSERT_TRUE(client.wait_for_status("Password accepted. MessageAccess granted", pairs::success));
 }
 
-TEST_F(password, one_that_stands_in_the_configuration_needs_the_switch)
+TEST_F(password, a_password_in_the_configuration_needs_the_switch)
 {
     ASSERT_TRUE(begin({}, digest_of_abc));
     ASSERT_TRUE(demand());
@@ -197,7 +197,7 @@ TEST_F(password, one_that_stands_in_the_configuration_needs_the_switch)
     EXPECT_FALSE(connections[0].has_unread_bytes());
 }
 
-TEST_F(password, a_typed_one_is_used_for_the_next_demand_when_they_are_saved)
+TEST_F(password, a_typed_password_is_used_for_the_next_demand_if_passwords_are_saved)
 {
     ASSERT_TRUE(begin({.save_passwords = true}));
     ASSERT_TRUE(demand());
@@ -210,7 +210,7 @@ TEST_F(password, a_typed_one_is_used_for_the_next_demand_when_they_are_saved)
                                        pairs::secondary, std::nullopt));
 }
 
-TEST_F(password, a_refused_one_is_forgotten_and_asked_for_again)
+TEST_F(password, a_refused_password_is_forgotten_and_asked_for_again)
 {
     ASSERT_TRUE(begin({.save_passwords = true, .save_on_exit = true}, "wrong"));
     ASSERT_TRUE(demand());

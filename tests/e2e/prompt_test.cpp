@@ -1,4 +1,4 @@
-// prompt_test.cpp - the one box in which text is asked for, as a password demand opens it.
+// prompt_test.cpp - the box that asks for text, as a password demand opens it.
 #include "e2e/client_session.hpp"
 
 #include <gtest/gtest.h>
@@ -90,7 +90,7 @@ TEST_F(prompt, enter_gives_the_text_and_the_panes_come_back)
         EXPECT_EQ(line, "");
 }
 
-TEST_F(prompt, escape_and_an_empty_line_give_nothing)
+TEST_F(prompt, escape_or_an_empty_line_gives_no_text)
 {
     client.terminal().send("abc");
     ASSERT_TRUE(line_is("abc_"));
@@ -142,7 +142,7 @@ TEST_F(prompt, holds_39_characters_and_no_more)
     EXPECT_FALSE(client.terminal().shows("xyzw"));
 }
 
-TEST_F(prompt, backspace_takes_back_the_last_character_down_to_the_first)
+TEST_F(prompt, backspace_erases_the_last_character_down_to_the_first)
 {
     client.terminal().send("zz");
     ASSERT_TRUE(line_is("zz_"));
@@ -230,7 +230,7 @@ protected:
 TEST_F(prompt_of_a_key, keys_that_change_nothing_renew_the_time_too)
 {
     client.clock().jump(8);
-    client.terminal().send_key(named_key::backspace); // there is nothing to take back
+    client.terminal().send_key(named_key::backspace); // there is nothing to erase
     ASSERT_TRUE(client.terminal().wait_for_keys_read());
     ASSERT_TRUE(client.wait_for_polls());
     client.clock().jump(8);
@@ -239,7 +239,7 @@ TEST_F(prompt_of_a_key, keys_that_change_nothing_renew_the_time_too)
     client.terminal().send(std::string(59, 'x'));
     ASSERT_TRUE(client.terminal().wait_for_text("│ " + std::string(59, 'x')));
     client.clock().jump(8);
-    client.terminal().send("y"); // there is no room for it
+    client.terminal().send("y"); // it does not fit
     ASSERT_TRUE(client.terminal().wait_for_keys_read());
     ASSERT_TRUE(client.wait_for_polls());
     client.clock().jump(8);
@@ -251,11 +251,11 @@ TEST_F(prompt_of_a_key, keys_that_change_nothing_renew_the_time_too)
 
 TEST_F(prompt_of_a_key, stays_open_through_the_tenth_second)
 {
-    constexpr std::int64_t typed_at_s = 15; // the prompt was opened at 10 or soon after
+    constexpr std::int64_t typed_at_s = 15; // the prompt was opened at 10 or a little later
     client.clock().set(typed_at_s);
     client.terminal().send("abc");
     ASSERT_TRUE(client.terminal().wait_for_text("│ abc_"));
-    // On a machine that was held up these are other seconds, of which nothing can be told.
+    // On a machine that was too slow the seconds differ, and nothing can be checked.
     const bool is_typed_in_time = client.clock().now_ms() < (typed_at_s + 1) * 1000;
     client.clock().set(typed_at_s + 10);
     ASSERT_TRUE(client.wait_for_polls());
@@ -266,7 +266,7 @@ TEST_F(prompt_of_a_key, stays_open_through_the_tenth_second)
     EXPECT_TRUE(client.terminal().wait_for_no_text("Folder for ~Logfiles"));
 }
 
-TEST(prompt_keys, on_a_terminal_whose_backspace_is_control_h_erase_with_it)
+TEST(prompt_keys, erase_with_control_h_where_that_is_the_terminals_backspace)
 {
     scripted_server server;
     client_session client;

@@ -1,4 +1,4 @@
-// report_reception_test.cpp - reports on their way in: their announcement and their pieces.
+// report_reception_test.cpp - receiving reports: their announcement and their pieces.
 #include "e2e/report_session.hpp"
 
 namespace
@@ -8,7 +8,7 @@ constexpr const char* refused = "Report refused, its announced size is out of bo
 
 using report_reception = report_session;
 
-TEST_F(report_reception, comes_in_pieces_of_any_size)
+TEST_F(report_reception, accepts_pieces_of_any_size)
 {
     ASSERT_TRUE(begin());
     std::string text;
@@ -22,7 +22,7 @@ TEST_F(report_reception, comes_in_pieces_of_any_size)
     expect_saved("./small.txt", "small");
 }
 
-TEST_F(report_reception, may_fill_all_the_room_that_its_size_gives)
+TEST_F(report_reception, a_text_may_be_four_times_the_announced_size)
 {
     ASSERT_TRUE(begin());
     const std::string text(4000, 'x');
@@ -31,7 +31,7 @@ TEST_F(report_reception, may_fill_all_the_room_that_its_size_gives)
     expect_saved("./report.txt", text);
 }
 
-TEST_F(report_reception, a_text_beyond_four_times_its_size_is_not_taken)
+TEST_F(report_reception, a_text_beyond_four_times_its_size_is_refused)
 {
     ASSERT_TRUE(begin());
     const std::string bytes = compressed(std::string(4001, 'x'));
@@ -39,26 +39,26 @@ TEST_F(report_reception, a_text_beyond_four_times_its_size_is_not_taken)
     send_piece(bytes);
     ASSERT_TRUE(client.wait_for_status("Unable to decompress binary paket. Err: -5", pairs::error));
     EXPECT_TRUE(terminal().wait_until([&] { return terminal().bells() == 1; }, "a bell"));
-    ASSERT_TRUE(all_is_dealt_with("goes on"));
+    ASSERT_TRUE(wait_until_handled("goes on"));
     expect_nothing_offered();
 }
 
-TEST_F(report_reception, bytes_that_are_no_report_are_not_taken)
+TEST_F(report_reception, bytes_that_are_no_report_are_refused)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("1000\t4000", "4000"));
     send_piece(std::string(999, 'x'));
-    ASSERT_TRUE(all_is_dealt_with("a byte is missing"));
+    ASSERT_TRUE(wait_until_handled("a byte is missing"));
     EXPECT_FALSE(terminal().shows("Unable to decompress"));
     send_piece("x");
     ASSERT_TRUE(client.wait_for_status("Unable to decompress binary paket. Err: -3", pairs::error));
     EXPECT_TRUE(terminal().wait_until([&] { return terminal().bells() == 1; }, "a bell"));
-    send_piece("more"); // belongs to nothing any more
-    ASSERT_TRUE(all_is_dealt_with("goes on"));
+    send_piece("more"); // belongs to no report
+    ASSERT_TRUE(wait_until_handled("goes on"));
     expect_nothing_offered();
 }
 
-TEST_F(report_reception, what_runs_past_the_total_is_cut)
+TEST_F(report_reception, bytes_beyond_the_total_are_cut)
 {
     ASSERT_TRUE(begin());
     const std::string bytes = compressed("the text");
@@ -69,19 +69,19 @@ TEST_F(report_reception, what_runs_past_the_total_is_cut)
     expect_saved("./report.txt", "the text");
 }
 
-TEST_F(report_reception, pieces_that_nobody_announced_are_dropped)
+TEST_F(report_reception, unannounced_pieces_are_dropped)
 {
     ASSERT_TRUE(begin());
     send_pieces(compressed("never asked for"), 5);
-    ASSERT_TRUE(all_is_dealt_with("first"));
-    ASSERT_TRUE(announce("4000", "4000")); // a size alone prepares nothing
+    ASSERT_TRUE(wait_until_handled("first"));
+    ASSERT_TRUE(announce("4000", "4000")); // a size alone announces nothing
     send_pieces(compressed("never asked for"), 5);
-    ASSERT_TRUE(all_is_dealt_with("second"));
+    ASSERT_TRUE(wait_until_handled("second"));
     expect_nothing_offered();
     EXPECT_EQ(terminal().bells(), 0);
 }
 
-TEST_F(report_reception, a_new_announcement_begins_anew)
+TEST_F(report_reception, a_new_announcement_starts_over)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("200000000\t50", "50"));
@@ -93,24 +93,24 @@ TEST_F(report_reception, a_new_announcement_begins_anew)
     expect_saved("./report.txt", "the third");
 }
 
-TEST_F(report_reception, disconnecting_drops_a_report_half_way)
+TEST_F(report_reception, disconnecting_drops_an_incomplete_report)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("10\t100", "100"));
     send_piece("123");
-    ASSERT_TRUE(all_is_dealt_with("half way"));
+    ASSERT_TRUE(wait_until_handled("half way"));
     terminal().send_control('d');
     ASSERT_TRUE(client.wait_for_status(
         "Connection to alpha:" + std::to_string(server.port()) + " closed", pairs::success));
     connection = client.connect_selected(server);
     ASSERT_TRUE(connection);
     send_piece("4567890");
-    ASSERT_TRUE(all_is_dealt_with("nothing came of it"));
+    ASSERT_TRUE(wait_until_handled("nothing came of it"));
     EXPECT_FALSE(terminal().shows("Unable to decompress"));
     EXPECT_EQ(terminal().bells(), 0);
 }
 
-TEST_F(report_reception, begins_anew_on_the_next_connection)
+TEST_F(report_reception, starts_over_on_the_next_connection)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("100\t100", "100"));
@@ -124,18 +124,18 @@ TEST_F(report_reception, begins_anew_on_the_next_connection)
     expect_saved("./report.txt", "the text");
 }
 
-TEST_F(report_reception, is_given_up_half_way_on_exit)
+TEST_F(report_reception, is_given_up_on_exit)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(announce("2000\t4000", "4000"));
     send_piece(std::string(1999, 'x'));
-    ASSERT_TRUE(all_is_dealt_with("half way"));
+    ASSERT_TRUE(wait_until_handled("half way"));
     client.quit();
 }
 
 struct header_case {
     const char* header;
-    const char* size; // reported; null: the report is refused
+    const char* size; // as reported; null: the report is refused
 };
 
 TEST_F(report_reception, announced_numbers_have_bounds)
@@ -161,9 +161,9 @@ TEST_F(report_reception, announced_numbers_have_bounds)
         ASSERT_TRUE(connection->send(74, header));
         ASSERT_TRUE(size == nullptr ? client.wait_for_status(refused, pairs::error)
                                     : client.wait_for_status(size_line(size), pairs::notice));
-        // Four lines push out what the next header may say again.
+        // Four lines push out a line that the next header may repeat.
         for (const char* notice : {"one", "two", "three", "four"})
-            ASSERT_TRUE(all_is_dealt_with(notice));
+            ASSERT_TRUE(wait_until_handled(notice));
     }
 }
 
@@ -176,11 +176,11 @@ TEST_F(report_reception, a_refused_announcement_drops_what_came_before)
     ASSERT_TRUE(connection->send(74, "-1\t100"));
     ASSERT_TRUE(client.wait_for_status(refused, pairs::error));
     send_piece(bytes.substr(3));
-    ASSERT_TRUE(all_is_dealt_with("nothing came of it"));
+    ASSERT_TRUE(wait_until_handled("nothing came of it"));
     expect_nothing_offered();
 }
 
-TEST_F(report_reception, comes_up_over_a_menu_and_leaves_it)
+TEST_F(report_reception, prompts_over_a_menu_and_leaves_it)
 {
     ASSERT_TRUE(begin());
     terminal().send_control('a');
@@ -194,7 +194,7 @@ TEST_F(report_reception, comes_up_over_a_menu_and_leaves_it)
     ASSERT_TRUE(dialog_ends(update_menu.hint));
 }
 
-TEST_F(report_reception, comes_up_over_a_prompt_and_leaves_its_text)
+TEST_F(report_reception, prompts_over_a_prompt_and_leaves_its_text)
 {
     ASSERT_TRUE(begin());
     terminal().send_control('o');

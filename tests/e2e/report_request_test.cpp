@@ -1,4 +1,4 @@
-// report_request_test.cpp - asking for the report of a day, and what servers answer to it.
+// report_request_test.cpp - requesting the report of a day, and the servers' answers.
 #include "e2e/service_session.hpp"
 
 namespace
@@ -7,7 +7,7 @@ namespace
 const prompt_look date_prompt{"Date of report (DD/MM/YYYY)", 12};
 constexpr const char* wrong_format = "Wrong date format. Please use DD/MM/YYYY";
 
-/// Berlin's rules, spelt out so that no time zone files are needed.
+/// Berlin's rules in full, so that no time zone files are needed.
 constexpr const char* berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
 
 class report_request : public service_test
@@ -55,16 +55,16 @@ TEST_F(report_request, a_day_is_sent_as_its_first_second_in_the_local_time)
     EXPECT_EQ(terminal().bells(), 0);
 }
 
-TEST_F(report_request, daylight_saving_is_left_out_of_account)
+TEST_F(report_request, daylight_saving_time_is_ignored)
 {
     ASSERT_TRUE(begin({}, in_zone(berlin)));
     ASSERT_TRUE(ask("16/11/2026"));
     expect_asked_for("1794783601");
-    ASSERT_TRUE(ask("16/07/2026")); // one second past one o'clock, by the clocks of that summer
+    ASSERT_TRUE(ask("16/07/2026")); // one second past one o'clock in summer time
     expect_asked_for("1784156401");
 }
 
-TEST_F(report_request, days_far_beyond_the_calendar_are_no_fault)
+TEST_F(report_request, days_far_beyond_the_calendar_do_no_harm)
 {
     ASSERT_TRUE(begin({}, in_zone("UTC")));
     for (const char* typed : {"//", "/", "-1/-1/-1", "99999999/1/", "2147483648/", "1/1/9999999",
@@ -104,7 +104,7 @@ TEST_F(report_request, holds_eleven_characters)
     expect_nothing_sent();
 }
 
-TEST_F(report_request, escape_an_empty_line_and_the_clock_end_it_in_silence)
+TEST_F(report_request, escape_an_empty_line_and_a_time_out_end_it_silently)
 {
     ASSERT_TRUE(begin());
     const std::vector<std::string> before = client.status_lines();
@@ -161,7 +161,7 @@ struct reply_case {
     int bells;
 };
 
-TEST_F(report_request, replies_are_reported_asked_for_or_not)
+TEST_F(report_request, replies_are_reported_whether_requested_or_not)
 {
     ASSERT_TRUE(begin());
     for (const auto& [kind, text, pair, bells] :

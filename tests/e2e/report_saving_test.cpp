@@ -1,4 +1,4 @@
-// report_saving_test.cpp - saving a report: the prompt for its name, the file, and what may go
+// report_saving_test.cpp - saving a report: the prompt for its name, the file, and what can go
 // wrong.
 #include "e2e/report_session.hpp"
 
@@ -40,7 +40,7 @@ TEST_F(report_saving, starts_from_the_folder_for_reports)
     expect_saved("daily/report.txt", "text");
 }
 
-TEST_F(report_saving, starts_from_here_without_a_folder_for_reports)
+TEST_F(report_saving, starts_from_the_working_folder_without_a_folder_for_reports)
 {
     client_settings settings;
     settings.servers.push_back({.port = std::to_string(server.port()), .alias = "alpha"});
@@ -64,10 +64,10 @@ TEST_F(report_saving, is_written_up_to_its_first_zero_byte)
     expect_saved("./report.txt", "before");
 }
 
-TEST_F(report_saving, is_in_its_file_before_it_is_said_to_be)
+TEST_F(report_saving, is_in_its_file_before_it_is_reported_as_saved)
 {
     ASSERT_TRUE(begin());
-    // A title, which shows nowhere on the screen.
+    // A window title, which appears nowhere on the screen.
     ASSERT_TRUE(send_report("\033]2;the-text\033\\"));
     ASSERT_TRUE(prompt_is(save_prompt()));
     terminal().send_key(named_key::backspace);
@@ -79,7 +79,7 @@ TEST_F(report_saving, is_in_its_file_before_it_is_said_to_be)
     EXPECT_LT(output.find("the-text"), output.find("successfully"));
 }
 
-TEST_F(report_saving, of_nothing_makes_an_empty_file)
+TEST_F(report_saving, an_empty_report_makes_an_empty_file)
 {
     ASSERT_TRUE(begin());
     const std::string bytes = compressed("");
@@ -89,7 +89,7 @@ TEST_F(report_saving, of_nothing_makes_an_empty_file)
     expect_saved("./report.txt", "");
 }
 
-TEST_F(report_saving, escape_an_empty_line_and_the_clock_discard_it)
+TEST_F(report_saving, escape_an_empty_line_and_a_time_out_discard_it)
 {
     ASSERT_TRUE(begin());
     const std::vector<std::string> files = client.home().files();
@@ -110,7 +110,7 @@ TEST_F(report_saving, escape_an_empty_line_and_the_clock_discard_it)
     EXPECT_EQ(terminal().bells(), 0);
 }
 
-TEST_F(report_saving, a_file_that_cannot_be_made_is_reported)
+TEST_F(report_saving, a_file_that_cannot_be_created_is_reported)
 {
     client.home().make_folder("folder");
     mkfifo(client.home().path_of("fifo").c_str(), 0600);
@@ -128,7 +128,7 @@ TEST_F(report_saving, a_file_that_cannot_be_made_is_reported)
     EXPECT_FALSE(terminal().shows("successfully saved"));
 }
 
-TEST_F(report_saving, a_name_goes_through_as_it_is)
+TEST_F(report_saving, a_name_is_used_unchanged)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(send_report("text"));
@@ -166,7 +166,7 @@ TEST_F(report_saving, its_prompt_spans_any_terminal)
     }
 }
 
-TEST_F(report_saving, its_prompt_stays_whole_through_resizes_and_holds_the_servers_up)
+TEST_F(report_saving, its_prompt_stays_whole_through_resizes_and_delays_the_servers)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(send_report("text"));

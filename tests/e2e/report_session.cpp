@@ -38,7 +38,7 @@ testing::AssertionResult report_session::send_report(const std::string& text, st
     return announced;
 }
 
-testing::AssertionResult report_session::all_is_dealt_with(const std::string& notice)
+testing::AssertionResult report_session::wait_until_handled(const std::string& notice)
 {
     connection->send(103, notice);
     return client.wait_for_status(notice, pairs::plain, false);

@@ -1,4 +1,4 @@
-// resize_moment_test.cpp - what comes while the client is in the middle of a change of size.
+// resize_moment_test.cpp - what arrives while the client is in the middle of a resize.
 #include "e2e/client_session.hpp"
 #include "e2e/network_session.hpp"
 #include "e2e/whole_screen.hpp"
@@ -9,12 +9,12 @@
 namespace
 {
 
-/// A client that has been told of a new size and is about to ask for it, for as long as the test
-/// wants. The terminal has been given up and is not yet taken over again.
+/// A client that knows of a resize and is about to ask for the new size, for as long as the test
+/// wants. It has given up the terminal and not yet taken it again.
 class resize_moment : public testing::Test
 {
 protected:
-    /// answered: how many questions for the size are answered before.
+    /// answered: how many queries for the size are answered first.
     void begin(std::vector<std::string> command, std::size_t answered = 0)
     {
         client.home().write_config(config_text(with_aliases({"alpha"})));
@@ -67,8 +67,8 @@ TEST_F(resize_moment, does_not_lose_the_stop_key)
         "it stops, and comes back"));
 }
 
-/// By how many questions of the client's have been answered when yet another size comes. Curses
-/// asks too, in its first update after the change.
+/// How many of the client's queries have been answered when yet another size comes. Curses asks
+/// too, in its first update after the resize.
 class another_size : public resize_moment, public testing::WithParamInterface<std::size_t>
 {
 };
@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(after, another_size, testing::Values(0U, 1U, 2U));
 TEST_P(another_size, does_no_harm)
 {
     ASSERT_NO_FATAL_FAILURE(begin({CLIENT_BINARY}, GetParam()));
-    // Most windows of the size that was told begin beyond this one.
+    // Most windows of the reported size begin outside this one.
     client.terminal().resize_unseen(10, 20);
     let_go();
     ASSERT_TRUE(client.terminal().wait_until(

@@ -6,7 +6,7 @@ namespace
 
 constexpr const char* digest_of_abc = "900150983cd24fb0d6963f7d28e17f72";
 
-/// A wide client with two servers that it is connected to.
+/// A wide client connected to two servers.
 class resize_network : public testing::Test
 {
 protected:
@@ -34,7 +34,7 @@ protected:
     std::vector<server_connection> connections;
 };
 
-/// The password box with `text` typed into it, whole and centred for the terminal's size.
+/// Waits for the password box with `text` in it, whole and centred for the terminal's size.
 testing::AssertionResult box_is_whole(client_session& client, const std::string& text)
 {
     const std::string middle = "│ " + text + "_" + std::string(38 - text.size(), ' ') + "│";
@@ -89,7 +89,7 @@ TEST_F(resize_network, the_password_box_survives_a_terminal_too_small_for_it)
     EXPECT_EQ(connections[0].read_packet(), (server_packet{.kind = 81, .payload = digest_of_abc}));
 }
 
-TEST_F(resize_network, the_password_box_is_still_given_up_in_time)
+TEST_F(resize_network, the_password_box_still_times_out)
 {
     ASSERT_NO_FATAL_FAILURE(begin());
     ASSERT_TRUE(connections[0].send(capabilities_packet("<NeedAuth>1</NeedAuth>")));
@@ -116,7 +116,7 @@ TEST_F(resize_network, transmissions_find_the_new_bottom_row)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = "LOW"})));
 }
 
-TEST_F(resize_network, the_line_of_flight_statistics_goes)
+TEST_F(resize_network, the_line_of_flight_statistics_disappears)
 {
     ASSERT_NO_FATAL_FAILURE(begin({.flight_stats = true}));
     ASSERT_TRUE(connections[0].send(plain_packet(document_of({.daily_flights = "42"}))));
@@ -127,7 +127,7 @@ TEST_F(resize_network, the_line_of_flight_statistics_goes)
     ASSERT_TRUE(client.terminal().wait_for_text("Unique Flights: 43"));
 }
 
-TEST_F(resize_network, connections_outlive_it_and_marks_are_counted_from_the_new_list)
+TEST_F(resize_network, connections_survive_and_marks_are_counted_from_the_new_list)
 {
     ASSERT_NO_FATAL_FAILURE(begin());
     ASSERT_TRUE(resized(30, 100));
@@ -138,7 +138,7 @@ TEST_F(resize_network, connections_outlive_it_and_marks_are_counted_from_the_new
     ASSERT_TRUE(client.terminal().wait_until([&] { return client.marker(2).text == "-"; },
                                              "the tick is one row lower"));
     EXPECT_EQ(client.marker(1).text, " ");
-    // The blank of the user's own disconnect meets the server's own row now.
+    // The blank of the user's disconnect now hits the server's own row.
     ASSERT_TRUE(select_row(client, 2));
     client.terminal().send_control('d');
     ASSERT_TRUE(client.terminal().wait_until([&] { return client.marker(2).text == " "; },
@@ -148,7 +148,7 @@ TEST_F(resize_network, connections_outlive_it_and_marks_are_counted_from_the_new
                                              "a new connection is marked where it stands"));
 }
 
-TEST_F(resize_network, an_attempt_under_way_is_finished)
+TEST_F(resize_network, an_attempt_in_progress_is_finished)
 {
     listed_servers own(1);
     client_session session;

@@ -1,4 +1,4 @@
-// resume_test.cpp - a client that was stopped, seen coming or not, takes its terminal over again.
+// resume_test.cpp - a client that was stopped, with warning or without, takes its terminal again.
 #include "e2e/network_session.hpp"
 #include "e2e/whole_screen.hpp"
 #include "support/line_settings.hpp"
@@ -12,9 +12,9 @@ namespace
 
 constexpr const char* digest_of_abc = "900150983cd24fb0d6963f7d28e17f72";
 
-/// What a shell makes of the terminal while its job is stopped: lines with echo, and its own words
-/// all over the screen.
-void shell_takes_over(client_session& client)
+/// What a shell does to the terminal while its job is stopped: lines with echo, and words all over
+/// the screen.
+void act_as_shell(client_session& client)
 {
     terminal_session& terminal = client.terminal();
     const unique_fd fd = client.open_terminal();
@@ -29,7 +29,7 @@ void shell_takes_over(client_session& client)
     ASSERT_NE(terminal.line_settings().c_lflag & ECHO, 0U);
 }
 
-/// A client that shows a transmission and is stopped in a way that it cannot see coming.
+/// A client that shows a transmission and is stopped in a way that it cannot foresee.
 class resume : public testing::Test
 {
 protected:
@@ -48,7 +48,7 @@ protected:
         client.terminal().send_signal(SIGSTOP);
         ASSERT_TRUE(client.terminal().wait_until(
             [&] { return facts_of(client.terminal().process_id()).state == 'T'; }, "it stops"));
-        shell_takes_over(client);
+        act_as_shell(client);
     }
 
     testing::AssertionResult has_its_modes()
@@ -64,7 +64,7 @@ protected:
     termios modes{};
 };
 
-TEST_F(resume, brings_modes_screen_and_keys_back)
+TEST_F(resume, restores_modes_screen_and_keys)
 {
     const std::vector<screen_cell> before = all_cells(client.terminal().screen());
     for (int round = 0; round < 2; ++round) {
@@ -82,7 +82,7 @@ TEST_F(resume, brings_modes_screen_and_keys_back)
     EXPECT_FALSE(client.terminal().screen().cursor_visible());
 }
 
-TEST_F(resume, finds_a_terminal_that_has_changed_its_size)
+TEST_F(resume, adapts_to_a_terminal_that_has_changed_its_size)
 {
     ASSERT_NO_FATAL_FAILURE(stop());
     client.terminal().resize(30, 100);
@@ -94,7 +94,7 @@ TEST_F(resume, finds_a_terminal_that_has_changed_its_size)
     ASSERT_TRUE(wait_for_notice(client, *connection, "and on"));
 }
 
-TEST_F(resume, brings_the_help_back_in_front)
+TEST_F(resume, shows_the_help_in_front_again)
 {
     client.terminal().send_control('h');
     ASSERT_TRUE(client.terminal().wait_for_text("[ To exit press ^H ]"));
@@ -108,7 +108,7 @@ TEST_F(resume, brings_the_help_back_in_front)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({})));
 }
 
-TEST_F(resume, brings_a_password_box_back_with_what_was_typed)
+TEST_F(resume, restores_a_password_box_with_its_text)
 {
     ASSERT_TRUE(connection->send(capabilities_packet("<NeedAuth>1</NeedAuth>")));
     ASSERT_TRUE(client.terminal().wait_for_text("[ Password required ]"));
@@ -127,7 +127,7 @@ TEST_F(resume, brings_a_password_box_back_with_what_was_typed)
 
 TEST_F(resume, is_not_needed_where_nobody_could_continue_the_client)
 {
-    // Without a shell above it that controls jobs, the system takes no request to stop.
+    // The system ignores requests to stop if no shell above the client controls jobs.
     client.terminal().forget_raw_output();
     client.terminal().send_signal(SIGTSTP);
     ASSERT_TRUE(client.terminal().wait_until(
@@ -139,7 +139,7 @@ TEST_F(resume, is_not_needed_where_nobody_could_continue_the_client)
     EXPECT_FALSE(client.terminal().screen().cursor_visible());
 }
 
-/// A client started by a shell that controls jobs and brings it back for every empty line.
+/// A client under a shell with job control, which continues it for every empty line.
 class job : public testing::Test
 {
 protected:
@@ -202,7 +202,7 @@ protected:
     termios modes{};
 };
 
-TEST_F(job, stopped_from_the_keyboard_comes_back_whole_each_time)
+TEST_F(job, comes_back_whole_after_every_stop_from_the_keyboard)
 {
     for (int round = 0; round < 2; ++round) {
         terminal->send_control('z');
@@ -215,14 +215,14 @@ TEST_F(job, stopped_from_the_keyboard_comes_back_whole_each_time)
     EXPECT_EQ(terminal->wait_for_exit(), 0);
 }
 
-TEST_F(job, finds_a_size_of_which_only_the_shell_was_told)
+TEST_F(job, adapts_to_a_size_of_which_only_the_shell_was_told)
 {
     terminal->send_control('z');
     ASSERT_TRUE(stopped());
     terminal->resize(31, 97);
     ASSERT_TRUE(continued());
     ASSERT_TRUE(takes_keys());
-    // Stopped once more, this time unseen.
+    // Stopped once more, this time without warning.
     const std::vector<pid_t> children = children_of(terminal->process_id());
     ASSERT_EQ(children.size(), 1U);
     kill(children[0], SIGSTOP);

@@ -1,4 +1,4 @@
-// screen_test.cpp - where everything is on the screen, in which colours, and what resizing does.
+// screen_test.cpp - where things are on the screen, in which colours, and what a resize does.
 #include "e2e/client_session.hpp"
 #include "e2e/whole_screen.hpp"
 
@@ -13,14 +13,14 @@ constexpr std::string_view keys =
     "^D Disconnect, ^E Settings, ^H Help, ^I ServerInfo, ^L Connect, ^R ServerList, ^X Exit";
 constexpr int shared_column = 26;
 
-std::string cut_or_padded(std::string_view text, int width)
+std::string fit_to_width(std::string_view text, int width)
 {
     std::string line{text.substr(0, static_cast<std::size_t>(width))};
     line.append(static_cast<std::size_t>(width) - line.size(), ' ');
     return line;
 }
 
-/// Every cell of a run: its text, and the look of pair `pair`.
+/// Checks every cell of a run: its text, and the look of `pair`.
 void expect_run(client_session& client, int row, int first, int last, const char* text, int pair)
 {
     for (int column = first; column <= last; ++column)
@@ -55,13 +55,13 @@ void expect_frames(client_session& client, int rows, int columns)
     }
     for (int row = status_top + 1; row < bottom - 1; ++row)
         expect_cell(row, right, "│");
-    // The newest line's blanking takes the frame with it.
+    // Blanking the newest line removes the frame too.
     EXPECT_EQ(client.terminal().cell(bottom - 1, right).text, " ");
 }
 
 void expect_key_line(client_session& client, int rows, int columns)
 {
-    EXPECT_EQ(client.terminal().row(rows - 1), cut_or_padded(keys, columns));
+    EXPECT_EQ(client.terminal().row(rows - 1), fit_to_width(keys, columns));
     for (int column = 0; column < columns; ++column) {
         const screen_cell seen = client.terminal().cell(rows - 1, column);
         ASSERT_EQ(seen, pair_cell(pairs::bar, false, seen.text)) << column;
@@ -81,7 +81,7 @@ class screen_sizes : public testing::TestWithParam<std::pair<int, int>>
 {
 };
 
-TEST_P(screen_sizes, everything_is_in_its_place)
+TEST_P(screen_sizes, show_everything_in_its_place)
 {
     const auto& [rows, columns] = GetParam();
     client_session client;
@@ -109,7 +109,7 @@ TEST(screen, everything_finds_its_place_after_a_resize)
         client.terminal().resize(rows, columns);
         ASSERT_TRUE(client.terminal().wait_until(
             [&] {
-                return client.terminal().row(rows - 1) == cut_or_padded(keys, columns) &&
+                return client.terminal().row(rows - 1) == fit_to_width(keys, columns) &&
                        client.bar_row() == 1;
             },
             "the screen is built anew"));
@@ -155,7 +155,7 @@ TEST(screen, a_terminal_that_does_not_tell_its_size_keeps_the_one_it_had)
     }
 }
 
-TEST(screen, a_resize_of_an_empty_list_lays_the_bar_but_selects_nothing)
+TEST(screen, a_resize_of_an_empty_list_draws_the_bar_but_selects_nothing)
 {
     client_session client;
     ASSERT_TRUE(client.start({}));
@@ -171,7 +171,7 @@ TEST(screen, a_resize_of_an_empty_list_lays_the_bar_but_selects_nothing)
 
 TEST(screen, survives_any_number_of_resizes_to_any_size)
 {
-    constexpr int rounds = 40; // an even number: the help is behind the panes at the end
+    constexpr int rounds = 40; // an even number: the panes are in front at the end
     client_session client;
     ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
     for (int round = 0; round < rounds; ++round) {
@@ -179,8 +179,8 @@ TEST(screen, survives_any_number_of_resizes_to_any_size)
         client.terminal().send_key(named_key::down);
         client.terminal().send_control('h');
     }
-    // A refused key is heard even where nothing can be shown. It is pressed again and again, since
-    // the terminal swallows ^D in the moment in which a resize has left curses.
+    // A refused key beeps even where nothing can be shown. It is pressed again and again, since the
+    // terminal swallows ^D while a resize has left curses.
     for (const auto& [tiny_rows, tiny_columns] : {std::pair{1, 1}, {2, 2}, {6, 28}, {3, 200}}) {
         client.terminal().resize(tiny_rows, tiny_columns);
         const int bells = client.terminal().bells();
@@ -198,7 +198,7 @@ TEST(screen, survives_any_number_of_resizes_to_any_size)
     expect_key_line(client, 24, 80);
 }
 
-TEST(screen, a_resize_without_a_change_of_size_is_taken_too)
+TEST(screen, a_resize_without_a_change_of_size_is_handled_too)
 {
     client_session client;
     ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
@@ -209,7 +209,7 @@ TEST(screen, a_resize_without_a_change_of_size_is_taken_too)
     EXPECT_TRUE(client.wait_for_status(title, pairs::notice));
 }
 
-TEST(screen, help_covers_everything_and_gives_it_back_intact)
+TEST(screen, help_covers_everything_and_uncovers_it_intact)
 {
     client_session client;
     ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"})));
@@ -225,7 +225,7 @@ TEST(screen, help_covers_everything_and_gives_it_back_intact)
     const std::vector<screen_cell> before = everything();
     client.terminal().send_control('h');
     ASSERT_TRUE(client.terminal().wait_for_text("[ To exit press ^H ]"));
-    EXPECT_EQ(client.terminal().row(0), cut_or_padded("  [ ncurses tovrik client - Help ]", 80));
+    EXPECT_EQ(client.terminal().row(0), fit_to_width("  [ ncurses tovrik client - Help ]", 80));
     EXPECT_EQ(client.terminal().cell(0, 2), pair_cell(pairs::frame, true, "["));
     EXPECT_EQ(client.terminal().screen().text(23, 58), "[ To exit press ^H ]  ");
     EXPECT_EQ(client.terminal().cell(23, 58), pair_cell(pairs::plain, true, "["));
@@ -245,14 +245,14 @@ TEST(screen, help_stays_in_front_through_a_resize)
     ASSERT_TRUE(client.terminal().wait_until(
         [&] {
             return client.terminal().row(0) ==
-                       cut_or_padded("  [ ncurses tovrik client - Help ]", 100) &&
+                       fit_to_width("  [ ncurses tovrik client - Help ]", 100) &&
                    client.terminal().screen().text(29, 78) == "[ To exit press ^H ]  " &&
                    !client.terminal().shows("alpha");
         },
         "the help in front at its new size"));
     client.terminal().send_control('h');
     ASSERT_TRUE(client.terminal().wait_until(
-        [&] { return client.terminal().row(29) == cut_or_padded(keys, 100); }, "the panes"));
+        [&] { return client.terminal().row(29) == fit_to_width(keys, 100); }, "the panes"));
     EXPECT_EQ(client.bar_text(), "alpha");
     expect_frames(client, 30, 100);
 }

@@ -1,4 +1,4 @@
-// server_info_test.cpp - the window about the selected server: texts, wrapping, coming and going.
+// server_info_test.cpp - the window about the selected server: texts, wrapping, open and close.
 #include "e2e/client_session.hpp"
 
 #include <gtest/gtest.h>
@@ -43,7 +43,7 @@ protected:
         connection = client.connect_selected(server);
         ASSERT_TRUE(connection);
     }
-    /// Tells the client what the server is, and waits until that has been read.
+    /// Sends the server's capabilities and waits until the client has read them.
     void tell(const std::string& capabilities)
     {
         ASSERT_TRUE(connection->send(41, capabilities));
@@ -57,7 +57,7 @@ protected:
     std::optional<server_connection> connection;
 };
 
-TEST_F(server_info, is_drawn_to_the_letter_for_a_server_of_which_nothing_is_known)
+TEST_F(server_info, is_drawn_exactly_for_a_server_of_which_nothing_is_known)
 {
     client_settings settings;
     settings.servers = {{.name = "host.example", .port = "0"}};
@@ -93,7 +93,7 @@ TEST_F(server_info, is_drawn_to_the_letter_for_a_server_of_which_nothing_is_know
     EXPECT_EQ(cell(9, 15), pair_cell(pairs::secondary, true, "|"));
 }
 
-TEST_F(server_info, shows_everything_a_server_tells_of_itself)
+TEST_F(server_info, shows_everything_a_server_tells_about_itself)
 {
     client_settings settings = knowing(server);
     settings.servers[0].location = "EDDF";
@@ -107,7 +107,7 @@ TEST_F(server_info, shows_everything_a_server_tells_of_itself)
     EXPECT_EQ(row(3), "Connected: YES Unique ServerID: id-1234");
     EXPECT_EQ(row(4), "ServerFlags: CRC MAILING MODIFY PAGER REPORTS");
     EXPECT_EQ(row(5), "Info: some facts");
-    // The last key is written up to the window's very edge.
+    // The last key reaches the very edge of the window.
     EXPECT_EQ(client.terminal().screen().text(top + 9, left + 1, width - 1),
               "Special Keys: | ^A Add entries | ^M Mailing | ^O Reports | ^P Pager");
     EXPECT_EQ(row(8), "");
@@ -150,7 +150,7 @@ TEST_F(server_info, is_drawn_once)
     ASSERT_TRUE(client.terminal().wait_for_text("Unique ServerID: id-1234"));
 }
 
-TEST_F(server_info, twice_restores_the_screen)
+TEST_F(server_info, restores_the_screen_when_toggled_twice)
 {
     ASSERT_TRUE(client.start(knowing(server)));
     connect();
@@ -170,7 +170,7 @@ TEST_F(server_info, twice_restores_the_screen)
             << "row " << at / 80 << " column " << at % 80;
 }
 
-TEST_F(server_info, without_a_server_nothing_happens)
+TEST_F(server_info, nothing_happens_without_a_server)
 {
     ASSERT_TRUE(client.start({}));
     ASSERT_TRUE(client.wait_for_keys());
@@ -182,7 +182,7 @@ TEST_F(server_info, without_a_server_nothing_happens)
     EXPECT_EQ(client.terminal().bells(), 0);
 }
 
-TEST_F(server_info, goes_with_a_transmission_an_arrow_and_a_resize)
+TEST_F(server_info, closes_on_a_transmission_an_arrow_and_a_resize)
 {
     client_settings settings = knowing(server);
     settings.servers.push_back({.name = "0.example"});
@@ -202,7 +202,7 @@ TEST_F(server_info, goes_with_a_transmission_an_arrow_and_a_resize)
     ASSERT_TRUE(window_closes());
 }
 
-TEST_F(server_info, stays_when_an_arrow_has_nowhere_to_go)
+TEST_F(server_info, stays_when_an_arrow_cannot_move_the_bar)
 {
     ASSERT_TRUE(client.start(knowing(server)));
     ASSERT_TRUE(open_window());
@@ -215,7 +215,7 @@ TEST_F(server_info, stays_when_an_arrow_has_nowhere_to_go)
     EXPECT_TRUE(row(9).starts_with("Special Keys: |"));
 }
 
-TEST_F(server_info, takes_the_statistics_with_it)
+TEST_F(server_info, removes_the_statistics_when_it_closes)
 {
     client_settings settings = knowing(server);
     settings.flight_stats = true;
@@ -256,7 +256,7 @@ TEST_F(server_info, fits_terminals_of_other_sizes)
     }
 }
 
-TEST_F(server_info, survives_terminals_without_room_for_it)
+TEST_F(server_info, survives_terminals_that_are_too_small_for_it)
 {
     client_settings settings;
     settings.servers = {{.name = "host.example", .info = std::string(200, 'i') + " facts"}};
@@ -269,7 +269,7 @@ TEST_F(server_info, survives_terminals_without_room_for_it)
         client.terminal().send("\t\t");
         ASSERT_TRUE(client.wait_for_polls());
     }
-    client.terminal().resize(25, 90); // closes what is open, whatever the keys met
+    client.terminal().resize(25, 90); // closes what is open, whatever the keys hit
     ASSERT_TRUE(client.terminal().wait_until([&] { return client.bar_row() == 1; }, "the panes"));
     client.terminal().send_key(named_key::tab);
     ASSERT_TRUE(client.terminal().wait_for_text("Location: unknown"));
@@ -287,7 +287,7 @@ TEST_F(server_info, wraps_nothing_on_terminals_narrower_than_its_margins)
     EXPECT_TRUE(client.terminal().wait_until(shows_label, "the label, not written over"));
 }
 
-TEST_F(server_info, bytes_of_a_server_do_not_drive_the_terminal)
+TEST_F(server_info, bytes_of_a_server_do_not_control_the_terminal)
 {
     client_settings settings = knowing(server);
     settings.servers[0].location = "M\xFCnchen";

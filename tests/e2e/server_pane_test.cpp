@@ -6,9 +6,9 @@
 namespace
 {
 
-constexpr int visible_servers = 20; // in a list of a screen with 24 rows
+constexpr int visible_servers = 20; // of a list on a screen with 24 rows
 
-std::string list_row_of(const std::string& name, char mark = ' ')
+std::string make_list_row(const std::string& name, char mark = ' ')
 {
     std::string row = mark + name;
     row.append(25 - row.size(), ' ');
@@ -21,24 +21,24 @@ TEST(server_pane, names_are_shown_whole_up_to_21_letters_and_cut_beyond)
     ASSERT_TRUE(
         client.start(with_aliases({"short", "exactly-21-characters", "22-characters-are-cut!",
                                    "a-name-much-longer-than-the-pane-is-wide"})));
-    EXPECT_EQ(client.server_row(1), list_row_of("short"));
-    EXPECT_EQ(client.server_row(2), list_row_of("exactly-21-characters"));
-    EXPECT_EQ(client.server_row(3), list_row_of("22-characters-are-cut..."));
-    EXPECT_EQ(client.server_row(4), list_row_of("a-name-much-longer-th..."));
-    EXPECT_EQ(client.server_row(5), list_row_of(""));
+    EXPECT_EQ(client.server_row(1), make_list_row("short"));
+    EXPECT_EQ(client.server_row(2), make_list_row("exactly-21-characters"));
+    EXPECT_EQ(client.server_row(3), make_list_row("22-characters-are-cut..."));
+    EXPECT_EQ(client.server_row(4), make_list_row("a-name-much-longer-th..."));
+    EXPECT_EQ(client.server_row(5), make_list_row(""));
     for (int row = 1; row <= 4; ++row)
         EXPECT_EQ(client.terminal().cell(row + 1, 26).text, "│") << "the frame is whole";
 }
 
-TEST(server_pane, an_alias_stands_for_the_name_however_short)
+TEST(server_pane, an_alias_replaces_the_name_however_short)
 {
     client_session client;
     client_settings settings;
     settings.servers = {{.name = "b.long.host.name.example", .alias = "b"},
                         {.name = "a.host.example"}};
     ASSERT_TRUE(client.start(settings));
-    EXPECT_EQ(client.server_row(1), list_row_of("b"));
-    EXPECT_EQ(client.server_row(2), list_row_of("a.host.example"));
+    EXPECT_EQ(client.server_row(1), make_list_row("b"));
+    EXPECT_EQ(client.server_row(2), make_list_row("a.host.example"));
 }
 
 TEST(server_pane, names_descend_and_ports_ascend)
@@ -51,11 +51,11 @@ TEST(server_pane, names_descend_and_ports_ascend)
                         {.name = "c.example", .port = "2202", .alias = "first"},
                         {.name = "c.example", .port = "2202", .alias = "too late"}};
     ASSERT_TRUE(client.start(settings));
-    EXPECT_EQ(client.server_row(1), list_row_of("first"));
-    EXPECT_EQ(client.server_row(2), list_row_of("second"));
-    EXPECT_EQ(client.server_row(3), list_row_of("third"));
-    EXPECT_EQ(client.server_row(4), list_row_of("fourth"));
-    EXPECT_EQ(client.server_row(5), list_row_of(""));
+    EXPECT_EQ(client.server_row(1), make_list_row("first"));
+    EXPECT_EQ(client.server_row(2), make_list_row("second"));
+    EXPECT_EQ(client.server_row(3), make_list_row("third"));
+    EXPECT_EQ(client.server_row(4), make_list_row("fourth"));
+    EXPECT_EQ(client.server_row(5), make_list_row(""));
 }
 
 TEST(server_pane, names_are_bold_white_and_the_first_is_under_the_bar)
@@ -88,7 +88,7 @@ TEST(server_pane, control_bytes_in_a_name_do_no_harm)
     ASSERT_TRUE(client.start(with_aliases({"one\033[7mtwo\a\x9B", "beta"})));
     EXPECT_EQ(client.terminal().bells(), 0);
     EXPECT_EQ(client.terminal().raw_output().find("\033[7mtwo"), std::string::npos);
-    EXPECT_EQ(client.server_row(2), list_row_of("beta"));
+    EXPECT_EQ(client.server_row(2), make_list_row("beta"));
     EXPECT_EQ(client.terminal().cell(2, 26).text, "│");
 }
 
@@ -142,7 +142,7 @@ TEST(server_pane, a_list_drawn_anew_forgets_the_marks_and_puts_later_ones_a_row_
     EXPECT_EQ(client.marker(1).text, " ");
 }
 
-std::vector<std::string> numbered_aliases(int count)
+std::vector<std::string> make_numbered_aliases(int count)
 {
     std::vector<std::string> aliases;
     for (int number = 1; number <= count; ++number)
@@ -153,21 +153,21 @@ std::vector<std::string> numbered_aliases(int count)
 TEST(server_pane, a_list_that_just_fits_does_not_scroll)
 {
     client_session client;
-    ASSERT_TRUE(client.start(with_aliases(numbered_aliases(visible_servers))));
+    ASSERT_TRUE(client.start(with_aliases(make_numbered_aliases(visible_servers))));
     for (int at = 1; at < visible_servers; ++at)
         client.terminal().send_key(named_key::down);
     ASSERT_TRUE(client.terminal().wait_until([&] { return client.bar_row() == visible_servers; },
                                              "the bar on the last row"));
     EXPECT_EQ(client.bar_text(), "server 20");
-    EXPECT_EQ(client.server_row(1), list_row_of("server 1"));
+    EXPECT_EQ(client.server_row(1), make_list_row("server 1"));
 }
 
 TEST(server_pane, a_longer_list_scrolls_with_the_bar)
 {
     constexpr int count = visible_servers + 11;
     client_session client;
-    ASSERT_TRUE(client.start(with_aliases(numbered_aliases(count))));
-    EXPECT_EQ(client.server_row(visible_servers), list_row_of("server 20"));
+    ASSERT_TRUE(client.start(with_aliases(make_numbered_aliases(count))));
+    EXPECT_EQ(client.server_row(visible_servers), make_list_row("server 20"));
     EXPECT_EQ(client.terminal().cell(22, 0).text, "└");
     EXPECT_EQ(client.terminal().screen().text(22, 1, 3), "───");
     for (int number = 2; number <= count; ++number) {
@@ -188,7 +188,7 @@ TEST(server_pane, a_longer_list_scrolls_with_the_bar)
         ASSERT_TRUE(client.terminal().wait_until([&] { return client.bar_text() == name; }, name));
     }
     EXPECT_EQ(client.bar_row(), 1);
-    EXPECT_EQ(client.server_row(1), list_row_of("server 1"));
+    EXPECT_EQ(client.server_row(1), make_list_row("server 1"));
     for (int row = 2; row <= 22; ++row)
         EXPECT_EQ(client.terminal().cell(row, 0).text, row == 22 ? "└" : "│");
 }
@@ -196,7 +196,7 @@ TEST(server_pane, a_longer_list_scrolls_with_the_bar)
 TEST(server_pane, a_resize_of_a_scrolled_list_starts_at_its_top_again)
 {
     client_session client;
-    ASSERT_TRUE(client.start(with_aliases(numbered_aliases(30))));
+    ASSERT_TRUE(client.start(with_aliases(make_numbered_aliases(30))));
     for (int at = 1; at < 30; ++at)
         client.terminal().send_key(named_key::down);
     ASSERT_TRUE(
@@ -226,7 +226,7 @@ TEST(server_pane, marks_scroll_with_their_servers_and_stay_inside_the_list)
         client.terminal().wait_until([&] { return client.bar_text() == "connected"; }, "the bar"));
     std::optional<server_connection> connection = client.connect_selected(server);
     ASSERT_TRUE(connection);
-    EXPECT_EQ(client.server_row(3), list_row_of("connected", '*'));
+    EXPECT_EQ(client.server_row(3), make_list_row("connected", '*'));
 
     const auto press = [&](named_key key, int times) {
         for (int at = 0; at < times; ++at)
@@ -234,8 +234,8 @@ TEST(server_pane, marks_scroll_with_their_servers_and_stay_inside_the_list)
         return client.wait_for_keys();
     };
     ASSERT_TRUE(press(named_key::down, 18)); // server 21: one row scrolled
-    EXPECT_EQ(client.server_row(2), list_row_of("connected", '*'));
-    ASSERT_TRUE(press(named_key::down, 12)); // the last: the connected one is above the list
+    EXPECT_EQ(client.server_row(2), make_list_row("connected", '*'));
+    ASSERT_TRUE(press(named_key::down, 12)); // the last server: the connected one is above the list
     EXPECT_FALSE(client.terminal().shows("connected  "));
     const std::string top = client.terminal().screen().text(0, 0, 27);
     const std::string heading = client.terminal().screen().text(1, 0, 27);

@@ -9,7 +9,7 @@ struct menu_case {
     const char* name;
     char command;
     const menu_look& look;
-    const char* first_question; // asked after each of its keys but the update menu's
+    const char* first_question; // asked after each of its keys, except in the update menu
 };
 
 constexpr const char* information_hint = "[ Close Window ^I ]";
@@ -27,7 +27,7 @@ protected:
     {
         terminal().send_control(GetParam().command);
         testing::AssertionResult shown = menu_is(GetParam().look);
-        client.clock().jump(-200); // it stays, however long the test takes
+        client.clock().jump(-200); // it stays open, however long the test takes
         return shown;
     }
 
@@ -62,10 +62,10 @@ TEST_P(service_menu, takes_its_own_keys_and_no_others)
     terminal().send_control('h');
     terminal().send_control('x');
     terminal().send_control('d');
-    ASSERT_TRUE(terminal().wait_for_keys_read()); // the menu seen before must not count
+    ASSERT_TRUE(terminal().wait_for_keys_read()); // the previous menu must not count
     ASSERT_TRUE(client.wait_for_polls());
     ASSERT_TRUE(menu_is(GetParam().look));
-    terminal().send("1"); // the first key that does anything
+    terminal().send("1"); // the first key that has an effect
     ASSERT_TRUE(terminal().wait_for_text(GetParam().first_question));
     EXPECT_FALSE(terminal().shows(GetParam().look.hint));
     EXPECT_EQ(client.marker(1).text, "*");
@@ -74,7 +74,7 @@ TEST_P(service_menu, takes_its_own_keys_and_no_others)
     expect_nothing_sent();
 }
 
-TEST_P(service_menu, escape_brings_back_what_was_under_it)
+TEST_P(service_menu, escape_restores_what_was_under_it)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(traffic());
@@ -87,13 +87,13 @@ TEST_P(service_menu, escape_brings_back_what_was_under_it)
     expect_nothing_sent();
 }
 
-TEST_P(service_menu, is_erased_after_ten_seconds_and_leaves_a_hole)
+TEST_P(service_menu, is_erased_after_ten_seconds_and_leaves_a_blank_area)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(traffic());
     terminal().send_control(GetParam().command);
     ASSERT_TRUE(menu_is(GetParam().look));
-    terminal().send("x"); // a key that it ignores gives it no more time
+    terminal().send("x"); // an ignored key gives it no more time
     client.clock().jump(11);
     ASSERT_TRUE(terminal().wait_for_no_text(GetParam().look.hint));
     const int height = static_cast<int>(GetParam().look.labels.size()) + 2;
@@ -114,7 +114,7 @@ TEST_P(service_menu, closes_the_information_window_first)
     ASSERT_TRUE(terminal().wait_for_no_text(information_hint));
     ASSERT_TRUE(close());
     EXPECT_FALSE(terminal().shows(information_hint));
-    terminal().send_control('i'); // opens it: it was not open any more
+    terminal().send_control('i'); // opens it, since it was closed
     EXPECT_TRUE(terminal().wait_for_text(information_hint));
 }
 
@@ -150,7 +150,7 @@ TEST_P(service_menu, outlives_its_server)
     ASSERT_TRUE(dialog_ends(GetParam().first_question));
     EXPECT_TRUE(connection->wait_for_close());
     EXPECT_FALSE(connection->has_unread_bytes());
-    terminal().send_control(GetParam().command); // silent, now that nothing is connected
+    terminal().send_control(GetParam().command); // silent now that nothing is connected
     ASSERT_TRUE(client.wait_for_keys());
     EXPECT_FALSE(terminal().shows(GetParam().look.hint));
     EXPECT_EQ(terminal().bells(), 0);
@@ -162,7 +162,7 @@ TEST_P(service_menu, waits_under_a_list_that_arrives)
     ASSERT_TRUE(open());
     ASSERT_TRUE(connection->send(89, "D-AIQA\tFRA\tLH400"));
     ASSERT_TRUE(list_is({.rows = {"D-AIQA  |FRA |LH400 "}}));
-    terminal().send("1"); // for the list, which ignores it
+    terminal().send("1"); // goes to the list, which ignores it
     terminal().send_key(named_key::escape);
     ASSERT_TRUE(terminal().wait_for_no_text("Press ESC to close"));
     EXPECT_TRUE(menu_is(GetParam().look));
@@ -172,7 +172,7 @@ TEST_P(service_menu, waits_under_a_list_that_arrives)
 
 using service_gates = service_test;
 
-TEST_F(service_gates, updates_and_mailings_go_by_the_permission_for_updates)
+TEST_F(service_gates, updates_and_mailings_depend_on_the_permission_for_updates)
 {
     ASSERT_TRUE(begin({}, calm_start, "<DBModify>1</DBModify>"));
     for (const menu_case& menu : {menu_cases[0], menu_cases[1]}) {
@@ -189,7 +189,7 @@ TEST_F(service_gates, updates_and_mailings_go_by_the_permission_for_updates)
     expect_nothing_sent();
 }
 
-TEST_F(service_gates, offering_mailings_does_not_open_the_mailings)
+TEST_F(service_gates, offering_mailings_does_not_enable_mailings)
 {
     ASSERT_TRUE(begin({}, calm_start, "<Mailing>1</Mailing><Pager>1</Pager><Reports>1</Reports>"));
     terminal().send_key(named_key::enter);
@@ -201,7 +201,7 @@ TEST_F(service_gates, offering_mailings_does_not_open_the_mailings)
     expect_nothing_sent();
 }
 
-TEST_F(service_gates, a_server_without_an_alias_is_refused_by_its_name)
+TEST_F(service_gates, a_refusal_names_the_host_of_a_server_without_an_alias)
 {
     client_settings settings;
     settings.servers.push_back({.name = "127.0.0.1"});

@@ -8,38 +8,38 @@ namespace
 
 constexpr int transmissions_of_traffic = 3;
 
-/// How the cell at (row, column) of a box must look; none: any way.
+/// Whether the cell at (row, column) of a box looks right; null: any look will do.
 using cell_check = std::function<bool(const screen_cell& seen, int row, int column)>;
 
-bool looks_like(const screen_cell& seen, int pair, bool bold)
+bool has_look(const screen_cell& seen, int pair, bool bold)
 {
     return seen.text == " " || seen == pair_cell(pair, bold, seen.text);
 }
 
-/// Cells of a text in which characters may take several bytes.
-int cells_of(std::string_view text)
+/// Cells that a UTF-8 text takes.
+int count_cells(std::string_view text)
 {
     return static_cast<int>(std::count_if(text.begin(), text.end(), [](char byte) {
         return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
     }));
 }
 
-bool rows_are(const terminal_screen& screen, int row, int column,
+bool has_rows(const terminal_screen& screen, int row, int column,
               const std::vector<std::string>& rows)
 {
     for (std::size_t index = 0; index < rows.size(); ++index) {
         const int at = row + static_cast<int>(index);
-        if (at < screen.rows() && screen.text(at, column, cells_of(rows[index])) != rows[index])
+        if (at < screen.rows() && screen.text(at, column, count_cells(rows[index])) != rows[index])
             return false;
     }
     return true;
 }
 
-bool cells_are(const terminal_screen& screen, int row, int column,
+bool has_cells(const terminal_screen& screen, int row, int column,
                const std::vector<std::string>& rows, const cell_check& check)
 {
     for (int down = 0; down < static_cast<int>(rows.size()) && row + down < screen.rows(); ++down) {
-        const int width = cells_of(rows[static_cast<std::size_t>(down)]);
+        const int width = count_cells(rows[static_cast<std::size_t>(down)]);
         for (int along = 0; along < width; ++along) {
             if (!check(screen.cell(row + down, column + along), down, along))
                 return false;
@@ -48,7 +48,7 @@ bool cells_are(const terminal_screen& screen, int row, int column,
     return true;
 }
 
-std::string joined(const std::vector<std::string>& rows)
+std::string join_rows(const std::vector<std::string>& rows)
 {
     std::string all;
     for (const std::string& row : rows)
@@ -56,40 +56,42 @@ std::string joined(const std::vector<std::string>& rows)
     return all;
 }
 
-std::string padded(const std::string& text, int width)
+std::string pad_to_width(const std::string& text, int width)
 {
-    return text + std::string(static_cast<std::size_t>(std::max(0, width - cells_of(text))), ' ');
+    return text +
+           std::string(static_cast<std::size_t>(std::max(0, width - count_cells(text))), ' ');
 }
 
-int prompt_width(const prompt_look& look)
+int find_prompt_width(const prompt_look& look)
 {
     return std::max({look.size, static_cast<int>(look.question.size()) + 5,
                      static_cast<int>(look.hint.size()) + 4});
 }
 
-std::vector<std::string> prompt_rows(const prompt_look& look)
+std::vector<std::string> make_prompt_rows(const prompt_look& look)
 {
-    const int width = prompt_width(look);
+    const int width = find_prompt_width(look);
     const int question = static_cast<int>(look.question.size());
     const int hint = static_cast<int>(look.hint.size());
     return {"┌─[ " + look.question + " ]" + times(width - question - 5, "─") + "┐",
-            "│ " + padded(look.text + "_", width - 1) + "│",
+            "│ " + pad_to_width(look.text + "_", width - 1) + "│",
             "└" + times(width - hint - 5, "─") + "[ " + look.hint + " ]─┘"};
 }
 
-std::vector<std::string> menu_rows(const menu_look& look)
+std::vector<std::string> make_menu_rows(const menu_look& look)
 {
     std::vector<std::string> rows = {"┌" + times(look.width - 2, "─") + "┐"};
     char key = '1';
     for (const std::string& label : look.labels)
-        rows.push_back("│" + padded(std::string{' ', key++, ' '} + label, look.width - 2) + "│");
+        rows.push_back("│" + pad_to_width(std::string{' ', key++, ' '} + label, look.width - 2) +
+                       "│");
     const int hint = static_cast<int>(look.hint.size());
     rows.push_back("└────" + look.hint + times(look.width - 6 - hint, "─") + "┘");
     return rows;
 }
 
-/// A row of a list as it is seen; one that is too long has taken the frame with it.
-std::string list_row(const std::string& text)
+/// A row of a list as it is shown; a row that is too long overwrites the frame.
+std::string make_list_row(const std::string& text)
 {
     std::string row = "│";
     for (const char character : text)
@@ -97,12 +99,12 @@ std::string list_row(const std::string& text)
     return text.size() > 24 ? row : row + std::string(24 - text.size(), ' ') + "│";
 }
 
-std::vector<std::string> list_rows(const list_look& look)
+std::vector<std::string> make_list_rows(const list_look& look)
 {
     std::vector<std::string> rows = {"┌" + times(24, "─") + "┐",
-                                     list_row("Registr. Airp Flightno")};
+                                     make_list_row("Registr. Airp Flightno")};
     for (const std::string& row : look.rows)
-        rows.push_back(list_row(row));
+        rows.push_back(make_list_row(row));
     if (look.height == 0)
         rows.push_back("└─[ Press ESC to close ]─┘");
     return rows;
@@ -142,77 +144,76 @@ testing::AssertionResult service_test::begin(client_settings settings, const cli
 
 testing::AssertionResult service_test::prompt_is(const prompt_look& look)
 {
-    const std::vector<std::string> rows = prompt_rows(look);
-    const int width = prompt_width(look);
+    const std::vector<std::string> rows = make_prompt_rows(look);
+    const int width = find_prompt_width(look);
     const int hint_first = width - static_cast<int>(look.hint.size()) - 4;
     const int question_end = 2 + static_cast<int>(look.question.size()) + 4;
     const cell_check check = [&](const screen_cell& seen, int row, int column) {
         if (row == 1 && column >= 2 && column <= width)
-            return looks_like(seen, pairs::success, true);
+            return has_look(seen, pairs::success, true);
         const bool is_question = row == 0 && column >= 2 && column < question_end;
         const bool is_hint = row == 2 && column >= hint_first && column < width;
-        return looks_like(seen, pairs::frame, is_question || is_hint);
+        return has_look(seen, pairs::frame, is_question || is_hint);
     };
     const auto holds = [&] {
         const terminal_screen& screen = terminal().screen();
         const int row = screen.rows() / 2 - 4;
         const int column = screen.columns() / 2 - width / 2;
-        return rows_are(screen, row, column, rows) && cells_are(screen, row, column, rows, check);
+        return has_rows(screen, row, column, rows) && has_cells(screen, row, column, rows, check);
     };
-    return terminal().wait_until(holds, "in its place the prompt\n" + joined(rows));
+    return terminal().wait_until(holds, "in its place the prompt\n" + join_rows(rows));
 }
 
 testing::AssertionResult service_test::menu_is(const menu_look& look)
 {
-    const std::vector<std::string> rows = menu_rows(look);
+    const std::vector<std::string> rows = make_menu_rows(look);
     const int last = static_cast<int>(rows.size()) - 1;
     const int hint_end = 5 + static_cast<int>(look.hint.size());
     const cell_check check = [&](const screen_cell& seen, int row, int column) {
         const bool is_frame = row == 0 || column == 0 || column == look.width - 1;
         if (row == last && column >= 5 && column < hint_end)
-            return looks_like(seen, pairs::plain, true);
+            return has_look(seen, pairs::plain, true);
         if (is_frame || row == last)
-            return looks_like(seen, pairs::frame, false);
-        return column < 4 ? looks_like(seen, pairs::error, true)
-                          : looks_like(seen, pairs::frame, true);
+            return has_look(seen, pairs::frame, false);
+        return column < 4 ? has_look(seen, pairs::error, true) : has_look(seen, pairs::frame, true);
     };
     const auto holds = [&] {
         const terminal_screen& screen = terminal().screen();
         const int row = screen.rows() / 2 - 4;
         const int column = screen.columns() / 2 - 20;
-        return rows_are(screen, row, column, rows) && cells_are(screen, row, column, rows, check);
+        return has_rows(screen, row, column, rows) && has_cells(screen, row, column, rows, check);
     };
-    return terminal().wait_until(holds, "in its place the menu\n" + joined(rows));
+    return terminal().wait_until(holds, "in its place the menu\n" + join_rows(rows));
 }
 
 testing::AssertionResult service_test::list_is(const list_look& look)
 {
-    const std::vector<std::string> rows = list_rows(look);
+    const std::vector<std::string> rows = make_list_rows(look);
     const int hint_row = look.height == 0 ? static_cast<int>(rows.size()) - 1 : look.height - 1;
     const cell_check check = [&](const screen_cell& seen, int row, int column) {
         const auto record = static_cast<std::size_t>(row - 2);
         const bool is_covered = record < look.rows.size() && look.rows[record].size() > 24;
         const bool is_frame_column = column == 0 || (column == 25 && !is_covered);
         if (row == hint_row && column >= 2 && column < 24)
-            return looks_like(seen, pairs::plain, true);
+            return has_look(seen, pairs::plain, true);
         if (row == 0 || row == hint_row || is_frame_column)
-            return looks_like(seen, pairs::frame, false);
-        return row == 1 ? looks_like(seen, pairs::success, true)
-                        : looks_like(seen, pairs::plain, false);
+            return has_look(seen, pairs::frame, false);
+        return row == 1 ? has_look(seen, pairs::success, true)
+                        : has_look(seen, pairs::plain, false);
     };
     const auto holds = [&] {
         const terminal_screen& screen = terminal().screen();
         const int column = screen.columns() / 2 - 13;
-        return rows_are(screen, 4, column, rows) && cells_are(screen, 4, column, rows, check);
+        return has_rows(screen, 4, column, rows) && has_cells(screen, 4, column, rows, check);
     };
-    return terminal().wait_until(holds, "in its place the list\n" + joined(rows));
+    return terminal().wait_until(holds, "in its place the list\n" + join_rows(rows));
 }
 
 testing::AssertionResult service_test::shows_at(int row, int column,
                                                 const std::vector<std::string>& rows)
 {
-    return terminal().wait_until([&] { return rows_are(terminal().screen(), row, column, rows); },
-                                 "at its place\n" + joined(rows));
+    return terminal().wait_until([&] { return has_rows(terminal().screen(), row, column, rows); },
+                                 "at its place\n" + join_rows(rows));
 }
 
 testing::AssertionResult service_test::answer(const prompt_look& look, std::string_view text)

@@ -13,19 +13,19 @@
 /// Hint of a prompt whose answer is required.
 constexpr const char* or_cancel = "RET=OK - ESC=CANCEL";
 
-/// What a server says of itself when it offers every service.
+/// The capabilities of a server that offers every service.
 constexpr std::string_view every_service = "<Mailing>1</Mailing><DBModify>1</DBModify>"
                                            "<Reports>1</Reports><Pager>1</Pager>";
 
-/// A prompt as it must look.
+/// The expected look of a prompt.
 struct prompt_look {
     std::string question;
-    int size = 0; // room for the answer and its terminator; the box is at least so wide
+    int size = 0; // of the answer with its terminator; the box is at least so wide
     std::string hint = or_cancel;
     std::string text{}; // between the frames, without the cursor
 };
 
-/// A service menu as it must look.
+/// The expected look of a service menu.
 struct menu_look {
     int width = 0;
     std::string hint{};
@@ -35,17 +35,17 @@ extern const menu_look update_menu;
 extern const menu_look mailing_menu;
 extern const menu_look pager_menu;
 
-/// A pager list's window as it must look: each row as 24 characters or more, bars as "|".
+/// The expected look of a pager list's window: each row of 24 characters or more, bars as "|".
 struct list_look {
     std::vector<std::string> rows{};
-    int height = 0; // of the window; 0: what the rows need
+    int height = 0; // of the window; 0: as high as the rows need
 };
 
 class service_test : public testing::Test
 {
 protected:
-    /// Starts a client that knows the server, connects to it and lets it offer `services`. What
-    /// `settings` say of the first server stays, but for its port.
+    /// Starts a client that knows the server, connects to it and makes it offer `services`.
+    /// `settings` for the first server stay, except its port.
     [[nodiscard]] testing::AssertionResult begin(client_settings settings = {},
                                                  const client_start& how = calm_start,
                                                  std::string_view services = every_service);
@@ -55,35 +55,35 @@ protected:
         return client.terminal();
     }
 
-    /// The prompt stands whole where it belongs on the present terminal, above everything else.
+    /// Waits for the prompt: whole, at its place on the present terminal, above everything else.
     [[nodiscard]] testing::AssertionResult prompt_is(const prompt_look& look);
-    /// The same of a menu.
+    /// The same for a menu.
     [[nodiscard]] testing::AssertionResult menu_is(const menu_look& look);
-    /// The same of a pager list.
+    /// The same for a pager list.
     [[nodiscard]] testing::AssertionResult list_is(const list_look& look);
 
-    /// Waits for the prompt, types a text and ends it with Enter.
+    /// Waits for the prompt, types a text and Enter.
     [[nodiscard]] testing::AssertionResult answer(const prompt_look& look, std::string_view text);
     /// Waits for the prompt and leaves it with Escape.
     [[nodiscard]] testing::AssertionResult escape(const prompt_look& look);
-    /// Presses a command key and chooses from the menu that it opens.
+    /// Presses a command key and chooses from the menu that opens.
     [[nodiscard]] testing::AssertionResult choose(char command, const menu_look& look, char choice);
 
-    /// No box is open, every key so far has had its effect, and the panes are back.
+    /// Waits until no box is open, every key so far has taken effect, and the panes are back.
     [[nodiscard]] testing::AssertionResult dialog_ends(std::string_view last_text);
-    /// The server gets exactly this packet next.
+    /// Checks that the server receives exactly this packet next.
     void expect_sent(const server_packet& packet);
-    /// The server has got nothing that was not read, though the client polled on.
+    /// Checks that the server has received nothing more, although the client kept polling.
     void expect_nothing_sent();
 
-    /// Lets the server send transmissions until the message pane under a box is full of them, and
-    /// waits until the last is dealt with.
+    /// Makes the server send transmissions until the message pane under a box is full of them, and
+    /// waits until the last one has been handled.
     [[nodiscard]] testing::AssertionResult traffic();
-    /// The first rows and columns of a box, as strings of cells, stand at a place.
+    /// Waits until the first rows and columns of a box, as strings of cells, are at a place.
     [[nodiscard]] testing::AssertionResult shows_at(int row, int column,
                                                     const std::vector<std::string>& rows);
 
-    /// Many seconds may be taken back: boxes then stay open however slow the test.
+    /// Allows moving the clock back by many seconds, so that boxes stay open however slow the test.
     static const client_start calm_start;
 
     scripted_server server;
@@ -100,7 +100,7 @@ std::string transmission_of(const std::string& content);
 /// A capabilities packet with these elements.
 server_packet capabilities_of(std::string_view elements);
 
-/// A file of the client's home appears with exactly these bytes.
+/// Waits until a file in the client's home holds exactly these bytes.
 [[nodiscard]] testing::AssertionResult file_holds(client_session& client, const std::string& name,
                                                   const std::string& bytes);
 

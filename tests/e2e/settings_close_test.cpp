@@ -1,5 +1,5 @@
-// settings_close_test.cpp - what goes on behind the settings page, and what closing it puts into
-// effect: log files and the servers' uplinks.
+// settings_close_test.cpp - what happens behind the settings page, and what closing it applies:
+// log files and the servers' uplinks.
 #include "e2e/settings_session.hpp"
 
 #include <filesystem>
@@ -38,7 +38,7 @@ protected:
         client.terminal().send_meta(letter);
         return mark_becomes(row, mark);
     }
-    /// A file of the home is open in the client.
+    /// Whether the client has a file in its home open.
     bool has_open(const std::string& name)
     {
         const std::filesystem::path wanted = client.home().path_of(name);
@@ -78,7 +78,7 @@ TEST_F(settings_close, every_connected_server_is_told)
     scripted_server other;
     settings.servers.push_back({.port = std::to_string(other.port()), .alias = "other"});
     settings.servers.push_back({.name = "0.example", .alias = "idle"});
-    const bool in_order = server.port() < other.port(); // equal names are listed by port
+    const bool in_order = server.port() < other.port(); // equal names are sorted by port
     ASSERT_TRUE(client.start(settings));
     std::optional<server_connection> upper = client.connect_selected(in_order ? server : other);
     ASSERT_TRUE(upper);
@@ -91,7 +91,7 @@ TEST_F(settings_close, every_connected_server_is_told)
         EXPECT_EQ(told->read_bytes(uplinks_wanted.size()), uplinks_wanted);
 }
 
-TEST_F(settings_close, one_log_for_all_ends_the_servers_own_and_the_box_keeps_its_mark)
+TEST_F(settings_close, a_shared_log_closes_the_servers_logs_and_their_box_keeps_its_mark)
 {
     settings.acars_log = true;
     ASSERT_TRUE(client.start(settings));
@@ -115,7 +115,7 @@ TEST_F(settings_close, one_log_for_all_ends_the_servers_own_and_the_box_keeps_it
     EXPECT_EQ(client.home().read_config(), config_text(saved));
 }
 
-TEST_F(settings_close, a_hot_key_alone_puts_nothing_into_effect)
+TEST_F(settings_close, a_hot_key_alone_applies_nothing)
 {
     settings.acars_log = true;
     settings.save_to_one = true;
@@ -172,7 +172,7 @@ TEST_F(settings_close, a_log_that_cannot_be_opened_is_reported)
         client.wait_for_status("Logfile 'alpha/absent/deeper.log' not opened", pairs::notice));
 }
 
-TEST_F(settings_close, one_log_switched_on_while_connected_begins_with_the_next_connection)
+TEST_F(settings_close, a_shared_log_switched_on_while_connected_begins_with_the_next_connection)
 {
     client.home().make_folder("logs");
     ASSERT_TRUE(client.start(settings));

@@ -1,4 +1,4 @@
-// settings_folders_test.cpp - the two folders of the settings page: asking, examining, showing.
+// settings_folders_test.cpp - the two folders of the settings page: asking, checking, showing.
 #include "e2e/settings_session.hpp"
 
 #include <gtest/gtest.h>
@@ -47,7 +47,7 @@ protected:
         client.terminal().send_key(named_key::enter);
         return box_closes();
     }
-    /// Asks for the log folder and answers; the page is in front.
+    /// Asks for the log folder and answers; the page must be in front.
     [[nodiscard]] testing::AssertionResult enter_log_folder(const std::string& text)
     {
         const std::string preset = page_text(log_folder_row, log_folder_column);
@@ -58,7 +58,7 @@ protected:
     {
         return client.terminal().screen().text(box_row + 1, box_column + 2, box_width - 3);
     }
-    /// Leaves, and compares the folders that were saved. One that was never set is "./".
+    /// Leaves, and compares the folders that were saved. A folder that was never set is "./".
     void expect_saved(const std::string& log_folder, const std::string& report_folder)
     {
         client.quit();
@@ -95,7 +95,7 @@ TEST_F(settings_folders, the_prompt_is_60_wide_and_has_the_raw_label_and_the_fol
     EXPECT_TRUE(edit_line().starts_with("_ ")) << "nothing is set";
 }
 
-TEST_F(settings_folders, both_keep_what_was_typed_without_its_last_slash)
+TEST_F(settings_folders, keep_the_typed_text_without_its_last_slash)
 {
     ASSERT_TRUE(client.start(settings));
     ASSERT_TRUE(open_page());
@@ -128,7 +128,7 @@ TEST_F(settings_folders, a_preset_that_is_accepted_loses_its_slash_too)
     expect_saved(".", "./");
 }
 
-TEST_F(settings_folders, what_is_no_folder_is_refused_with_a_beep_only)
+TEST_F(settings_folders, anything_but_a_folder_is_refused_with_only_a_beep)
 {
     ASSERT_EQ(symlink("logs", client.home().path_of("link").c_str()), 0);
     ASSERT_TRUE(client.start(settings));
@@ -149,7 +149,7 @@ TEST_F(settings_folders, what_is_no_folder_is_refused_with_a_beep_only)
     expect_saved("old", "./");
 }
 
-TEST_F(settings_folders, one_slash_only_is_taken_away)
+TEST_F(settings_folders, only_one_slash_is_removed)
 {
     ASSERT_TRUE(client.start(settings));
     ASSERT_TRUE(open_page());
@@ -159,7 +159,7 @@ TEST_F(settings_folders, one_slash_only_is_taken_away)
     expect_saved("logs/", "./");
 }
 
-TEST_F(settings_folders, escape_an_empty_line_and_a_long_silence_change_nothing)
+TEST_F(settings_folders, escape_an_empty_line_and_a_time_out_change_nothing)
 {
     ASSERT_TRUE(client.start(settings));
     ASSERT_TRUE(open_page());
@@ -214,7 +214,7 @@ TEST_F(settings_folders, a_long_folder_ends_at_the_frame)
     expect_saved("././" + typed, "./");
 }
 
-TEST_F(settings_folders, are_examined_from_the_folder_that_the_program_was_started_in)
+TEST_F(settings_folders, are_checked_from_the_folder_where_the_program_was_started)
 {
     client.home().make_folder("house/inner");
     client.home().write_file("house/ncursesclient.conf", config_text(settings));
@@ -239,7 +239,7 @@ TEST_F(settings_folders, can_be_entered_while_the_page_is_hidden)
     EXPECT_EQ(page_text(log_folder_row, log_folder_column), "logs");
 }
 
-TEST_F(settings_folders, a_prompt_survives_a_resize_and_answers_onto_the_new_page)
+TEST_F(settings_folders, a_prompt_survives_a_resize_and_updates_the_new_page)
 {
     ASSERT_TRUE(client.start(settings));
     ASSERT_TRUE(open_page());

@@ -1,5 +1,5 @@
-// settings_page_test.cpp - the page of the switches: its look, its hot keys, and what closing it
-// puts into effect.
+// settings_page_test.cpp - the page of switches: its look, its hot keys, and what closing it
+// applies.
 #include "e2e/settings_session.hpp"
 
 #include <gtest/gtest.h>
@@ -35,11 +35,11 @@ const std::vector<page_row> page_rows = {
     {17, "", 0},
 };
 
-/// The row on which a letter's switch stands.
+/// The row of the switch with a given letter.
 const std::map<char, int> switch_rows = {{'a', 2}, {'i', 4}, {'h', 5},  {'f', 6},
                                          {'t', 7}, {'d', 9}, {'e', 10}, {'s', 11}};
 
-std::string repeated(const std::string& text, int count)
+std::string repeat(const std::string& text, int count)
 {
     std::string all;
     for (int at = 0; at < count; ++at)
@@ -47,13 +47,13 @@ std::string repeated(const std::string& text, int count)
     return all;
 }
 
-std::string framed(const std::string& text, int columns)
+std::string add_frame(const std::string& text, int columns)
 {
     const auto width = static_cast<std::size_t>(columns - 3);
     return "│ " + text + std::string(width - text.size(), ' ') + "│";
 }
 
-client_settings everything_on()
+client_settings switch_everything_on()
 {
     client_settings settings;
     settings.acars_log = true;
@@ -80,7 +80,7 @@ void expect_letters(terminal_session& terminal, const page_row& expected)
     }
 }
 
-TEST_F(settings_page, is_drawn_to_the_letter)
+TEST_F(settings_page, is_drawn_exactly)
 {
     for (const auto& [rows, columns] : {std::pair{24, 80}, {30, 100}}) {
         client_session other;
@@ -88,15 +88,15 @@ TEST_F(settings_page, is_drawn_to_the_letter)
         terminal_session& terminal = other.terminal();
         ASSERT_TRUE(open_settings_page(other));
         EXPECT_EQ(terminal.row(0),
-                  "┌─[ ncurses tovrik client - Settings ]" + repeated("─", columns - 39) + "┐");
-        EXPECT_EQ(terminal.row(1), framed("", columns));
+                  "┌─[ ncurses tovrik client - Settings ]" + repeat("─", columns - 39) + "┐");
+        EXPECT_EQ(terminal.row(1), add_frame("", columns));
         for (const page_row& expected : page_rows) {
-            EXPECT_EQ(terminal.row(expected.row), framed(expected.text, columns));
+            EXPECT_EQ(terminal.row(expected.row), add_frame(expected.text, columns));
             expect_letters(terminal, expected);
         }
-        EXPECT_EQ(terminal.row(13), "├" + repeated("─", columns - 2) + "┤");
+        EXPECT_EQ(terminal.row(13), "├" + repeat("─", columns - 2) + "┤");
         EXPECT_EQ(terminal.row(rows - 1),
-                  "└" + repeated("─", columns - 59) +
+                  "└" + repeat("─", columns - 59) +
                       "[ To switch use ALT+highlighted Key - To exit press ^E ]─┘");
         EXPECT_EQ(terminal.cell(0, 2), pair_cell(pairs::frame, true, "["));
         EXPECT_EQ(terminal.cell(0, 1), pair_cell(pairs::frame, false, "─"));
@@ -109,7 +109,7 @@ TEST_F(settings_page, is_drawn_to_the_letter)
 
 TEST_F(settings_page, shows_what_the_configuration_says)
 {
-    client_settings settings = everything_on();
+    client_settings settings = switch_everything_on();
     settings.fetch_on_start = false;
     settings.contact_info = false;
     settings.report_folder = "some/where";
@@ -157,16 +157,16 @@ TEST_F(settings_page, every_hot_key_works_in_every_form_and_is_saved)
         }
         EXPECT_EQ(terminal.bells(), 0);
         other.quit();
-        EXPECT_EQ(other.home().read_config(), config_text(everything_on()));
+        EXPECT_EQ(other.home().read_config(), config_text(switch_everything_on()));
     }
 }
 
-TEST_F(settings_page, a_hot_key_twice_changes_nothing)
+TEST_F(settings_page, a_hot_key_pressed_twice_changes_nothing)
 {
     for (const bool is_on : {false, true}) {
         client_session other;
-        client_settings settings = is_on ? everything_on() : client_settings{};
-        settings.save_to_one = false; // which would switch the others' logs off
+        client_settings settings = is_on ? switch_everything_on() : client_settings{};
+        settings.save_to_one = false; // which would turn the other logs off
         settings.fetch_on_start = false;
         settings.save_on_exit = true;
         ASSERT_TRUE(other.start(settings));
@@ -184,7 +184,7 @@ TEST_F(settings_page, a_hot_key_twice_changes_nothing)
     }
 }
 
-TEST_F(settings_page, hidden_it_takes_hot_keys_and_shows_nothing)
+TEST_F(settings_page, takes_hot_keys_without_showing_anything_while_hidden)
 {
     ASSERT_TRUE(client.start(with_aliases({"alpha"})));
     ASSERT_TRUE(client.wait_for_keys());
@@ -225,7 +225,7 @@ TEST_F(settings_page, stays_in_front_with_its_values_through_a_resize)
     client.terminal().resize(30, 100);
     ASSERT_TRUE(client.terminal().wait_until(
         [&] { return client.terminal().row(29).ends_with("exit press ^E ]─┘"); }, "a new page"));
-    EXPECT_EQ(client.terminal().row(13), "├" + repeated("─", 98) + "┤");
+    EXPECT_EQ(client.terminal().row(13), "├" + repeat("─", 98) + "┤");
     for (const auto& [letter, row] : switch_rows)
         EXPECT_EQ(client.terminal().cell(row, 3).text, letter == 's' || letter == 'f' ? "X" : " ");
     EXPECT_EQ(page_text(15, 23), "logs");

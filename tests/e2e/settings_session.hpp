@@ -1,9 +1,9 @@
-// settings_session.hpp - the settings page as the tests of it open, read and close it.
+// settings_session.hpp - opens, reads and closes the settings page for its tests.
 #pragma once
 
 #include "e2e/client_session.hpp"
 
-/// Where the values of the page stand on every terminal.
+/// Where the page's values are on every terminal.
 namespace settings_places
 {
 constexpr int mark_column = 3;
@@ -13,7 +13,7 @@ constexpr int report_folder_row = 16;
 constexpr int report_folder_column = 22;
 } // namespace settings_places
 
-/// Presses ^E and waits until the page is there whole: its bottom row is painted last.
+/// Presses ^E and waits until the whole page is there: its bottom row is painted last.
 [[nodiscard]] inline testing::AssertionResult open_settings_page(client_session& client)
 {
     terminal_session& terminal = client.terminal();
@@ -31,7 +31,7 @@ protected:
     {
         return open_settings_page(client);
     }
-    /// ^E, and waits until it is gone.
+    /// ^E, and waits until the page is gone.
     [[nodiscard]] testing::AssertionResult close_page()
     {
         client.terminal().send_control('e');

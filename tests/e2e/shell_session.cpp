@@ -13,7 +13,7 @@
 namespace
 {
 
-/// The client's exit is the status-th file; a stopped client makes one too.
+/// Every exit of the client makes a status file; every stop makes one too.
 constexpr const char* script = R"sh(
 trap : INT
 wait_for() { while [ ! -e "$1" ]; do sleep 0.02; done; }
@@ -34,9 +34,8 @@ for round in 1 2; do
 done
 )sh";
 
-/// Returning to the first screen brings its cursor back; curses then goes to the start of that
-/// line. Not asked of the emulator: it has only one place to keep a cursor in, terminals have one
-/// for each screen.
+/// Returning to the first screen restores its cursor; curses then goes to the start of that line.
+/// The emulator cannot tell: it saves only one cursor, while terminals save one for each screen.
 bool cursor_stays_after_return(const std::string& output)
 {
     static const std::regex nothing_but_modes("\\r?(\033\\[\\??[0-9]+[hl]|\033>)*");

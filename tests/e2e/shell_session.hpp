@@ -1,5 +1,5 @@
-// shell_session.hpp - a client under a shell that stays when it is gone, so that what the client
-// leaves of the terminal, of its processes and of its files can be seen.
+// shell_session.hpp - a client under a shell that outlives it, so that a test sees what the client
+// leaves of the terminal, its processes and its files.
 #pragma once
 
 #include "e2e/client_places.hpp"
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// What somebody at a terminal has before a program and wants back after it.
+/// What a user has at the terminal before a program and wants back after it.
 struct terminal_state {
     std::vector<screen_cell> cells{};
     termios line{};
@@ -17,28 +17,27 @@ struct terminal_state {
 class shell_session : public testing::Test
 {
 protected:
-    /// Starts a shell that controls jobs, with a screen full of words and a line set to something
-    /// of its own; then, under it, the client. While the client is stopped, the shell waits for
-    /// bring_back.
+    /// Starts a shell with job control, a screen full of words and a line with unusual settings;
+    /// then, under it, the client. While the client is stopped, the shell waits for bring_back.
     void begin(bool with_silent_server = false);
-    /// Goes to the place and notes what processes the client has there.
+    /// Goes to the place and notes which processes the client has there.
     void go_to(const client_place& place);
 
     terminal_session& terminal()
     {
         return at->terminal();
     }
-    /// Waits until the shell has said that the client has ended, or been stopped, with this status.
+    /// Waits until the shell reports that the client has ended, or was stopped, with this status.
     [[nodiscard]] testing::AssertionResult wait_for_status(int status, int round = 1);
-    /// The screen, the cursor and every field of the line are as they were before the client.
+    /// Checks that the screen, the cursor and every field of the line are as before the client.
     void expect_terminal_given_back();
-    /// Neither the client nor a process of its own is left.
+    /// Checks that neither the client nor a process of its own is left.
     void expect_nobody_left();
-    /// No file was written since begin, the configuration least of all.
+    /// Checks that no file was written since begin, least of all the configuration.
     void expect_nothing_saved();
-    /// Has the shell continue a stopped client in front.
+    /// Makes the shell continue a stopped client in front.
     void bring_back(int round = 1);
-    /// The shell ends in order.
+    /// Checks that the shell ends in order.
     void expect_shell_ends();
 
     std::unique_ptr<placed_client> at;

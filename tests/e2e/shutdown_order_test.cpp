@@ -8,8 +8,8 @@
 namespace
 {
 
-/// The lines noted about farewells and saved files, without the introductions before them.
-std::vector<std::string> noted_order(const std::filesystem::path& path, std::size_t introductions)
+/// The recorded lines about farewells and saved files, without the introductions before them.
+std::vector<std::string> read_order(const std::filesystem::path& path, std::size_t introductions)
 {
     std::ifstream file{path};
     std::vector<std::string> lines;
@@ -38,7 +38,7 @@ TEST(shutdown_order, farewells_go_out_in_list_order_before_the_configuration_is_
     for (std::size_t index = 0; index < servers.count(); ++index)
         wanted.push_back("send " + std::to_string(servers[index].port()));
     wanted.push_back("rename ncursesclient.conf");
-    EXPECT_EQ(noted_order(order, 2 * servers.count()), wanted);
+    EXPECT_EQ(read_order(order, 2 * servers.count()), wanted);
 }
 
 } // namespace

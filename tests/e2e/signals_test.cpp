@@ -1,5 +1,5 @@
-// signals_test.cpp - signals that end the client: the terminal is given back, nothing is saved and
-// nobody is left behind.
+// signals_test.cpp - signals that end the client: it restores the terminal, saves nothing and
+// leaves no process behind.
 #include "e2e/network_session.hpp"
 #include "support/line_settings.hpp"
 
@@ -27,7 +27,7 @@ void expect_given_back(terminal_session& terminal)
 class ending_signal : public testing::TestWithParam<int>
 {
 protected:
-    /// The client must die of the signal, which the test has sent, and leave everything in order.
+    /// Checks that the client dies of the signal that the test sent, with everything in order.
     void expect_end()
     {
         const std::optional<int> status = client.wait_for_exit();
@@ -40,7 +40,7 @@ protected:
     client_session client;
 };
 
-TEST_P(ending_signal, gives_the_terminal_back_and_saves_nothing)
+TEST_P(ending_signal, restores_the_terminal_and_saves_nothing)
 {
     scripted_server server;
     client_settings settings = knowing(server);
@@ -56,7 +56,7 @@ TEST_P(ending_signal, gives_the_terminal_back_and_saves_nothing)
 
 TEST_P(ending_signal, ends_attempts_to_connect_too)
 {
-    // Under a shell that outlives it: with the last of a session, the system ends all its others.
+    // Under a shell that outlives it: the end of a session leader ends the whole session.
     silent_port nowhere;
     temp_home home;
     test_clock clock(50);
@@ -86,7 +86,7 @@ TEST_P(ending_signal, ends_attempts_to_connect_too)
     EXPECT_EQ(terminal.wait_for_exit(), 0);
 }
 
-TEST_P(ending_signal, is_heard_while_a_password_is_asked_for)
+TEST_P(ending_signal, takes_effect_while_a_password_is_asked_for)
 {
     scripted_server server;
     client_settings settings = knowing(server);
@@ -106,7 +106,7 @@ TEST_P(ending_signal, is_heard_while_a_password_is_asked_for)
 INSTANTIATE_TEST_SUITE_P(signals, ending_signal, testing::Values(SIGINT, SIGTERM, SIGHUP, SIGQUIT),
                          name_of);
 
-TEST(signals, the_terminals_own_keys_send_them)
+TEST(signals, are_sent_by_the_terminals_own_keys)
 {
     for (const auto& [key, number] : {std::pair{'\x03', SIGINT}, {'\x1C', SIGQUIT}}) {
         client_session client;

@@ -1,4 +1,4 @@
-// slow_name_test.cpp - a server whose name takes its time to be found holds nothing else up.
+// slow_name_test.cpp - a server whose name takes long to resolve delays nothing else.
 #include "e2e/network_session.hpp"
 #include "e2e/whole_screen.hpp"
 
@@ -10,7 +10,7 @@
 namespace
 {
 
-/// A client that is connected to one server and has begun to look up the name of another.
+/// A client that is connected to one server and is looking up the name of another.
 class slow_name : public testing::Test
 {
 protected:
@@ -50,7 +50,7 @@ protected:
         return wait_for_file(client, "quick/logs.log", logged);
     }
 
-    /// Keys that were typed have begun to wait in the terminal, and none does so any more.
+    /// Waits until typed keys have reached the terminal and the client has read all of them.
     testing::AssertionResult keys_are_read()
     {
         bool have_waited = false;
@@ -65,7 +65,7 @@ protected:
 
     void answer(const std::string& address)
     {
-        // In one step: the waiting side must not see a file that has no text yet.
+        // In one step: the waiting side must not see a file without its text.
         answers.write_file("prepared", address);
         ASSERT_EQ(rename(answers.path_of("prepared").c_str(), answers.path_of("answer").c_str()),
                   0);
@@ -79,7 +79,7 @@ protected:
     std::string logged;
 };
 
-TEST_F(slow_name, that_does_not_exist_is_reported_while_messages_flow)
+TEST_F(slow_name, is_reported_while_messages_flow_if_it_does_not_exist)
 {
     ASSERT_TRUE(messages_flow("DURING1"));
     ASSERT_TRUE(wait_for_notice(client, *connection, "in the wait"));
@@ -92,7 +92,7 @@ TEST_F(slow_name, that_does_not_exist_is_reported_while_messages_flow)
     EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
 }
 
-TEST_F(slow_name, that_is_found_at_last_is_connected_to)
+TEST_F(slow_name, leads_to_a_connection_when_it_is_found_at_last)
 {
     ASSERT_TRUE(messages_flow("DURING1"));
     ASSERT_TRUE(messages_flow("DURING2"));
@@ -105,7 +105,7 @@ TEST_F(slow_name, that_is_found_at_last_is_connected_to)
     ASSERT_TRUE(messages_flow("AFTER"));
 }
 
-TEST_F(slow_name, keeps_keys_for_afterwards)
+TEST_F(slow_name, keeps_typed_keys_for_later)
 {
     client.terminal().send_control('h');
     ASSERT_TRUE(messages_flow("DURING"));
@@ -118,7 +118,7 @@ TEST_F(slow_name, keeps_keys_for_afterwards)
 
 TEST_F(slow_name, keeps_the_order_of_keys)
 {
-    client.terminal().send("\x04\033OB"); // ^D on the name's server, then down
+    client.terminal().send("\x04\033OB"); // ^D on the server with the name, then down
     ASSERT_TRUE(messages_flow("DURING"));
     ASSERT_NO_FATAL_FAILURE(answer(""));
     ASSERT_TRUE(client.wait_for_status("You are not connected to slow", pairs::error));
@@ -126,7 +126,7 @@ TEST_F(slow_name, keeps_the_order_of_keys)
     ASSERT_TRUE(wait_for_notice(client, *connection, "still here"));
 }
 
-TEST_F(slow_name, forgets_keys_beyond_the_sixty_fourth)
+TEST_F(slow_name, drops_keys_beyond_the_sixty_fourth)
 {
     client.terminal().send(std::string(64, 'q'));
     client.terminal().send_control('h');
@@ -154,7 +154,7 @@ TEST_F(slow_name, ends_with_the_program_whatever_was_typed_before)
     EXPECT_TRUE(connection->wait_for_close());
 }
 
-TEST_F(slow_name, lets_a_resize_come_at_once)
+TEST_F(slow_name, allows_a_resize_at_once)
 {
     client.terminal().resize(30, 100);
     ASSERT_TRUE(wait_for_whole_screen(client.terminal()));
@@ -166,7 +166,7 @@ TEST_F(slow_name, lets_a_resize_come_at_once)
     ASSERT_TRUE(client.terminal().wait_for_text("Successfully connected slow:"));
 }
 
-TEST_F(slow_name, says_what_a_quick_one_says)
+TEST_F(slow_name, is_reported_like_a_quick_one)
 {
     const std::string port = std::to_string(named.port());
     EXPECT_EQ(client.status_lines().back(), "Try connecting to slow:" + port);
@@ -180,7 +180,7 @@ TEST_F(slow_name, says_what_a_quick_one_says)
                                              "the mark of a connection"));
 }
 
-TEST_F(slow_name, lets_a_second_connect_wait_its_turn)
+TEST_F(slow_name, makes_a_second_connect_wait)
 {
     client.terminal().send_control('l');
     client.terminal().send_key(named_key::down);
@@ -197,13 +197,13 @@ TEST_F(slow_name, lets_a_second_connect_wait_its_turn)
 }
 
 /// How many threads a process has.
-std::ptrdiff_t threads_of(pid_t process)
+std::ptrdiff_t count_threads(pid_t process)
 {
     return std::distance(
         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task"), {});
 }
 
-TEST(slow_names, that_are_found_after_the_screen_was_left_do_no_harm)
+TEST(slow_names, do_no_harm_when_found_after_the_screen_was_left)
 {
     scripted_server directory;
     temp_home answers;
@@ -216,7 +216,7 @@ TEST(slow_names, that_are_found_after_the_screen_was_left_do_no_harm)
     how.environment["SLOW_RESOLVER_FOLDER"] = answers.path();
     how.environment["TEST_DIRECTORY_PORT"] = std::to_string(directory.port());
     ASSERT_TRUE(client.start(settings, how));
-    // A list that is being fetched keeps the client's end waiting.
+    // A fetch in progress delays the client's end.
     client.terminal().send_control('r');
     std::optional<server_connection> list = directory.accept();
     ASSERT_TRUE(list);
@@ -225,13 +225,13 @@ TEST(slow_names, that_are_found_after_the_screen_was_left_do_no_harm)
     client.terminal().send_control('l');
     ASSERT_TRUE(client.terminal().wait_until([&] { return answers.read_file("asked").has_value(); },
                                              "the name is asked for"));
-    const std::ptrdiff_t threads = threads_of(client.terminal().process_id());
+    const std::ptrdiff_t threads = count_threads(client.terminal().process_id());
     client.terminal().send_control('x');
     ASSERT_TRUE(client.terminal().wait_until(
         [&] { return !client.terminal().screen().alternate_screen(); }, "the screen is left"));
     answers.write_file("answer", "127.0.0.1");
     ASSERT_TRUE(client.terminal().wait_until(
-        [&] { return threads_of(client.terminal().process_id()) == threads - 1; },
+        [&] { return count_threads(client.terminal().process_id()) == threads - 1; },
         "the name is found"));
     list->close();
     const std::optional<int> status = client.wait_for_exit();

@@ -1,5 +1,5 @@
 // small_terminal_test.cpp - terminals too small for the panes, and lists too long for them, while
-// transmissions come in.
+// transmissions arrive.
 #include "e2e/network_session.hpp"
 #include "e2e/whole_screen.hpp"
 
@@ -24,8 +24,8 @@ protected:
     }
 
     /// Sends one of everything that draws, and asks for an answer that needs no screen. Twice,
-    /// since the first round may still meet the size before.
-    void survives_traffic()
+    /// since the first round may still meet the previous size.
+    void expect_traffic_survived()
     {
         const acars_message message{
             .content = "NOT MUCH ROOM", .contacts = "9", .daily_flights = "1000000"};
@@ -45,7 +45,7 @@ protected:
     std::optional<server_connection> connection;
 };
 
-TEST_F(small_terminal, of_any_size_takes_transmissions)
+TEST_F(small_terminal, takes_transmissions_at_any_size)
 {
     client.clock().set_alarm_pace(10);
     for (const auto& [rows, columns] :
@@ -54,7 +54,7 @@ TEST_F(small_terminal, of_any_size_takes_transmissions)
           {6, 27},           {3, 3},   {2, 2},   {1, 1},   {50, 2}, {2, 200}}) {
         SCOPED_TRACE(std::to_string(rows) + " x " + std::to_string(columns));
         client.terminal().resize(rows, columns);
-        ASSERT_NO_FATAL_FAILURE(survives_traffic());
+        ASSERT_NO_FATAL_FAILURE(expect_traffic_survived());
     }
     client.terminal().resize(24, 132);
     ASSERT_TRUE(wait_for_whole_screen(client.terminal()));
@@ -65,7 +65,7 @@ TEST_F(small_terminal, of_any_size_takes_transmissions)
     EXPECT_TRUE(client.terminal().wait_for_text("Unique Flights: 7 "));
 }
 
-TEST_F(small_terminal, grown_again_is_whole_before_any_key)
+TEST_F(small_terminal, is_whole_before_any_key_after_growing_again)
 {
     ASSERT_TRUE(stop_polls(client));
     for (const auto& [rows, columns] :
@@ -75,7 +75,7 @@ TEST_F(small_terminal, grown_again_is_whole_before_any_key)
         if (rows < 10 || columns < 80)
             continue;
         ASSERT_TRUE(wait_for_whole_screen(client.terminal()));
-        // What curses shows with the next key's reading must not undo it.
+        // What curses shows when it reads the next key must not undo it.
         client.terminal().send_key(named_key::left);
         client.clock().set_alarm_pace(50);
         ASSERT_TRUE(poll_once(client));
@@ -86,7 +86,7 @@ TEST_F(small_terminal, grown_again_is_whole_before_any_key)
     client.clock().set_alarm_pace(50);
 }
 
-TEST_F(small_terminal, narrower_than_the_server_list_frames_what_there_is_of_it)
+TEST_F(small_terminal, frames_the_visible_part_of_a_wider_server_list)
 {
     client.terminal().resize(24, 20);
     ASSERT_TRUE(client.terminal().wait_until(
@@ -98,7 +98,7 @@ TEST_F(small_terminal, narrower_than_the_server_list_frames_what_there_is_of_it)
         "a frame round the list"));
 }
 
-TEST_F(small_terminal, takes_backspace_for_a_password)
+TEST_F(small_terminal, takes_backspace_in_a_password)
 {
     ASSERT_TRUE(connection->send(capabilities_packet("<NeedAuth>1</NeedAuth>")));
     ASSERT_TRUE(client.terminal().wait_for_text("[ Password required ]"));
@@ -125,7 +125,7 @@ TEST_F(small_terminal, takes_backspace_for_a_password)
     EXPECT_EQ(connection->read_packet(), (server_packet{.kind = 81, .payload = digest_of_ab}));
 }
 
-/// A client with 14 servers in a list of 12 rows, connected to the first and the last of them.
+/// A client with 14 servers in a list of 12 rows, connected to the first and the last.
 class long_list : public testing::Test
 {
 protected:
@@ -167,12 +167,12 @@ protected:
     }
 
     /// The text beside the list on a row of the screen, as long as flight statistics may be here.
-    std::string beside(int row)
+    std::string read_beside(int row)
     {
         return client.terminal().screen().text(row, beside_the_list, 20);
     }
 
-    /// Sends flight statistics of a server whose row is not to be seen.
+    /// Sends flight statistics of a server whose row is not visible.
     void expect_none_shown(server_connection& connection)
     {
         client.terminal().forget_raw_output();
@@ -180,10 +180,10 @@ protected:
         ASSERT_TRUE(wait_for_notice(client, connection, "shown"));
         EXPECT_EQ(client.terminal().raw_output().find("Unique"), std::string::npos)
             << client.terminal().description();
-        EXPECT_EQ(screen_fault_of_frames(), "");
+        EXPECT_EQ(find_frame_fault(), "");
     }
 
-    std::string screen_fault_of_frames()
+    std::string find_frame_fault()
     {
         const std::string fault = screen_fault(client.terminal().screen());
         return fault == "the title is not in the status pane" ? "" : fault;
@@ -200,22 +200,23 @@ TEST_F(long_list, shows_statistics_of_a_visible_server_on_its_scrolled_row)
 {
     ASSERT_TRUE(last->send(plain_packet(document_of({.daily_flights = "1234"}))));
     ASSERT_TRUE(client.terminal().wait_until(
-        [&] { return beside(visible + 1) == "Unique Flights: 1234"; }, "beside the lowest row"));
+        [&] { return read_beside(visible + 1) == "Unique Flights: 1234"; },
+        "beside the lowest row"));
     const screen_cell cell = client.terminal().cell(visible + 1, beside_the_list);
     EXPECT_EQ(cell, pair_cell(pairs::statistics, true, "U"));
     ASSERT_NO_FATAL_FAILURE(go_to_the_first());
     ASSERT_TRUE(client.terminal().wait_for_no_text("Unique Flights"));
     ASSERT_TRUE(first->send(plain_packet(document_of({.daily_flights = "5678"}))));
-    ASSERT_TRUE(client.terminal().wait_until([&] { return beside(2) == "Unique Flights: 5678"; },
-                                             "beside the highest row"));
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return read_beside(2) == "Unique Flights: 5678"; }, "beside the highest row"));
 }
 
-TEST_F(long_list, shows_no_statistics_of_a_server_above_the_visible_ones)
+TEST_F(long_list, shows_no_statistics_of_a_server_above_the_visible_rows)
 {
     ASSERT_NO_FATAL_FAILURE(expect_none_shown(*first));
 }
 
-TEST_F(long_list, shows_no_statistics_of_a_server_below_the_visible_ones)
+TEST_F(long_list, shows_no_statistics_of_a_server_below_the_visible_rows)
 {
     ASSERT_NO_FATAL_FAILURE(go_to_the_first());
     ASSERT_NO_FATAL_FAILURE(expect_none_shown(*last));

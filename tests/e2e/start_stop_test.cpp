@@ -1,4 +1,4 @@
-// start_stop_test.cpp - what a person sees of the client's start, its refusals to start, its end.
+// start_stop_test.cpp - what the user sees of the client's start, its refusals to start, its end.
 #include "e2e/client_session.hpp"
 
 #include <csignal>
@@ -12,13 +12,13 @@ namespace
 
 constexpr const char* title = "NCurses tovrikclient V0.02.001 - Written by the team";
 
-/// What a client that must not start leaves behind.
+/// What a client leaves that refused to start.
 struct refusal {
     int status = -1;
     std::string errors{};
 };
 
-refusal refused_start(client_session& client, const client_start& how)
+refusal run_refused_start(client_session& client, const client_start& how)
 {
     client.launch(how);
     const std::optional<int> status = client.wait_for_exit();
@@ -40,7 +40,7 @@ TEST(start_stop, shows_the_whole_screen_with_a_configuration)
     EXPECT_EQ(client.terminal().error_text(), "");
 }
 
-TEST(start_stop, names_the_folder_in_which_no_configuration_is)
+TEST(start_stop, names_the_folder_that_has_no_configuration)
 {
     client_session client;
     ASSERT_TRUE(client.start_as_it_is({.home_variable = client.home().path()}));
@@ -49,7 +49,7 @@ TEST(start_stop, names_the_folder_in_which_no_configuration_is)
     EXPECT_EQ(client.bar_row(), 0);
 }
 
-TEST(start_stop, without_servers_leaves_in_order)
+TEST(start_stop, leaves_in_order_without_servers)
 {
     client_session client;
     ASSERT_TRUE(client.start({}));
@@ -62,7 +62,7 @@ TEST(start_stop, blanks_the_screen_at_the_end)
 {
     client_session client;
     client_start how;
-    how.environment["TERM"] = "linux"; // a terminal without a second screen to return from
+    how.environment["TERM"] = "linux"; // a terminal without an alternate screen
     ASSERT_TRUE(client.start(with_aliases({"alpha"}), how));
     client.quit();
     EXPECT_FALSE(client.terminal().shows("alpha"));
@@ -75,18 +75,18 @@ TEST(start_stop, a_terminal_that_curses_does_not_know_is_refused)
         client_session client;
         client_start how;
         how.environment["TERM"] = type;
-        const refusal found = refused_start(client, how);
+        const refusal found = run_refused_start(client, how);
         EXPECT_EQ(found.status, 255);
         EXPECT_EQ(found.errors, "Unable to init ncurses library\n");
     }
 }
 
-TEST(start_stop, no_terminal_type_at_all_is_refused)
+TEST(start_stop, a_missing_terminal_type_is_refused)
 {
     client_session client;
     client_start how;
     how.unset.insert("TERM");
-    const refusal found = refused_start(client, how);
+    const refusal found = run_refused_start(client, how);
     EXPECT_EQ(found.status, 255);
     EXPECT_EQ(found.errors, "Unable to init ncurses library\n");
 }
@@ -95,13 +95,13 @@ TEST(start_stop, a_terminal_too_small_for_the_panes_is_refused)
 {
     for (const auto& [rows, columns] : {std::pair{5, 80}, {24, 20}, {2, 2}}) {
         client_session client;
-        const refusal found = refused_start(client, {.rows = rows, .columns = columns});
+        const refusal found = run_refused_start(client, {.rows = rows, .columns = columns});
         EXPECT_EQ(found.status, 255) << rows << " x " << columns;
         EXPECT_EQ(found.errors, "Unable to init ncurses windows\n");
     }
 }
 
-TEST(start_stop, a_refusal_for_size_leaves_the_terminal_as_curses_set_it)
+TEST(start_stop, a_refusal_because_of_size_leaves_the_terminal_as_curses_set_it)
 {
     client_session client;
     client.launch({.rows = 5});
@@ -131,7 +131,7 @@ TEST(start_stop, polls_three_seconds_after_the_start_and_then_every_second)
     EXPECT_EQ(client.clock().last_alarm_s(), 1);
 }
 
-TEST(start_stop, without_home_uses_the_working_folder)
+TEST(start_stop, uses_the_working_folder_without_home)
 {
     client_session client;
     client_settings settings = with_aliases({"alpha"});
@@ -147,7 +147,7 @@ TEST(start_stop, without_home_uses_the_working_folder)
     EXPECT_EQ(client.home().read_config(), config_text(settings));
 }
 
-TEST(start_stop, without_home_and_configuration_says_so)
+TEST(start_stop, says_so_without_home_and_configuration)
 {
     client_session client;
     client_start how;
@@ -156,7 +156,7 @@ TEST(start_stop, without_home_and_configuration_says_so)
     EXPECT_TRUE(client.wait_for_status("No configuration found in ''", pairs::error));
 }
 
-TEST(start_stop, a_home_that_cannot_be_entered_is_no_configuration_and_nothing_is_saved)
+TEST(start_stop, a_home_that_cannot_be_entered_means_no_configuration_and_no_save)
 {
     client_session client;
     client.home().write_file("plain", "a file");
@@ -169,14 +169,14 @@ TEST(start_stop, a_home_that_cannot_be_entered_is_no_configuration_and_nothing_i
         EXPECT_TRUE(client.wait_for_status("No configuration found in '" + std::string{place} + "'",
                                            pairs::error));
         EXPECT_EQ(client.bar_row(), 0) << "the working folder's configuration is not ours";
-        client.terminal().send_meta('s'); // save on exit, all the same
+        client.terminal().send_meta('s'); // save on exit
         client.quit();
         EXPECT_EQ(client.home().read_config(), config_text(settings));
     }
     EXPECT_EQ(client.home().files(), (std::vector<std::string>{"ncursesclient.conf", "plain"}));
 }
 
-TEST(start_stop, without_save_on_exit_the_file_is_left_as_it_is)
+TEST(start_stop, leaves_the_file_unchanged_without_save_on_exit)
 {
     client_session client;
     const std::string text = "<?xml version=\"1.0\"?>\n<clientconf><Server9><ServerName>h"
@@ -231,7 +231,7 @@ TEST(start_stop, says_good_bye_to_every_server_before_it_saves)
     settings.servers.push_back({.port = std::to_string(second.port()), .alias = "two"});
     settings.save_on_exit = true;
     ASSERT_TRUE(client.start(settings));
-    const bool in_order = first.port() < second.port(); // equal names are listed by port
+    const bool in_order = first.port() < second.port(); // equal names are sorted by port
     scripted_server& upper = in_order ? first : second;
     scripted_server& lower = in_order ? second : first;
     std::optional<server_connection> one = client.connect_selected(upper);

@@ -10,7 +10,7 @@ constexpr int newest_row = 21; // of a screen with 24 rows
 constexpr int first_column = 27;
 constexpr int inner_columns = 52;
 
-/// A client with one connected server that can make it show any line.
+/// A client connected to one server that can make it show any line.
 class status_pane : public testing::Test
 {
 protected:
@@ -77,7 +77,7 @@ TEST_F(status_pane, a_text_of_the_inner_width_is_shown_whole)
     EXPECT_EQ(client.terminal().cell(newest_row, 79).text, " ");
 }
 
-TEST_F(status_pane, a_wider_text_runs_over_the_frame_into_the_row_below)
+TEST_F(status_pane, a_wider_text_overwrites_the_frame_and_wraps_into_the_row_below)
 {
     const std::string text = std::string(inner_columns, 'x') + "FRAME-AND-BELOW";
     ASSERT_TRUE(connection->send(103, text));
@@ -108,7 +108,7 @@ TEST_F(status_pane, survives_the_longest_text_and_recovers_with_a_resize)
         "the frame is whole again"));
 }
 
-TEST_F(status_pane, shows_directives_in_a_servers_words_as_they_are)
+TEST_F(status_pane, shows_directives_in_a_servers_text_unchanged)
 {
     ASSERT_TRUE(connection->send(103, "100%d %s %n %* %] %"));
     EXPECT_TRUE(newest_becomes("100%d %s %n %* %] %"));
@@ -145,7 +145,7 @@ TEST_F(status_pane, letters_above_127_are_shown_as_the_characters_they_name)
     EXPECT_TRUE(newest_becomes("Zürich § ÿ"));
 }
 
-TEST_F(status_pane, a_text_of_lines_is_printed_line_by_line)
+TEST_F(status_pane, a_text_of_several_lines_is_printed_line_by_line)
 {
     for (const std::uint32_t kind : {64U, 90U}) {
         ASSERT_TRUE(connection->send(103, "before"));

@@ -1,8 +1,7 @@
-// terminal_types_test.cpp - the keys on the kinds of terminal that people have, in both kinds of
-// locale.
+// terminal_types_test.cpp - the keys on common types of terminal, in both kinds of locale.
 //
-// The emulator does not know every sequence of these types, so what is looked at is what the
-// program does: what its server hears, and what it saves.
+// The emulator does not know every sequence of these types, so the tests look at what the program
+// does: what its server receives, and what it saves.
 #include "e2e/client_session.hpp"
 
 #include <gtest/gtest.h>

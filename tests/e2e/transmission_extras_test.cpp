@@ -6,7 +6,7 @@ namespace
 
 constexpr int beside_the_list = 27;
 
-std::string beside(client_session& client, int screen_row)
+std::string read_beside(client_session& client, int screen_row)
 {
     const terminal_screen& screen = client.terminal().screen();
     std::string text =
@@ -15,10 +15,10 @@ std::string beside(client_session& client, int screen_row)
     return text;
 }
 
-testing::AssertionResult wait_beside(client_session& client, int screen_row,
-                                     const std::string& text)
+testing::AssertionResult wait_for_text_beside(client_session& client, int screen_row,
+                                              const std::string& text)
 {
-    return client.terminal().wait_until([&] { return beside(client, screen_row) == text; },
+    return client.terminal().wait_until([&] { return read_beside(client, screen_row) == text; },
                                         "\"" + text + "\" beside the list");
 }
 
@@ -60,7 +60,7 @@ TEST_F(contacts, are_shown_in_cyan_below_the_transmission)
     ASSERT_TRUE(wait_for_message_rows(client, lines, 0));
 }
 
-TEST_F(contacts, that_are_not_known_leave_an_empty_line)
+TEST_F(contacts, leave_an_empty_line_if_they_are_missing)
 {
     ASSERT_TRUE(connection->send(plain_packet(document_of({}))));
     std::vector<std::string> lines = lines_of({});
@@ -69,7 +69,7 @@ TEST_F(contacts, that_are_not_known_leave_an_empty_line)
     EXPECT_FALSE(client.terminal().shows("null"));
 }
 
-TEST(no_contacts, are_shown_unless_asked_for)
+TEST(no_contacts, are_shown_unless_configured)
 {
     listed_servers servers(1);
     client_session client;
@@ -105,7 +105,7 @@ protected:
 TEST_F(flight_statistics, stand_beside_the_servers_own_row)
 {
     ASSERT_TRUE(connections[1].send(plain_packet(document_of({.daily_flights = "1234"}))));
-    ASSERT_TRUE(wait_beside(client, 3, "Unique Flights: 1234"));
+    ASSERT_TRUE(wait_for_text_beside(client, 3, "Unique Flights: 1234"));
     for (int column = 0; column < 20; ++column) {
         const screen_cell cell = client.terminal().cell(3, beside_the_list + column);
         EXPECT_EQ(cell, pair_cell(pairs::statistics, true, cell.text)) << column;
@@ -119,29 +119,29 @@ TEST_F(flight_statistics, stand_beside_the_servers_own_row)
 TEST_F(flight_statistics, stay_until_the_next_transmission_of_any_server)
 {
     ASSERT_TRUE(connections[1].send(plain_packet(document_of({.daily_flights = "7"}))));
-    ASSERT_TRUE(wait_beside(client, 3, "Unique Flights: 7"));
+    ASSERT_TRUE(wait_for_text_beside(client, 3, "Unique Flights: 7"));
     ASSERT_TRUE(wait_for_notice(client, connections[0], "something else"));
-    EXPECT_EQ(beside(client, 3), "Unique Flights: 7");
+    EXPECT_EQ(read_beside(client, 3), "Unique Flights: 7");
     ASSERT_TRUE(connections[0].send(plain_packet(document_of({.daily_flights = "8"}))));
-    ASSERT_TRUE(wait_beside(client, 2, "Unique Flights: 8"));
-    EXPECT_EQ(beside(client, 3), "");
+    ASSERT_TRUE(wait_for_text_beside(client, 2, "Unique Flights: 8"));
+    EXPECT_EQ(read_beside(client, 3), "");
     ASSERT_TRUE(connections[1].send(plain_packet(document_of({.flight = "NOSTAT"}))));
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = "NOSTAT"})));
     ASSERT_TRUE(client.terminal().wait_for_no_text("Unique Flights"));
 }
 
-TEST_F(flight_statistics, go_when_the_bar_moves)
+TEST_F(flight_statistics, disappear_when_the_bar_moves)
 {
     ASSERT_TRUE(connections[0].send(plain_packet(document_of({.daily_flights = "55"}))));
-    ASSERT_TRUE(wait_beside(client, 2, "Unique Flights: 55"));
+    ASSERT_TRUE(wait_for_text_beside(client, 2, "Unique Flights: 55"));
     ASSERT_TRUE(select_row(client, 1));
     ASSERT_TRUE(client.terminal().wait_for_no_text("Unique Flights"));
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({})));
 }
 
-TEST_F(flight_statistics, give_back_what_they_covered)
+TEST_F(flight_statistics, uncover_what_was_under_them)
 {
-    // Enough transmissions that text stands where the line is shown.
+    // Enough transmissions to have text where the line is shown.
     for (int number = 1; number <= 3; ++number)
         ASSERT_TRUE(connections[0].send(plain_packet(document_of({}))));
     ASSERT_TRUE(wait_for_notice(client, connections[0], "three are shown"));
@@ -151,22 +151,22 @@ TEST_F(flight_statistics, give_back_what_they_covered)
     ASSERT_TRUE(client.terminal().wait_for_text("Unique Flights: 5"));
     ASSERT_TRUE(select_row(client, 1));
     ASSERT_TRUE(client.terminal().wait_for_no_text("Unique Flights"));
-    ASSERT_TRUE(client.wait_for_keys()); // all is painted
-    // All lines have moved up by one transmission of six rows.
+    ASSERT_TRUE(client.wait_for_keys()); // everything is painted
+    // One transmission of six rows has moved all lines up.
     const std::vector<std::string> moved = client.message_lines();
     for (std::size_t row = 1; row <= 8; ++row)
         EXPECT_EQ(moved[row], rows[row + 6]) << row;
 }
 
-TEST_F(flight_statistics, wider_than_the_terminal_do_no_harm)
+TEST_F(flight_statistics, do_no_harm_when_wider_than_the_terminal)
 {
     ASSERT_TRUE(
         connections[0].send(plain_packet(document_of({.daily_flights = std::string(500, '9')}))));
     ASSERT_TRUE(client.terminal().wait_for_text("Unique Flights: 9999"));
     EXPECT_TRUE(client.terminal().row(23).starts_with("^D Disconnect"));
-    EXPECT_EQ(beside(client, 3), "");
+    EXPECT_EQ(read_beside(client, 3), "");
     ASSERT_TRUE(connections[0].send(plain_packet(document_of({.daily_flights = "1"}))));
-    ASSERT_TRUE(wait_beside(client, 2, "Unique Flights: 1"));
+    ASSERT_TRUE(wait_for_text_beside(client, 2, "Unique Flights: 1"));
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// transmission_test.cpp - transmissions on the screen: their text, their place, what stands beside.
+// transmission_test.cpp - transmissions on the screen: their text, their place, their surroundings.
 #include "e2e/network_session.hpp"
 
 namespace
@@ -6,7 +6,7 @@ namespace
 
 constexpr int text_column = 28;
 
-/// A wide client with one server that it is connected to.
+/// A wide client connected to one server.
 class transmission : public testing::Test
 {
 protected:
@@ -66,7 +66,7 @@ TEST_F(transmission, is_shown_in_eight_lines_with_a_content)
         0));
 }
 
-TEST_F(transmission, an_empty_content_is_none)
+TEST_F(transmission, an_empty_content_counts_as_no_content)
 {
     ASSERT_TRUE(begin());
     std::string document = document_of({.operator_name = "Nobody"});
@@ -85,7 +85,7 @@ TEST_F(transmission, a_content_of_several_lines_keeps_them)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of(message)));
 }
 
-TEST_F(transmission, compressed_looks_the_same)
+TEST_F(transmission, looks_the_same_when_compressed)
 {
     ASSERT_TRUE(begin());
     const acars_message message{.content = "COMPRESSED"};
@@ -93,7 +93,7 @@ TEST_F(transmission, compressed_looks_the_same)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of(message)));
 }
 
-TEST_F(transmission, compressed_may_be_longer_than_a_packet)
+TEST_F(transmission, may_be_longer_than_a_packet_when_compressed)
 {
     ASSERT_TRUE(begin());
     acars_message message{.content = "AFTER MUCH ELSE"};
@@ -109,7 +109,7 @@ TEST_F(transmission, compressed_may_be_longer_than_a_packet)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of(message)));
 }
 
-TEST_F(transmission, the_one_before_moves_up_with_an_empty_row_between)
+TEST_F(transmission, the_previous_one_moves_up_with_an_empty_row_between)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(connection->send(plain_packet(document_of({.flight = "XX0001"}))));
@@ -121,7 +121,7 @@ TEST_F(transmission, the_one_before_moves_up_with_an_empty_row_between)
     ASSERT_TRUE(wait_for_message_rows(client, both));
 }
 
-TEST_F(transmission, old_ones_leave_at_the_top_of_the_scrolling_region)
+TEST_F(transmission, old_ones_disappear_at_the_top_of_the_scrolling_region)
 {
     ASSERT_TRUE(begin());
     for (int number = 1; number <= 4; ++number)
@@ -141,7 +141,7 @@ TEST_F(transmission, the_bottom_row_follows_the_height_of_the_terminal)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({})));
 }
 
-TEST_F(transmission, on_80_columns_the_date_is_wrapped_inside_the_pane)
+TEST_F(transmission, the_date_is_wrapped_inside_the_pane_on_80_columns)
 {
     ASSERT_TRUE(begin({}, {}));
     ASSERT_TRUE(connection->send(plain_packet(document_of({}))));
@@ -157,7 +157,7 @@ TEST_F(transmission, on_80_columns_the_date_is_wrapped_inside_the_pane)
     EXPECT_EQ(client.terminal().cell(17, 79).text, "┤");
 }
 
-TEST_F(transmission, what_a_document_lacks_is_left_empty)
+TEST_F(transmission, elements_missing_from_a_document_are_left_empty)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(connection->send(plain_packet("<?xml version=\"1.0\"?><tovrik></tovrik>")));
@@ -176,7 +176,7 @@ TEST_F(transmission, what_a_document_lacks_is_left_empty)
     ASSERT_TRUE(wait_for_message_rows(client, both));
 }
 
-TEST_F(transmission, percent_signs_in_a_value_never_last)
+TEST_F(transmission, percent_signs_in_a_value_never_remain)
 {
     ASSERT_TRUE(begin());
     // The last percent sign of a text becomes a number sign.
@@ -188,7 +188,7 @@ TEST_F(transmission, percent_signs_in_a_value_never_last)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({.mode = "Lufthansa"})));
 }
 
-TEST_F(transmission, values_that_name_themselves_come_to_an_end)
+TEST_F(transmission, values_that_name_themselves_end)
 {
     ASSERT_TRUE(begin());
     const char* mode = "%tovrik/ACARS/ACARSMode%";

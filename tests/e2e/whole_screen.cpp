@@ -12,7 +12,7 @@ constexpr std::string_view title = "NCurses tovrikclient V0.02.001 - Written by 
 constexpr std::string_view keys =
     "^D Disconnect, ^E Settings, ^H Help, ^I ServerInfo, ^L Connect, ^R ServerList, ^X Exit";
 
-/// Gathers what is wrong; only the first fault is kept.
+/// Collects what is wrong; keeps only the first fault.
 class inspection
 {
 public:

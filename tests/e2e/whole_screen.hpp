@@ -1,4 +1,4 @@
-// whole_screen.hpp - says whether the client's panes are on the screen as they should be, whatever
+// whole_screen.hpp - tells whether the client's panes are on the screen as they should be, whatever
 // was on it before.
 #pragma once
 
@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-/// The first thing that is wrong with the frames, the tees, the heading, the key line or the title
-/// of a screen of at least 10 rows and 80 columns; empty if all is in its place.
+/// The first thing wrong with the frames, the tees, the heading, the key line or the title of a
+/// screen of at least 10 rows and 80 columns; empty if nothing is.
 std::string screen_fault(const terminal_screen& screen);
 
 /// Waits until nothing is wrong with them.

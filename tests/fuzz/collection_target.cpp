@@ -13,14 +13,14 @@ namespace
 
 using owned_collection = std::unique_ptr<collection, releaser<collection_destroy>>;
 
-/// A collection of texts beside what it should hold.
+/// A collection of texts beside its expected content.
 struct pair_of_lists {
     owned_collection made;
     std::vector<std::string> expected{};
     bool is_sorted;
 };
 
-pair_of_lists lists_new(fuzz_input& input)
+pair_of_lists make_lists(fuzz_input& input)
 {
     const bool is_sorted = input.flag();
     const auto capacity = static_cast<std::int32_t>(input.number(12)) - 2;
@@ -32,14 +32,14 @@ pair_of_lists lists_new(fuzz_input& input)
     return {std::move(made), {}, is_sorted};
 }
 
-/// Where a search by halves ends, and whether at an equal text. Equal texts that are allowed are
-/// inserted before the element in front of them, so that the order need not be strict.
+/// Where a binary search ends, and whether it found an equal text. Allowed duplicates are inserted
+/// before the element in front of them, so the order need not be strict.
 struct search_end {
     std::size_t place = 0;
     bool is_found = false;
 };
 
-std::size_t before_equals(const std::vector<std::string>& texts, std::size_t place)
+std::size_t find_first_equal(const std::vector<std::string>& texts, std::size_t place)
 {
     const std::string& text = texts[place];
     while (place > 0 && texts[--place] == text) {
@@ -55,14 +55,15 @@ search_end search(const pair_of_lists& lists, const std::string& text)
         const std::size_t middle = (low + end - 1) / 2;
         const int order = lists.expected[middle].compare(text);
         if (order == 0)
-            return {lists.made->allow_duplicates ? before_equals(lists.expected, middle) : middle,
+            return {lists.made->allow_duplicates ? find_first_equal(lists.expected, middle)
+                                                 : middle,
                     true};
         (order < 0 ? low : end) = order < 0 ? middle + 1 : middle;
     }
     return {low, false};
 }
 
-bool has_room(const collection& made)
+bool has_space(const collection& made)
 {
     return made.count < made.capacity || made.grow_step > 0;
 }
@@ -81,19 +82,19 @@ void try_add(pair_of_lists& lists, const std::string& text)
 {
     const search_end end = search(lists, text);
     const bool is_refused = lists.is_sorted && !lists.made->allow_duplicates && end.is_found;
-    const bool is_possible = !is_refused && has_room(*lists.made);
+    const bool is_possible = !is_refused && has_space(*lists.made);
     const std::size_t place = lists.is_sorted ? end.place : lists.expected.size();
     char* element = str_dup(text.c_str());
     const int result = lists.made->add(lists.made.get(), element);
     expect_insertion(lists, result, is_possible, place, text, element);
 }
 
-/// Only a list takes elements anywhere.
+/// Only a list takes elements at any place.
 void try_insert(pair_of_lists& lists, std::int32_t index, const std::string& text)
 {
     if (lists.is_sorted)
         return;
-    const bool is_possible = index >= 0 && index <= lists.made->count && has_room(*lists.made);
+    const bool is_possible = index >= 0 && index <= lists.made->count && has_space(*lists.made);
     char* element = str_dup(text.c_str());
     const int result = collection_insert_at(lists.made.get(), index, element);
     expect_insertion(lists, result, is_possible, static_cast<std::size_t>(index), text, element);
@@ -162,7 +163,7 @@ void step(pair_of_lists& lists, fuzz_input& input)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     fuzz_input input{data, size};
-    pair_of_lists lists = lists_new(input);
+    pair_of_lists lists = make_lists(input);
     while (!input.is_empty())
         step(lists, input);
     compare(lists);

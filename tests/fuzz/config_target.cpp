@@ -1,5 +1,5 @@
-// config_target.cpp - any file is loaded, saved, and loaded again: the second time gives the first
-// one's servers and settings, and the file is what config_text writes for them.
+// config_target.cpp - any file is loaded, saved, and loaded again: the second load gives the same
+// servers and settings as the first, and the file is what config_text writes for them.
 #include "app/app_state.hpp"
 #include "bench/null_screen.hpp"
 #include "data/config_file.hpp"
@@ -20,15 +20,15 @@
 namespace
 {
 
-void file_write(const std::string& text)
+void write_file(const std::string& text)
 {
-    // The working folder is the home folder, and open() for writing is not for real here.
+    // The working folder is the home folder, and open() for writing is replaced here.
     const unique_file file{std::fopen(config_name, "w")};
     require(file != nullptr, "there is room for a file");
     std::fwrite(text.data(), 1, text.size(), file.get());
 }
 
-std::string file_read()
+std::string read_file()
 {
     const unique_file file{std::fopen(config_name, "r")};
     struct stat status = {};
@@ -39,25 +39,25 @@ std::string file_read()
     return text;
 }
 
-std::string text_of(const char* text)
+std::string copy_text(const char* text)
 {
     return text != nullptr ? text : "";
 }
 
-server_settings settings_of(const server_entry& server)
+server_settings copy_settings(const server_entry& server)
 {
     const bool has_password = is_setting_on(SavePasswords);
     return {.name = server.ServerName,
             .port = std::to_string(server_port(server)),
-            .alias = text_of(server.ServerAlias),
-            .location = text_of(server.Location),
-            .info = text_of(server.Info),
-            .password = has_password ? text_of(server.Password) : "",
-            .subcode = text_of(server.SubCode),
-            .email = text_of(server.UseEMail)};
+            .alias = copy_text(server.ServerAlias),
+            .location = copy_text(server.Location),
+            .info = copy_text(server.Info),
+            .password = has_password ? copy_text(server.Password) : "",
+            .subcode = copy_text(server.SubCode),
+            .email = copy_text(server.UseEMail)};
 }
 
-client_settings settings_now()
+client_settings collect_settings()
 {
     client_settings settings{.acars_log = is_setting_on(ACARSLog),
                              .contact_info = is_setting_on(ContactInfo),
@@ -70,13 +70,13 @@ client_settings settings_now()
                              .log_folder = folder_setting(LogFilePath),
                              .report_folder = folder_setting(ReportPath)};
     for (std::int32_t index = 0; index < app_state.servers->count; ++index)
-        settings.servers.push_back(settings_of(*server_at(app_state.servers, index)));
+        settings.servers.push_back(copy_settings(*server_at(app_state.servers, index)));
     return settings;
 }
 
-/// What loading makes of saved settings: of two servers that were saved with one name and port, a
-/// missing port being saved as the usual one, the first stays; the order is the list's.
-client_settings reloaded(client_settings settings)
+/// What loading makes of saved settings: of two servers with the same name and port, where no port
+/// means the usual one, the first stays; the order is that of the list.
+client_settings expect_reloaded(client_settings settings)
 {
     const auto is_before = [](const server_settings& a, const server_settings& b) {
         return a.name != b.name ? a.name > b.name : std::stoi(a.port) < std::stoi(b.port);
@@ -89,40 +89,40 @@ client_settings reloaded(client_settings settings)
     return settings;
 }
 
-void state_forget()
+void forget_state()
 {
     configuration_forget();
     app_state.selected = -1;
 }
 
-/// Saves into a folder without the former file, whose document would stay in memory.
-std::string saved()
+/// Saves into a folder without the old file, whose document would stay in memory.
+std::string save()
 {
     unlink(config_name);
     config_save();
-    return file_read();
+    return read_file();
 }
 
-void round_trip(const std::string& text)
+void check_round_trip(const std::string& text)
 {
-    file_write(text);
+    write_file(text);
     config_load();
     servers_check();
-    const client_settings settings = settings_now();
-    const std::string first = saved();
+    const client_settings settings = collect_settings();
+    const std::string first = save();
     require(first == config_text(settings), "what is saved is what was loaded");
-    state_forget();
+    forget_state();
     config_load();
     servers_check();
-    const std::string second = saved();
-    require(second == config_text(reloaded(settings)), "what was saved comes back");
-    state_forget();
+    const std::string second = save();
+    require(second == config_text(expect_reloaded(settings)), "what was saved comes back");
+    forget_state();
     config_load();
-    require(saved() == second, "from then on nothing changes");
+    require(save() == second, "from then on nothing changes");
 }
 
-/// Values from elsewhere may hold marks that the file's reader takes for tags; it must cope.
-void survive(fuzz_input& input)
+/// Values from elsewhere may contain what the file's reader takes for tags; it must survive them.
+void check_survival(fuzz_input& input)
 {
     app_state.setting_flags = input.number(255);
     app_state.setting_texts[ReportPath] = owned_or_none(input.text());
@@ -132,8 +132,8 @@ void survive(fuzz_input& input)
         if (entry != nullptr && server_add(app_state.servers, entry) != -1)
             server_entry_free(entry);
     }
-    saved();
-    state_forget();
+    save();
+    forget_state();
     config_load();
     servers_check();
 }
@@ -145,8 +145,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const screen_visit visit;
     fuzz_input input{data, size};
     if (input.number(7) == 0)
-        survive(input);
+        check_survival(input);
     else
-        round_trip(input.text());
+        check_round_trip(input.text());
     return 0;
 }

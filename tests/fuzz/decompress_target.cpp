@@ -1,4 +1,4 @@
-// decompress_target.cpp - inflating, beside zlib's own stream with room for everything.
+// decompress_target.cpp - inflating, beside zlib's own stream with a buffer that is always enough.
 #include "base/limits.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_session.hpp"
@@ -13,13 +13,13 @@
 namespace
 {
 
-constexpr std::size_t most_room = 4UL * 65'535;
+constexpr std::size_t max_capacity = 4UL * 65'535;
 
-/// What zlib data stand for; none when they are broken, cut off, or stand for more than can ever
-/// be asked for.
-std::optional<std::string> inflated(const std::string& data)
+/// The text in zlib data; none if the data are broken, cut off, or longer than any request could
+/// ask for.
+std::optional<std::string> inflate_plainly(const std::string& data)
 {
-    static char text[most_room + 1]; // large, and nothing is read of it but what was written
+    static char text[max_capacity + 1]; // large, and only written parts of it are read
     z_stream stream = {};
     stream.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(data.data()));
     stream.avail_in = static_cast<uInt>(data.size());
@@ -32,8 +32,8 @@ std::optional<std::string> inflated(const std::string& data)
     return result == Z_STREAM_END ? std::optional{std::string(text, length)} : std::nullopt;
 }
 
-/// Data as they come, or well made; perhaps with some bytes changed and the end cut off.
-std::string data_made_up(fuzz_input& input)
+/// Arbitrary data, or well-formed data, perhaps with some bytes changed and the end cut off.
+std::string make_data(fuzz_input& input)
 {
     if (input.flag())
         return input.rest();
@@ -56,16 +56,16 @@ std::string data_made_up(fuzz_input& input)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
     fuzz_input input{bytes, size};
-    // Mostly small: large rooms take long to make.
+    // Mostly small: large buffers are slow to allocate.
     const std::uint32_t size_hint = input.number(7) > 0 ? input.number(255) : input.number(65'535);
-    const std::string data = data_made_up(input);
+    const std::string data = make_data(input);
     const heap_bytes text = decompress_packet(reinterpret_cast<const unsigned char*>(data.data()),
                                               size_hint, data.size());
-    const std::size_t room = decompression_factor * size_hint;
-    const std::optional<std::string> expected = inflated(data);
-    // zlib itself looks one byte further where there is no room at all.
-    const bool is_edge = room == 0 && expected.has_value() && expected->size() == 1;
-    const bool fits = expected.has_value() && expected->size() <= room;
+    const std::size_t capacity = decompression_factor * size_hint;
+    const std::optional<std::string> expected = inflate_plainly(data);
+    // zlib itself looks one byte ahead where the buffer has no space at all.
+    const bool is_edge = capacity == 0 && expected.has_value() && expected->size() == 1;
+    const bool fits = expected.has_value() && expected->size() <= capacity;
     require((text != nullptr) == fits || is_edge, "data that fit are inflated, and no others");
     if (text != nullptr && fits) {
         require(std::memcmp(text.get(), expected->data(), expected->size()) == 0,

@@ -1,4 +1,4 @@
-// directory_target.cpp - a directory's answer, beside plain cutting at its feeds and tabs.
+// directory_target.cpp - a directory's answer, beside plain splitting at line feeds and tabs.
 #include "base/owners.hpp"
 #include "data/server_registry.hpp"
 #include "data/text.hpp"
@@ -20,8 +20,8 @@ using owned_servers = std::unique_ptr<collection, releaser<collection_destroy>>;
 using texts = std::vector<std::string>;
 using known_servers = std::set<std::pair<std::string, std::int32_t>>;
 
-/// The parts that each end at `end`; `keep_last` tells whether what stands behind the last counts.
-texts parts_of(const std::string& text, char end, bool keep_last)
+/// The parts that each end at `end`; `keep_last` tells whether the rest after the last one counts.
+texts split(const std::string& text, char end, bool keep_last)
 {
     texts parts;
     std::size_t from = 0;
@@ -32,7 +32,7 @@ texts parts_of(const std::string& text, char end, bool keep_last)
     return parts;
 }
 
-std::int32_t plain_port(const std::string& field)
+std::int32_t parse_port(const std::string& field)
 {
     const long number = std::strtol(field.c_str(), nullptr, 10);
     if (number == 0)
@@ -44,31 +44,31 @@ std::int32_t plain_port(const std::string& field)
     return static_cast<std::int32_t>(number);
 }
 
-void field_compare(const char* text, const std::string& expected)
+void compare_field(const char* text, const std::string& expected)
 {
     require(expected.empty() ? text == nullptr : text != nullptr && expected == text,
             "a field is taken as it stands, an empty one as none");
 }
 
-void entry_compare(const server_entry& entry, const texts& fields)
+void compare_entry(const server_entry& entry, const texts& fields)
 {
-    field_compare(entry.ServerName, fields[0]);
-    require(entry.ServerPort == plain_port(fields[1]), "a port is a number, or the usual one");
-    field_compare(entry.Location, fields[3]);
-    field_compare(entry.Info, fields[4]);
-    field_compare(entry.ServerAlias, fields[6]);
+    compare_field(entry.ServerName, fields[0]);
+    require(entry.ServerPort == parse_port(fields[1]), "a port is a number, or the usual one");
+    compare_field(entry.Location, fields[3]);
+    compare_field(entry.Info, fields[4]);
+    compare_field(entry.ServerAlias, fields[6]);
 }
 
-void line_take(char* line, const std::string& expected, collection* servers, known_servers& known)
+void take_line(char* line, const std::string& expected, collection* servers, known_servers& known)
 {
     require(expected == line, "a line ends at its feed");
-    const texts fields = parts_of(expected, '\t', true);
+    const texts fields = split(expected, '\t', true);
     server_entry* entry = directory_entry_new(line);
     const bool is_server = fields.size() == field_count;
     require((entry != nullptr) == is_server, "only a line of nine fields is a server");
     if (entry == nullptr)
         return;
-    entry_compare(*entry, fields);
+    compare_entry(*entry, fields);
     const bool is_new = !fields[0].empty() && known.emplace(fields[0], entry->ServerPort).second;
     const std::int32_t added = server_add(servers, entry);
     require((added == -1) == is_new, "a server is added once, and only with a name");
@@ -76,7 +76,7 @@ void line_take(char* line, const std::string& expected, collection* servers, kno
         server_entry_free(entry);
 }
 
-void servers_check(const collection* servers, const known_servers& known)
+void check_servers(const collection* servers, const known_servers& known)
 {
     require(servers->count == static_cast<std::int32_t>(known.size()), "the count is right");
     for (std::int32_t index = 1; index < servers->count; ++index)
@@ -97,12 +97,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     const owned_servers servers{server_collection_new()};
     known_servers known;
-    for (const std::string& expected : parts_of(answer.substr(header_end + 4), '\n', false)) {
+    for (const std::string& expected : split(answer.substr(header_end + 4), '\n', false)) {
         char* line = directory_line_next(lines);
         require(line != nullptr, "every line is given");
-        line_take(line, expected, servers.get(), known);
+        take_line(line, expected, servers.get(), known);
     }
     require(directory_line_next(lines) == nullptr, "a last line without a feed is none");
-    servers_check(servers.get(), known);
+    check_servers(servers.get(), known);
     return 0;
 }

@@ -18,21 +18,21 @@
 namespace
 {
 
-/// Those with the most behind them stand here several times, to come up more often.
+/// The kinds with the most code are repeated, to come up more often.
 constexpr unsigned known_kinds[] = {
     3,  5,  25, 26, 27, 35, 36, 40,  41,  64,  71,  72,  73,  74,  76,  78,  79,  82,  83, 85,
     86, 87, 89, 90, 40, 41, 74, 205, 100, 102, 103, 106, 108, 149, 153, 204, 205, 204, 40, 41};
 constexpr unsigned close_kinds[] = {3, 41, 100, 102}; // 41: a server that is connected already
-constexpr int most_packets = 12;
+constexpr int max_packets = 12;
 
 struct fuzz_server {
     server_entry* entry;
     fuzz_connection connection;
-    bool is_in_step = true; // every packet's bytes are taken for its own
+    bool is_in_step = true; // every packet's bytes are read as its own
 };
 using fuzz_servers = std::vector<fuzz_server>;
 
-fuzz_servers servers_connect()
+fuzz_servers connect_servers()
 {
     fuzz_servers servers;
     for (const char* name : {"c.example", "b.example", "a.example"}) {
@@ -42,7 +42,7 @@ fuzz_servers servers_connect()
     return servers;
 }
 
-void settings_choose(fuzz_input& input, fuzz_servers& servers)
+void choose_settings(fuzz_input& input, fuzz_servers& servers)
 {
     app_state.setting_flags = input.number(255);
     const unsigned more = input.number(255);
@@ -56,10 +56,10 @@ void settings_choose(fuzz_input& input, fuzz_servers& servers)
 struct made_up_packet {
     unsigned kind;
     std::string bytes;
-    bool takes_next; // waits for a payload of no bytes, and what follows is out of step
+    bool takes_next; // waits for a payload of no bytes, so that what follows is out of step
 };
 
-made_up_packet packet_made_up(fuzz_input& input)
+made_up_packet make_packet(fuzz_input& input)
 {
     const unsigned choice = input.number(255);
     const bool is_known = choice < 240;
@@ -74,15 +74,15 @@ made_up_packet packet_made_up(fuzz_input& input)
     return {kind, packet_bytes(kind, extra, param1, 0, payload), payload.empty() && extra != 0};
 }
 
-void packet_handle(fuzz_server& server, fuzz_input& input)
+void handle_packet(fuzz_server& server, fuzz_input& input)
 {
-    const made_up_packet packet = packet_made_up(input);
+    const made_up_packet packet = make_packet(input);
     if (input.flag())
         keys_type(input.text(100));
     const std::int32_t count = app_state.servers->count;
     const bool was_connected = server.entry->socket_fd != 0;
     server.connection.send(packet.bytes);
-    // More than one read is needed for what is longer than can be kept.
+    // A packet longer than can be kept takes several reads.
     const std::size_t reads = packet.bytes.size() / packet_max_payload_bytes + 1;
     for (std::size_t read = 0; read < reads; ++read)
         poll_servers(SIGALRM);
@@ -104,10 +104,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const screen_visit visit;
     fuzz_input input{data, size};
-    fuzz_servers servers = servers_connect();
-    settings_choose(input, servers);
-    for (int packets = 0; packets < most_packets && !input.is_empty(); ++packets) {
-        packet_handle(servers[input.number(2)], input);
+    fuzz_servers servers = connect_servers();
+    choose_settings(input, servers);
+    for (int packets = 0; packets < max_packets && !input.is_empty(); ++packets) {
+        handle_packet(servers[input.number(2)], input);
         screen_check();
     }
     servers_check();

@@ -1,4 +1,4 @@
-// fuzz_input.hpp - cuts the bytes that a fuzzer made up into numbers and texts.
+// fuzz_input.hpp - cuts a fuzzer's bytes into numbers and texts.
 #pragma once
 
 #include <algorithm>
@@ -18,13 +18,13 @@ public:
     {
         return left.empty();
     }
-    /// The next byte; 0 when none is left.
+    /// The next byte; 0 if none is left.
     unsigned byte()
     {
         const std::string taken = bytes(1);
         return taken.empty() ? 0 : static_cast<unsigned char>(taken[0]);
     }
-    /// A number from 0 to `most`, which is at most 65535: one byte where that is enough, else two.
+    /// A number from 0 to `most`, which is at most 65535: one byte if that is enough, else two.
     unsigned number(unsigned most)
     {
         const unsigned low = byte();
@@ -34,21 +34,21 @@ public:
     {
         return (byte() & 1) != 0;
     }
-    /// The next bytes; fewer when fewer are left.
+    /// The next bytes; fewer if fewer are left.
     std::string bytes(std::size_t count)
     {
         std::string taken{left.substr(0, count)};
         left.remove_prefix(taken.size());
         return taken;
     }
-    /// What stands before the next NUL, which is dropped, or else all that is left.
+    /// The text before the next NUL, which is dropped, or else all that is left.
     std::string text()
     {
         std::string taken = bytes(std::min(left.find('\0'), left.size()));
         left.remove_prefix(left.empty() ? 0 : 1);
         return taken;
     }
-    /// A text that fits in `most` bytes; what is longer is cut.
+    /// A text that fits in `most` bytes; a longer one is cut.
     std::string text(std::size_t most)
     {
         return text().substr(0, most);

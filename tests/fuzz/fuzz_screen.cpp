@@ -44,14 +44,14 @@ struct keyboard {
     }
 };
 
-/// What is made once and serves all inputs.
+/// What is made once for all inputs.
 struct fuzz_terminal {
     keyboard keys;
     null_screen screen{keys.name().c_str()};
 
     fuzz_terminal()
     {
-        // Keys come whole, so nothing is worth waiting for after an Escape.
+        // Keys come whole, so there is nothing to wait for after an Escape.
         set_escdelay(0);
         sigset_t mask;
         pthread_sigmask(SIG_SETMASK, nullptr, &mask);
@@ -61,21 +61,21 @@ struct fuzz_terminal {
     }
 };
 
-fuzz_terminal& terminal()
+fuzz_terminal& get_terminal()
 {
     static fuzz_terminal made;
     return made;
 }
 
-void keys_forget()
+void forget_keys()
 {
     char bytes[4096];
-    while (read(terminal().keys.reader.get(), bytes, sizeof bytes) > 0) {
+    while (read(get_terminal().keys.reader.get(), bytes, sizeof bytes) > 0) {
     }
     flushinp();
 }
 
-void connections_forget()
+void forget_connections()
 {
     for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
         server_entry* entry = server_at(app_state.servers, index);
@@ -87,7 +87,7 @@ void connections_forget()
     }
 }
 
-void windows_forget()
+void forget_windows()
 {
     for (WINDOW** window : {&app_state.popup_win, &app_state.dialog_win}) {
         if (*window != nullptr)
@@ -98,7 +98,7 @@ void windows_forget()
     app_state.help_shown = 0;
 }
 
-void list_forget()
+void forget_list()
 {
     app_state.selected = -1;
     app_state.list_scroll = 0;
@@ -121,33 +121,33 @@ bool is_vertical_line(const cchar_t& cell)
 
 screen_visit::screen_visit()
 {
-    terminal();
+    get_terminal();
     if (LINES != usual_lines || COLS != usual_columns)
         on_resize(SIGWINCH);
-    // A fetch seems to be running, so that none is started.
+    // As if a fetch were running, so that none is started.
     app_state.fetch.running = 1;
     world.on_pause = idle_pause;
 }
 
 screen_visit::~screen_visit()
 {
-    connections_forget();
+    forget_connections();
     close_shared_log();
-    windows_forget();
+    forget_windows();
     configuration_forget();
-    list_forget();
-    keys_forget();
+    forget_list();
+    forget_keys();
 }
 
 void keys_type(std::string_view bytes)
 {
-    const ssize_t typed = write(terminal().keys.writer.get(), bytes.data(), bytes.size());
+    const ssize_t typed = write(get_terminal().keys.writer.get(), bytes.data(), bytes.size());
     require(typed == static_cast<ssize_t>(bytes.size()), "the keyboard takes what is typed");
 }
 
 bool keys_wait()
 {
-    pollfd watched = {terminal().keys.reader.get(), POLLIN, 0};
+    pollfd watched = {get_terminal().keys.reader.get(), POLLIN, 0};
     return poll(&watched, 1, 0) > 0;
 }
 

@@ -1,5 +1,5 @@
 // fuzz_screen.hpp - the client's whole screen for fuzzers: made once, emptied for every input, with
-// keys that come as a terminal's bytes.
+// keys as a terminal's bytes.
 #pragma once
 
 #include "fuzz/stand_ins.hpp"
@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-/// One input's stay on a screen of 24 lines and 80 columns, without servers and settings in the
-/// beginning; pauses work, on a clock that nobody waits for (see stand_ins.hpp). In the end all
-/// that the input has left behind is released.
+/// The time of one input on a screen of 24 lines and 80 columns, at first without servers and
+/// settings. Pauses work, on a clock that nobody waits for (see stand_ins.hpp). The end releases
+/// everything that the input has left.
 class screen_visit
 {
 public:
@@ -26,18 +26,18 @@ private:
 /// Types bytes on the terminal's keyboard.
 void keys_type(std::string_view bytes);
 
-/// Whether typed bytes still wait to be read.
+/// Whether typed bytes are waiting to be read.
 bool keys_wait();
 
-/// For pauses in which the user does nothing: once nothing typed is left, moves the clock so that
-/// time-outs come soon.
+/// For pauses in which the user does nothing: once all typed bytes are read, advances the clock so
+/// that time-outs come soon.
 void idle_pause();
 
-/// Gives the terminal another size, as after SIGWINCH. lines, columns: at least 1.
+/// Changes the terminal's size, as after SIGWINCH. lines, columns: at least 1.
 void screen_resize(int lines, int columns);
 
-/// Requires that no cell of the screen holds anything that could drive a terminal.
+/// Requires that no cell of the screen holds anything that could control a terminal.
 void screen_check();
 
-/// The text of a row of the screen: one byte a cell, "|" for the vertical line.
+/// The text of a row of the screen: one byte per cell, "|" for the vertical line.
 std::string screen_row(int row);

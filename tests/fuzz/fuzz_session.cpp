@@ -37,7 +37,7 @@ constexpr sent_packet_kind sent_kinds[] = {
     packet_heartbeat,
 };
 
-unsigned number_at(std::string_view bytes, std::size_t from, std::size_t count)
+unsigned read_number(std::string_view bytes, std::size_t from, std::size_t count)
 {
     unsigned number = 0;
     while (count-- > 0)
@@ -45,7 +45,7 @@ unsigned number_at(std::string_view bytes, std::size_t from, std::size_t count)
     return number;
 }
 
-std::string number_bytes(unsigned number, int count)
+std::string make_number_bytes(unsigned number, int count)
 {
     std::string bytes;
     for (int index = 0; index < count; ++index)
@@ -53,15 +53,15 @@ std::string number_bytes(unsigned number, int count)
     return bytes;
 }
 
-std::size_t packet_check(std::string_view bytes)
+std::size_t check_packet(std::string_view bytes)
 {
     require(bytes.size() >= packet_header_bytes, "a header is sent whole");
-    const unsigned kind = number_at(bytes, 0, 4);
-    const std::size_t length = number_at(bytes, 4, 2);
+    const unsigned kind = read_number(bytes, 0, 4);
+    const std::size_t length = read_number(bytes, 4, 2);
     require(std::ranges::find(sent_kinds, kind) != std::end(sent_kinds),
             "only known kinds are sent");
     require(length <= packet_max_sent_text_bytes, "a sent text has its bound");
-    require(number_at(bytes, 6, 2) == 0, "nothing is sent with a size hint");
+    require(read_number(bytes, 6, 2) == 0, "nothing is sent with a size hint");
     require(bytes.size() >= packet_header_bytes + length, "a payload is sent whole");
     const std::string_view payload = bytes.substr(packet_header_bytes, length);
     require(payload.find('\0') == std::string_view::npos, "what is sent is text");
@@ -112,7 +112,7 @@ int fuzz_connection::take() const
         all.append(piece, static_cast<std::size_t>(count));
     int packets = 0;
     for (std::string_view left = all; !left.empty(); ++packets)
-        left.remove_prefix(packet_check(left));
+        left.remove_prefix(check_packet(left));
     return packets;
 }
 
@@ -125,9 +125,9 @@ std::string packet_bytes(unsigned kind, unsigned extra, unsigned param1, unsigne
                          std::string_view payload)
 {
     const std::string_view sent = payload.substr(0, 0xFFFF);
-    return number_bytes(kind, 4) + number_bytes(static_cast<unsigned>(sent.size()), 2) +
-           number_bytes(extra, 2) + number_bytes(param1, 2) + number_bytes(param2, 2) +
-           std::string{sent};
+    return make_number_bytes(kind, 4) + make_number_bytes(static_cast<unsigned>(sent.size()), 2) +
+           make_number_bytes(extra, 2) + make_number_bytes(param1, 2) +
+           make_number_bytes(param2, 2) + std::string{sent};
 }
 
 void servers_check()

@@ -1,5 +1,5 @@
-// keys_target.cpp - the key loop: keys, packets, resizes, ended connects and silence in any order,
-// and ^X in the end.
+// keys_target.cpp - the key loop: keys, packets, resizes, finished connects and silence in any
+// order, and ^X at the end.
 #include "app/app_state.hpp"
 #include "app/main_loop.hpp"
 #include "fuzz/fuzz_input.hpp"
@@ -17,12 +17,12 @@
 namespace
 {
 
-constexpr int most_steps = 150;
-constexpr int most_servers = 40;
+constexpr int max_steps = 150;
+constexpr int max_servers = 40;
 constexpr long us_per_second = 1'000'000;
 constexpr unsigned passing_kinds[] = {3, 5, 26, 27, 40, 41, 64, 74, 83, 89, 102, 103, 153, 205};
 
-/// A session of the program, driven from within its pauses.
+/// A session of the program, driven from inside its pauses.
 struct key_session {
     fuzz_input input;
     std::vector<fuzz_connection> connections{};
@@ -31,9 +31,9 @@ struct key_session {
     bool is_resizing = false;
     bool is_reaping = false;
 
-    void servers_make()
+    void make_servers()
     {
-        const unsigned count = input.number(most_servers);
+        const unsigned count = input.number(max_servers);
         for (unsigned number = 0; number < count; ++number)
             server_add_new("10.0.0." + std::to_string(number + 1), number % 3 == 0 ? "alias" : "");
         const unsigned connected = std::min(3U, count);
@@ -48,7 +48,7 @@ struct key_session {
         poll_servers(SIGALRM);
         is_polling = false;
     }
-    void packet_send()
+    void send_packet()
     {
         const unsigned kind = passing_kinds[input.number(std::size(passing_kinds) - 1)];
         const std::string text = input.text(300);
@@ -66,7 +66,7 @@ struct key_session {
         screen_resize(lines, columns);
         is_resizing = false;
     }
-    void connect_end()
+    void end_connect()
     {
         if (!child_end(input.flag()) || std::exchange(is_reaping, true))
             return;
@@ -79,9 +79,9 @@ struct key_session {
         if (what < 20)
             keys_type(input.bytes(1 + what % 4));
         else if (what < 26)
-            packet_send();
+            send_packet();
         else if (what < 28)
-            connect_end();
+            end_connect();
         else if (what < 30)
             clock_advance(input.number(1'000) * us_per_second);
         else if (what == 30)
@@ -89,7 +89,7 @@ struct key_session {
         else
             resize();
     }
-    /// What the user does when nothing else comes: leaves whatever is open, and the program.
+    /// The user when nothing else comes: leaves whatever is open, and the program.
     void leave()
     {
         keys_type(world.pauses % 2 == 0 ? "\033" : "\x18");
@@ -101,7 +101,7 @@ struct key_session {
             screen_check();
         if (keys_wait())
             return;
-        if (input.is_empty() || ++steps > most_steps)
+        if (input.is_empty() || ++steps > max_steps)
             leave();
         else
             step();
@@ -115,7 +115,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const screen_visit visit;
     key_session session{{data, size}};
     app_state.setting_flags = session.input.number(255);
-    session.servers_make();
+    session.make_servers();
     const std::int32_t count = app_state.servers->count;
     world.on_pause = [&session] { session.pause(); };
     main_loop();

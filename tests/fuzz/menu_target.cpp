@@ -1,5 +1,5 @@
-// menu_target.cpp - the dialogs behind the service menus, with keys of every kind, while their
-// server goes on sending.
+// menu_target.cpp - the dialogs of the service menus, with keys of every kind, while their server
+// keeps sending.
 #include "app/app_state.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_screen.hpp"
@@ -17,8 +17,8 @@
 namespace
 {
 
-constexpr std::size_t most_keys = 400;
-constexpr int most_packets = 8;
+constexpr std::size_t max_keys = 400;
+constexpr int max_packets = 8;
 constexpr unsigned passing_kinds[] = {5, 35, 64, 78, 85, 103, 106, 40};
 
 void (*const dialogs[])(server_entry& entry) = {add_entries_dialog, mailing_dialog, pager_dialog,
@@ -35,9 +35,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     entry.UseEMail = owned_or_none(input.text(80));
     entry.SubCode = owned_or_none(input.text(80));
     const unsigned choice = input.number(3);
-    const unsigned packets = input.number(most_packets);
+    const unsigned packets = input.number(max_packets);
     const unsigned kind = passing_kinds[input.number(std::size(passing_kinds) - 1)];
-    keys_type(input.rest().substr(0, most_keys));
+    keys_type(input.rest().substr(0, max_keys));
     world.on_pause = [&, sent = 0U]() mutable {
         if (sent < packets && world.pauses % 3 == 0) {
             ++sent;
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         idle_pause();
     };
     dialogs[choice](entry);
-    require(connection.take() <= 1 + most_packets, "a dialog sends one request at most");
+    require(connection.take() <= 1 + max_packets, "a dialog sends one request at most");
     require(entry.socket_fd > 0, "no dialog ends a connection");
     require(app_state.popup_win == nullptr, "a dialog leaves no window");
     screen_check();

@@ -1,4 +1,4 @@
-// packet_input_target.cpp - a stream of packets cut into any pieces, beside a reader that knows the
+// packet_input_target.cpp - a stream of packets cut into any pieces, beside a reader with the same
 // rules: a header that came in part counts as whole, every read of a payload asks for its full
 // length, and only packet_max_payload_bytes of it are kept.
 #include "fuzz/fuzz_input.hpp"
@@ -12,18 +12,18 @@
 namespace
 {
 
-/// What a socket holds for certain, each piece costing room of its own.
-constexpr std::size_t most_waiting_bytes = 50'000;
-constexpr int most_waiting_pieces = 64;
+/// What a socket surely holds, although each piece takes space of its own.
+constexpr std::size_t max_waiting_bytes = 50'000;
+constexpr int max_waiting_pieces = 64;
 
-constexpr std::size_t most_run = 9'000;
+constexpr std::size_t max_run = 9'000;
 
 struct plain_packet {
     std::string header = std::string(packet_header_bytes, '\0');
     std::string payload = std::string(packet_max_payload_bytes, '\0');
     std::size_t received = 0;
 
-    std::size_t number_at(std::size_t place, std::size_t count) const
+    std::size_t read_number(std::size_t place, std::size_t count) const
     {
         std::size_t number = 0;
         while (count-- > 0)
@@ -32,7 +32,7 @@ struct plain_packet {
     }
     std::size_t length() const
     {
-        return number_at(4, 2);
+        return read_number(4, 2);
     }
 };
 
@@ -59,7 +59,7 @@ struct plain_receiver {
         is_under_way = false;
         return result;
     }
-    int header_take()
+    int take_header()
     {
         is_under_way = true;
         packet = {};
@@ -69,33 +69,33 @@ struct plain_receiver {
             return packet_complete;
         return is_closed ? drop(packet_failed) : packet_pending;
     }
-    int payload_take()
+    int take_payload()
     {
         const std::size_t most = packet_max_payload_bytes;
         const std::string bytes = read(std::min(packet.length(), most));
         if (bytes.empty())
             return drop(packet_failed);
-        const std::size_t room = most - std::min(most, packet.received);
-        const std::size_t kept = std::min(room, bytes.size());
+        const std::size_t capacity = most - std::min(most, packet.received);
+        const std::size_t kept = std::min(capacity, bytes.size());
         if (kept > 0)
             packet.payload.replace(packet.received, kept, bytes, 0, kept);
         packet.received += bytes.size();
         if (packet.received < packet.length())
             return packet_pending;
-        if (packet.number_at(0, 4) <= packet_last_text_kind)
+        if (packet.read_number(0, 4) <= packet_last_text_kind)
             packet.payload[std::min(packet.length(), most - 1)] = '\0';
         return packet_complete;
     }
     int receive()
     {
         if (!is_under_way) {
-            const int result = is_ready() ? header_take() : packet_pending;
+            const int result = is_ready() ? take_header() : packet_pending;
             if (result != packet_complete)
                 return result;
         }
-        if (packet.number_at(4, 4) == 0)
+        if (packet.read_number(4, 4) == 0)
             return drop(packet_pending);
-        return is_ready() ? payload_take() : packet_pending;
+        return is_ready() ? take_payload() : packet_pending;
     }
 };
 
@@ -116,8 +116,8 @@ struct receivers {
     void feed(const std::string& bytes)
     {
         pieces = plain.waiting.empty() ? 1 : pieces + 1;
-        if (plain.is_closed || pieces > most_waiting_pieces ||
-            plain.waiting.size() + bytes.size() > most_waiting_bytes)
+        if (plain.is_closed || pieces > max_waiting_pieces ||
+            plain.waiting.size() + bytes.size() > max_waiting_bytes)
             return;
         require(bytes.empty() || sockets.feed(bytes), "the socket takes what is sent");
         plain.waiting += bytes;
@@ -157,13 +157,13 @@ struct receivers {
     }
 };
 
-std::string packet_made_up(fuzz_input& input)
+std::string make_packet(fuzz_input& input)
 {
     const unsigned kind = input.flag() ? 40U + input.number(165) : input.number(65'535) << 12;
     const unsigned length = input.number(65'535);
     const unsigned announced = input.flag() ? length : input.number(5'000);
     const unsigned extra = input.flag() ? 0 : input.number(65'535);
-    const std::string payload(std::min<std::size_t>(length, most_run),
+    const std::string payload(std::min<std::size_t>(length, max_run),
                               static_cast<char>(input.byte()));
     return wire_packet(kind, announced, extra, payload);
 }
@@ -172,10 +172,10 @@ void step(receivers& both, fuzz_input& input)
 {
     switch (input.number(7)) {
     case 0:
-        both.feed(packet_made_up(input));
+        both.feed(make_packet(input));
         break;
     case 1:
-        both.feed(std::string(input.number(most_run), static_cast<char>(input.byte())));
+        both.feed(std::string(input.number(max_run), static_cast<char>(input.byte())));
         break;
     case 2:
     case 3:

@@ -1,10 +1,10 @@
-// property.hpp - what fuzzers hold the client to.
+// property.hpp - the check of a property that must hold.
 #pragma once
 
 #include <cstdio>
 #include <cstdlib>
 
-/// Ends the program, as a finding, where a property does not hold. property: what should be so.
+/// Ends the program with a finding if a property does not hold. property: what should be true.
 inline void require(bool holds, const char* property)
 {
     if (holds)

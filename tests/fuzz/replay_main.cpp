@@ -1,6 +1,6 @@
-// replay_main.cpp - runs one fuzz target over kept inputs, for builds without a fuzzer.
+// replay_main.cpp - runs one fuzz target on kept inputs, for builds without a fuzzer.
 //
-// Each argument is a file, or a folder whose files are all taken. A finding ends the program.
+// Each argument is a file, or a folder of which all files are taken. A finding ends the program.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -16,8 +16,8 @@ namespace
 
 using paths = std::vector<std::filesystem::path>;
 
-/// Absolute paths: targets go to folders of their own.
-paths files_of(const std::filesystem::path& name)
+/// Absolute paths: targets change to folders of their own.
+paths collect_files(const std::filesystem::path& name)
 {
     const std::filesystem::path place = std::filesystem::absolute(name);
     if (!std::filesystem::is_directory(place))
@@ -37,7 +37,7 @@ bool replay(const std::filesystem::path& path)
         std::fprintf(stderr, "cannot read %s\n", path.c_str());
         return false;
     }
-    // Named before it runs: nothing can be said after a finding.
+    // Printed before it runs: nothing can be printed after a finding.
     std::printf("%s\n", path.c_str());
     std::fflush(stdout);
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
@@ -50,7 +50,7 @@ int main(int count, char** arguments)
 {
     paths all;
     for (int index = 1; index < count; ++index) {
-        const paths files = files_of(arguments[index]);
+        const paths files = collect_files(arguments[index]);
         all.insert(all.end(), files.begin(), files.end());
     }
     if (!std::all_of(all.begin(), all.end(), replay))

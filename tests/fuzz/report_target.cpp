@@ -1,4 +1,4 @@
-// report_target.cpp - a report's announcement and its pieces, and the file that comes of it.
+// report_target.cpp - a report's announcement and its pieces, and the resulting file.
 #include "app/app_state.hpp"
 #include "base/limits.hpp"
 #include "fuzz/fuzz_input.hpp"
@@ -16,9 +16,9 @@
 namespace
 {
 
-constexpr std::size_t most_piece = 4096;
+constexpr std::size_t max_piece = 4096;
 
-/// What a header announces, as far as it is within bounds.
+/// The announcement of a header, as far as it is within bounds.
 struct announcement {
     bool is_refused = false;
     bool has_total = false;
@@ -26,7 +26,7 @@ struct announcement {
     long size = 0;
 };
 
-announcement announced(const std::string& header)
+announcement parse_header(const std::string& header)
 {
     announcement result;
     const std::size_t tab = header.find('\t');
@@ -40,11 +40,11 @@ announcement announced(const std::string& header)
     return result;
 }
 
-void header_take(server_entry& entry, const std::string& header)
+void take_header(server_entry& entry, const std::string& header)
 {
     const bool was_receiving = entry.report_buffer != nullptr;
     report_header(entry, header.c_str());
-    const announcement expected = announced(header);
+    const announcement expected = parse_header(header);
     if (expected.is_refused) {
         require(entry.report_buffer == nullptr, "a refused report is not received");
         return;
@@ -61,37 +61,37 @@ void header_take(server_entry& entry, const std::string& header)
 }
 
 /// Pieces beyond the total are cut; the piece that reaches it ends the reception.
-void piece_take(server_entry& entry, const std::string& piece)
+void take_piece(server_entry& entry, const std::string& piece)
 {
     const bool was_receiving = entry.report_buffer != nullptr;
     const std::size_t before = entry.report_received;
-    const std::size_t room = was_receiving ? entry.report_total - before : 0;
-    const std::size_t taken = std::min(room, piece.size());
-    // A buffer of its own size, so that a byte read beyond it is noticed.
+    const std::size_t left = was_receiving ? entry.report_total - before : 0;
+    const std::size_t taken = std::min(left, piece.size());
+    // A buffer of exactly this size, so that a read beyond it is noticed.
     const std::unique_ptr<unsigned char[]> bytes{new unsigned char[piece.size()]};
     std::copy(piece.begin(), piece.end(), bytes.get());
     report_piece(entry, bytes.get(), piece.size());
-    if (!was_receiving || taken == room) {
+    if (!was_receiving || taken == left) {
         require(entry.report_buffer == nullptr, "with its last byte a report is finished");
         return;
     }
     require(entry.report_received == before + taken, "bytes of a report are counted");
     require(std::memcmp(static_cast<char*>(entry.report_buffer) + before, piece.data(), taken) == 0,
-            "a piece stands behind the one before");
+            "a piece follows the one before");
 }
 
-/// A report that is announced as it is, sent in pieces of one size and saved under a name.
-void whole_report(server_entry& entry, fuzz_input& input)
+/// A report that is announced correctly, sent in pieces of one size and saved under a name.
+void take_whole_report(server_entry& entry, fuzz_input& input)
 {
     const std::size_t piece = 1 + input.number(300);
     const bool is_refused = input.number(15) == 0;
     const std::string text = input.rest();
     const std::string data = compressed(text);
-    header_take(entry, std::to_string(data.size()) + '\t' + std::to_string(text.size() / 4 + 1));
+    take_header(entry, std::to_string(data.size()) + '\t' + std::to_string(text.size() / 4 + 1));
     writing_refuse(is_refused);
     keys_type("name\n");
     for (std::size_t at = 0; at < data.size(); at += piece)
-        piece_take(entry, data.substr(at, piece));
+        take_piece(entry, data.substr(at, piece));
     const std::string expected = is_refused ? "" : text.substr(0, text.find('\0'));
     require(written() == expected, "a report is saved up to its first zero byte");
 }
@@ -100,18 +100,18 @@ void step(server_entry& entry, fuzz_input& input)
 {
     const unsigned what = input.number(7);
     if (what < 2)
-        header_take(entry, input.text());
+        take_header(entry, input.text());
     else if (what == 2)
-        header_take(entry, std::to_string(input.number(9'000)) + '\t' +
+        take_header(entry, std::to_string(input.number(9'000)) + '\t' +
                                std::to_string(input.number(9'000)));
     else if (what == 3)
         keys_type(input.text(60));
     else if (what == 4)
         report_reception_drop(entry);
     else if (what == 5)
-        piece_take(entry, std::string(input.number(most_piece), 'x'));
+        take_piece(entry, std::string(input.number(max_piece), 'x'));
     else
-        piece_take(entry, input.bytes(input.number(255)));
+        take_piece(entry, input.bytes(input.number(255)));
 }
 
 } // namespace
@@ -122,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz_input input{data, size};
     server_entry& entry = server_add_new("a.example", "");
     if (input.number(3) == 0)
-        whole_report(entry, input);
+        take_whole_report(entry, input);
     while (!input.is_empty())
         step(entry, input);
     screen_check();

@@ -1,4 +1,4 @@
-// server_info_target.cpp - the window on a server, and its free text wrapped to lines.
+// server_info_target.cpp - the window about a server, and its free text wrapped to lines.
 #include "app/app_state.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_screen.hpp"
@@ -16,7 +16,7 @@ constexpr std::size_t info_row = 5;
 constexpr std::size_t info_rows = 4;
 constexpr int left_column = 6;
 
-char shown(char character)
+char show(char character)
 {
     const auto byte = static_cast<unsigned char>(character);
     if (byte == '\t' || byte == '\r' || byte == '\n')
@@ -33,15 +33,15 @@ struct info_lines {
     {
         if (row >= rows.size() || column >= columns)
             return;
-        std::transform(text.begin(), text.end(), text.begin(), shown);
+        std::transform(text.begin(), text.end(), text.begin(), show);
         text = text.substr(0, columns - column);
         rows[row].replace(column, text.size(), text);
     }
 };
 
-/// Lines break at the last blank that is within reach. The second one begins on the first one's
-/// row, over the label; the row is advanced only after it was used.
-info_lines wrapped(const std::string& text)
+/// Lines break at the last blank in reach. The second line begins in the first one's row, over the
+/// label; the row is advanced only after it was used.
+info_lines wrap(const std::string& text)
 {
     const auto columns = static_cast<std::size_t>(COLS - 12);
     const auto width = static_cast<std::size_t>(COLS - 20);
@@ -63,10 +63,10 @@ info_lines wrapped(const std::string& text)
     return lines;
 }
 
-/// Frames are left out: long lines write over them.
-void lines_check(const std::string& info)
+/// Ignores frames: long lines overwrite them.
+void check_lines(const std::string& info)
 {
-    const info_lines expected = wrapped(info);
+    const info_lines expected = wrap(info);
     const auto top = static_cast<std::size_t>(LINES / 2 - 4);
     for (std::size_t row = 0; row < info_rows; ++row) {
         const std::string shown_row = screen_row(static_cast<int>(top + info_row + row));
@@ -76,7 +76,7 @@ void lines_check(const std::string& info)
     }
 }
 
-void entry_fill(server_entry& entry, fuzz_input& input)
+void fill_entry(server_entry& entry, fuzz_input& input)
 {
     const unsigned flags = input.number(255);
     entry.crc_check = flags & 1;
@@ -90,8 +90,8 @@ void entry_fill(server_entry& entry, fuzz_input& input)
     entry.server_uuid = owned_or_none(input.text());
 }
 
-/// Now and then another size of the terminal; most inputs leave it as it is, which is faster.
-bool size_choose(fuzz_input& input)
+/// Changes the terminal's size now and then; most inputs keep it, which is faster.
+bool choose_size(fuzz_input& input)
 {
     const unsigned choice = input.number(255);
     if (choice < 254)
@@ -107,15 +107,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const screen_visit visit;
     fuzz_input input{data, size};
-    const bool is_resized = size_choose(input);
+    const bool is_resized = choose_size(input);
     server_entry& entry = server_add_new("a.example", input.text());
-    entry_fill(entry, input);
+    fill_entry(entry, input);
     const std::string info = input.rest();
     entry.Info = owned_or_none(info.substr(0, info.find('\0')));
     server_info_toggle();
     screen_check();
     if (!is_resized && app_state.popup_win != nullptr)
-        lines_check(entry.Info != nullptr ? entry.Info : "");
+        check_lines(entry.Info != nullptr ? entry.Info : "");
     if (!is_resized)
         require(app_state.popup_win != nullptr, "the window opens");
     if (app_state.popup_win != nullptr)

@@ -26,8 +26,8 @@ namespace
 
 constexpr std::time_t first_moment_s = 1'100'000'000;
 constexpr long us_per_second = 1'000'000;
-constexpr pid_t first_child = 0x40000000; // beyond what kernels give out
-constexpr int most_pauses = 200'000;
+constexpr pid_t first_child = 0x40000000; // beyond what kernels assign
+constexpr int max_pauses = 200'000;
 constexpr int connected_status = 1 << 8;
 
 int written_fd = -1;
@@ -38,8 +38,8 @@ bool is_made_up(pid_t child)
     return child >= first_child;
 }
 
-/// A descriptor of the one file that takes everything.
-int written_open(int flags)
+/// A descriptor of the one file to which everything is written.
+int open_written(int flags)
 {
     if (is_refused) {
         errno = EACCES;
@@ -54,9 +54,9 @@ int written_open(int flags)
     return fcntl(written_fd, F_DUPFD_CLOEXEC, 0);
 }
 
-void pause_run()
+void run_pause()
 {
-    require(++world.pauses < most_pauses, "every wait for the user comes to an end");
+    require(++world.pauses < max_pauses, "every wait for the user comes to an end");
     if (!world.on_pause)
         return;
     state_lock_take();
@@ -139,7 +139,7 @@ std::time_t __wrap_time(std::time_t* result)
     return world.now_s;
 }
 
-/// Nobody is at the fuzzer's own terminal, and it has not vanished.
+/// The fuzzer's terminal has no input, and it has not vanished.
 int __wrap_poll(pollfd* fds, nfds_t count, int limit)
 {
     const bool is_terminal = count > 0 && fds[0].fd == STDIN_FILENO;
@@ -155,7 +155,7 @@ int __wrap_ppoll(pollfd* fds, nfds_t count, const timespec* limit, const sigset_
     if (ready == 0 && limit != nullptr)
         clock_advance(limit->tv_sec * us_per_second + limit->tv_nsec / 1000);
     if (count == 0)
-        pause_run();
+        run_pause();
     return ready;
 }
 
@@ -205,7 +205,7 @@ int __wrap_ioctl(int fd, unsigned long request, void* argument)
     return 0;
 }
 
-/// Knows no names but those that are addresses.
+/// Resolves only numeric addresses.
 int __wrap_getaddrinfo(const char* host, const char* service, const addrinfo* hints,
                        addrinfo** list)
 {
@@ -215,7 +215,7 @@ int __wrap_getaddrinfo(const char* host, const char* service, const addrinfo* hi
                                           : EAI_NONAME;
 }
 
-/// The new thread's work is done at once, before the caller goes on.
+/// Does the new thread's work at once, before the caller continues.
 int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*run)(void*),
                           void* argument)
 {
@@ -231,7 +231,7 @@ int __wrap_pthread_detach(pthread_t thread)
     return world.is_active ? 0 : __real_pthread_detach(thread);
 }
 
-/// Made-up names must not harm the machine: whatever is written goes to one place.
+/// Made-up names must not harm the machine: everything is written to one place.
 int __wrap_open(const char* name, int flags, ...)
 {
     va_list arguments;
@@ -239,7 +239,7 @@ int __wrap_open(const char* name, int flags, ...)
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
     const bool is_reading = (flags & O_ACCMODE) == O_RDONLY;
-    return !world.is_active || is_reading ? __real_open(name, flags, mode) : written_open(flags);
+    return !world.is_active || is_reading ? __real_open(name, flags, mode) : open_written(flags);
 }
 
 } // extern "C"

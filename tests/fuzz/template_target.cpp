@@ -11,8 +11,8 @@
 namespace
 {
 
-/// Every placeholder at once, wherever it stands.
-std::string replaced(const std::string& text, const std::string& placeholder, const char* value)
+/// Replaces all occurrences of a placeholder at once.
+std::string replace_all(const std::string& text, const std::string& placeholder, const char* value)
 {
     std::string made;
     std::size_t from = 0;
@@ -22,7 +22,7 @@ std::string replaced(const std::string& text, const std::string& placeholder, co
     return made.append(text, from);
 }
 
-std::string filled(std::string text, const xml_node* document)
+std::string fill(std::string text, const xml_node* document)
 {
     for (int count = 0;; ++count) {
         const std::size_t start = text.find('%');
@@ -40,7 +40,7 @@ std::string filled(std::string text, const xml_node* document)
         const std::string placeholder = text.substr(start, end - start + 1);
         const std::string path = placeholder.substr(1, placeholder.size() - 2);
         const char* value = xml_get(document, path.c_str(), false, false);
-        text = replaced(text, placeholder, value != nullptr ? value : "");
+        text = replace_all(text, placeholder, value != nullptr ? value : "");
     }
 }
 
@@ -55,6 +55,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(made != nullptr, "a template gives a text");
     const std::string result = made.get();
     require(result.find('%') == std::string::npos, "no placeholder is left");
-    require(result == filled(text, document.get()), "every placeholder has its value");
+    require(result == fill(text, document.get()), "every placeholder has its value");
     return 0;
 }

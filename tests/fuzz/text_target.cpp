@@ -1,4 +1,4 @@
-// text_target.cpp - the string routines beside the same in std::string.
+// text_target.cpp - the string functions beside the same in std::string.
 #include "base/owners.hpp"
 #include "data/text.hpp"
 #include "fuzz/fuzz_input.hpp"
@@ -9,10 +9,10 @@
 namespace
 {
 
-constexpr std::size_t most_slots = 12;
+constexpr std::size_t max_slots = 12;
 
-std::string replaced(const std::string& text, const std::string& pattern,
-                     const std::string& replacement)
+std::string replace(const std::string& text, const std::string& pattern,
+                    const std::string& replacement)
 {
     std::string made;
     std::size_t from = 0;
@@ -32,19 +32,19 @@ void try_append_and_replace(fuzz_input& input)
     made.reset(str_append(made.release(), other.c_str()));
     require(text + other == made.get(), "what is appended stands at the end");
     made.reset(str_replace(made.release(), pattern.c_str(), other.c_str()));
-    const std::string expected = replaced(text + other, pattern, other);
+    const std::string expected = replace(text + other, pattern, other);
     require(expected == made.get(), "every pattern is replaced once");
     made.reset(str_replace(made.release(), pattern.c_str(), nullptr));
-    require(replaced(expected, pattern, "") == made.get(), "nothing is a replacement too");
+    require(replace(expected, pattern, "") == made.get(), "nothing is a replacement too");
 }
 
-/// The fields of a text, and which of their ends are separators that a splitter may cut at.
+/// The fields of a text, and which of their ends are separators where a splitter may cut.
 struct plain_field {
     std::size_t start;
     std::size_t end;
 };
 
-std::vector<plain_field> plain_split(const std::string& text, const std::string& separators)
+std::vector<plain_field> split_plainly(const std::string& text, const std::string& separators)
 {
     const bool is_blank_mode = separators.empty();
     const bool runs_count_once = separators.size() != 1;
@@ -66,7 +66,7 @@ std::vector<plain_field> plain_split(const std::string& text, const std::string&
 
 void try_split(fuzz_input& input)
 {
-    const std::size_t slots = 1 + input.number(most_slots - 1);
+    const std::size_t slots = 1 + input.number(max_slots - 1);
     const std::string separators = input.text(4);
     const std::string text = input.text();
     const heap_text cut{str_dup(text.c_str())};
@@ -74,7 +74,7 @@ void try_split(fuzz_input& input)
     std::vector<char*> fields(slots + 1, untouched);
     const int count =
         str_split(cut.get(), fields.data(), static_cast<int>(slots), separators.c_str());
-    const std::vector<plain_field> expected = plain_split(text, separators);
+    const std::vector<plain_field> expected = split_plainly(text, separators);
     require(count == static_cast<int>(expected.size()), "every field is counted");
     require(fields[slots] == untouched, "no more fields are stored than there is room for");
     for (std::size_t index = 0; index < slots; ++index) {

@@ -1,4 +1,4 @@
-// xml_target.cpp - the XML reader and its look-ups beside a reader that goes byte by byte.
+// xml_target.cpp - the XML reader and its look-ups beside a reader that works byte by byte.
 #include "data/xml.hpp"
 #include "data/xml_index.hpp"
 #include "fuzz/fuzz_input.hpp"
@@ -11,7 +11,7 @@
 namespace
 {
 
-constexpr std::size_t most_keys = 8;
+constexpr std::size_t max_keys = 8;
 
 using optional_text = std::optional<std::string>;
 
@@ -22,7 +22,7 @@ struct plain_node {
 };
 using plain_document = std::vector<plain_node>;
 
-/// Appends a byte to a working text that has room for `limit`, its terminator included.
+/// Appends a byte to a working text of at most `limit` bytes, including its terminator.
 void append_within(std::string& text, std::size_t limit, char byte)
 {
     if (text.size() + 1 < limit)
@@ -84,7 +84,7 @@ struct plain_reader {
     }
 };
 
-plain_document plain_parse(const std::string& text)
+plain_document parse_plainly(const std::string& text)
 {
     plain_reader reader;
     const std::size_t declared = text.find("?>");
@@ -98,20 +98,20 @@ bool is_same(const char* text, const optional_text& expected)
     return expected.has_value() ? text != nullptr && *expected == text : text == nullptr;
 }
 
-void nodes_compare(const xml_node* node, const plain_document& expected)
+void compare_nodes(const xml_node* node, const plain_document& expected)
 {
     for (const plain_node& other : expected) {
         require(node != nullptr, "there are as many elements as start tags");
         require(is_same(node->path, other.path), "an element has the path of its open elements");
         require(is_same(node->name, other.name), "an element has its tag's name");
-        require(is_same(node->value, other.value), "an element has the text behind its tag");
+        require(is_same(node->value, other.value), "an element has the text after its tag");
         node = node->next;
     }
     require(node == nullptr, "there are no more elements than start tags");
 }
 
-optional_text first_value(const plain_document& document, const std::string& key,
-                          optional_text plain_node::*field)
+optional_text find_first_value(const plain_document& document, const std::string& key,
+                               optional_text plain_node::*field)
 {
     for (const plain_node& node : document) {
         if (node.*field == key)
@@ -123,7 +123,7 @@ optional_text first_value(const plain_document& document, const std::string& key
 void look_up(const xml_node* document, const xml_index& index, const plain_document& expected,
              const std::string& key)
 {
-    const optional_text by_path = first_value(expected, key, &plain_node::path);
+    const optional_text by_path = find_first_value(expected, key, &plain_node::path);
     const char* borrowed = xml_get(document, key.c_str(), false, false);
     const heap_text copy{xml_get(document, key.c_str(), false, true)};
     const heap_text named{xml_get(document, key.c_str(), true, false)};
@@ -131,7 +131,7 @@ void look_up(const xml_node* document, const xml_index& index, const plain_docum
     require(is_same(copy.get(), by_path), "a copy is like the original");
     require(copy == nullptr || copy.get() != borrowed, "a copy is a text of its own");
     require(xml_index_value(index, key.c_str()) == borrowed, "the index finds what a walk finds");
-    require(is_same(named.get(), first_value(expected, key, &plain_node::name)),
+    require(is_same(named.get(), find_first_value(expected, key, &plain_node::name)),
             "a name leads to its first element");
 }
 
@@ -142,12 +142,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz_input input{data, size};
     const std::string text = input.text();
     const xml_document document{xml_parse(text.c_str())};
-    const plain_document expected = plain_parse(text);
-    nodes_compare(document.get(), expected);
+    const plain_document expected = parse_plainly(text);
+    compare_nodes(document.get(), expected);
     const xml_index index = xml_index_build(document.get());
-    for (std::size_t count = 0; count < most_keys && !input.is_empty(); ++count)
+    for (std::size_t count = 0; count < max_keys && !input.is_empty(); ++count)
         look_up(document.get(), index, expected, input.text());
-    for (std::size_t place = 0; place < expected.size() && place < most_keys; ++place) {
+    for (std::size_t place = 0; place < expected.size() && place < max_keys; ++place) {
         look_up(document.get(), index, expected, expected[place].path.value_or(""));
         look_up(document.get(), index, expected, expected[place].name.value_or(""));
     }

@@ -18,21 +18,21 @@
 namespace
 {
 
-constexpr int longest_wait_ms = 1;
-constexpr int most_waiting_clients = 1024;
+constexpr int max_wait_ms = 1;
+constexpr int max_waiting_clients = 1024;
 constexpr std::size_t introduction_bytes = 12 + 8 + 12 + 4; // the version and the format
 constexpr std::int64_t us_per_second = 1'000'000;
 constexpr std::uint32_t first_address = 0x7F010001; // 127.1.0.1
 
-std::int64_t now_us()
+std::int64_t read_clock_us()
 {
     return std::chrono::duration_cast<std::chrono::microseconds>(
                std::chrono::steady_clock::now().time_since_epoch())
         .count();
 }
 
-/// Which of the servers the client of this socket has asked for.
-std::size_t index_of(int fd)
+/// Which of the servers the client behind this socket has called.
+std::size_t find_index(int fd)
 {
     sockaddr_in place{};
     socklen_t length = sizeof place;
@@ -40,7 +40,7 @@ std::size_t index_of(int fd)
     return ntohl(place.sin_addr.s_addr) - first_address;
 }
 
-std::string address_of(std::size_t index)
+std::string make_address(std::size_t index)
 {
     const in_addr address{htonl(first_address + static_cast<std::uint32_t>(index))};
     std::array<char, INET_ADDRSTRLEN> text{};
@@ -58,7 +58,7 @@ std::string crowd_alias(std::size_t index)
 crowd::crowd(int count)
     : listener(bind_free_port("0.0.0.0")), members(static_cast<std::size_t>(count))
 {
-    listen(listener.get(), most_waiting_clients);
+    listen(listener.get(), max_waiting_clients);
     fcntl(listener.get(), F_SETFL, O_NONBLOCK);
     thread = std::thread{[this] { run(); }};
 }
@@ -73,7 +73,7 @@ std::vector<server_settings> crowd::settings() const
 {
     std::vector<server_settings> all;
     for (std::size_t index = 0; index < members.size(); ++index)
-        all.push_back({.name = address_of(index),
+        all.push_back({.name = make_address(index),
                        .port = std::to_string(port_of(listener.get())),
                        .alias = crowd_alias(index)});
     std::ranges::sort(all, std::ranges::greater{}, &server_settings::name);
@@ -95,7 +95,7 @@ void crowd::run()
         std::vector<pollfd> watched{{listener.get(), POLLIN, 0}};
         for (const member& one : members)
             watched.push_back({one.client.get(), POLLIN, 0});
-        poll(watched.data(), watched.size(), longest_wait_ms);
+        poll(watched.data(), watched.size(), max_wait_ms);
         if (watched[0].revents != 0)
             accept_all();
         for (std::size_t index = 0; index < members.size(); ++index)
@@ -111,7 +111,7 @@ void crowd::accept_all()
         unique_fd client{accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)};
         if (!client)
             return;
-        const std::size_t index = index_of(client.get());
+        const std::size_t index = find_index(client.get());
         if (index >= members.size())
             continue;
         const std::string greeting = packet_bytes(greeting_packet(static_cast<int>(index), false));
@@ -140,7 +140,7 @@ void crowd::take_in(member& one)
 /// One server after the other, so that each has its turn once a second.
 void crowd::send_due()
 {
-    const std::int64_t now = now_us();
+    const std::int64_t now = read_clock_us();
     if (!is_talking) {
         next_due_us = now;
         return;

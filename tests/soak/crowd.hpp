@@ -1,7 +1,7 @@
-// crowd.hpp - as many servers as wanted, on one port: each has an address of its own in 127/8.
+// crowd.hpp - any number of servers on one port, each with an address of its own in 127/8.
 //
-// Owns a thread that accepts whoever comes and greets him, and, when told to, has every server send
-// a numbered transmission each second, evenly spread over it.
+// Owns a thread that accepts and greets every client and, on request, makes every server send a
+// numbered transmission each second, evenly spread over the second.
 #pragma once
 
 #include "base/owners.hpp"
@@ -22,19 +22,19 @@ public:
     crowd(const crowd&) = delete;
     crowd& operator=(const crowd&) = delete;
 
-    /// The entries of a configuration that knows them all, in the order in which they are listed.
+    /// The entries of a configuration that knows all of them, in the order of the client's list.
     std::vector<server_settings> settings() const;
-    /// How many have a client that has introduced itself.
+    /// How many servers have a client that has introduced itself.
     int introduced() const
     {
         return introductions;
     }
-    /// Has every server send a transmission a second, or stops them.
+    /// Makes every server send one transmission a second, or stops them.
     void talk(bool wanted)
     {
         is_talking = wanted;
     }
-    /// Transmissions that each server has sent so far.
+    /// How many transmissions each server has sent so far.
     std::vector<std::int64_t> transmissions() const;
 
 private:
@@ -61,5 +61,5 @@ private:
     std::thread thread;
 };
 
-/// The name under which the client lists the crowd's server `index`.
+/// The name of the crowd's server `index` in the client's list.
 std::string crowd_alias(std::size_t index);

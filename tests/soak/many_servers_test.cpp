@@ -1,8 +1,8 @@
 // many_servers_test.cpp - a thousand connected servers: keys are answered, and every message is
 // shown and logged.
 //
-// The suite looks at what is shown and logged, and prints the times. Times are judged with
-// --judge-times alone, since they say nothing of the client when the machine has other work.
+// The test checks what is shown and logged, and prints the times. It judges the times only with
+// --judge-times, since they say nothing about the client when the machine has other work.
 #include "bench/process_figures.hpp"
 #include "e2e/client_session.hpp"
 #include "soak/crowd.hpp"
@@ -35,7 +35,7 @@ constexpr std::size_t look_every_bytes = 200;
 constexpr int first_row = 2;
 constexpr int last_row = terminal_rows - 3;
 constexpr int bar_column = 2;
-constexpr double most_ms_to_answer = 100;
+constexpr double max_ms_to_answer = 100;
 constexpr const char* log_folder = "log";
 
 struct {
@@ -83,7 +83,7 @@ protected:
                pair_cell(pairs::bar, false, "").background;
     }
 
-    /// Moves the bar on by one row, up and down between the ends of what is visible, and gives the
+    /// Moves the bar by one row, up and down between the ends of the visible list, and returns the
     /// time until it is seen there.
     double time_move()
     {
@@ -107,7 +107,7 @@ protected:
             .count();
     }
 
-    /// The times of the answers to so many keys, ascending.
+    /// The times of the answers to this many keys, ascending.
     std::vector<double> time_keys(int count)
     {
         std::vector<double> times;
@@ -120,7 +120,7 @@ protected:
         return times;
     }
 
-    /// Keys come at any time of a poll cycle.
+    /// Waits, so that keys come at any time of a poll cycle.
     void rest(std::chrono::milliseconds length)
     {
         const auto end = steady_clock::now() + length;
@@ -133,7 +133,7 @@ protected:
         return work_of({&process, 1}).value_or(work_done{}).cpu_ms;
     }
 
-    std::string log_of(int index)
+    std::string read_log(int index)
     {
         return client.home()
             .read_file(crowd_alias(static_cast<std::size_t>(index)) + "/" + log_folder + ".log")
@@ -145,25 +145,25 @@ protected:
         int done = 0; // servers whose last transmission is logged
         const auto all_are_logged = [&] {
             while (done < server_count &&
-                   log_of(done).ends_with(
+                   read_log(done).ends_with(
                        transmission_text(done, transmissions[static_cast<std::size_t>(done)] - 1)))
                 ++done;
             return done == server_count;
         };
         EXPECT_TRUE(client.terminal().wait_until(all_are_logged, "all is logged", patience(100)));
         for (int index = 0; index < server_count; ++index)
-            ASSERT_TRUE(log_is_complete(log_of(index), index,
+            ASSERT_TRUE(log_is_complete(read_log(index), index,
                                         transmissions[static_cast<std::size_t>(index)]));
     }
 
-    /// Plays the client's output again, and notes what could be seen at any moment of it.
+    /// Replays the client's output, and records what was visible at each moment.
     void check_shown(const std::vector<std::int64_t>& transmissions)
     {
         const std::string& output = client.terminal().raw_output();
         terminal_screen screen{terminal_rows, terminal_columns, true};
         std::set<std::pair<int, std::int64_t>> seen;
         for (std::size_t place = 0, end = 0; place < output.size(); place = end) {
-            // The emulator cannot go on in the middle of a sequence.
+            // The emulator cannot be stopped in the middle of a sequence.
             end = std::min(output.find('\033', place + look_every_bytes), output.size());
             screen.feed(std::string_view{output}.substr(place, end - place));
             if (place >= quiet_output)
@@ -195,12 +195,12 @@ protected:
 
     crowd servers{server_count};
     client_session client;
-    int bar_row = last_row; // where it is on the screen
+    int bar_row = last_row; // its row on the screen
     named_key direction = named_key::up;
-    std::size_t quiet_output = 0; // bytes that came before anybody talked
+    std::size_t quiet_output = 0; // bytes that came before any server talked
 };
 
-double at_percentile(const std::vector<double>& ascending, int percent)
+double find_percentile(const std::vector<double>& ascending, int percent)
 {
     return ascending[(ascending.size() * static_cast<std::size_t>(percent) + 99) / 100 - 1];
 }
@@ -209,10 +209,10 @@ void judge(const char* what, const std::vector<double>& times)
 {
     std::printf("%s: %zu keys, answered in %.1f ms (median), %.1f ms (99th percentile), "
                 "%.1f ms (longest)\n",
-                what, times.size(), at_percentile(times, 50), at_percentile(times, 99),
+                what, times.size(), find_percentile(times, 50), find_percentile(times, 99),
                 times.back());
     if (options.judges_times) {
-        EXPECT_LT(at_percentile(times, 99), most_ms_to_answer);
+        EXPECT_LT(find_percentile(times, 99), max_ms_to_answer);
     }
 }
 

@@ -18,17 +18,17 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr double longest_span_hours = 1;
+constexpr double max_span_hours = 1;
 
-int entries_of(const std::string& folder)
+int count_entries(const std::string& folder)
 {
     std::error_code failure;
     const fs::directory_iterator all{folder, failure};
     return failure ? 0 : static_cast<int>(std::distance(begin(all), end(all)));
 }
 
-/// The resident part of the mapping that is called [heap].
-double heap_of(const std::string& process_folder)
+/// The resident part of the mapping named [heap].
+double read_heap_kb(const std::string& process_folder)
 {
     std::ifstream file{process_folder + "/smaps"};
     bool is_heap = false;
@@ -43,7 +43,7 @@ double heap_of(const std::string& process_folder)
     return 0;
 }
 
-const soak_sample& least_between(const std::vector<soak_sample>& samples, double begin, double end)
+const soak_sample& find_least(const std::vector<soak_sample>& samples, double begin, double end)
 {
     const auto key = [&](const soak_sample& sample) {
         const bool is_within = sample.hours >= begin && sample.hours <= end;
@@ -71,9 +71,9 @@ soak_sample soak_sample_of(pid_t process)
     const memory_use memory = memory_of({&process, 1}).value_or(memory_use{});
     return {.resident_kb = memory.resident,
             .proportional_kb = memory.proportional,
-            .heap_kb = heap_of(folder),
-            .descriptors = entries_of(folder + "/fd"),
-            .threads = entries_of(folder + "/task"),
+            .heap_kb = read_heap_kb(folder),
+            .descriptors = count_entries(folder + "/fd"),
+            .threads = count_entries(folder + "/task"),
             .children = static_cast<int>(children_of(process).size())};
 }
 
@@ -94,10 +94,10 @@ testing::AssertionResult nothing_has_grown(const std::vector<soak_sample>& sampl
         return testing::AssertionFailure() << "there are not two samples to compare";
     const double end = samples.back().hours;
     const double length = end - samples.front().hours;
-    const double begin = samples.front().hours + std::min(longest_span_hours, length / 6);
-    const double span = std::min(longest_span_hours, length / 3);
-    const soak_sample& first = least_between(samples, begin, begin + span);
-    const soak_sample& last = least_between(samples, end - span, end);
+    const double begin = samples.front().hours + std::min(max_span_hours, length / 6);
+    const double span = std::min(max_span_hours, length / 3);
+    const soak_sample& first = find_least(samples, begin, begin + span);
+    const soak_sample& last = find_least(samples, end - span, end);
     const bool is_same = std::ranges::all_of(
         samples, [&](const soak_sample& sample) { return has_same_counts(sample, first); });
     const bool is_small =

@@ -14,7 +14,7 @@ constexpr std::string_view record_start = "\nACARS mode: ";
 constexpr std::string_view server_mark = "Aircraft reg: S";
 constexpr std::size_t shown_bytes = 600;
 
-int server_of(std::string_view record)
+int find_server(std::string_view record)
 {
     const std::size_t place = record.find(server_mark);
     if (place == std::string_view::npos)
@@ -39,7 +39,7 @@ testing::AssertionResult log_is_complete(const std::string& text, int server,
         place += wanted.size();
     }
     if (place != text.size())
-        return testing::AssertionFailure() << "the log of server " << server << " goes on behind "
+        return testing::AssertionFailure() << "the log of server " << server << " goes on after "
                                            << transmissions << " transmissions with:\n"
                                            << text.substr(place, shown_bytes);
     return testing::AssertionSuccess();
@@ -52,7 +52,7 @@ std::map<int, std::string> log_by_server(const std::string& text)
     for (std::size_t place = 0; place < all.size();) {
         const std::size_t end = std::min(all.find(record_start, place + 1), all.size());
         const std::string_view record = all.substr(place, end - place);
-        logs[record.starts_with(record_start) ? server_of(record) : -1] += record;
+        logs[record.starts_with(record_start) ? find_server(record) : -1] += record;
         place = end;
     }
     return logs;

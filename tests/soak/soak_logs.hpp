@@ -1,4 +1,4 @@
-// soak_logs.hpp - whether the client's logs hold what the servers have said.
+// soak_logs.hpp - whether the client's logs hold everything that the servers sent.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,6 @@
 testing::AssertionResult log_is_complete(const std::string& text, int server,
                                          std::int64_t transmissions);
 
-/// Cuts a log of all servers into records, and puts those of each server together in their order.
-/// Records whose server cannot be told are under -1.
+/// Cuts a log of all servers into records, and joins those of each server in their order. Records
+/// of an unknown server are under -1.
 std::map<int, std::string> log_by_server(const std::string& text);

@@ -1,7 +1,7 @@
-// soak_main.cpp - runs the client for a long time in a short one, with many servers and a user who
-// never rests, and looks whether it stays as it was.
+// soak_main.cpp - runs the client for a long time on a fast clock, with many servers and a user who
+// never rests, and checks that it stays as it was.
 //
-// Its status is 0 when the client has lost no transmission, has not grown and has left in order.
+// Its status is 0 if the client has lost no transmission, has not grown and has left in order.
 #include "soak/soak_figures.hpp"
 #include "soak/soak_logs.hpp"
 #include "soak/soak_options.hpp"
@@ -22,8 +22,8 @@ constexpr const char* log_folder = "log";
 
 soak_options options;
 
-/// A configuration without what the user has told servers about themselves, which the client keeps.
-std::string without_answers(const std::string& config)
+/// A configuration without the user's answers to servers, which the client keeps.
+std::string remove_answers(const std::string& config)
 {
     static const std::regex answers{"<(SubCode|UseEMail)>[^<]*<"};
     return std::regex_replace(config, answers, "<$1><");
@@ -67,7 +67,7 @@ protected:
         return static_cast<double>(client.clock().now_ms() - started_ms) / ms_per_hour;
     }
 
-    /// Looks at the client when it is connected to all its servers and nothing else goes on.
+    /// Measures the client when it is connected to all its servers and nothing else happens.
     void take_sample()
     {
         soak_sample sample;
@@ -77,7 +77,7 @@ protected:
             rounds = servers.rounds();
             return (sample.threads == 1 && sample.children == 0) || !user.all_are_connected();
         };
-        // A server that was left alone may be left by the client at any moment, and sees it later.
+        // The client may leave a silent server at any moment, and notices that later.
         const auto is_known = [&] { return servers.rounds() >= rounds + 2; };
         do {
             user.connect_all();
@@ -91,7 +91,7 @@ protected:
 
     void go_on()
     {
-        while (user.deeds_done() < soak_user::different_deeds())
+        while (user.actions_done() < soak_user::different_actions())
             user.do_something();
         const double step = options.sample_minutes > 0 ? options.sample_minutes / minutes_per_hour
                                                        : options.hours / default_samples;
@@ -104,7 +104,7 @@ protected:
         ASSERT_NO_FATAL_FAILURE(take_sample());
     }
 
-    std::string log_of(const std::string& name)
+    std::string read_log(const std::string& name)
     {
         return client.home().read_file(name + "/" + log_folder + ".log").value_or("");
     }
@@ -120,7 +120,7 @@ protected:
                 continue;
             const std::int64_t said =
                 servers.with(index, [](auto& server) { return server.transmissions; });
-            EXPECT_TRUE(log_is_complete(options.one_log ? logs[index] : log_of(soak_alias(index)),
+            EXPECT_TRUE(log_is_complete(options.one_log ? logs[index] : read_log(soak_alias(index)),
                                         index, said));
             transmissions += said;
         }
@@ -128,7 +128,7 @@ protected:
         say("%lld transmissions are in the logs\n", static_cast<long long>(transmissions));
     }
 
-    /// Tells on standard output, and in the report if one is wanted.
+    /// Writes to standard output, and to the report if there is one.
     __attribute__((format(printf, 2, 3))) void say(const char* format, ...)
     {
         std::FILE* both[] = {stdout, report.get()};
@@ -156,7 +156,7 @@ protected:
             });
         say("%.2f hours: %lld packets, %d connections, %d heartbeats, %d deeds, %d late greetings, "
             "%lld polls\n",
-            hours(), static_cast<long long>(packets), clients, heartbeats, user.deeds_done(),
+            hours(), static_cast<long long>(packets), clients, heartbeats, user.actions_done(),
             user.late_greetings(), static_cast<long long>(client.clock().alarms_set()));
     }
 
@@ -177,7 +177,7 @@ TEST_F(soak, the_client_stays_as_it_was_and_loses_nothing)
     client.quit();
     check_logs();
     EXPECT_TRUE(nothing_has_grown(samples));
-    EXPECT_EQ(without_answers(client.home().read_config().value_or("")), config_text(settings()));
+    EXPECT_EQ(remove_answers(client.home().read_config().value_or("")), config_text(settings()));
 }
 
 } // namespace

@@ -17,7 +17,7 @@ constexpr const char* usage =
 constexpr std::pair<std::string_view, soak_kind> kinds[] = {
     {"steady", soak_kind::steady}, {"flood", soak_kind::flood}, {"split", soak_kind::split}};
 
-bool kind_read(soak_kind& kind, std::string_view name)
+bool read_kind(soak_kind& kind, std::string_view name)
 {
     for (const auto& [known, value] : kinds) {
         if (known == name) {
@@ -28,37 +28,37 @@ bool kind_read(soak_kind& kind, std::string_view name)
     return false;
 }
 
-bool number_read(double& number, const char* text, double least, double most)
+bool read_number(double& number, const char* text, double least, double most)
 {
     char* end = nullptr;
     number = std::strtod(text, &end);
     return end != text && *end == '\0' && number >= least && number <= most;
 }
 
-bool whole_number_read(int& number, const char* text, int least, int most)
+bool read_whole_number(int& number, const char* text, int least, int most)
 {
     double read = 0;
-    const bool is_good = number_read(read, text, least, most);
+    const bool is_good = read_number(read, text, least, most);
     number = static_cast<int>(read);
     return is_good;
 }
 
-bool option_read(soak_options& options, std::string_view name, const char* value)
+bool read_option(soak_options& options, std::string_view name, const char* value)
 {
     int seed = 0;
     if (name == "--hours")
-        return number_read(options.hours, value, 0.01, 24 * 365);
+        return read_number(options.hours, value, 0.01, 24 * 365);
     if (name == "--speed")
-        return whole_number_read(options.speed, value, 1, 1000);
+        return read_whole_number(options.speed, value, 1, 1000);
     if (name == "--servers")
-        return whole_number_read(options.servers, value, 6, 500);
+        return read_whole_number(options.servers, value, 6, 500);
     if (name == "--sample-minutes")
-        return number_read(options.sample_minutes, value, 0.1, 24 * 60);
+        return read_number(options.sample_minutes, value, 0.1, 24 * 60);
     if (name == "--kind")
-        return kind_read(options.kind, value);
+        return read_kind(options.kind, value);
     if (name == "--report")
         options.report = value;
-    else if (name == "--seed" && whole_number_read(seed, value, 0, 1'000'000'000))
+    else if (name == "--seed" && read_whole_number(seed, value, 0, 1'000'000'000))
         options.seed = static_cast<unsigned>(seed);
     else
         return false;
@@ -73,7 +73,7 @@ bool soak_options_read(soak_options& options, int count, char** arguments)
         const std::string_view name = arguments[at];
         if (name == "--one-log") {
             options.one_log = true;
-        } else if (at + 1 == count || !option_read(options, name, arguments[at + 1])) {
+        } else if (at + 1 == count || !read_option(options, name, arguments[at + 1])) {
             std::fprintf(stderr, "soak_client: cannot use %s\n%s", arguments[at], usage);
             return false;
         } else {

@@ -20,15 +20,15 @@ constexpr std::uint32_t version_kind = 101;
 constexpr std::uint32_t heartbeat_kind = 148;
 constexpr std::uint32_t format_kind = 151;
 
-constexpr int most_waiting_clients = 16;
+constexpr int max_waiting_clients = 16;
 constexpr int introduction_packets = 2;
 constexpr int polls_to_read = 2;
 constexpr int shortest_interval_ms = 1000;
 constexpr int one_side_packet_in = 6;
-constexpr std::size_t longest_burst = 64 * 1024;
+constexpr std::size_t max_burst_bytes = 64 * 1024;
 
-/// A received packet at the start of `inbox`, taken out of it; false if it is not whole.
-bool packet_take(std::string& inbox, server_packet& packet)
+/// Takes a received packet from the start of `inbox`; false if it is not complete.
+bool take_packet(std::string& inbox, server_packet& packet)
 {
     std::size_t length = 0;
     if (inbox.size() < wire_header_bytes)
@@ -48,7 +48,7 @@ soak_server::soak_server(int which, unique_fd listener, server_manner how, unsig
     : clock(client_clock), number(which), manner(how), dice(seed + static_cast<unsigned>(which)),
       listening(std::move(listener)), mean_interval_ms(shortest_interval_ms * (1 + which % 10 * 2))
 {
-    listen(listening.get(), most_waiting_clients);
+    listen(listening.get(), max_waiting_clients);
     fcntl(listening.get(), F_SETFL, O_NONBLOCK);
 }
 
@@ -67,7 +67,7 @@ void soak_server::step()
 
 void soak_server::accept_client()
 {
-    // The client that waited may have given up.
+    // The waiting client may have given up.
     const int fd = accept4(listening.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (fd < 0)
         return;
@@ -91,7 +91,7 @@ void soak_server::take_in()
         if (length <= 0)
             return client_left();
         inbox.append(bytes.data(), static_cast<std::size_t>(length));
-        for (server_packet packet; packet_take(inbox, packet);)
+        for (server_packet packet; take_packet(inbox, packet);)
             understand(packet);
     }
 }
@@ -100,7 +100,7 @@ void soak_server::understand(const server_packet& packet)
 {
     if (packet.kind == version_kind || packet.kind == format_kind) {
         ++introductions;
-        introduced_at_polls = clock.alarms_set(); // what was said before is read from now on
+        introduced_at_polls = clock.alarms_set(); // what was sent earlier is read from now on
         said_at_polls = introduced_at_polls;
     } else if (packet.kind == good_bye_kind) {
         ++good_byes;
@@ -142,12 +142,12 @@ bool soak_server::say(const server_packet& packet)
     return give(packet_bytes(packet));
 }
 
-/// All of it or nothing of it: the sockets of servers that wait for their client have room.
+/// Sends all of it or nothing: the sockets of servers that wait for their client have space.
 bool soak_server::give(std::string_view bytes)
 {
     const ssize_t sent =
         connection ? send(connection.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) : -1;
-    // Polls made while this thread was kept waiting have not seen what was said only then.
+    // Polls made while this thread was delayed have not seen what was sent only afterwards.
     said_at_polls = clock.alarms_set();
     ++packets;
     return sent == static_cast<ssize_t>(bytes.size());
@@ -169,10 +169,10 @@ void soak_server::speak()
                                        std::max(shortest_interval_ms, 2 * mean_interval_ms));
 }
 
-/// As much as the socket takes; what does not fit any more leaves a packet torn for a while.
+/// Sends as much as the socket takes; the last packet may stay incomplete for a while.
 void soak_server::flood()
 {
-    while (pieces.size() < longest_burst)
+    while (pieces.size() < max_burst_bytes)
         pieces += packet_bytes(number_from(dice, 0, 3) == 0 ? wild_packet(dice)
                                                             : transmission_packet(number, 0));
     const ssize_t sent = send(connection.get(), pieces.data(), pieces.size(), MSG_NOSIGNAL);
@@ -182,7 +182,7 @@ void soak_server::flood()
     ++packets;
 }
 
-/// A piece of a packet at any time, whether the one before has been read or not.
+/// Sends a piece of a packet at any time, whether the previous one has been read or not.
 void soak_server::split()
 {
     if (now_ms < next_due_ms)

@@ -1,8 +1,8 @@
-// soak_server.hpp - one server of a soak, and all it knows of its client.
+// soak_server.hpp - one server of a soak, and all it knows about its client.
 //
-// Owns its sockets. Does something only when it is stepped; never waits. It reads the client's pace
-// from the polls that the client has made: a packet counts as read after two more of them, since
-// the first may have been under way already.
+// Owns its sockets. Acts only when it is stepped; never waits. It derives the client's pace from
+// the polls that the client has made: a packet counts as read after two more polls, since the first
+// may already have been in progress.
 #pragma once
 
 #include "base/owners.hpp"
@@ -27,7 +27,7 @@ class soak_server
 {
 public:
     /// `listener`: a bound socket, whose port is the server's. `clock`: the client's; must outlive
-    /// this.
+    /// this object.
     soak_server(int number, unique_fd listener, server_manner manner, unsigned seed,
                 const test_clock& clock);
 
@@ -40,45 +40,45 @@ public:
     {
         return connection.get();
     }
-    /// A client waits to be accepted.
+    /// Accepts a waiting client.
     void accept_client();
-    /// The client's socket has something to read, or has ended.
+    /// Handles a client's socket that can be read or has ended.
     void take_in();
-    /// Says what is due.
+    /// Sends what is due.
     void step();
 
     void set_mood(server_mood wanted)
     {
         mood = wanted;
     }
-    /// The next client is asked for a password.
+    /// The next client will be asked for a password.
     void ask_next_for_password()
     {
         asks_password = true;
     }
-    /// Says something beside the transmissions. False if the client has gone or takes nothing.
+    /// Sends something besides the transmissions. False if the client has gone or takes nothing.
     bool say(const server_packet& packet);
-    /// Closes the connection, with a reset or with the end of file.
+    /// Closes the connection, with a reset or with end of file.
     void hang_up(bool with_reset);
 
-    /// A client is there and has introduced itself.
+    /// Whether a client is connected and has introduced itself.
     bool is_connected() const;
-    /// The client has been through enough polls to read what it was said first.
+    /// Whether the client has polled often enough to have read the server's first packets.
     bool has_been_polled() const;
     bool is_talking() const
     {
         return mood == server_mood::talking;
     }
-    /// Whatever was sent has been read.
+    /// Whether everything that was sent has been read.
     bool is_settled() const;
 
     std::int64_t transmissions = 0; // handed to the client
-    std::int64_t packets = 0;       // of any kind, these included
-    int clients = 0;                // that ever came
-    int good_byes = 0;              // that ever were said
-    int heartbeats = 0;             // that ever came
+    std::int64_t packets = 0;       // of any kind, including these
+    int clients = 0;                // that have connected so far
+    int good_byes = 0;              // that have been received
+    int heartbeats = 0;             // that have been received
     int ends = 0;                   // connections that the client has closed
-    int passwords = 0;              // that ever came
+    int passwords = 0;              // that have been received
 
 private:
     void understand(const server_packet& packet);
@@ -95,11 +95,11 @@ private:
     std::mt19937 dice;
     unique_fd listening;
     unique_fd connection{};
-    std::string inbox{};  // of a packet that is not whole yet
-    std::string pieces{}; // of packets that are still to be sent
+    std::string inbox{};  // of an incomplete packet
+    std::string pieces{}; // of packets still to be sent
     server_mood mood = server_mood::talking;
     bool asks_password = false;
-    int introductions = 0; // packets that the client has introduced itself with
+    int introductions = 0; // packets in which the client has introduced itself
     std::int64_t now_ms = 0;
     std::int64_t said_at_polls = 0;
     std::int64_t introduced_at_polls = 0;

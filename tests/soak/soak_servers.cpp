@@ -10,9 +10,9 @@
 namespace
 {
 
-constexpr int longest_wait_ms = 1;
+constexpr int max_wait_ms = 1;
 
-server_manner manner_of(soak_kind kind, int index)
+server_manner choose_manner(soak_kind kind, int index)
 {
     if (kind == soak_kind::steady || index > last_wild_server)
         return server_manner::steady;
@@ -29,7 +29,7 @@ soak_servers::soak_servers(const soak_options& options, const test_clock& client
         listeners.emplace_back(bind_free_port("127.0.0.1"));
     std::ranges::sort(listeners, {}, [](const unique_fd& fd) { return port_of(fd.get()); });
     for (int index = 0; unique_fd & listener : listeners) {
-        servers.emplace_back(index, std::move(listener), manner_of(options.kind, index),
+        servers.emplace_back(index, std::move(listener), choose_manner(options.kind, index),
                              options.seed, clock);
         ++index;
     }
@@ -57,10 +57,10 @@ void soak_servers::wait_and_take_in()
             watched.push_back({server.client(), POLLIN, 0});
         }
     }
-    poll(watched.data(), watched.size(), longest_wait_ms);
+    poll(watched.data(), watched.size(), max_wait_ms);
     const std::lock_guard lock{guard};
     for (auto at = watched.cbegin(); soak_server & server : servers) {
-        // Another thread may have hung up meanwhile; asking again in vain costs nothing.
+        // Another thread may have hung up meanwhile; an extra call does no harm.
         const bool has_visitor = (at++)->revents != 0;
         const bool has_news = (at++)->revents != 0;
         if (has_visitor)

@@ -1,4 +1,4 @@
-// soak_servers.hpp - all servers of a soak, kept going by a thread of their own.
+// soak_servers.hpp - all servers of a soak, run by a thread of their own.
 #pragma once
 
 #include "soak/soak_options.hpp"
@@ -10,13 +10,13 @@
 #include <mutex>
 #include <thread>
 
-/// Servers with this index and below misbehave, when the kind of soak has such.
+/// Servers up to this index misbehave, in the kinds of soak that have such servers.
 constexpr int last_wild_server = 4;
 
 class soak_servers
 {
 public:
-    /// `clock`: the client's; must outlive this.
+    /// `clock`: the client's; must outlive this object.
     soak_servers(const soak_options& options, const test_clock& clock);
     ~soak_servers();
     soak_servers(const soak_servers&) = delete;
@@ -26,20 +26,20 @@ public:
     {
         return static_cast<int>(servers.size());
     }
-    /// Ascending with the index, since that is how the client lists servers of one name.
+    /// Ascending with the index, since the client sorts servers of the same name by port.
     int port(int index) const;
     bool is_wild(int index) const
     {
         return index <= last_wild;
     }
 
-    /// How often all servers have taken in what had come.
+    /// How often all servers have received what was waiting.
     std::int64_t rounds() const
     {
         return rounds_made;
     }
 
-    /// Does `use(server)` while nothing else happens to the server, and gives what that gives.
+    /// Runs `use(server)` while nothing else happens to the server, and returns its result.
     template <typename function> auto with(int index, function use)
     {
         const std::lock_guard lock{guard};

@@ -51,20 +51,20 @@ constexpr side_kind side_kinds[] = {
 constexpr std::uint32_t close_kinds[] = {3, 100, 102};
 constexpr std::uint32_t box_kinds[] = {greeting_kind, 89, 205};
 
-std::string with_digits(const char* format, std::int64_t number)
+std::string format_number(const char* format, std::int64_t number)
 {
     char text[40];
     std::snprintf(text, sizeof text, format, static_cast<long>(number));
     return text;
 }
 
-acars_message transmission(int server, std::int64_t number)
+acars_message make_transmission(int server, std::int64_t number)
 {
     std::minstd_rand dice(static_cast<unsigned>(server * 7919 + number % 1'000'003 + 1));
     dice.discard(2);
     acars_message message{
-        .registration = with_digits("S%03ld", server),
-        .number = with_digits("%09ld", number),
+        .registration = format_number("S%03ld", server),
+        .number = format_number("%09ld", number),
     };
     const auto chance = dice() % 8;
     if (chance < 5) {
@@ -90,19 +90,19 @@ int number_from(std::mt19937& dice, int least, int most)
 
 std::string transmission_text(int server, std::int64_t number)
 {
-    return text_of(transmission(server, number));
+    return text_of(make_transmission(server, number));
 }
 
 server_packet transmission_packet(int server, std::int64_t number)
 {
-    const std::string document = document_of(transmission(server, number));
+    const std::string document = document_of(make_transmission(server, number));
     return number % 2 == 0 ? plain_packet(document) : compressed_packet(document);
 }
 
 server_packet greeting_packet(int server, bool needs_password)
 {
     return capabilities_packet(
-        "<Version>1.2.3</Version><ServerUUID>" + with_digits("server-%ld", server) +
+        "<Version>1.2.3</Version><ServerUUID>" + format_number("server-%ld", server) +
         "</ServerUUID><Mailing>1</Mailing><DBModify>1</DBModify><Reports>1</Reports>"
         "<Pager>1</Pager>" +
         (needs_password ? "<NeedAuth>1</NeedAuth>" : ""));

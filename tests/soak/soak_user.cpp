@@ -1,4 +1,4 @@
-// soak_user.cpp - see soak_user.hpp: how the person does things, whatever they are.
+// soak_user.cpp - see soak_user.hpp: what all of the user's actions share.
 #include "soak/soak_user.hpp"
 
 #include "soak/soak_traffic.hpp"
@@ -9,11 +9,10 @@
 namespace
 {
 
-/// A lone Escape must not meet the next key within the time that curses waits for the rest of a
-/// key's bytes.
+/// A single Escape must not meet the next key while curses waits for the rest of a key's bytes.
 constexpr int escape_ms = 60;
 
-constexpr int most_tries = 20;
+constexpr int max_tries = 20;
 constexpr std::chrono::milliseconds box_patience{500};
 
 } // namespace
@@ -31,25 +30,25 @@ soak_user::soak_user(client_session& its_client, soak_servers& its_servers,
 {
 }
 
-int soak_user::different_deeds()
+int soak_user::different_actions()
 {
-    return static_cast<int>(all_deeds().size());
+    return static_cast<int>(all_actions().size());
 }
 
 void soak_user::do_something()
 {
-    if (to_do.empty() && deeds == 0) {
-        to_do = all_deeds();
+    if (to_do.empty() && actions == 0) {
+        to_do = all_actions();
         std::shuffle(to_do.begin(), to_do.end(), dice);
     }
-    const std::vector<deed>& all = all_deeds();
-    deed next = all[static_cast<std::size_t>(number_from(dice, 0, different_deeds() - 1))];
+    const std::vector<action>& all = all_actions();
+    action next = all[static_cast<std::size_t>(number_from(dice, 0, different_actions() - 1))];
     if (!to_do.empty()) {
         next = to_do.back();
         to_do.pop_back();
     }
     (this->*next)();
-    ++deeds;
+    ++actions;
     client.terminal().forget_raw_output();
 }
 
@@ -80,7 +79,7 @@ void soak_user::hush_all()
             hold(index);
 }
 
-/// Goes to the server on foot; the client must show the bar on it.
+/// Moves the bar key by key; the client must show it on the server.
 void soak_user::select(int index)
 {
     const std::string wanted = soak_alias(index);
@@ -101,10 +100,10 @@ void soak_user::disconnect_selected(int index)
 
 void soak_user::connect_selected(int index)
 {
-    for (int tries = 0; tries < most_tries; ++tries) {
+    for (int tries = 0; tries < max_tries; ++tries) {
         const int before = servers.with(index, [](auto& server) { return server.ends; });
         client.terminal().send_control('l');
-        // Who is heard too late by a client that has not heard of it for long is closed again.
+        // A client that has heard nothing for long closes again if the greeting comes too late.
         const auto is_left = [&] {
             return servers.with(index, [&](auto& server) { return server.ends > before; });
         };
@@ -140,14 +139,14 @@ void soak_user::set_size(int rows, int columns)
     wait_for_polls(2);
 }
 
-/// Opens the page that CTRL and the letter open, and waits for the mark that it bears.
+/// Opens the page of CTRL and the letter, and waits for its mark.
 void soak_user::show_page(std::string_view mark, char control)
 {
     client.terminal().send_control(control);
     wait([&] { return client.terminal().shows(mark); }, "a page with " + std::string{mark});
 }
 
-/// most: how many boxes may come one behind the other.
+/// most: how many boxes may follow one another.
 void soak_user::close_boxes(int most)
 {
     for (int boxes = 0; boxes < most; ++boxes) {
@@ -177,13 +176,13 @@ void soak_user::wait(const std::function<bool()>& holds, const std::string& what
         throw std::runtime_error(result.message());
 }
 
-/// For what a box asks: it may have closed by itself before an answer came.
+/// For a box that is expected: it may have closed by itself before the answer came.
 bool soak_user::comes(const std::function<bool()>& holds)
 {
     return bool{client.terminal().wait_until(holds, "a box", box_patience)};
 }
 
-/// A well-behaved server that is connected and says something now and then.
+/// A well-behaved server that is connected and sends something now and then.
 int soak_user::any_talking_server()
 {
     for (;;) {

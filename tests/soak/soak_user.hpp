@@ -1,10 +1,10 @@
-// soak_user.hpp - the person at the terminal of a soak: types, resizes, and has servers do things
-// that want an answer.
+// soak_user.hpp - the user at the terminal of a soak: types, resizes, and makes servers do things
+// that need an answer.
 //
-// Leaves the client as it found it after every deed: no box open, the panes in front. Expects
-// nothing of what a deed shows in the panes, where fifty servers talk all the time, but of what the
-// servers get to see of it. A client that does not do its part ends the soak: std::runtime_error,
-// with what was waited for and the screen.
+// Leaves the client as it was after every action: no box open, the panes in front. Expects nothing
+// of what an action shows in the panes, where fifty servers talk all the time, but checks what the
+// servers receive. A client that does not respond ends the soak with std::runtime_error, which
+// holds what was expected and the screen.
 #pragma once
 
 #include "e2e/client_session.hpp"
@@ -18,29 +18,29 @@ class soak_user
 public:
     soak_user(client_session& client, soak_servers& servers, const soak_options& options);
 
-    /// Does one thing. The first calls together do each thing once, those behind them any.
+    /// Does one thing. The first calls do each thing once, later calls any of them.
     void do_something();
     /// Connects to all servers that are not connected.
     void connect_all();
     bool all_are_connected();
-    /// Has all servers fall silent, and waits until the client has read what they said.
+    /// Makes all servers silent, and waits until the client has read what they sent.
     void hush_all();
-    /// The number of different things that can be done.
-    static int different_deeds();
-    /// How often something was done.
-    int deeds_done() const
+    /// The number of different things that the user can do.
+    static int different_actions();
+    /// How many things were done.
+    int actions_done() const
     {
-        return deeds;
+        return actions;
     }
-    /// Connections that were closed again since their server was too slow to say something.
+    /// Connections that were closed again because their server was too slow to send something.
     int late_greetings() const
     {
         return lates;
     }
 
 private:
-    using deed = void (soak_user::*)();
-    static const std::vector<deed>& all_deeds();
+    using action = void (soak_user::*)();
+    static const std::vector<action>& all_actions();
 
     void reconnect();
     void be_dropped_by_notice();
@@ -80,12 +80,12 @@ private:
     soak_servers& servers;
     int polls_for_escape;
     std::mt19937 dice;
-    std::vector<deed> to_do{};
-    int deeds = 0;
+    std::vector<action> to_do{};
+    int actions = 0;
     int lates = 0;
 };
 
-/// The name under which the client lists a server.
+/// The name of a server in the client's list.
 std::string soak_alias(int index);
 
 /// The usual size of a soak's terminal.

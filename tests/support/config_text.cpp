@@ -4,22 +4,24 @@
 namespace
 {
 
-std::string element(const std::string& indent, const std::string& name, const std::string& value)
+std::string make_element(const std::string& indent, const std::string& name,
+                         const std::string& value)
 {
     return indent + '<' + name + '>' + value + "</" + name + ">\n";
 }
 
-std::string server_block(const server_settings& server, std::size_t number)
+std::string make_server_block(const server_settings& server, std::size_t number)
 {
     const std::string name = "Server" + std::to_string(number);
     const std::string indent(8, ' ');
-    return "    <" + name + ">\n" + element(indent, "ServerName", server.name) +
-           element(indent, "ServerPort", server.port) +
-           element(indent, "ServerAlias", server.alias) +
-           element(indent, "Location", server.location) + element(indent, "Info", server.info) +
-           element(indent, "Password", server.password) +
-           element(indent, "SubCode", server.subcode) + element(indent, "UseEMail", server.email) +
-           "    </" + name + ">\n";
+    return "    <" + name + ">\n" + make_element(indent, "ServerName", server.name) +
+           make_element(indent, "ServerPort", server.port) +
+           make_element(indent, "ServerAlias", server.alias) +
+           make_element(indent, "Location", server.location) +
+           make_element(indent, "Info", server.info) +
+           make_element(indent, "Password", server.password) +
+           make_element(indent, "SubCode", server.subcode) +
+           make_element(indent, "UseEMail", server.email) + "    </" + name + ">\n";
 }
 
 } // namespace
@@ -28,7 +30,7 @@ std::string config_text(const client_settings& settings)
 {
     const std::string indent(4, ' ');
     const auto flag = [&indent](const char* name, bool on) {
-        return element(indent, name, on ? "1" : "0");
+        return make_element(indent, name, on ? "1" : "0");
     };
     std::string text = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n"
                        "<clientconf version=\"1.02\">\n";
@@ -40,9 +42,9 @@ std::string config_text(const client_settings& settings)
     text += flag("NoUplinks", settings.no_uplinks);
     text += flag("FetchOnStart", settings.fetch_on_start);
     text += flag("SaveOnExit", settings.save_on_exit);
-    text += element(indent, "LogFilePath", settings.log_folder);
-    text += element(indent, "ReportPath", settings.report_folder);
+    text += make_element(indent, "LogFilePath", settings.log_folder);
+    text += make_element(indent, "ReportPath", settings.report_folder);
     for (std::size_t at = 0; at < settings.servers.size(); ++at)
-        text += server_block(settings.servers[at], at + 1);
+        text += make_server_block(settings.servers[at], at + 1);
     return text + "</clientconf>\n";
 }

@@ -1,10 +1,10 @@
-// fault_layout.hpp - what a test and the preload that makes system calls fail have in common.
+// fault_layout.hpp - what a test shares with the preload that makes its system calls fail.
 #pragma once
 
 #include <atomic>
 #include <cstddef>
 
-/// The calls that can be made to fail. Calls of the same use go by one name.
+/// The calls that can be made to fail. Calls with the same purpose share a name.
 enum class faulty_call : int {
     none,
     socket,
@@ -28,29 +28,29 @@ enum class faulty_call : int {
     fork,
     wait,
     thread,
-    look_up, // of a host's name, not of a number
+    look_up, // a host name, not a number
 };
 
-/// In place of an errno: the call does a part of what it was asked for.
+/// In place of an errno: the call does only part of what was asked.
 constexpr int short_count = -1;
 
-/// In place of an errno: a read finds nothing more.
+/// In place of an errno: a read finds end of file.
 constexpr int end_of_file = -2;
 
 constexpr const char* fault_file_variable = "TEST_FAULT_FILE";
 
-/// Lies in a file that both map, or in the process itself. Zeroed: nothing fails.
+/// Lies in a file that both sides map, or in the process itself. Zeroed: nothing fails.
 struct fault_layout {
-    std::atomic<int> call;    // a faulty_call; which one fails
-    std::atomic<int> skipped; // calls that go well before
-    std::atomic<int> failing; // calls that fail then
+    std::atomic<int> call;    // a faulty_call: the one that fails
+    std::atomic<int> skipped; // calls that succeed first
+    std::atomic<int> failing; // calls that then fail
     std::atomic<int> error;   // errno, EAI_ code of a look_up, short_count or end_of_file
     std::atomic<int> hits;    // calls that have failed
-    char name[64];            // part of the path that is meant; empty: any
+    char name[64];            // part of the path of the file concerned; empty: any
 
     std::atomic<int> kill_at; // the step, from 1, before which the process is killed; 0: none
     std::atomic<int> steps;   // calls seen, of every kind
-    std::atomic<int> piece;   // most bytes that one write takes; 0: any number
+    std::atomic<int> piece;   // the most bytes that one write takes; 0: any number
 
-    std::atomic<long> limit_us; // how long the latest ppoll on a descriptor might have lasted
+    std::atomic<long> limit_us; // how long the latest ppoll on a descriptor was allowed to wait
 };

@@ -1,9 +1,9 @@
-// fault_preload.cpp - system calls that fail when a test says so, loaded into the program with
+// fault_preload.cpp - makes system calls fail when a test says so; loaded into the program with
 // LD_PRELOAD or linked to a test.
 //
 // A test says so in the file that TEST_FAULT_FILE names, or in what fault_layout_in_use() returns.
-// The kernel is asked directly where it can be: the next definition of a function may be a
-// sanitizer's, which is not ready when the first call comes.
+// Calls go straight to the kernel where possible: the next definition of a function may belong to a
+// sanitizer that is not ready when the first call comes.
 #include "support/fault_layout.hpp"
 
 #include <algorithm>
@@ -57,8 +57,8 @@ bool is_named(int fd)
     return syscall(SYS_readlinkat, AT_FDCWD, link, path, sizeof path - 1) > 0 && is_named(path);
 }
 
-/// Counts a call, and ends the process here if that is what the test wants.
-void step()
+/// Counts a call, and kills the process here if the test wants that.
+void count_step()
 {
     if (layout->kill_at == 0)
         return;
@@ -66,11 +66,11 @@ void step()
         syscall(SYS_kill, syscall(SYS_getpid), SIGKILL);
 }
 
-/// How this call is to fail: an errno, short_count or end_of_file; 0 when it is to go well. what: a
-/// path or a descriptor.
-template <typename T> int fault_of(faulty_call call, T what)
+/// How this call fails: an errno, short_count or end_of_file; 0 if it succeeds. what: a path or a
+/// descriptor.
+template <typename T> int take_fault(faulty_call call, T what)
 {
-    step();
+    count_step();
     if (layout->call != static_cast<int>(call) || !is_named(what))
         return 0;
     if (layout->skipped.fetch_sub(1) > 0 || layout->failing.fetch_sub(1) <= 0)
@@ -79,17 +79,17 @@ template <typename T> int fault_of(faulty_call call, T what)
     return layout->error;
 }
 
-/// The same of calls that act on no file.
-int fault_of(faulty_call call)
+/// The same for calls that act on no file.
+int take_fault(faulty_call call)
 {
     const char* nothing = layout->name;
-    return fault_of(call, nothing);
+    return take_fault(call, nothing);
 }
 
-/// How a wait is to fail; one for several descriptors goes by the first.
-int wait_fault(const pollfd* watched, nfds_t count)
+/// How a wait fails; a wait for several descriptors goes by the first.
+int take_wait_fault(const pollfd* watched, nfds_t count)
 {
-    return count > 0 ? fault_of(faulty_call::poll, watched->fd) : fault_of(faulty_call::pause);
+    return count > 0 ? take_fault(faulty_call::poll, watched->fd) : take_fault(faulty_call::pause);
 }
 
 int fail(int error)
@@ -98,12 +98,12 @@ int fail(int error)
     return -1;
 }
 
-template <typename... T> int ask(int fault, long number, T... arguments)
+template <typename... T> int call_kernel(int fault, long number, T... arguments)
 {
     return fault != 0 ? fail(fault) : static_cast<int>(syscall(number, arguments...));
 }
 
-/// A call that moves bytes, of which it may move fewer than asked for.
+/// A call that moves bytes; it may move fewer than asked for.
 template <typename... T>
 ssize_t move_bytes(int fault, long number, int fd, const void* bytes, size_t length, T... more)
 {
@@ -115,7 +115,7 @@ ssize_t move_bytes(int fault, long number, int fd, const void* bytes, size_t len
     return syscall(number, fd, bytes, asked, more...);
 }
 
-template <typename T> T next(const char* name)
+template <typename T> T find_next(const char* name)
 {
     return reinterpret_cast<T>(dlsym(RTLD_NEXT, name));
 }
@@ -131,21 +131,21 @@ fault_layout* fault_layout_in_use()
 
 int socket(int domain, int type, int protocol) noexcept
 {
-    return ask(fault_of(faulty_call::socket), SYS_socket, domain, type, protocol);
+    return call_kernel(take_fault(faulty_call::socket), SYS_socket, domain, type, protocol);
 }
 
 int connect(int fd, const sockaddr* address, socklen_t length)
 {
-    const int fault = fault_of(faulty_call::connect);
+    const int fault = take_fault(faulty_call::connect);
     using call = int (*)(int, const sockaddr*, socklen_t);
-    return fault != 0 ? fail(fault) : next<call>("connect")(fd, address, length);
+    return fault != 0 ? fail(fault) : find_next<call>("connect")(fd, address, length);
 }
 
 int poll(pollfd* watched, nfds_t count, int limit_ms)
 {
-    const int fault = wait_fault(watched, count);
+    const int fault = take_wait_fault(watched, count);
     using call = int (*)(pollfd*, nfds_t, int);
-    return fault != 0 ? fail(fault) : next<call>("poll")(watched, count, limit_ms);
+    return fault != 0 ? fail(fault) : find_next<call>("poll")(watched, count, limit_ms);
 }
 
 int __poll_chk(pollfd* watched, nfds_t count, int limit_ms, size_t)
@@ -155,11 +155,11 @@ int __poll_chk(pollfd* watched, nfds_t count, int limit_ms, size_t)
 
 int ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* mask)
 {
-    const int fault = wait_fault(watched, count);
+    const int fault = take_wait_fault(watched, count);
     if (count > 0 && limit != nullptr)
         layout->limit_us = limit->tv_sec * 1'000'000 + limit->tv_nsec / 1'000;
     using call = int (*)(pollfd*, nfds_t, const timespec*, const sigset_t*);
-    return fault != 0 ? fail(fault) : next<call>("ppoll")(watched, count, limit, mask);
+    return fault != 0 ? fail(fault) : find_next<call>("ppoll")(watched, count, limit, mask);
 }
 
 int __ppoll_chk(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* mask, size_t)
@@ -169,24 +169,24 @@ int __ppoll_chk(pollfd* watched, nfds_t count, const timespec* limit, const sigs
 
 ssize_t send(int fd, const void* bytes, size_t length, int flags)
 {
-    return move_bytes(fault_of(faulty_call::send), SYS_sendto, fd, bytes, length, flags, nullptr,
+    return move_bytes(take_fault(faulty_call::send), SYS_sendto, fd, bytes, length, flags, nullptr,
                       0);
 }
 
 int fstat(int fd, struct stat* status) noexcept
 {
-    return ask(fault_of(faulty_call::status, fd), SYS_fstat, fd, status);
+    return call_kernel(take_fault(faulty_call::status, fd), SYS_fstat, fd, status);
 }
 
-// What the thread sanitizer's fstat, which comes before ours there, asks.
+// The thread sanitizer's fstat precedes ours and calls this one.
 int __fxstat(int, int fd, struct stat* status) noexcept
 {
-    return ask(fault_of(faulty_call::status, fd), SYS_fstat, fd, status);
+    return call_kernel(take_fault(faulty_call::status, fd), SYS_fstat, fd, status);
 }
 
 ssize_t read(int fd, void* bytes, size_t length)
 {
-    return move_bytes(fault_of(faulty_call::read, fd), SYS_read, fd, bytes, length);
+    return move_bytes(take_fault(faulty_call::read, fd), SYS_read, fd, bytes, length);
 }
 
 ssize_t __read_chk(int fd, void* bytes, size_t length, size_t)
@@ -196,7 +196,7 @@ ssize_t __read_chk(int fd, void* bytes, size_t length, size_t)
 
 ssize_t write(int fd, const void* bytes, size_t length)
 {
-    const int fault = fault_of(faulty_call::write, fd);
+    const int fault = take_fault(faulty_call::write, fd);
     const auto piece = static_cast<size_t>(layout->piece.load());
     return move_bytes(fault, SYS_write, fd, bytes, piece > 0 ? std::min(piece, length) : length);
 }
@@ -207,7 +207,7 @@ int openat(int folder, const char* path, int flags, ...)
     va_start(more, flags);
     const unsigned mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(more, unsigned) : 0;
     va_end(more);
-    return ask(fault_of(faulty_call::open, path), SYS_openat, folder, path, flags, mode);
+    return call_kernel(take_fault(faulty_call::open, path), SYS_openat, folder, path, flags, mode);
 }
 
 int open(const char* path, int flags, ...)
@@ -231,95 +231,97 @@ int __openat_2(int folder, const char* path, int flags)
 
 int mkostemp(char* path, int flags)
 {
-    const int fault = fault_of(faulty_call::make_unique, static_cast<const char*>(path));
-    return fault != 0 ? fail(fault) : next<int (*)(char*, int)>("mkostemp")(path, flags);
+    const int fault = take_fault(faulty_call::make_unique, static_cast<const char*>(path));
+    return fault != 0 ? fail(fault) : find_next<int (*)(char*, int)>("mkostemp")(path, flags);
 }
 
-// Under its own name the function would hide the record of the same name.
+// Under its own name the function would hide the struct of the same name.
 int lock_call(int fd, int operation) noexcept __asm__("flock");
 
 int lock_call(int fd, int operation) noexcept
 {
-    return ask(fault_of(faulty_call::lock, fd), SYS_flock, fd, operation);
+    return call_kernel(take_fault(faulty_call::lock, fd), SYS_flock, fd, operation);
 }
 
 int fchown(int fd, uid_t owner, gid_t group) noexcept
 {
-    return ask(fault_of(faulty_call::set_owner, fd), SYS_fchown, fd, owner, group);
+    return call_kernel(take_fault(faulty_call::set_owner, fd), SYS_fchown, fd, owner, group);
 }
 
 int fchmod(int fd, mode_t mode) noexcept
 {
-    return ask(fault_of(faulty_call::set_mode, fd), SYS_fchmod, fd, mode);
+    return call_kernel(take_fault(faulty_call::set_mode, fd), SYS_fchmod, fd, mode);
 }
 
 int ftruncate(int fd, off_t length) noexcept
 {
-    return ask(fault_of(faulty_call::set_length, fd), SYS_ftruncate, fd, length);
+    return call_kernel(take_fault(faulty_call::set_length, fd), SYS_ftruncate, fd, length);
 }
 
 int posix_fallocate(int fd, off_t offset, off_t length)
 {
-    const int fault = fault_of(faulty_call::set_length, fd);
+    const int fault = take_fault(faulty_call::set_length, fd);
     using call = int (*)(int, off_t, off_t);
-    return fault != 0 ? fault : next<call>("posix_fallocate")(fd, offset, length);
+    return fault != 0 ? fault : find_next<call>("posix_fallocate")(fd, offset, length);
 }
 
 int fsync(int fd)
 {
-    return ask(fault_of(faulty_call::sync, fd), SYS_fsync, fd);
+    return call_kernel(take_fault(faulty_call::sync, fd), SYS_fsync, fd);
 }
 
 int close(int fd)
 {
-    const int fault = fault_of(faulty_call::close, fd);
-    // The descriptor is gone whatever the answer.
+    const int fault = take_fault(faulty_call::close, fd);
+    // The descriptor is gone whatever the result.
     const auto answer = static_cast<int>(syscall(SYS_close, fd));
     return fault != 0 ? fail(fault) : answer;
 }
 
 int rename(const char* from, const char* to) noexcept
 {
-    return ask(fault_of(faulty_call::rename, to), SYS_renameat, AT_FDCWD, from, AT_FDCWD, to);
+    return call_kernel(take_fault(faulty_call::rename, to), SYS_renameat, AT_FDCWD, from, AT_FDCWD,
+                       to);
 }
 
 int unlink(const char* path) noexcept
 {
-    return ask(fault_of(faulty_call::remove, path), SYS_unlinkat, AT_FDCWD, path, 0);
+    return call_kernel(take_fault(faulty_call::remove, path), SYS_unlinkat, AT_FDCWD, path, 0);
 }
 
 int unlinkat(int folder, const char* path, int flags) noexcept
 {
-    return ask(fault_of(faulty_call::remove, path), SYS_unlinkat, folder, path, flags);
+    return call_kernel(take_fault(faulty_call::remove, path), SYS_unlinkat, folder, path, flags);
 }
 
 pid_t fork() noexcept
 {
-    const int fault = fault_of(faulty_call::fork);
-    return fault != 0 ? fail(fault) : next<pid_t (*)()>("fork")();
+    const int fault = take_fault(faulty_call::fork);
+    return fault != 0 ? fail(fault) : find_next<pid_t (*)()>("fork")();
 }
 
 pid_t waitpid(pid_t child, int* status, int options)
 {
-    const int fault = fault_of(faulty_call::wait);
+    const int fault = take_fault(faulty_call::wait);
     using call = pid_t (*)(pid_t, int*, int);
-    return fault != 0 ? fail(fault) : next<call>("waitpid")(child, status, options);
+    return fault != 0 ? fail(fault) : find_next<call>("waitpid")(child, status, options);
 }
 
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*run)(void*),
                    void* argument) noexcept
 {
-    const int fault = fault_of(faulty_call::thread);
+    const int fault = take_fault(faulty_call::thread);
     using call = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-    return fault != 0 ? fault : next<call>("pthread_create")(thread, attributes, run, argument);
+    return fault != 0 ? fault
+                      : find_next<call>("pthread_create")(thread, attributes, run, argument);
 }
 
 int getaddrinfo(const char* host, const char* service, const addrinfo* hints, addrinfo** list)
 {
     const bool is_number = hints != nullptr && (hints->ai_flags & AI_NUMERICHOST) != 0;
-    const int fault = is_number ? 0 : fault_of(faulty_call::look_up);
+    const int fault = is_number ? 0 : take_fault(faulty_call::look_up);
     using call = int (*)(const char*, const char*, const addrinfo*, addrinfo**);
-    return fault != 0 ? fault : next<call>("getaddrinfo")(host, service, hints, list);
+    return fault != 0 ? fault : find_next<call>("getaddrinfo")(host, service, hints, list);
 }
 
 } // extern "C"

@@ -1,6 +1,6 @@
-// faults.hpp - the test's hand on the system calls of a program that runs under it.
+// faults.hpp - controls from a test which system calls of a program fail.
 //
-// Owns the file through which both speak. The preloaded half is fault_preload.cpp.
+// Owns the file that both sides map. The preloaded side is fault_preload.cpp.
 #pragma once
 
 #include "support/fault_layout.hpp"
@@ -13,18 +13,18 @@
 /// What is to fail, and how.
 struct fault {
     faulty_call call = faulty_call::none;
-    int error = 0;           // errno, EAI_ code of a look-up, short_count or end_of_file
-    std::string_view name{}; // part of the path of the file that is meant; empty: any
-    int skipped = 0;         // calls that go well before
-    int failing = 1;         // calls that fail then
+    int error = 0;           // errno, EAI_ code of a look_up, short_count or end_of_file
+    std::string_view name{}; // part of the path of the file concerned; empty: any
+    int skipped = 0;         // calls that succeed first
+    int failing = 1;         // calls that then fail
 };
 
 constexpr int every_call = std::numeric_limits<int>::max();
 
-/// Makes a program's calls fail; what was set before counts no longer.
+/// Makes a program's calls fail; replaces what was set before.
 void fault_set(fault_layout& layout, const fault& wanted);
 
-/// For programs that a test starts.
+/// The faults of a program that a test starts.
 class program_faults
 {
 public:
@@ -33,14 +33,14 @@ public:
     program_faults(const program_faults&) = delete;
     program_faults& operator=(const program_faults&) = delete;
 
-    /// The environment variables for the program, which is loaded with `preloads` too.
+    /// The environment variables for the program, which loads `preloads` too.
     std::map<std::string, std::string> environment(const std::string& preloads) const;
     void set(const fault& wanted);
-    /// Kills the program before the call that it makes as number `step` from now on.
+    /// Kills the program before its call number `step`, counted from now.
     void kill_at(int step);
-    /// How many calls have failed since the last set.
+    /// How many calls have failed since the last set().
     int hits() const;
-    /// How long the program's latest ppoll on a descriptor might have lasted.
+    /// How long the program's latest ppoll on a descriptor was allowed to wait.
     long wait_limit_us() const;
 
 private:

@@ -1,9 +1,9 @@
-// held_size_preload.cpp - holds a program where it asks for its terminal's size, loaded into it
+// held_size_preload.cpp - holds a program where it asks for its terminal's size; loaded into it
 // with LD_PRELOAD.
 //
-// While the file "hold" is in the folder that HELD_SIZE_FOLDER names, asking makes the file "held"
-// there and waits until "hold" is gone. Of the questions since "hold" was made, as many are
-// answered before as it has bytes. Without the variable nothing changes.
+// While the file "hold" exists in the folder that HELD_SIZE_FOLDER names, a query creates the file
+// "held" there and waits until "hold" is gone. The first queries after "hold" was made are answered
+// at once, as many as it has bytes. Without the variable nothing changes.
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// line_settings.cpp - compares the settings of terminal lines, every field of them.
+// line_settings.cpp - compares the settings of terminal lines field by field.
 #include "support/line_settings.hpp"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// loopback.cpp - sockets on this machine's own addresses.
+// loopback.cpp - sockets on this machine's loopback addresses.
 #include "support/loopback.hpp"
 
 #include <arpa/inet.h>
@@ -13,7 +13,7 @@
 namespace
 {
 
-sockaddr_in address_of(const std::string& address, int port)
+sockaddr_in make_address(const std::string& address, int port)
 {
     sockaddr_in place{};
     place.sin_family = AF_INET;
@@ -26,7 +26,7 @@ sockaddr_in address_of(const std::string& address, int port)
 
 int bind_free_port(const std::string& address)
 {
-    const sockaddr_in place = address_of(address, 0);
+    const sockaddr_in place = make_address(address, 0);
     const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (fd < 0 || bind(fd, reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0) {
         std::perror("cannot bind a port");
@@ -45,7 +45,7 @@ int port_of(int fd)
 
 int begin_connect(const std::string& address, int port)
 {
-    const sockaddr_in place = address_of(address, port);
+    const sockaddr_in place = make_address(address, port);
     const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (connect(fd, reinterpret_cast<const sockaddr*>(&place), sizeof place) == 0 ||
         errno == EINPROGRESS)

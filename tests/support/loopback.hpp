@@ -1,13 +1,13 @@
-// loopback.hpp - sockets on this machine's own addresses, for the servers of the tests.
+// loopback.hpp - sockets on this machine's loopback addresses, for the servers of the tests.
 #pragma once
 
 #include <chrono>
 #include <string>
 
-/// A new TCP socket bound to `address` and a free port. Ends the test program if that fails.
+/// A new TCP socket bound to `address` and a free port. Ends the test program on failure.
 int bind_free_port(const std::string& address);
 
-/// The port a socket is bound to.
+/// The port that a socket is bound to.
 int port_of(int fd);
 
 /// Starts connecting a new socket to `port` without waiting; -1 if refused at once.

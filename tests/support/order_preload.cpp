@@ -1,7 +1,7 @@
-// order_preload.cpp - notes in which order a program says its farewells and saves its files.
+// order_preload.cpp - records the order in which a program says good-bye and saves its files.
 //
-// Loaded into the program under test before everything else. Appends a line to the file named by
-// TEST_ORDER_FILE for each send ("send PORT", the peer's) and each rename ("rename NAME").
+// Loaded into the program under test with LD_PRELOAD. Appends a line to the file that
+// TEST_ORDER_FILE names for each send ("send PORT", the peer's) and each rename ("rename NAME").
 #include <arpa/inet.h>
 #include <cstdio>
 #include <cstdlib>

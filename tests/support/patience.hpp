@@ -1,7 +1,7 @@
-// patience.hpp - how long the tests wait for something before they call it missing.
+// patience.hpp - how long the tests wait for something before they fail.
 //
-// Every wait ends as soon as its condition holds; the limits only bound a failing test, so they
-// are generous, and longer still under sanitizers.
+// Every wait ends as soon as its condition holds. The limits only bound a failing test, so they are
+// generous, and longer still under sanitizers.
 #pragma once
 
 #include <chrono>
@@ -22,5 +22,5 @@ constexpr std::chrono::milliseconds patience(int seconds)
     return std::chrono::seconds{seconds * patience_factor()};
 }
 
-/// The limit of a wait that names none.
+/// The limit of a wait that does not give one.
 constexpr std::chrono::milliseconds default_patience = patience(20);

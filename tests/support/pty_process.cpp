@@ -1,4 +1,4 @@
-// pty_process.cpp - a program running with a pseudo-terminal as its input and output.
+// pty_process.cpp - a program with a pseudo-terminal as its input and output.
 #include "support/pty_process.hpp"
 
 #include "support/patience.hpp"
@@ -24,7 +24,7 @@ namespace
 constexpr int cannot_start_status = 127;
 constexpr int longest_write_wait_ms = 20'000;
 
-std::vector<char*> pointers_to(const std::vector<std::string>& texts)
+std::vector<char*> collect_pointers(const std::vector<std::string>& texts)
 {
     std::vector<char*> pointers;
     pointers.reserve(texts.size() + 1);
@@ -34,16 +34,16 @@ std::vector<char*> pointers_to(const std::vector<std::string>& texts)
     return pointers;
 }
 
-/// Ends this process with one line saying what failed; only calls a forked child may make.
+/// Ends this process with a line that says what failed; makes only calls allowed in a forked child.
 [[noreturn]] void give_up(const char* what)
 {
     static_cast<void>(!::write(STDERR_FILENO, what, __builtin_strlen(what)));
     _exit(cannot_start_status);
 }
 
-/// The child's road from fork to the program: none of the test's descriptors, signals as at login.
-[[noreturn]] void become(char* const* command, char* const* environment, const char* folder,
-                         int error_fd)
+/// Turns the forked child into the program: without the test's descriptors, signals as at login.
+[[noreturn]] void run_program(char* const* command, char* const* environment, const char* folder,
+                              int error_fd)
 {
     for (int number = 1; number < NSIG; ++number)
         std::signal(number, SIG_DFL);
@@ -62,8 +62,8 @@ std::vector<char*> pointers_to(const std::vector<std::string>& texts)
 
 pty_process::pty_process(const program_start& start)
 {
-    const std::vector<char*> command = pointers_to(start.command);
-    const std::vector<char*> environment = pointers_to(start.environment);
+    const std::vector<char*> command = collect_pointers(start.command);
+    const std::vector<char*> environment = collect_pointers(start.environment);
     winsize size{};
     size.ws_row = static_cast<unsigned short>(start.rows);
     size.ws_col = static_cast<unsigned short>(start.columns);
@@ -80,7 +80,7 @@ pty_process::pty_process(const program_start& start)
     }
     if (child == 0) {
         login_tty(program_fd);
-        become(command.data(), environment.data(), start.folder.c_str(), error_fd);
+        run_program(command.data(), environment.data(), start.folder.c_str(), error_fd);
     }
     close(program_fd);
     fcntl(terminal_fd, F_SETFD, FD_CLOEXEC);
@@ -90,7 +90,7 @@ pty_process::pty_process(const program_start& start)
 
 pty_process::~pty_process()
 {
-    // The group holds the program's own children too; it may outlive its leader.
+    // The group contains the program's own children too, and may outlive its leader.
     kill(-child, SIGKILL);
     if (!ended_with)
         waitpid(child, nullptr, 0);
@@ -112,7 +112,7 @@ void pty_process::drain()
         if (length < 0 && (errno == EAGAIN || errno == EINTR))
             continue;
         if (length <= 0)
-            break; // EIO: nobody holds the other side any more
+            break; // EIO: the other side is closed everywhere
         const std::lock_guard lock{guard};
         pending.append(bytes, static_cast<std::size_t>(length));
         arrived.notify_all();

@@ -1,7 +1,7 @@
-// redirect_preload.cpp - leads a program's directory to a port of a test, loaded with LD_PRELOAD.
+// redirect_preload.cpp - redirects a program's directory to a test's port; loaded with LD_PRELOAD.
 //
 // Connections to port 80 of this machine go to the port that TEST_DIRECTORY_PORT names. Looking up
-// "localhost" takes TEST_RESOLVE_DELAY_MS milliseconds longer, and finds nothing while
+// "localhost" takes TEST_RESOLVE_DELAY_MS milliseconds longer, and fails while
 // TEST_RESOLVE_FAILS is set. Without the variables nothing changes.
 #include <cstdint>
 #include <cstdlib>
@@ -20,7 +20,7 @@ namespace
 constexpr std::uint16_t directory_port = 80;
 constexpr const char* directory_name = "localhost";
 
-long number_in(const char* variable)
+long read_number(const char* variable)
 {
     const char* text = std::getenv(variable);
     return text != nullptr ? std::strtol(text, nullptr, 10) : 0;
@@ -43,7 +43,7 @@ void wait_for_ms(long milliseconds)
     nanosleep(&length, nullptr);
 }
 
-bool is_number_wanted(const addrinfo* hints)
+bool wants_number(const addrinfo* hints)
 {
     return hints != nullptr && (hints->ai_flags & AI_NUMERICHOST) != 0;
 }
@@ -52,10 +52,10 @@ bool is_number_wanted(const addrinfo* hints)
 
 extern "C" {
 
-// The kernel is asked directly: the next definition of this function may be a sanitizer's.
+// Goes straight to the kernel: the next definition of this function may be a sanitizer's.
 int connect(int fd, const sockaddr* address, socklen_t length)
 {
-    const long port = number_in("TEST_DIRECTORY_PORT");
+    const long port = read_number("TEST_DIRECTORY_PORT");
     if (port == 0 || !is_directory(address, length))
         return static_cast<int>(syscall(SYS_connect, fd, address, length));
     sockaddr_in redirected{};
@@ -67,11 +67,11 @@ int connect(int fd, const sockaddr* address, socklen_t length)
 
 int getaddrinfo(const char* host, const char* service, const addrinfo* hints, addrinfo** result)
 {
-    if (host != nullptr && std::strcmp(host, directory_name) == 0 && !is_number_wanted(hints)) {
-        wait_for_ms(number_in("TEST_RESOLVE_DELAY_MS"));
+    if (host != nullptr && std::strcmp(host, directory_name) == 0 && !wants_number(hints)) {
+        wait_for_ms(read_number("TEST_RESOLVE_DELAY_MS"));
         if (std::getenv("TEST_RESOLVE_FAILS") != nullptr)
             return EAI_NONAME;
-        // A bare system does not know even this name.
+        // A bare system cannot resolve even this name.
         host = "127.0.0.1";
     }
     using look_up = int (*)(const char*, const char*, const addrinfo*, addrinfo**);

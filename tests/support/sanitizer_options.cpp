@@ -1,4 +1,4 @@
-// sanitizer_options.cpp - how the sanitizers in a program under test behave, and their findings.
+// sanitizer_options.cpp - options of the sanitizers in a program under test, and their reports.
 #include "support/sanitizer_options.hpp"
 
 #include <cstdlib>
@@ -6,7 +6,7 @@
 namespace
 {
 
-std::string with_callers_options(const char* name, std::string options)
+std::string add_callers_options(const char* name, std::string options)
 {
     const char* own = std::getenv(name);
     if (own != nullptr && *own != '\0')
@@ -22,13 +22,13 @@ std::map<std::string, std::string> sanitizer_environment()
     const std::pair<const char*, std::string> ours[] = {
         {"ASAN_OPTIONS", status + ":verify_asan_link_order=0:detect_stack_use_after_return=1"},
         {"LSAN_OPTIONS", status + ":print_suppressions=0:suppressions=" LSAN_SUPPRESSIONS},
-        // Handlers run inside pauses only, where allocating is safe.
+        // Handlers run only inside pauses, where allocating is safe.
         {"TSAN_OPTIONS", status + ":report_signal_unsafe=0"},
         {"UBSAN_OPTIONS", status + ":print_stacktrace=1"},
     };
     std::map<std::string, std::string> environment;
     for (const auto& [name, options] : ours)
-        environment[name] = with_callers_options(name, options);
+        environment[name] = add_callers_options(name, options);
     return environment;
 }
 

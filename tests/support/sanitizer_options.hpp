@@ -1,15 +1,15 @@
-// sanitizer_options.hpp - how the sanitizers in a program under test behave, and their findings.
+// sanitizer_options.hpp - options of the sanitizers in a program under test, and their reports.
 #pragma once
 
 #include <map>
 #include <string>
 
-/// The status with which a program ends after a sanitizer found something.
+/// The exit status of a program in which a sanitizer found something.
 constexpr int sanitizer_exit_status = 99;
 
-/// Environment variables for a program under test: findings end it with sanitizer_exit_status,
-/// libraries may be preloaded beside the address sanitizer. Options of the caller's own
-/// environment are kept and win.
+/// Environment variables for a program under test: a finding ends it with sanitizer_exit_status,
+/// and libraries may be preloaded beside the address sanitizer. Options in the caller's own
+/// environment take precedence.
 std::map<std::string, std::string> sanitizer_environment();
 
 /// True if `error_text`, a program's standard error, holds a report of any sanitizer.

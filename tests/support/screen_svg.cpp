@@ -20,7 +20,7 @@ constexpr const char* title_colour = "#9aa3b0";
 constexpr const char* knob_colour = "#4a5260";
 constexpr const char* font_names = "Menlo,Consolas,'DejaVu Sans Mono','Liberation Mono',monospace";
 
-/// One of the eight colours: of text, of bold text, and of what is behind text.
+/// One of the eight colours: for text, for bold text and for the background.
 struct shades {
     const char* plain;
     const char* bright;
@@ -35,7 +35,7 @@ constexpr shades palette[base_colours] = {
 };
 constexpr shades default_shades = {"#c3c9d2", "#ffffff", window_colour};
 
-/// How a stretch of cells looks.
+/// How a run of cells looks.
 struct cell_style {
     std::string ink{};
     std::string behind{};
@@ -44,16 +44,16 @@ struct cell_style {
     bool operator==(const cell_style&) const = default;
 };
 
-const shades& shades_of(int colour)
+const shades& find_shades(int colour)
 {
     return colour < 0 || colour >= 2 * base_colours ? default_shades
                                                     : palette[colour % base_colours];
 }
 
-cell_style style_of(const screen_cell& cell)
+cell_style find_style(const screen_cell& cell)
 {
-    const shades& front = shades_of(cell.foreground);
-    const shades& back = shades_of(cell.background);
+    const shades& front = find_shades(cell.foreground);
+    const shades& back = find_shades(cell.background);
     const bool is_bright =
         cell.bold || (cell.foreground >= base_colours && cell.foreground < 2 * base_colours);
     cell_style style{.bold = cell.bold, .underline = cell.underline};
@@ -70,9 +70,9 @@ struct drawn_cell {
     cell_kind kind;
 };
 
-drawn_cell drawn_cell_of(const screen_cell& cell)
+drawn_cell make_drawn_cell(const screen_cell& cell)
 {
-    drawn_cell drawn{cell.text, style_of(cell), cell_kind::text};
+    drawn_cell drawn{cell.text, find_style(cell), cell_kind::text};
     if (cell.text == " " && !cell.underline)
         drawn.kind = cell_kind::blank;
     else if (is_box_character(cell.text))
@@ -90,7 +90,7 @@ int cell_y(int row)
     return bar_height + margin + row * svg_cell_height;
 }
 
-/// One row of the screen, and what of it becomes part of the picture.
+/// Turns one row of the screen into its part of the picture.
 struct row_painter {
     std::vector<drawn_cell> cells;
     int row;
@@ -154,8 +154,8 @@ struct row_painter {
         out += "\"/>\n";
     }
 
-    /// Where the run of `begin` ends: with the style, the kind, or, within a text, two blanks, so
-    /// that every word stands near its place in whatever font there is.
+    /// Where the run from `begin` ends: at a change of style or kind, or, within a text, at two
+    /// blanks, so that every word stays near its place in any font.
     int end_of_words(int begin) const
     {
         const drawn_cell& first = at(begin);
@@ -182,17 +182,17 @@ struct row_painter {
     }
 };
 
-std::string row_svg(const terminal_screen& screen, int row)
+std::string draw_row(const terminal_screen& screen, int row)
 {
     row_painter painter{.cells = {}, .row = row};
     for (int column = 0; column < screen.columns(); ++column)
-        painter.cells.push_back(drawn_cell_of(screen.cell(row, column)));
+        painter.cells.push_back(make_drawn_cell(screen.cell(row, column)));
     painter.paint_behind();
     painter.paint_front();
     return painter.out;
 }
 
-std::string window_svg(int width, int height, std::string_view title)
+std::string draw_window(int width, int height, std::string_view title)
 {
     std::string out = "<rect x=\"0.5\" y=\"0.5\"" + svg_attribute("width", width - 1) +
                       svg_attribute("height", height - 1) + svg_attribute("rx", 9) +
@@ -211,7 +211,7 @@ std::string window_svg(int width, int height, std::string_view title)
     return out;
 }
 
-std::string head_svg(int width, int height)
+std::string draw_head(int width, int height)
 {
     return "<svg xmlns=\"http://www.w3.org/2000/svg\"" + svg_attribute("width", width) +
            svg_attribute("height", height) +
@@ -237,11 +237,11 @@ std::string screen_svg(const terminal_screen& screen, std::string_view title)
 {
     const int width = screen_svg_width(screen.columns());
     const int height = screen_svg_height(screen.rows());
-    std::string out = head_svg(width, height) + "<title>" + svg_escaped(title) +
+    std::string out = draw_head(width, height) + "<title>" + svg_escaped(title) +
                       "</title>\n<desc>" + std::to_string(screen.rows()) + " rows of " +
                       std::to_string(screen.columns()) + " columns</desc>\n";
-    out += window_svg(width, height, title);
+    out += draw_window(width, height, title);
     for (int row = 0; row < screen.rows(); ++row)
-        out += row_svg(screen, row);
+        out += draw_row(screen, row);
     return out + "</svg>\n";
 }

@@ -1,4 +1,4 @@
-// scripted_server.cpp - a server whose every byte and every silence a test decides.
+// scripted_server.cpp - a server of which a test decides every byte and every silence.
 #include "support/scripted_server.hpp"
 
 #include "support/loopback.hpp"
@@ -216,7 +216,7 @@ silent_port::silent_port(const std::string& address) : fd(bind_free_port(address
             break;
         queued.push_back(filler);
         if (!wait_for_socket(filler, POLLOUT, local_connect_time))
-            break; // the queue is full: this one hangs as all others will
+            break; // the queue is full: this connection hangs as all later ones will
     }
 }
 

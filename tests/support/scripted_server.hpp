@@ -1,7 +1,7 @@
-// scripted_server.hpp - a server whose every byte and every silence a test decides.
+// scripted_server.hpp - a server of which a test decides every byte and every silence.
 //
-// Owns its listening socket; a connection owns its own. Nothing happens behind the test's back:
-// there are no threads and no answers that were not asked for.
+// Owns its listening socket; a connection owns its own. It has no threads, and it does nothing that
+// the test did not ask for.
 #pragma once
 
 #include "support/patience.hpp"
@@ -34,23 +34,23 @@ public:
     /// The next `count` bytes from the client; none if they do not come.
     std::optional<std::string> read_bytes(std::size_t count,
                                           std::chrono::milliseconds limit = default_patience);
-    /// The next packet from the client; none if no whole one comes.
+    /// The next packet from the client; none if no whole packet comes.
     std::optional<server_packet> read_packet(std::chrono::milliseconds limit = default_patience);
     /// Reads until the client has closed its side; false if it does not.
     bool wait_for_close(std::chrono::milliseconds limit = default_patience);
-    /// Takes in what has arrived; true if bytes not yet asked for are there.
+    /// Receives what has arrived; true if there are bytes that the test has not read.
     bool has_unread_bytes();
-    /// Everything the client ever sent, and was read or waited for.
+    /// Everything received from the client so far, read by the test or not.
     const std::string& received() const
     {
         return all;
     }
-    /// The received bytes cut into packets; an incomplete last one is left out.
+    /// The received bytes cut into packets, without an incomplete last one.
     std::vector<server_packet> received_packets() const;
 
-    /// Sends end of file; goes on reading.
+    /// Sends end of file; can still read.
     void half_close();
-    /// Closes; bytes not yet read make it a reset.
+    /// Closes the connection; unread bytes make that a reset.
     void close();
     /// Closes with a reset instead of end of file.
     void reset();
@@ -64,7 +64,7 @@ private:
     bool ended = false;
 };
 
-/// Listens on an address of this machine at a port of the system's choice.
+/// Listens on an address of this machine at a port that the system chooses.
 class scripted_server
 {
 public:
@@ -74,11 +74,11 @@ public:
     scripted_server& operator=(const scripted_server&) = delete;
 
     int port() const;
-    /// The next client; none if nobody comes.
+    /// Accepts the next client; none if nobody comes.
     std::optional<server_connection> accept(std::chrono::milliseconds limit = default_patience);
-    /// A client is waiting to be accepted.
+    /// Whether a client is waiting to be accepted.
     bool has_waiting_client();
-    /// Refuses everyone from now on.
+    /// Refuses every client from now on.
     void stop_listening();
 
 private:
@@ -86,7 +86,7 @@ private:
     int bound_port = 0;
 };
 
-/// A port of this machine that refuses every connection, and that nobody else can take.
+/// A port of this machine that refuses every connection and that nobody else can take.
 class closed_port
 {
 public:
@@ -100,7 +100,7 @@ private:
     int fd = -1;
 };
 
-/// A port on which connecting neither succeeds nor fails: its queue is full and stays so.
+/// A port where a connect neither succeeds nor fails: its queue is full and stays full.
 class silent_port
 {
 public:

@@ -12,7 +12,7 @@ void append_number(std::string& bytes, std::uint32_t value, int width)
         bytes += static_cast<char>(value >> 8 * at & 0xFF);
 }
 
-std::uint32_t number_at(std::string_view bytes, std::size_t place, std::size_t width)
+std::uint32_t read_number(std::string_view bytes, std::size_t place, std::size_t width)
 {
     std::uint32_t value = 0;
     for (std::size_t at = width; at-- > 0;)
@@ -41,11 +41,11 @@ std::string packet_bytes(const server_packet& packet)
 server_packet parse_header(std::string_view bytes, std::size_t& length)
 {
     server_packet packet;
-    packet.kind = number_at(bytes, 0, 4);
-    length = number_at(bytes, 4, 2);
-    packet.extra = static_cast<std::uint16_t>(number_at(bytes, 6, 2));
-    packet.param1 = static_cast<std::uint16_t>(number_at(bytes, 8, 2));
-    packet.param2 = static_cast<std::uint16_t>(number_at(bytes, 10, 2));
+    packet.kind = read_number(bytes, 0, 4);
+    length = read_number(bytes, 4, 2);
+    packet.extra = static_cast<std::uint16_t>(read_number(bytes, 6, 2));
+    packet.param1 = static_cast<std::uint16_t>(read_number(bytes, 8, 2));
+    packet.param2 = static_cast<std::uint16_t>(read_number(bytes, 10, 2));
     return packet;
 }
 

@@ -1,4 +1,4 @@
-// server_packet.hpp - packets as the tests build and read them: bytes by hand, no client code.
+// server_packet.hpp - packets as the tests build and read them, without client code.
 #pragma once
 
 #include <cstddef>
@@ -20,13 +20,13 @@ struct server_packet {
     bool operator==(const server_packet&) const = default;
 };
 
-/// A header alone, announcing `length` payload bytes whatever follows it.
+/// A header alone that announces `length` payload bytes, whatever follows.
 std::string header_bytes(const server_packet& packet, std::uint16_t length);
 
 /// The packet as it travels. The payload must be below 65,536 bytes.
 std::string packet_bytes(const server_packet& packet);
 
-/// Reads a header; sets `length` to the announced payload bytes. `bytes` holds at least 12.
+/// Reads a header; sets `length` to the announced payload length. `bytes` holds at least 12 bytes.
 server_packet parse_header(std::string_view bytes, std::size_t& length);
 
 /// For the messages of failed comparisons.

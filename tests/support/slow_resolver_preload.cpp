@@ -1,9 +1,9 @@
-// slow_resolver_preload.cpp - names that are found when a test says so, loaded into the program
-// with LD_PRELOAD.
+// slow_resolver_preload.cpp - resolves names when a test says so; loaded into the program with
+// LD_PRELOAD.
 //
-// Looking a name up first makes the file "asked" in the folder that SLOW_RESOLVER_FOLDER names, and
-// then waits for the file "answer" there: its text is the address, without one the name does not
-// exist. Numeric addresses are none of its business. Without the variable nothing changes.
+// A look-up creates the file "asked" in the folder that SLOW_RESOLVER_FOLDER names, and waits for
+// the file "answer" there. Its text is the address; if it is empty, the name does not exist.
+// Numeric addresses are resolved at once. Without the variable nothing changes.
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -25,16 +25,16 @@ struct file_closer {
 };
 using open_file = std::unique_ptr<std::FILE, file_closer>;
 
-open_file file_in(const std::string& folder, const char* name, const char* mode)
+open_file open_in(const std::string& folder, const char* name, const char* mode)
 {
     return open_file{std::fopen((folder + "/" + name).c_str(), mode)};
 }
 
-std::string answer_of(const std::string& folder)
+std::string read_answer(const std::string& folder)
 {
-    file_in(folder, "asked", "we");
+    open_in(folder, "asked", "we");
     open_file answer;
-    while (!(answer = file_in(folder, "answer", "re"))) {
+    while (!(answer = open_in(folder, "answer", "re"))) {
         const timespec round = {0, round_ns};
         nanosleep(&round, nullptr);
     }
@@ -55,6 +55,6 @@ extern "C" int getaddrinfo(const char* host, const char* service, const addrinfo
         return EAI_SYSTEM;
     if (folder == nullptr || is_numeric)
         return next(host, service, hints, list);
-    const std::string address = answer_of(folder);
+    const std::string address = read_answer(folder);
     return address.empty() ? EAI_NONAME : next(address.c_str(), service, hints, list);
 }

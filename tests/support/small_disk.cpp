@@ -12,15 +12,15 @@
 namespace
 {
 
-/// Mounts made from here on are nobody else's business.
-bool mounts_set_apart()
+/// Keeps mounts made from here on invisible to other processes.
+bool set_mounts_apart()
 {
     static const bool is_apart =
         unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
     return is_apart;
 }
 
-std::string filler_in(const std::string& folder)
+std::string make_filler_path(const std::string& folder)
 {
     return folder + "/filler";
 }
@@ -30,7 +30,7 @@ std::string filler_in(const std::string& folder)
 small_disk::small_disk(const std::string& folder_, std::size_t bytes) : folder(folder_)
 {
     const std::string options = "size=" + std::to_string(bytes) + ",mode=0700";
-    mounted = mounts_set_apart() &&
+    mounted = set_mounts_apart() &&
               mount("none", folder.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, options.c_str()) == 0;
 }
 
@@ -42,7 +42,8 @@ small_disk::~small_disk()
 
 bool small_disk::fill() const
 {
-    const int fd = open(filler_in(folder).c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    const int fd =
+        open(make_filler_path(folder).c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     if (fd < 0)
         return false;
     const std::vector<char> block(512, '.');
@@ -56,7 +57,7 @@ bool small_disk::fill() const
 
 void small_disk::empty() const
 {
-    unlink(filler_in(folder).c_str());
+    unlink(make_filler_path(folder).c_str());
 }
 
 file_size_limit::file_size_limit(rlim_t bytes) : handler_before(std::signal(SIGXFSZ, SIG_IGN))

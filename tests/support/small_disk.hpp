@@ -1,12 +1,12 @@
-// small_disk.hpp - limits that make writing fail: a disk without room, files that may not grow.
+// small_disk.hpp - limits that make writing fail: a full disk, files that may not grow.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <sys/resource.h>
 
-/// A file system of a few kilobytes on a folder, for this process and the programs that it starts.
-/// Everything in the folder is hidden behind it.
+/// A file system of a few kilobytes on a folder, visible to this process and the programs that it
+/// starts. It hides everything in the folder.
 class small_disk
 {
 public:
@@ -16,14 +16,14 @@ public:
     small_disk(const small_disk&) = delete;
     small_disk& operator=(const small_disk&) = delete;
 
-    /// False where nothing may be mounted; a test that needs the disk has to be skipped then.
+    /// False where nothing may be mounted; a test that needs the disk must then be skipped.
     bool is_there() const
     {
         return mounted;
     }
-    /// Takes all the room that is left; false if there is room still.
+    /// Takes all space that is left; false if some is left even so.
     bool fill() const;
-    /// Gives the room that fill took back.
+    /// Frees the space that fill took.
     void empty() const;
 
 private:
@@ -31,7 +31,7 @@ private:
     bool mounted = false;
 };
 
-/// While it lives, no file that this process writes may grow beyond a size; writing fails then.
+/// While it lives, no file that this process writes may grow beyond a size; writes fail then.
 class file_size_limit
 {
 public:

@@ -7,7 +7,7 @@
 namespace
 {
 
-/// Which arms of a box character leave its middle.
+/// The arms that lead from the middle of a box character to its edges.
 struct box_arms {
     std::string_view text;
     bool up;
@@ -25,13 +25,13 @@ constexpr box_arms box_table[] = {
     {"┼", true, true, true, true},
 };
 
-const box_arms* box_of(std::string_view text)
+const box_arms* find_box(std::string_view text)
 {
     const auto* found = std::ranges::find(box_table, text, &box_arms::text);
     return found == std::end(box_table) ? nullptr : found;
 }
 
-std::string stroke(int x, int y, char direction, int length)
+std::string draw_stroke(int x, int y, char direction, int length)
 {
     if (length == 0)
         return {};
@@ -76,12 +76,12 @@ std::string svg_escaped(std::string_view text)
 
 bool is_box_character(std::string_view text)
 {
-    return box_of(text) != nullptr;
+    return find_box(text) != nullptr;
 }
 
 std::string box_strokes(std::string_view text, int x, int y)
 {
-    const box_arms* arms = box_of(text);
+    const box_arms* arms = find_box(text);
     if (arms == nullptr)
         return {};
     const int middle = svg_cell_width / 2;
@@ -90,6 +90,6 @@ std::string box_strokes(std::string_view text, int x, int y)
     const int right = arms->right ? svg_cell_width : middle;
     const int top = arms->up ? 0 : half;
     const int bottom = arms->down ? svg_cell_height : half;
-    return stroke(x + left, y + half, 'h', right - left) +
-           stroke(x + middle, y + top, 'v', bottom - top);
+    return draw_stroke(x + left, y + half, 'h', right - left) +
+           draw_stroke(x + middle, y + top, 'v', bottom - top);
 }

@@ -1,4 +1,4 @@
-// svg_parts.hpp - what a picture of a screen is put together from.
+// svg_parts.hpp - the parts of which a picture of a screen is made.
 #pragma once
 
 #include <string>
@@ -8,16 +8,16 @@
 constexpr int svg_cell_width = 9;
 constexpr int svg_cell_height = 18;
 
-/// ` name="value"`; the value stands as it is.
+/// ` name="value"`; the value is not escaped.
 std::string svg_attribute(const char* name, std::string_view value);
 std::string svg_attribute(const char* name, int value);
 
-/// Text as it may stand in an element or an attribute.
+/// Text escaped for an element or an attribute.
 std::string svg_escaped(std::string_view text);
 
 /// Whether a cell's text is one of the single-line box characters.
 bool is_box_character(std::string_view text);
 
-/// Path data of a box character in the cell whose top left corner is (x, y): its arms from middle
-/// to edge, so that they meet those of the next cells. Empty for other texts.
+/// Path data of a box character in the cell whose top left corner is (x, y): its arms from the
+/// middle to the edge, so that they meet those of the next cells. Empty for other texts.
 std::string box_strokes(std::string_view text, int x, int y);

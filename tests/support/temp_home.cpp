@@ -1,4 +1,4 @@
-// temp_home.cpp - a home folder for one test, gone with it.
+// temp_home.cpp - a temporary home folder for one test.
 #include "support/temp_home.hpp"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// terminal_screen.cpp - a terminal without a window, made of libvterm.
+// terminal_screen.cpp - a terminal without a window, built on libvterm.
 #include "support/terminal_screen.hpp"
 
 #include <algorithm>
@@ -10,7 +10,7 @@ struct terminal_screen::emulator {
     VTerm* terminal = nullptr;
     VTermScreen* screen = nullptr;
     std::string answers;
-    std::string unfinished; // the end of the output, where half a cursor order may stand
+    std::string unfinished; // the end of the output, which may hold half a cursor sequence
     bool cursor_visible = true;
     bool alternate = false;
     int bells = 0;
@@ -19,8 +19,8 @@ struct terminal_screen::emulator {
 namespace
 {
 
-/// The emulator puts four bytes on the stack for each that it is given at once.
-constexpr std::size_t longest_piece = 16384;
+/// The emulator puts four bytes on the stack for each byte that it gets at once.
+constexpr std::size_t max_piece_bytes = 16384;
 
 constexpr std::string_view show_cursor = "\033[?25h";
 constexpr std::string_view hide_cursor = "\033[?25l";
@@ -45,7 +45,7 @@ void append_utf8(std::string& text, std::uint32_t code)
     }
 }
 
-int palette_index(const VTermColor& colour)
+int find_palette_index(const VTermColor& colour)
 {
     if (VTERM_COLOR_IS_DEFAULT_FG(&colour) || VTERM_COLOR_IS_DEFAULT_BG(&colour) ||
         !VTERM_COLOR_IS_INDEXED(&colour))
@@ -53,7 +53,7 @@ int palette_index(const VTermColor& colour)
     return colour.indexed.idx;
 }
 
-VTermKey emulator_key(named_key key)
+VTermKey find_emulator_key(named_key key)
 {
     switch (key) {
     case named_key::enter:
@@ -136,11 +136,11 @@ terminal_screen::~terminal_screen()
 void terminal_screen::feed(std::string_view output)
 {
     for (std::string_view rest = output; !rest.empty();) {
-        const std::string_view piece = rest.substr(0, longest_piece);
+        const std::string_view piece = rest.substr(0, max_piece_bytes);
         vterm_input_write(inner->terminal, piece.data(), piece.size());
         rest.remove_prefix(piece.size());
     }
-    // Not asked of the emulator: it brings visibility back with a saved cursor, terminals do not.
+    // The emulator is not asked: it restores visibility with a saved cursor, terminals do not.
     const std::string recent = inner->unfinished.append(output);
     const std::size_t shown = recent.rfind(show_cursor);
     const std::size_t hidden = recent.rfind(hide_cursor);
@@ -152,8 +152,8 @@ void terminal_screen::feed(std::string_view output)
 
 void terminal_screen::resize(int rows, int columns)
 {
-    // Terminals let scrolling margins go with a new size. The emulator keeps their top and the
-    // saved cursor, be they below the last row, and then writes outside its own memory.
+    // Terminals drop scrolling margins when the size changes. The emulator keeps their top and the
+    // saved cursor even below the last row, and then writes outside its own memory.
     const std::string margins_off = "\033[r\033[" + std::to_string(cursor_row() + 1) + ";" +
                                     std::to_string(cursor_column() + 1) + "H";
     constexpr std::string_view save_cursor = "\0337";
@@ -192,8 +192,8 @@ screen_cell terminal_screen::cell(int row, int column) const
         for (int at = 0; at < VTERM_MAX_CHARS_PER_CELL && raw.chars[at] != 0; ++at)
             append_utf8(seen.text, raw.chars[at]);
     }
-    seen.foreground = palette_index(raw.fg);
-    seen.background = palette_index(raw.bg);
+    seen.foreground = find_palette_index(raw.fg);
+    seen.background = find_palette_index(raw.bg);
     seen.bold = raw.attrs.bold != 0;
     seen.reverse = raw.attrs.reverse != 0;
     seen.underline = raw.attrs.underline != 0;
@@ -252,7 +252,7 @@ int terminal_screen::bells() const
 std::string terminal_screen::key_bytes(named_key key)
 {
     const std::string pending = std::exchange(inner->answers, {});
-    vterm_keyboard_key(inner->terminal, emulator_key(key), VTERM_MOD_NONE);
+    vterm_keyboard_key(inner->terminal, find_emulator_key(key), VTERM_MOD_NONE);
     return std::exchange(inner->answers, pending);
 }
 

@@ -1,4 +1,4 @@
-// terminal_session.cpp - a program as a person at a terminal has it: keys go in, a screen comes
+// terminal_session.cpp - a program at a terminal as a person uses it: keys go in, a screen comes
 // out.
 #include "support/terminal_session.hpp"
 
@@ -12,13 +12,13 @@
 namespace
 {
 
-/// Conditions may hang on files and sockets too, so they are asked again this often.
-constexpr std::chrono::milliseconds longest_look_away{20};
+/// Conditions may depend on files and sockets too, so they are checked at least this often.
+constexpr std::chrono::milliseconds max_check_interval{20};
 
-/// Sent through the terminal behind the program's output, and taken out again at this end.
+/// Sent through the terminal after the program's output, and removed again at this end.
 constexpr std::string_view output_mark = "\033_everything-before-this\033\\";
 
-std::vector<std::string> environment_of(const terminal_options& options)
+std::vector<std::string> make_environment(const terminal_options& options)
 {
     std::map<std::string, std::string> variables = sanitizer_environment();
     const char* path = std::getenv("PATH");
@@ -39,10 +39,10 @@ std::vector<std::string> environment_of(const terminal_options& options)
     return lines;
 }
 
-program_start start_of(const terminal_options& options)
+program_start make_start(const terminal_options& options)
 {
     return {.command = options.command,
-            .environment = environment_of(options),
+            .environment = make_environment(options),
             .folder = options.folder,
             .rows = options.rows,
             .columns = options.columns};
@@ -51,7 +51,7 @@ program_start start_of(const terminal_options& options)
 } // namespace
 
 terminal_session::terminal_session(const terminal_options& options)
-    : display(options.rows, options.columns, options.utf8), program(start_of(options))
+    : display(options.rows, options.columns, options.utf8), program(make_start(options))
 {
 }
 
@@ -69,7 +69,7 @@ void terminal_session::send(std::string_view bytes)
 
 void terminal_session::send_key(named_key key)
 {
-    screen(); // the key's bytes depend on modes that may have just arrived
+    screen(); // the key's bytes depend on modes that may only just have arrived
     send(display.key_bytes(key));
 }
 
@@ -137,7 +137,7 @@ void terminal_session::take_in_everything()
     std::string output;
     std::size_t place = std::string::npos;
     do {
-        output += program.take_output(longest_look_away);
+        output += program.take_output(max_check_interval);
         place = output.find(output_mark);
     } while (marked && place == std::string::npos && !program.output_ended());
     if (place != std::string::npos)
@@ -181,9 +181,9 @@ testing::AssertionResult terminal_session::wait_until(const std::function<bool()
         if (std::chrono::steady_clock::now() >= deadline)
             return testing::AssertionFailure() << "never: " << what << '\n' << description();
         if (program.output_ended())
-            std::this_thread::sleep_for(longest_look_away); // nothing wakes us any more
+            std::this_thread::sleep_for(max_check_interval); // nothing will wake us any more
         else
-            take_in(longest_look_away);
+            take_in(max_check_interval);
     }
 }
 

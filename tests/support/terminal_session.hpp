@@ -1,9 +1,9 @@
-// terminal_session.hpp - a program as a person at a terminal has it: keys go in, a screen comes
+// terminal_session.hpp - a program at a terminal as a person uses it: keys go in, a screen comes
 // out.
 //
-// Owns the program (pty_process) and its terminal (terminal_screen). Every wait takes in what the
-// program writes until a condition holds; nothing is ever asked after a fixed time. A sanitizer's
-// report on the program's standard error fails the running test when the session ends.
+// Owns the program (pty_process) and its terminal (terminal_screen). Every wait reads the program's
+// output until a condition holds; nothing is checked after a fixed time. A sanitizer's report on
+// the program's standard error fails the running test when the session ends.
 #pragma once
 
 #include "support/patience.hpp"
@@ -19,7 +19,7 @@
 #include <string_view>
 #include <vector>
 
-/// How a terminal tells that ALT was held down with a letter.
+/// How a terminal reports that ALT was held down with a letter.
 enum class meta_form { escape_first, high_bit, utf8 };
 
 struct terminal_options {
@@ -30,10 +30,10 @@ struct terminal_options {
     std::string folder{}; // working folder; empty: the test's own
     bool utf8 = true;     // false: an 8-bit terminal
 
-    /// Added to, or in place of: TERM=screen-256color, LC_ALL=C.UTF-8, TZ=UTC, PATH and the
-    /// sanitizers' options. Nothing else of the test's environment reaches the program.
+    /// Adds to, or replaces: TERM=screen-256color, LC_ALL=C.UTF-8, TZ=UTC, PATH and the sanitizers'
+    /// options. Nothing else of the test's environment reaches the program.
     std::map<std::string, std::string> environment{};
-    std::set<std::string> unset{}; // names of the above that are taken away again
+    std::set<std::string> unset{}; // names of the above to leave out
 };
 
 class terminal_session
@@ -56,50 +56,51 @@ public:
     /// Changes the terminal's size; the program is told by SIGWINCH.
     void resize(int rows, int columns);
 
-    /// The same while nobody looks: until the next resize, what the program writes is thrown away.
+    /// The same, but until the next resize what the program writes is thrown away.
     void resize_unseen(int rows, int columns);
 
-    /// Takes the terminal away for good; what is on the screen stays there.
+    /// Takes the terminal away for good; the screen keeps what it shows.
     void hang_up();
 
-    /// What is on the screen after all output so far was taken in.
+    /// The screen after all output so far has been displayed.
     const terminal_screen& screen();
-    /// Row `number`, 0-based, in its full width.
+    /// The full width of row `number`, 0-based.
     std::string row(int number);
     screen_cell cell(int row, int column);
     /// Bells rung so far.
     int bells();
 
-    /// Takes in all that the program has written until now, writes that it has begun included.
+    /// Displays everything that the program has written so far, including writes in progress.
     void take_in_everything();
-    /// Takes output in until `holds` is true, and still is with everything taken in: what a
-    /// program writes at once is never judged by its beginning. On failure the result carries
+    /// Displays output until `holds` is true, and still is when everything has been displayed: what
+    /// a program writes at once is never judged by its beginning. On failure the result holds
     /// `what` and the screen.
     [[nodiscard]] testing::AssertionResult
     wait_until(const std::function<bool()>& holds, std::string_view what,
                std::chrono::milliseconds limit = default_patience);
-    /// Whether something was typed that the program has not read yet.
+    /// Whether typed bytes are waiting for the program to read them.
     bool has_unread_keys() const
     {
         return program.has_unread_input();
     }
-    /// Waits until the program has read every key that was sent. The last one's effect may still be
-    /// on its way.
+    /// Waits until the program has read every key that was sent. The effect of the last one may
+    /// still be on its way.
     [[nodiscard]] testing::AssertionResult
     wait_for_keys_read(std::chrono::milliseconds limit = default_patience);
-    /// Waits until some row holds `text`.
+    /// Waits until a row contains `text`.
     [[nodiscard]] testing::AssertionResult
     wait_for_text(std::string_view text, std::chrono::milliseconds limit = default_patience);
-    /// Waits until no row holds `text`.
+    /// Waits until no row contains `text`.
     [[nodiscard]] testing::AssertionResult
     wait_for_no_text(std::string_view text, std::chrono::milliseconds limit = default_patience);
-    /// Waits for the program's end and all its output. The wait status, as for WIFEXITED, or none.
+    /// Waits until the program has ended, and takes all its output. The wait status, as for
+    /// WIFEXITED, or none.
     [[nodiscard]] std::optional<int>
     wait_for_exit(std::chrono::milliseconds limit = default_patience);
 
-    /// Some row holds `text` now.
+    /// Whether a row contains `text` now.
     bool shows(std::string_view text);
-    /// Every byte the program wrote to the terminal since the start or forget_raw_output.
+    /// Every byte that the program wrote to the terminal since the start or forget_raw_output.
     const std::string& raw_output();
     void forget_raw_output();
     /// The program's standard error so far.
@@ -109,7 +110,7 @@ public:
     const termios& initial_line_settings() const;
     void send_signal(int number);
     pid_t process_id() const;
-    /// The screen with its row numbers and the standard error, for the eyes of a person.
+    /// The screen with row numbers, and the standard error, for a person to read.
     std::string description();
 
 private:

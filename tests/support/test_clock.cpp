@@ -1,4 +1,4 @@
-// test_clock.cpp - the test's hand on the clock of a program that runs under it.
+// test_clock.cpp - controls from a test the clock of a program.
 #include "support/test_clock.hpp"
 
 #include "support/test_clock_layout.hpp"
@@ -13,7 +13,7 @@
 namespace
 {
 
-std::int64_t true_now_ns()
+std::int64_t read_real_clock_ns()
 {
     return std::chrono::nanoseconds{std::chrono::system_clock::now().time_since_epoch()}.count();
 }
@@ -50,7 +50,8 @@ std::map<std::string, std::string> test_clock::environment() const
 
 void test_clock::set(std::int64_t seconds)
 {
-    shared->offset_ms.store(seconds * 1000 - clock_shown_ns(*shared, true_now_ns()) / ns_per_ms);
+    shared->offset_ms.store(seconds * 1000 -
+                            clock_shown_ns(*shared, read_real_clock_ns()) / ns_per_ms);
 }
 
 void test_clock::jump(std::int64_t seconds)
@@ -65,7 +66,7 @@ void test_clock::set_alarm_pace(int alarm_ms_per_second)
 
 void test_clock::set_speed(int speed)
 {
-    const std::int64_t now_ns = true_now_ns();
+    const std::int64_t now_ns = read_real_clock_ns();
     const std::int64_t unused = 1 - shared->speed_in_use.load();
     shared->speeds[unused].since_ns.store(now_ns);
     shared->speeds[unused].shown_ns.store(clock_shown_ns(*shared, now_ns));
@@ -76,7 +77,7 @@ void test_clock::set_speed(int speed)
 
 std::int64_t test_clock::now_ms() const
 {
-    return clock_shown_ns(*shared, true_now_ns()) / ns_per_ms + shared->offset_ms.load();
+    return clock_shown_ns(*shared, read_real_clock_ns()) / ns_per_ms + shared->offset_ms.load();
 }
 
 std::int64_t test_clock::alarms_set() const

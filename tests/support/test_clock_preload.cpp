@@ -1,16 +1,16 @@
 // test_clock_preload.cpp - a clock that tests can move, loaded into the program with LD_PRELOAD.
 //
-// The wall clock (time, gettimeofday, clock_gettime with CLOCK_REALTIME or its coarse form) runs
+// The wall clock (time, gettimeofday, clock_gettime with CLOCK_REALTIME or its coarse form) is
 // ahead by the offset in the file that TEST_CLOCK_FILE names; a test may change it at any moment.
-// It may also run faster than the true one by a whole factor; waits in ppoll() of a millisecond and
-// more are then shorter by the same factor, shorter ones are about the machine and not the clock.
-// Monotonic and process clocks are left alone. A second of alarm() is as long as the file says, so
-// that a program that polls once a second does so more often, or only when the test sends it
-// SIGALRM. Without the variable nothing changes.
+// It can also run faster than the real clock by a whole factor. Waits in ppoll() of a millisecond
+// or more are then shorter by the same factor; shorter waits depend on the machine, not the clock.
+// Monotonic and process clocks do not change. A second of alarm() is as long as the file says, so
+// that a program that polls once a second polls more often, or only when the test sends it SIGALRM.
+// Without the variable nothing changes.
 //
-// The kernel is asked directly: looking up the next definition of a function would reach the
-// sanitizers' own, which may not be ready when the first call comes. Only ppoll() goes through
-// them, since the thread sanitizer lets handlers run in the waits that it knows of.
+// Calls go straight to the kernel: the next definition of a function would be the sanitizers' own,
+// which may not be ready when the first call comes. Only ppoll() goes through them, since the
+// thread sanitizer runs handlers only in the waits that it knows.
 #include "support/test_clock_layout.hpp"
 
 #include <cstdlib>
@@ -48,12 +48,12 @@ __attribute__((constructor)) void attach()
         shared = static_cast<test_clock_layout*>(mapped);
 }
 
-std::int64_t ns_of(const timespec& time)
+std::int64_t to_ns(const timespec& time)
 {
     return time.tv_sec * ns_per_second + time.tv_nsec;
 }
 
-timespec timespec_of(std::int64_t ns)
+timespec to_timespec(std::int64_t ns)
 {
     timespec time{};
     time.tv_sec = ns / ns_per_second;
@@ -61,21 +61,21 @@ timespec timespec_of(std::int64_t ns)
     return time;
 }
 
-timespec shifted_now(clockid_t clock)
+timespec read_shifted_clock(clockid_t clock)
 {
     timespec now{};
     syscall(SYS_clock_gettime, clock, &now);
     if (shared == nullptr)
         return now;
-    return timespec_of(clock_shown_ns(*shared, ns_of(now)) + shared->offset_ms.load() * ns_per_ms);
+    return to_timespec(clock_shown_ns(*shared, to_ns(now)) + shared->offset_ms.load() * ns_per_ms);
 }
 
-/// How long a wait is by the true clock.
-timespec shortened(const timespec& wait)
+/// How long a wait takes by the real clock.
+timespec shorten_wait(const timespec& wait)
 {
-    const std::int64_t ns = ns_of(wait);
+    const std::int64_t ns = to_ns(wait);
     const std::int64_t speed = shared == nullptr || ns < ns_per_ms ? 1 : clock_speed_now(*shared);
-    return timespec_of(ns / speed);
+    return to_timespec(ns / speed);
 }
 
 } // namespace
@@ -84,7 +84,7 @@ extern "C" {
 
 time_t time(time_t* result) noexcept
 {
-    const time_t now = shifted_now(CLOCK_REALTIME).tv_sec;
+    const time_t now = read_shifted_clock(CLOCK_REALTIME).tv_sec;
     if (result != nullptr)
         *result = now;
     return now;
@@ -94,13 +94,13 @@ int clock_gettime(clockid_t clock, timespec* result) noexcept
 {
     if (clock != CLOCK_REALTIME && clock != CLOCK_REALTIME_COARSE)
         return static_cast<int>(syscall(SYS_clock_gettime, clock, result));
-    *result = shifted_now(clock);
+    *result = read_shifted_clock(clock);
     return 0;
 }
 
 int gettimeofday(timeval* result, void*) noexcept
 {
-    const timespec now = shifted_now(CLOCK_REALTIME);
+    const timespec now = read_shifted_clock(CLOCK_REALTIME);
     result->tv_sec = now.tv_sec;
     result->tv_usec = now.tv_nsec / 1000;
     return 0;
@@ -129,7 +129,7 @@ int ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* 
 {
     if (limit == nullptr)
         return next_ppoll(watched, count, nullptr, mask);
-    const timespec wait = shortened(*limit);
+    const timespec wait = shorten_wait(*limit);
     return next_ppoll(watched, count, &wait, mask);
 }
 

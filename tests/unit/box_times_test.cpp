@@ -1,4 +1,4 @@
-// box_times_test.cpp - how often the boxes look for keys, and when they give up waiting.
+// box_times_test.cpp - how often boxes look for keys, and when they stop waiting.
 #include "unit/net_fixture.hpp"
 #include "unit/own_clock.hpp"
 
@@ -21,7 +21,7 @@ protected:
         return service_menu(entries, 35, 4, "[ hint ]");
     }
 
-    /// The prompt's answer with these keys typed so many milliseconds after it was opened.
+    /// The prompt's answer when these keys are typed so many milliseconds after it opened.
     static std::string prompt(int max, const std::vector<std::pair<long, int>>& keys)
     {
         own_clock clock;
@@ -41,14 +41,14 @@ TEST_F(box_times, a_menu_waits_for_ten_whole_seconds)
         const own_clock clock;
         EXPECT_EQ(menu(), '\0');
         EXPECT_EQ(own_clock::pause_us(), 15'000);
-        EXPECT_EQ(own_clock::elapsed_ms(), 11'010); // the tenth second is still in time
+        EXPECT_EQ(own_clock::elapsed_ms(), 11'010); // the tenth second still counts
     }
     const own_clock late_in_a_second{900};
     EXPECT_EQ(menu(), '\0');
     EXPECT_EQ(own_clock::elapsed_ms(), 10'110);
 }
 
-TEST_F(box_times, a_key_without_a_meaning_gives_a_menu_no_more_time)
+TEST_F(box_times, a_key_without_a_meaning_does_not_prolong_a_menu)
 {
     own_clock clock;
     clock.on_pause([](long elapsed_ms) {
@@ -59,7 +59,7 @@ TEST_F(box_times, a_key_without_a_meaning_gives_a_menu_no_more_time)
     EXPECT_EQ(own_clock::elapsed_ms(), 11'010);
 }
 
-TEST_F(box_times, a_menu_takes_a_key_in_its_last_moment)
+TEST_F(box_times, a_menu_takes_a_key_at_the_last_moment)
 {
     own_clock clock;
     clock.on_pause([](long elapsed_ms) {
@@ -85,9 +85,9 @@ TEST_F(box_times, a_prompt_waits_for_ten_whole_seconds)
     EXPECT_EQ(own_clock::elapsed_ms(), 11'000);
 }
 
-TEST_F(box_times, every_key_renews_the_time_of_a_prompt_whatever_it_does)
+TEST_F(box_times, every_key_renews_the_time_of_a_prompt)
 {
-    // Backspace on an empty line, a key, one for which there is no room, and the end.
+    // Backspace on an empty line, a key, a key that does not fit, and the end.
     EXPECT_EQ(
         prompt(2, {{10'500, KEY_BACKSPACE}, {21'000, 'a'}, {31'500, 'b'}, {42'000, key_enter}}),
         "a");

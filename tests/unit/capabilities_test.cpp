@@ -1,4 +1,4 @@
-// capabilities_test.cpp - what a server says it is and offers, and the password that it may want.
+// capabilities_test.cpp - what a server is and offers, and the password that it may demand.
 #include "base/signal_door.hpp"
 #include "net/capabilities.hpp"
 #include "unit/net_fixture.hpp"
@@ -18,7 +18,7 @@ constexpr const char* abc_digest = "900150983cd24fb0d6963f7d28e17f72";
 const status_line needed_line = {"Password needed for this Server", 11};
 const status_line saved_line = {"Sending saved password from your configuration", 11};
 
-std::string capability_xml(const std::string& elements)
+std::string make_capability_xml(const std::string& elements)
 {
     return "<?xml version=\"1.0\"?><tovrik><Server>" + elements + "</Server></tovrik>";
 }
@@ -31,7 +31,7 @@ protected:
     void handle(const std::string& elements)
     {
         mark();
-        handle_capabilities(entry, capability_xml(elements).c_str());
+        handle_capabilities(entry, make_capability_xml(elements).c_str());
     }
 
     server_entry& entry;
@@ -53,7 +53,7 @@ TEST_F(capabilities, records_every_element)
     EXPECT_EQ(server.take_bytes(), "");
 }
 
-TEST_F(capabilities, takes_back_what_is_not_offered_any_more)
+TEST_F(capabilities, withdraws_what_is_no_longer_offered)
 {
     handle("<Version>1</Version><ServerUUID>id</ServerUUID><CRCCheck>1</CRCCheck>"
            "<Mailing>1</Mailing><ModifyFlags>1</ModifyFlags><Reports>1</Reports><Pager>1</Pager>");
@@ -97,7 +97,7 @@ TEST_F(capabilities, allows_updates_by_either_of_two_elements)
     EXPECT_EQ(entry.can_modify, 0);
 }
 
-TEST_F(capabilities, takes_any_text_for_crc_checking)
+TEST_F(capabilities, any_text_switches_crc_checking_on)
 {
     handle("<CRCCheck>0</CRCCheck>");
     EXPECT_EQ(entry.crc_check, 1);
@@ -116,7 +116,7 @@ TEST_F(capabilities, looks_elements_up_by_name_wherever_they_stand)
     EXPECT_STREQ(entry.server_version, "9");
 }
 
-TEST_F(capabilities, of_no_document_are_none)
+TEST_F(capabilities, are_empty_without_a_document)
 {
     for (const char* text : {"", "nothing", "<Pager>1</Pager>", "<?xml?>", "<?xml?><Pager>"}) {
         entry.can_page = 1;
@@ -208,7 +208,7 @@ TEST_F(capabilities, ask_again_after_a_refusal)
 {
     app_state.setting_flags = SavePasswords;
     entry.Password = owned_text("refused");
-    const wire_packet demand = {41, capability_xml("<NeedAuth>1</NeedAuth>")};
+    const wire_packet demand = {41, make_capability_xml("<NeedAuth>1</NeedAuth>")};
     server.send(demand);
     server.send({83, "x"});
     server.send(demand);
@@ -263,7 +263,7 @@ protected:
     server_end other_end;
 };
 
-TEST_F(duplicate, connection_to_the_same_server_is_closed)
+TEST_F(duplicate, a_second_connection_to_the_same_server_is_closed)
 {
     handle("<Version>2</Version><ServerUUID>same</ServerUUID>");
     EXPECT_EQ(said(), (status_lines{{"ServerID: same", 2},
@@ -274,14 +274,14 @@ TEST_F(duplicate, connection_to_the_same_server_is_closed)
     EXPECT_EQ(entry.socket_fd, 0);
     EXPECT_EQ(marker_of(entry), ' ');
     EXPECT_TRUE(is_wintouched(app_state.status_pane));
-    // The earlier connection goes on.
+    // The earlier connection continues.
     EXPECT_NE(other.socket_fd, 0);
     EXPECT_EQ(marker_of(other), '*');
     EXPECT_EQ(other_end.take_bytes(), "");
     EXPECT_FALSE(other_end.is_ended());
 }
 
-TEST_F(duplicate, connection_leaves_its_identity_its_flags_and_its_log_behind)
+TEST_F(duplicate, a_closed_connection_leaves_its_identity_its_flags_and_its_log)
 {
     entry.log_file = std::tmpfile();
     handle("<Version>2</Version><ServerUUID>same</ServerUUID><Pager>1</Pager>");
@@ -290,23 +290,23 @@ TEST_F(duplicate, connection_leaves_its_identity_its_flags_and_its_log_behind)
     EXPECT_EQ(entry.connected, 1);
     EXPECT_EQ(entry.can_page, 1);
     EXPECT_NE(entry.log_file, nullptr);
-    // What is left does not count as a connection when the other server reports itself again.
-    handle_capabilities(other, capability_xml("<ServerUUID>same</ServerUUID>").c_str());
+    // What is left does not count as a connection when the other server reports again.
+    handle_capabilities(other, make_capability_xml("<ServerUUID>same</ServerUUID>").c_str());
     EXPECT_NE(other.socket_fd, 0);
 }
 
-TEST_F(duplicate, connection_is_closed_for_one_that_is_pending_again)
+TEST_F(duplicate, a_connection_is_closed_for_one_that_is_pending_again)
 {
-    // What an earlier connection has said of itself is still there.
+    // What an earlier connection reported is still there.
     other.connected = 0;
     handle("<ServerUUID>same</ServerUUID>");
     EXPECT_EQ(entry.socket_fd, 0);
     EXPECT_NE(other.socket_fd, 0);
 }
 
-TEST_F(duplicate, connection_ends_within_the_cycle_that_finds_it)
+TEST_F(duplicate, ends_within_the_cycle_that_finds_it)
 {
-    server.send({41, capability_xml("<ServerUUID>same</ServerUUID>")});
+    server.send({41, make_capability_xml("<ServerUUID>same</ServerUUID>")});
     server.send({103, "never read"});
     poll_servers(SIGALRM);
     poll_servers(SIGALRM);
@@ -315,7 +315,7 @@ TEST_F(duplicate, connection_ends_within_the_cycle_that_finds_it)
     EXPECT_EQ(said().back().text, "You are already connected to this server!");
 }
 
-TEST_F(duplicate, is_told_by_the_exact_identity)
+TEST_F(duplicate, is_recognised_by_the_exact_identity)
 {
     for (const char* uuid : {"Same", "sam", "same2", " same"}) {
         handle(std::string{"<ServerUUID>"} + uuid + "</ServerUUID>");
@@ -330,7 +330,7 @@ TEST_F(duplicate, needs_another_connection_in_another_row)
 {
     const std::string same = "<ServerUUID>same</ServerUUID>";
     const std::int32_t row = entry.list_row;
-    // Entries are told apart by their rows alone.
+    // Entries are distinguished by their rows alone.
     entry.list_row = other.list_row;
     handle(same);
     EXPECT_NE(entry.socket_fd, 0);

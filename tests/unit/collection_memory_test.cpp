@@ -1,4 +1,4 @@
-// collection_memory_test.cpp - what a collection holds, and keeps, when it can get no more slots.
+// collection_memory_test.cpp - what a collection keeps when it gets no memory for more slots.
 #include "data/collection.hpp"
 #include "unit/failing_memory.hpp"
 
@@ -14,15 +14,15 @@ namespace
 
 using unique_collection = std::unique_ptr<collection, releaser<collection_destroy>>;
 
-/// A list without slots of elements that the test owns.
-unique_collection new_list(std::int32_t grow_step)
+/// A list without slots; the test owns the elements.
+unique_collection make_list(std::int32_t grow_step)
 {
     unique_collection made(collection_new_list(0, grow_step));
     made->free_item = nullptr;
     return made;
 }
 
-TEST(memory_shortage_of_collections, makes_none_or_one_without_slots)
+TEST(collection_out_of_memory, makes_no_collection_or_one_without_slots)
 {
     for (auto* make : {collection_new_list, collection_new_sorted, collection_new_strings}) {
         unique_collection made;
@@ -30,7 +30,7 @@ TEST(memory_shortage_of_collections, makes_none_or_one_without_slots)
             .prepare = [&] { made.reset(); },
             .call = [&] { made.reset(make(10, 5)); },
             .expect_after_failure =
-                [&](memory_shortage, long nth) {
+                [&](memory_failure, long nth) {
                     ASSERT_EQ(made == nullptr, nth == 1);
                     if (made == nullptr)
                         return;
@@ -43,10 +43,10 @@ TEST(memory_shortage_of_collections, makes_none_or_one_without_slots)
     }
 }
 
-TEST(memory_shortage_of_collections, keeps_what_they_hold)
+TEST(collection_out_of_memory, keeps_the_elements)
 {
     int elements[2] = {};
-    const unique_collection list = new_list(2);
+    const unique_collection list = make_list(2);
     ASSERT_TRUE(collection_reserve(list.get(), 1));
     ASSERT_EQ(list->add(list.get(), &elements[0]), 1);
     const auto expect_unchanged = [&] {
@@ -64,7 +64,7 @@ TEST(memory_shortage_of_collections, keeps_what_they_hold)
         .prepare = shorten,
         .call = [&] { inserted = collection_insert_at(list.get(), 0, &elements[1]); },
         .expect_after_failure =
-            [&](memory_shortage, long) {
+            [&](memory_failure, long) {
                 EXPECT_EQ(inserted, 0);
                 expect_unchanged();
             },
@@ -75,7 +75,7 @@ TEST(memory_shortage_of_collections, keeps_what_they_hold)
         .prepare = shorten,
         .call = [&] { is_reserved = collection_reserve(list.get(), 100); },
         .expect_after_failure =
-            [&](memory_shortage, long) {
+            [&](memory_failure, long) {
                 EXPECT_FALSE(is_reserved);
                 expect_unchanged();
             },
@@ -86,8 +86,8 @@ TEST(memory_shortage_of_collections, keeps_what_they_hold)
 TEST(collection, holds_no_more_than_an_array_of_32_bits_can)
 {
     int element = 0;
-    const unique_collection list = new_list(INT32_MAX);
-    // As if all were in use, since nothing looks at the slots of a list that takes no more.
+    const unique_collection list = make_list(INT32_MAX);
+    // As if all slots were in use, since nothing reads the slots of a list that takes no more.
     list->count = list->capacity = collection_max_capacity;
     EXPECT_EQ(collection_max_capacity, 0x1FFFFFFF);
     EXPECT_EQ(list->add(list.get(), &element), 0);

@@ -1,5 +1,5 @@
-// collection_strings_test.cpp - collections of texts: order, ownership and the way through a
-// stream.
+// collection_strings_test.cpp - collections of texts: order, ownership, writing to and reading
+// from a stream.
 #include "data/collection.hpp"
 
 #include "base/owners.hpp"

@@ -17,7 +17,7 @@ namespace
 
 using unique_collection = std::unique_ptr<collection, releaser<collection_destroy>>;
 
-/// An element with a key, so that equal elements can be told apart.
+/// An element with a key, so that equal elements can be distinguished.
 struct numbered {
     int key;
     char mark;
@@ -28,8 +28,8 @@ int compare_numbered(const void* a, const void* b)
     return static_cast<const numbered*>(a)->key - static_cast<const numbered*>(b)->key;
 }
 
-/// A sorted collection of elements that the test owns.
-unique_collection new_numbered(bool allow_duplicates)
+/// A sorted collection; the test owns the elements.
+unique_collection make_numbered(bool allow_duplicates)
 {
     unique_collection made(collection_new_sorted(10, 5));
     made->compare = compare_numbered;
@@ -38,15 +38,15 @@ unique_collection new_numbered(bool allow_duplicates)
     return made;
 }
 
-/// A list of elements that the test owns.
-unique_collection new_list(std::int32_t capacity, std::int32_t grow_step)
+/// A list; the test owns the elements.
+unique_collection make_list(std::int32_t capacity, std::int32_t grow_step)
 {
     unique_collection made(collection_new_list(capacity, grow_step));
     made->free_item = nullptr;
     return made;
 }
 
-std::string marks(const unique_collection& held)
+std::string join_marks(const unique_collection& held)
 {
     std::string all;
     for (std::int32_t index = 0; index < held->count; ++index)
@@ -99,7 +99,7 @@ TEST(collection, orders_by_unsigned_address_until_the_owner_replaces_that)
 TEST(collection, inserts_at_every_position_and_refuses_others)
 {
     numbered elements[] = {{0, 'a'}, {0, 'b'}, {0, 'c'}, {0, 'd'}};
-    const unique_collection list = new_list(4, 0);
+    const unique_collection list = make_list(4, 0);
     EXPECT_EQ(collection_insert_at(list.get(), 1, &elements[0]), 0);
     EXPECT_EQ(collection_insert_at(list.get(), -1, &elements[0]), 0);
     EXPECT_EQ(collection_insert_at(list.get(), 0, &elements[1]), 1);
@@ -108,13 +108,13 @@ TEST(collection, inserts_at_every_position_and_refuses_others)
     EXPECT_EQ(collection_insert_at(list.get(), 4, &elements[2]), 0);
     EXPECT_EQ(collection_insert_at(list.get(), -1, &elements[2]), 0);
     EXPECT_EQ(collection_insert_at(list.get(), 2, &elements[2]), 1);
-    EXPECT_EQ(marks(list), "abcd");
+    EXPECT_EQ(join_marks(list), "abcd");
 }
 
 TEST(collection, grows_by_its_step_and_only_when_full)
 {
     numbered element = {0, 'x'};
-    const unique_collection list = new_list(10, 5);
+    const unique_collection list = make_list(10, 5);
     for (int inserted = 0; inserted < 10; ++inserted)
         ASSERT_EQ(list->add(list.get(), &element), 1);
     EXPECT_EQ(list->capacity, 10);
@@ -124,13 +124,13 @@ TEST(collection, grows_by_its_step_and_only_when_full)
         ASSERT_EQ(list->add(list.get(), &element), 1);
     EXPECT_EQ(list->capacity, 200);
     EXPECT_EQ(list->count, 200);
-    EXPECT_EQ(marks(list), std::string(200, 'x'));
+    EXPECT_EQ(join_marks(list), std::string(200, 'x'));
 }
 
-TEST(collection, grows_from_no_slots_at_all)
+TEST(collection, grows_from_zero_slots)
 {
     numbered element = {0, 'x'};
-    const unique_collection list = new_list(0, 3);
+    const unique_collection list = make_list(0, 3);
     EXPECT_EQ(list->items, nullptr);
     EXPECT_EQ(list->add(list.get(), &element), 1);
     EXPECT_EQ(list->capacity, 3);
@@ -140,7 +140,7 @@ TEST(collection, refuses_an_element_when_full_without_a_positive_step)
 {
     numbered element = {0, 'x'};
     for (const std::int32_t grow_step : {0, -1, INT32_MIN}) {
-        const unique_collection list = new_list(1, grow_step);
+        const unique_collection list = make_list(1, grow_step);
         EXPECT_EQ(list->add(list.get(), &element), 1);
         EXPECT_EQ(list->add(list.get(), &element), 0);
         EXPECT_EQ(list->count, 1);
@@ -151,7 +151,7 @@ TEST(collection, refuses_an_element_when_full_without_a_positive_step)
 TEST(collection, reserves_at_least_what_is_in_use)
 {
     numbered elements[] = {{0, 'a'}, {0, 'b'}};
-    const unique_collection list = new_list(2, 1);
+    const unique_collection list = make_list(2, 1);
     list->add(list.get(), &elements[0]);
     list->add(list.get(), &elements[1]);
     const struct {
@@ -162,12 +162,12 @@ TEST(collection, reserves_at_least_what_is_in_use)
         EXPECT_TRUE(collection_reserve(list.get(), row.asked)) << row.asked;
         EXPECT_EQ(list->capacity, row.given) << row.asked;
     }
-    EXPECT_EQ(marks(list), "ab");
+    EXPECT_EQ(join_marks(list), "ab");
 }
 
-TEST(collection, gives_its_slots_back_when_empty)
+TEST(collection, frees_its_slots_when_empty)
 {
-    const unique_collection list = new_list(8, 1);
+    const unique_collection list = make_list(8, 1);
     EXPECT_TRUE(collection_reserve(list.get(), 0));
     EXPECT_EQ(list->capacity, 0);
     EXPECT_EQ(list->items, nullptr);
@@ -176,7 +176,7 @@ TEST(collection, gives_its_slots_back_when_empty)
 
 std::vector<const void*> released;
 
-void note_release(void* element)
+void record_release(void* element)
 {
     released.push_back(element);
 }
@@ -185,8 +185,8 @@ TEST(collection, clearing_releases_each_element_once_in_order_but_no_null)
 {
     released.clear();
     numbered elements[] = {{0, 'a'}, {0, 'b'}};
-    const unique_collection list = new_list(3, 1);
-    list->free_item = note_release;
+    const unique_collection list = make_list(3, 1);
+    list->free_item = record_release;
     list->add(list.get(), &elements[1]);
     list->add(list.get(), nullptr);
     list->add(list.get(), &elements[0]);
@@ -202,7 +202,7 @@ TEST(collection, clearing_releases_each_element_once_in_order_but_no_null)
 TEST(collection, clearing_without_release_only_resets_the_count)
 {
     numbered element = {0, 'a'};
-    const unique_collection list = new_list(3, 1);
+    const unique_collection list = make_list(3, 1);
     list->add(list.get(), &element);
     collection_clear(list.get());
     EXPECT_EQ(list->count, 0);
@@ -214,7 +214,7 @@ TEST(collection, destroying_releases_the_elements)
     released.clear();
     numbered element = {0, 'a'};
     collection* list = collection_new_list(1, 1);
-    list->free_item = note_release;
+    list->free_item = record_release;
     list->add(list, &element);
     collection_destroy(list);
     EXPECT_EQ(released, (std::vector<const void*>{&element}));
@@ -224,7 +224,7 @@ TEST(collection, destroying_releases_the_elements)
 TEST(collection_list, finds_the_identical_pointer_and_its_first_place)
 {
     numbered elements[] = {{1, 'a'}, {1, 'b'}, {1, 'c'}};
-    const unique_collection list = new_list(4, 1);
+    const unique_collection list = make_list(4, 1);
     list->compare = compare_numbered;
     for (int index : {0, 1, 0})
         EXPECT_EQ(list->add(list.get(), &elements[index]), 1);
@@ -242,13 +242,13 @@ TEST(collection_list, finds_the_identical_pointer_and_its_first_place)
 TEST(collection_sorted, finds_or_names_the_insertion_point)
 {
     numbered elements[] = {{2, 'a'}, {4, 'b'}, {6, 'c'}, {8, 'd'}};
-    const unique_collection sorted = new_numbered(false);
+    const unique_collection sorted = make_numbered(false);
     std::int32_t index = 99;
     EXPECT_EQ(sorted->find(sorted.get(), &elements[0], &index), 0);
     EXPECT_EQ(index, 0);
     for (int place : {2, 0, 3, 1})
         EXPECT_EQ(sorted->add(sorted.get(), &elements[place]), 1);
-    EXPECT_EQ(marks(sorted), "abcd");
+    EXPECT_EQ(join_marks(sorted), "abcd");
     const struct {
         int key;
         int found;
@@ -265,7 +265,7 @@ TEST(collection_sorted, finds_or_names_the_insertion_point)
 TEST(collection_sorted, does_not_find_null_and_places_it_first)
 {
     numbered element = {1, 'a'};
-    const unique_collection sorted = new_numbered(false);
+    const unique_collection sorted = make_numbered(false);
     sorted->add(sorted.get(), &element);
     std::int32_t index = 99;
     EXPECT_EQ(sorted->find(sorted.get(), nullptr, &index), 0);
@@ -275,7 +275,7 @@ TEST(collection_sorted, does_not_find_null_and_places_it_first)
 TEST(collection_sorted, passes_the_element_first_and_the_key_second)
 {
     numbered element = {1, 'a'};
-    const unique_collection sorted = new_numbered(false);
+    const unique_collection sorted = make_numbered(false);
     sorted->add(sorted.get(), &element);
     sorted->compare = [](const void* a, const void*) {
         return static_cast<const numbered*>(a)->mark == 'a' ? 0 : 1;
@@ -288,7 +288,7 @@ TEST(collection_sorted, passes_the_element_first_and_the_key_second)
 TEST(collection_sorted, compares_keys_and_not_elements)
 {
     numbered elements[] = {{1, 'b'}, {2, 'a'}, {3, 'a'}};
-    const unique_collection sorted = new_numbered(false);
+    const unique_collection sorted = make_numbered(false);
     sorted->key_of = [](const void* element) -> const void* {
         return &static_cast<const numbered*>(element)->mark;
     };
@@ -298,7 +298,7 @@ TEST(collection_sorted, compares_keys_and_not_elements)
     EXPECT_EQ(sorted->add(sorted.get(), &elements[0]), 1);
     EXPECT_EQ(sorted->add(sorted.get(), &elements[1]), 1);
     EXPECT_EQ(sorted->add(sorted.get(), &elements[2]), 0);
-    EXPECT_EQ(marks(sorted), "ab");
+    EXPECT_EQ(join_marks(sorted), "ab");
     EXPECT_EQ(sorted->index_of(sorted.get(), &elements[0]), 1);
     EXPECT_EQ(sorted->index_of(sorted.get(), &elements[2]), 0);
     std::int32_t index = 99;
@@ -309,7 +309,7 @@ TEST(collection_sorted, compares_keys_and_not_elements)
 TEST(collection_sorted, finds_the_middle_one_of_equals_where_none_are_allowed)
 {
     numbered elements[] = {{1, 'a'}, {1, 'b'}, {1, 'c'}, {1, 'd'}};
-    const unique_collection sorted = new_numbered(false);
+    const unique_collection sorted = make_numbered(false);
     for (const std::int32_t middle : {0, 0, 1, 1}) {
         ASSERT_EQ(collection_insert_at(sorted.get(), sorted->count, &elements[sorted->count]), 1);
         std::int32_t index = 99;
@@ -321,10 +321,10 @@ TEST(collection_sorted, finds_the_middle_one_of_equals_where_none_are_allowed)
 TEST(collection_sorted, refuses_an_equal_element)
 {
     numbered elements[] = {{1, 'a'}, {1, 'b'}};
-    const unique_collection sorted = new_numbered(false);
+    const unique_collection sorted = make_numbered(false);
     EXPECT_EQ(sorted->add(sorted.get(), &elements[0]), 1);
     EXPECT_EQ(sorted->add(sorted.get(), &elements[1]), 0);
-    EXPECT_EQ(marks(sorted), "a");
+    EXPECT_EQ(join_marks(sorted), "a");
 }
 
 TEST(collection_sorted, takes_an_equal_element_for_the_one_it_holds)
@@ -332,7 +332,7 @@ TEST(collection_sorted, takes_an_equal_element_for_the_one_it_holds)
     numbered elements[] = {{1, 'a'}, {2, 'b'}};
     const numbered equal = {2, '?'};
     const numbered other = {3, '?'};
-    const unique_collection sorted = new_numbered(false);
+    const unique_collection sorted = make_numbered(false);
     sorted->add(sorted.get(), &elements[0]);
     sorted->add(sorted.get(), &elements[1]);
     EXPECT_EQ(sorted->index_of(sorted.get(), &elements[1]), 1);
@@ -340,7 +340,7 @@ TEST(collection_sorted, takes_an_equal_element_for_the_one_it_holds)
     EXPECT_EQ(sorted->index_of(sorted.get(), &other), -1);
 }
 
-TEST(collection_sorted, among_duplicates_finds_the_place_before_their_run)
+TEST(collection_sorted, finds_the_place_before_a_run_of_duplicates)
 {
     const struct {
         std::vector<int> keys;
@@ -352,7 +352,7 @@ TEST(collection_sorted, among_duplicates_finds_the_place_before_their_run)
         {{1, 2, 3}, 1, 0},       {{1, 2, 3}, 3, 1},       {{1}, 1, 0},
     };
     for (const auto& row : rows) {
-        const unique_collection sorted = new_numbered(true);
+        const unique_collection sorted = make_numbered(true);
         std::vector<numbered> elements;
         for (const int key : row.keys)
             elements.push_back({key, '.'});
@@ -368,19 +368,19 @@ TEST(collection_sorted, among_duplicates_finds_the_place_before_their_run)
 TEST(collection_sorted, adds_a_duplicate_at_the_place_before_the_run)
 {
     numbered elements[] = {{1, 'a'}, {2, 'b'}, {2, 'c'}, {3, 'd'}};
-    const unique_collection sorted = new_numbered(true);
+    const unique_collection sorted = make_numbered(true);
     for (int place : {0, 3, 1})
         EXPECT_EQ(sorted->add(sorted.get(), &elements[place]), 1);
-    EXPECT_EQ(marks(sorted), "abd");
+    EXPECT_EQ(join_marks(sorted), "abd");
     EXPECT_EQ(sorted->add(sorted.get(), &elements[2]), 1);
-    EXPECT_EQ(marks(sorted), "cabd");
+    EXPECT_EQ(join_marks(sorted), "cabd");
 }
 
-TEST(collection_sorted, tells_duplicates_apart_by_their_address)
+TEST(collection_sorted, distinguishes_duplicates_by_their_address)
 {
     numbered elements[] = {{1, 'a'}, {2, 'b'}, {2, 'c'}, {2, 'd'}, {3, 'e'}};
     const numbered stranger = {2, '?'};
-    const unique_collection sorted = new_numbered(true);
+    const unique_collection sorted = make_numbered(true);
     for (numbered& element : elements)
         ASSERT_EQ(collection_insert_at(sorted.get(), sorted->count, &element), 1);
     for (std::int32_t index = 0; index < 5; ++index)

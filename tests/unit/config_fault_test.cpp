@@ -1,4 +1,4 @@
-// config_fault_test.cpp - whatever fails while the configuration is read or saved, it is not lost.
+// config_fault_test.cpp - the configuration is not lost, whatever fails while it is read or saved.
 #include "unit/config_fixture.hpp"
 #include "unit/own_faults.hpp"
 #include "unit/unprivileged.hpp"
@@ -54,7 +54,7 @@ private:
     }
 };
 
-TEST_F(config_faults, in_a_save_keep_the_old_file)
+TEST_F(config_faults, keep_the_old_file_during_a_save)
 {
     const fault rows[] = {
         {faulty_call::make_unique, ENOSPC},
@@ -86,7 +86,7 @@ TEST_F(config_faults, in_a_save_keep_the_old_file)
     expect_config(config_text(after));
 }
 
-TEST_F(config_faults, that_do_not_matter_do_not_keep_the_new_file_away)
+TEST_F(config_faults, do_not_prevent_the_new_file_if_they_do_not_matter)
 {
     const fault rows[] = {
         {faulty_call::write, EINTR, "", 0, 3},
@@ -118,11 +118,11 @@ TEST_F(config_faults, that_do_not_matter_do_not_keep_the_new_file_away)
     }
 }
 
-TEST_F(config_faults, in_a_load_keep_a_file_from_being_replaced_by_less)
+TEST_F(config_faults, prevent_a_partly_loaded_file_from_being_replaced)
 {
     const fault rows[] = {
         {faulty_call::read, EIO, config},
-        {faulty_call::read, end_of_file, config}, // somebody else is writing it just now
+        {faulty_call::read, end_of_file, config}, // somebody else is writing it
         {faulty_call::status, EIO, config, 1},
         {faulty_call::open, EIO, config},
         {faulty_call::open, EMFILE, config},
@@ -142,7 +142,7 @@ TEST_F(config_faults, in_a_load_keep_a_file_from_being_replaced_by_less)
     EXPECT_EQ(app_state.servers->count, 1);
 }
 
-TEST_F(config_faults, of_the_home_folder_keep_what_could_not_be_reached_at_the_start)
+TEST_F(config_faults, keep_a_file_whose_home_folder_could_not_be_reached_at_the_start)
 {
     for (const std::string& path : {home.path(), home.path_of(config), elsewhere.path()})
         ASSERT_TRUE(give_to_nobody(path.c_str()));
@@ -157,9 +157,9 @@ TEST_F(config_faults, of_the_home_folder_keep_what_could_not_be_reached_at_the_s
     expect_config(before);
 }
 
-TEST_F(config_faults, of_a_home_folder_that_comes_later_keep_what_it_holds)
+TEST_F(config_faults, keep_the_configuration_of_a_home_folder_that_comes_later)
 {
-    // As one does that is mounted while the program runs.
+    // Like a folder that is mounted while the program runs.
     const std::string late = home.path_of("late");
     const std::string late_config = std::string{"late/"} + config;
     setenv("HOME", late.c_str(), 1);
@@ -170,7 +170,7 @@ TEST_F(config_faults, of_a_home_folder_that_comes_later_keep_what_it_holds)
     EXPECT_EQ(home.read_file(late_config), before);
 }
 
-TEST_F(config_faults, that_interrupt_a_load_do_no_harm)
+TEST_F(config_faults, do_no_harm_when_they_interrupt_a_load)
 {
     const fault rows[] = {
         {faulty_call::open, EINTR, config},
@@ -188,7 +188,7 @@ TEST_F(config_faults, that_interrupt_a_load_do_no_harm)
     }
 }
 
-TEST_F(config_faults, of_size_keep_the_old_file_at_every_limit)
+TEST_F(config_faults, keep_the_old_file_at_every_size_limit)
 {
     const std::size_t size = config_text(after).size();
     for (std::size_t limit = 0; limit < size; limit += 7) {
@@ -203,7 +203,7 @@ TEST_F(config_faults, of_size_keep_the_old_file_at_every_limit)
     expect_config(config_text(after));
 }
 
-/// The home folder is on a disk without room.
+/// The home folder is on a full disk.
 class config_on_a_full_disk : public config_faults
 {
 protected:
@@ -216,7 +216,7 @@ protected:
     small_disk disk{home.path(), 64UL * 1024};
 };
 
-TEST_F(config_on_a_full_disk, stays_as_it_was_and_is_saved_when_there_is_room)
+TEST_F(config_on_a_full_disk, stays_as_it_was_and_is_saved_when_there_is_space)
 {
     ASSERT_TRUE(disk.fill());
     save();
@@ -239,7 +239,7 @@ TEST_F(config_on_a_full_disk, stays_as_it_was_where_it_must_be_written_in_place)
     save();
     after.log_folder = std::string(20'000, 'l');
     expect_config(config_text(after));
-    // Shorter again: nothing of the longer one is left behind it.
+    // Shorter again: nothing of the longer text is left after it.
     app_state.setting_texts[LogFilePath][1] = '\0';
     after.log_folder = "l";
     save();

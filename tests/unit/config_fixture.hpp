@@ -19,7 +19,7 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-/// HOME is `home`, the working folder is `elsewhere`; both are as before at the test's end.
+/// HOME is `home`, the working folder is `elsewhere`; the test restores both at its end.
 class config_test : public testing::Test
 {
 protected:
@@ -45,7 +45,7 @@ protected:
         config_load();
     }
 
-    /// Saves; what the program reads and keeps until its end, a moment later, is no leak here.
+    /// Saves. Memory that the program keeps until its end does not count as a leak here.
     static void save()
     {
 #if defined(__SANITIZE_ADDRESS__)

@@ -15,7 +15,7 @@
 namespace
 {
 
-/// How densely a save is cut: the most bytes of one write, and the points that there are at least.
+/// How finely a save is cut: the most bytes of one write, and the least number of points.
 struct density {
     int write_bytes;
     int points;
@@ -23,11 +23,11 @@ struct density {
 constexpr density dense{8, 1'000};
 constexpr density sparse{128, 80};
 
-/// Every point is tried. A sanitizer makes processes so large that starting one takes long, and has
-/// nothing to say about a kill: under one it is only every so many points.
+/// Tries every point. Under a sanitizer, where processes are so large that they start slowly, it
+/// tries only every so many points: sanitizers find nothing in a kill.
 constexpr int stride = patience_factor() == 1 ? 1 : 16;
 
-/// What a look at the configuration finds.
+/// The configuration file as found.
 struct found_config {
     std::optional<std::string> text;
     mode_t mode = 0;
@@ -67,8 +67,8 @@ protected:
             return {};
         return {home.read_file(file), status.st_mode & 07777};
     }
-    /// Saves over what `prepare` makes, killed at each point. Returns how often the new file was
-    /// there at the end.
+    /// Saves over what `prepare` makes and is killed at each point. Returns how often the new file
+    /// was there at the end.
     template <typename Preparation>
     int save_and_kill(Preparation prepare, density cut, const found_config& old_one,
                       const found_config& new_one)
@@ -81,7 +81,7 @@ protected:
             const found_config now = found();
             EXPECT_TRUE(now == old_one || now == new_one) << "killed at step " << step;
             EXPECT_TRUE(is_killed || now == new_one);
-            // The file itself, what this save left, and nothing that former ones have left.
+            // The file itself and what this save left, but nothing from earlier saves.
             EXPECT_LE(home.files().size(), 2U + (is_linked ? 1 : 0)) << "killed at step " << step;
             replaced += now == new_one ? 1 : 0;
             if (HasFailure())
@@ -90,7 +90,7 @@ protected:
         EXPECT_GT(step, cut.points);
         return replaced;
     }
-    /// A save that nothing disturbs, after all.
+    /// Saves once more, without a kill.
     void expect_clean_after_next_save()
     {
         save();
@@ -104,7 +104,7 @@ protected:
     client_settings next;
 };
 
-TEST_F(config_killed, over_an_old_file_leaves_one_of_the_two)
+TEST_F(config_killed, leaves_the_old_file_or_the_new_one)
 {
     const found_config old_one{config_text(former), 0640};
     const found_config new_one{config_text(next), 0640};
@@ -114,7 +114,7 @@ TEST_F(config_killed, over_an_old_file_leaves_one_of_the_two)
     expect_clean_after_next_save();
 }
 
-TEST_F(config_killed, for_the_first_time_leaves_none_or_all_for_its_owner_only)
+TEST_F(config_killed, leaves_no_file_or_a_whole_private_one_at_the_first_save)
 {
     const auto prepare = [this] { unlink(home.path_of(file).c_str()); };
     const int replaced = save_and_kill(prepare, sparse, {}, {config_text(next), 0600});
@@ -122,7 +122,7 @@ TEST_F(config_killed, for_the_first_time_leaves_none_or_all_for_its_owner_only)
     expect_clean_after_next_save();
 }
 
-TEST_F(config_killed, behind_a_link_leaves_the_link_too)
+TEST_F(config_killed, leaves_the_link_to_the_file_too)
 {
     ASSERT_EQ(symlink("real", home.path_of(file).c_str()), 0);
     is_linked = true;

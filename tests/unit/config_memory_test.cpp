@@ -1,4 +1,4 @@
-// config_memory_test.cpp - what becomes of the configuration when memory is short.
+// config_memory_test.cpp - what happens to the configuration when the program is out of memory.
 #include "unit/config_fixture.hpp"
 #include "unit/failing_memory.hpp"
 
@@ -15,14 +15,14 @@
 namespace
 {
 
-class config_short_of_memory : public config_test
+class config_out_of_memory : public config_test
 {
 protected:
-    config_short_of_memory()
+    config_out_of_memory()
     {
         settings.save_on_exit = settings.acars_log = true;
         settings.log_folder = "logs";
-        // No subcode or address, which the program keeps until its end.
+        // Without subcode and address, which the program keeps until its end.
         for (int index = 9; index > 0; --index)
             settings.servers.push_back({.name = "host" + std::to_string(index),
                                         .port = std::to_string(4000 + index),
@@ -53,7 +53,7 @@ protected:
                app_state.setting_texts[LogFilePath] == nullptr;
     }
 
-    /// Every server is one of the file's; texts of it may be missing, but none is another.
+    /// Every server is in the file; its texts may be missing, but none may differ.
     void expect_known_servers() const
     {
         for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
@@ -78,8 +78,8 @@ protected:
         EXPECT_TRUE(is_in(elsewhere));
     }
 
-    /// Loads a file with every allocation failing in turn. How often less than all was loaded; none
-    /// of it may then be replaced by a save.
+    /// Loads a file while each allocation fails in turn. Returns how often less than everything was
+    /// loaded; a save must then not replace the file.
     int incomplete_loads(const std::string& whole, const std::function<bool()>& has_loaded_all)
     {
         int incomplete = 0;
@@ -87,7 +87,7 @@ protected:
             .prepare = [&] { begin_again(whole); },
             .call = [] { config_load(); },
             .expect_after_failure =
-                [&](memory_shortage, long) {
+                [&](memory_failure, long) {
                     if (has_loaded_all())
                         return;
                     ++incomplete;
@@ -102,14 +102,14 @@ protected:
     client_settings settings;
 };
 
-TEST_F(config_short_of_memory, loads_nothing_that_is_not_in_the_file)
+TEST_F(config_out_of_memory, loads_nothing_that_is_not_in_the_file)
 {
     home.write_config(config_text(settings));
     try_each_allocation({
         .prepare = [&] { forget(); },
         .call = [] { config_load(); },
         .expect_after_failure =
-            [&](memory_shortage, long) {
+            [&](memory_failure, long) {
                 expect_known_servers();
                 EXPECT_EQ(app_state.setting_flags & ~(SaveOnExit | ACARSLog), 0U);
                 EXPECT_TRUE(is_in(elsewhere) || has_loaded_nothing());
@@ -118,7 +118,7 @@ TEST_F(config_short_of_memory, loads_nothing_that_is_not_in_the_file)
     });
 }
 
-TEST_F(config_short_of_memory, stays_in_the_home_folder_without_room_for_the_file_only)
+TEST_F(config_out_of_memory, stays_in_the_home_folder_if_only_the_file_gets_no_memory)
 {
     home.write_config(config_text(settings));
     int stays = 0;
@@ -126,10 +126,10 @@ TEST_F(config_short_of_memory, stays_in_the_home_folder_without_room_for_the_fil
         .prepare = [&] { forget(); },
         .call = [] { config_load(); },
         .expect_after_failure =
-            [&](memory_shortage shortage, long) {
+            [&](memory_failure failure, long) {
                 if (is_in(home)) {
                     EXPECT_TRUE(has_loaded_nothing());
-                    stays += shortage == memory_shortage::once ? 1 : 0;
+                    stays += failure == memory_failure::once ? 1 : 0;
                 }
             },
         .expect_success = [&] { EXPECT_TRUE(is_in(elsewhere)); },
@@ -137,16 +137,16 @@ TEST_F(config_short_of_memory, stays_in_the_home_folder_without_room_for_the_fil
     EXPECT_EQ(stays, 1);
 }
 
-TEST_F(config_short_of_memory, does_not_replace_a_file_that_it_could_not_load)
+TEST_F(config_out_of_memory, does_not_replace_a_file_that_it_could_not_load)
 {
     const std::string whole = config_text(settings);
     try_each_allocation({
         .prepare = [&] { begin_again(whole); },
         .call = [] { config_load(); },
         .expect_after_failure =
-            [&](memory_shortage shortage, long) {
-                // A single failure may have cost no more than a line in the status pane.
-                if (shortage == memory_shortage::once && !has_loaded_nothing())
+            [&](memory_failure failure, long) {
+                // A single failure may have cost only a line in the status pane.
+                if (failure == memory_failure::once && !has_loaded_nothing())
                     return;
                 save();
                 EXPECT_EQ(home.read_config(), whole);
@@ -161,9 +161,9 @@ TEST_F(config_short_of_memory, does_not_replace_a_file_that_it_could_not_load)
     });
 }
 
-TEST_F(config_short_of_memory, does_not_replace_a_file_of_which_it_lost_a_server_or_a_text)
+TEST_F(config_out_of_memory, does_not_replace_a_file_after_losing_a_server_or_a_text_of_it)
 {
-    // Short enough for one block of nodes, and without folders, which would be lost as well.
+    // Short enough for one block of nodes, and without folders, which would also be lost.
     const std::string whole =
         "<?xml version=\"1.0\"?><clientconf>"
         "<Server1><ServerName>a</ServerName><ServerAlias>one</ServerAlias></Server1>"
@@ -176,9 +176,9 @@ TEST_F(config_short_of_memory, does_not_replace_a_file_of_which_it_lost_a_server
     EXPECT_GT(incomplete_loads(whole, has_loaded_all), 10);
 }
 
-TEST_F(config_short_of_memory, does_not_replace_a_long_file_of_which_it_lost_any_part)
+TEST_F(config_out_of_memory, does_not_replace_a_long_file_after_losing_any_part_of_it)
 {
-    // More servers than the list has room for at first.
+    // More servers than the list has slots for at first.
     for (int index = 12; index > 9; --index)
         settings.servers.insert(settings.servers.begin(),
                                 {.name = "host9" + std::to_string(index), .alias = "alias"});
@@ -197,7 +197,7 @@ TEST_F(config_short_of_memory, does_not_replace_a_long_file_of_which_it_lost_any
     EXPECT_GT(incomplete_loads(whole, has_loaded_all), 50);
 }
 
-TEST_F(config_short_of_memory, loads_the_rest_without_room_for_folders)
+TEST_F(config_out_of_memory, loads_the_rest_without_memory_for_folders)
 {
     home.write_config(config_text(settings));
     char** texts = std::exchange(app_state.setting_texts, nullptr);
@@ -208,7 +208,7 @@ TEST_F(config_short_of_memory, loads_the_rest_without_room_for_folders)
     EXPECT_EQ(app_state.setting_flags, SaveOnExit | ACARSLog);
 }
 
-TEST_F(config_short_of_memory, saves_all_or_nothing)
+TEST_F(config_out_of_memory, saves_all_or_nothing)
 {
     const std::string before = config_text({});
     for (const std::size_t folder_length : {4U, 20'000U}) {
@@ -224,7 +224,7 @@ TEST_F(config_short_of_memory, saves_all_or_nothing)
             .prepare = [&] { home.write_config(before); },
             .call = [] { save(); },
             .expect_after_failure =
-                [&](memory_shortage, long) {
+                [&](memory_failure, long) {
                     const std::optional<std::string> found = home.read_config();
                     EXPECT_TRUE(found == before || found == after) << found.value_or("no file");
                     EXPECT_EQ(home.files().size(), 1U);

@@ -1,4 +1,4 @@
-// config_save_test.cpp - the file byte for byte, and where it is and is not written.
+// config_save_test.cpp - the file byte for byte, where it is written, and where not.
 #include "unit/config_fixture.hpp"
 #include "unit/unprivileged.hpp"
 
@@ -24,13 +24,13 @@ server_entry* add_server(const char* name, std::int32_t port)
     return entry;
 }
 
-constexpr std::size_t limit = 64UL * 1024 * 1024; // of a file that is read
+constexpr std::size_t limit = 64UL * 1024 * 1024; // of a file that can be read
 
 class config_saving : public config_test
 {
 };
 
-TEST_F(config_saving, writes_defaults_to_the_letter)
+TEST_F(config_saving, writes_defaults_exactly)
 {
     save();
     EXPECT_EQ(home.read_config(), "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n"
@@ -48,7 +48,7 @@ TEST_F(config_saving, writes_defaults_to_the_letter)
                                   "</clientconf>\n");
 }
 
-TEST_F(config_saving, writes_servers_and_settings_to_the_letter)
+TEST_F(config_saving, writes_servers_and_settings_exactly)
 {
     server_entry* full = add_server("b.example", 4000);
     full->ServerAlias = str_dup("Z\xFCrich & <co>");
@@ -114,7 +114,7 @@ TEST_F(config_saving, writes_each_switch_from_its_bit)
     }
 }
 
-TEST_F(config_saving, loses_passwords_that_are_not_to_be_saved)
+TEST_F(config_saving, drops_passwords_that_are_not_to_be_saved)
 {
     add_server("a.example", 2202)->Password = str_dup("900150983cd24fb0d6963f7d28e17f72");
     save();
@@ -123,7 +123,7 @@ TEST_F(config_saving, loses_passwords_that_are_not_to_be_saved)
     EXPECT_EQ(home.read_config(), config_text(expected));
 }
 
-TEST_F(config_saving, writes_the_servers_in_their_order_and_numbers_them_anew)
+TEST_F(config_saving, writes_the_servers_in_their_order_and_renumbers_them)
 {
     client_settings unsorted;
     unsorted.servers = {{.name = "b.example"},
@@ -140,7 +140,7 @@ TEST_F(config_saving, writes_the_servers_in_their_order_and_numbers_them_anew)
     EXPECT_EQ(home.read_config(), config_text(sorted));
 }
 
-TEST_F(config_saving, gives_back_what_it_loaded_byte_for_byte)
+TEST_F(config_saving, writes_what_it_loaded_byte_for_byte)
 {
     client_settings settings;
     settings.acars_log = settings.save_passwords = settings.flight_stats = true;
@@ -168,7 +168,7 @@ TEST_F(config_saving, stays_in_the_home_folder)
     EXPECT_FALSE(elsewhere.read_config());
 }
 
-TEST_F(config_saving, takes_the_current_folder_without_home)
+TEST_F(config_saving, uses_the_current_folder_without_home)
 {
     unsetenv("HOME");
     save();
@@ -236,11 +236,11 @@ TEST_F(config_saving, writes_no_file_that_the_next_start_would_refuse)
     EXPECT_EQ(std::filesystem::file_size(home.path_of("ncursesclient.conf")), limit);
 }
 
-TEST_F(config_saving, gives_back_long_lists)
+TEST_F(config_saving, writes_long_lists)
 {
     constexpr int count = 30'000; // about 20 MB
     const std::string info(400, 'i');
-    // In the order of the list, so that each is added at its end.
+    // In the order of the list, so that each one is added at the end.
     for (int number = 100'000 + count; number > 100'000; --number)
         add_server(("n" + std::to_string(number)).c_str(), 2202)->Info = str_dup(info.c_str());
     save();

@@ -1,4 +1,4 @@
-// connection_fixture.hpp - the user's connect command against a port of the test's own.
+// connection_fixture.hpp - the user's connect command on a port that the test listens on.
 #pragma once
 
 #include "net/connection.hpp"
@@ -15,7 +15,7 @@ inline constexpr const char* loopback = "127.0.0.1";
 inline const wire_packets introduction = {{101, "0 02 001"}, {151, "CXML"}};
 inline constexpr std::size_t introduction_length = 12 + 8 + 12 + 4;
 
-/// A port that connections wait at until the test takes them.
+/// A port where connections wait until the test accepts them.
 class listener
 {
 public:
@@ -41,7 +41,7 @@ private:
     unique_fd socket{bind_free_port(loopback)};
 };
 
-/// Waits until a child has ended, and leaves it to be collected.
+/// Waits until a child has ended, and does not reap it.
 inline void await_child(pid_t child)
 {
     siginfo_t result;
@@ -49,7 +49,7 @@ inline void await_child(pid_t child)
 }
 
 /// How many descriptors the test program has open.
-inline std::ptrdiff_t open_descriptors()
+inline std::ptrdiff_t count_open_descriptors()
 {
     const std::filesystem::directory_iterator folder{"/proc/self/fd"};
     return std::distance(begin(folder), end(folder));
@@ -64,7 +64,7 @@ inline std::string place(const char* name, int port)
 class connection_test : public net_test
 {
 protected:
-    /// The user's command on an entry.
+    /// Gives the user's command for an entry.
     void command_connect(const server_entry& entry)
     {
         select(entry);
@@ -80,7 +80,7 @@ protected:
         }
     }
 
-    /// Connects to the listener and takes the introduction.
+    /// Connects to the listener and reads the introduction.
     server_end connected(server_entry& entry)
     {
         command_connect(entry);

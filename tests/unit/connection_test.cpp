@@ -1,4 +1,4 @@
-// connection_test.cpp - connects that real children perform, and what becomes of them.
+// connection_test.cpp - connects that real children perform, and their results.
 #include "base/signal_door.hpp"
 #include "unit/connection_fixture.hpp"
 #include "unit/unprivileged.hpp"
@@ -21,7 +21,7 @@ class connection : public connection_test
 {
 };
 
-TEST_F(connection, is_under_way_until_its_child_has_ended)
+TEST_F(connection, is_pending_until_its_child_has_ended)
 {
     server_entry& entry = local_server();
     command_connect(entry);
@@ -30,7 +30,7 @@ TEST_F(connection, is_under_way_until_its_child_has_ended)
     EXPECT_GT(entry.connect_pid, 0);
     EXPECT_EQ(entry.connected, 0);
     EXPECT_EQ(entry.list_row, 1);
-    // However long it takes: the result comes in with a pause only.
+    // However long it takes: the result comes in only during a pause.
     await_child(entry.connect_pid);
     EXPECT_EQ(entry.connected, 0);
     EXPECT_EQ(marker_at(2), ' ');
@@ -61,7 +61,7 @@ TEST_F(connection, is_introduced_marked_and_reported)
     EXPECT_EQ(screen.pair_at(app_state.server_pane, 2, 1), 7);
     EXPECT_TRUE(screen.is_bold_at(app_state.server_pane, 2, 1));
     EXPECT_EQ(entry.connect_pid, 0);
-    EXPECT_EQ(waitpid(child, nullptr, WNOHANG), -1); // it has been collected
+    EXPECT_EQ(waitpid(child, nullptr, WNOHANG), -1); // it has been reaped
 }
 
 TEST_F(connection, begins_with_the_silence_that_was_there_before)
@@ -96,7 +96,7 @@ TEST_F(connection, is_reported_by_the_alias)
     EXPECT_EQ(beeps(), 1U);
 }
 
-TEST_F(connection, of_several_servers_whose_children_end_in_one_moment_are_all_made)
+TEST_F(connection, is_made_for_every_child_that_ends_at_the_same_moment)
 {
     listener ports[5];
     std::vector<server_entry*> entries;
@@ -106,7 +106,7 @@ TEST_F(connection, of_several_servers_whose_children_end_in_one_moment_are_all_m
         command_connect(*entry);
     for (const server_entry* entry : entries)
         await_child(entry->connect_pid);
-    // All of them stand behind one pending signal.
+    // One pending signal stands for all of them.
     pause_for(1'000'000);
     for (std::size_t index = 0; index < entries.size(); ++index) {
         EXPECT_EQ(entries[index]->connected, 1) << index;
@@ -117,7 +117,7 @@ TEST_F(connection, of_several_servers_whose_children_end_in_one_moment_are_all_m
     }
 }
 
-TEST_F(connection, attempts_that_fail_and_succeed_together_do_not_mix)
+TEST_F(connection, attempts_that_fail_and_succeed_together_are_not_mixed_up)
 {
     const unique_fd closed{bind_free_port(loopback)};
     server_entry& good = local_server("good");
@@ -134,13 +134,13 @@ TEST_F(connection, attempts_that_fail_and_succeed_together_do_not_mix)
     EXPECT_EQ(marker_of(bad), ' ');
 }
 
-TEST_F(connection, that_fails_is_reported_and_cleared)
+TEST_F(connection, is_reported_and_cleared_when_it_fails)
 {
     const unique_fd closed{bind_free_port(loopback)};
     server_entry& entry = add_server(loopback, "srv", port_of(closed.get()));
     entry.server_uuid = owned_text("left from before");
     entry.server_version = owned_text("1");
-    const std::ptrdiff_t before = open_descriptors();
+    const std::ptrdiff_t before = count_open_descriptors();
     command_connect(entry);
     EXPECT_TRUE(wait_until([&] { return entry.connect_pid == 0; }));
     EXPECT_EQ(said().back(),
@@ -150,14 +150,14 @@ TEST_F(connection, that_fails_is_reported_and_cleared)
     EXPECT_EQ(entry.connected, 0);
     EXPECT_EQ(entry.server_uuid, nullptr);
     EXPECT_EQ(entry.server_version, nullptr);
-    EXPECT_EQ(open_descriptors(), before);
+    EXPECT_EQ(count_open_descriptors(), before);
 }
 
-TEST_F(connection, whose_child_is_ended_by_a_signal_has_failed)
+TEST_F(connection, fails_when_its_child_is_ended_by_a_signal)
 {
     server_entry& entry = local_server("srv");
     for (const int signal_number : {SIGKILL, SIGTERM}) {
-        // On a busy machine a child may be through before the signal is sent.
+        // On a busy machine a child may end before the signal is sent.
         for (int attempt = 0; attempt < 10; ++attempt) {
             command_connect(entry);
             kill(entry.connect_pid, signal_number);
@@ -171,7 +171,7 @@ TEST_F(connection, whose_child_is_ended_by_a_signal_has_failed)
     }
 }
 
-TEST_F(connection, whose_child_cannot_be_started_has_failed)
+TEST_F(connection, fails_when_its_child_cannot_be_started)
 {
     server_entry& entry = local_server("srv");
     EXPECT_TRUE(unprivileged([&] {
@@ -184,9 +184,9 @@ TEST_F(connection, whose_child_cannot_be_started_has_failed)
     }));
 }
 
-TEST_F(connection, without_a_port_goes_to_2202)
+TEST_F(connection, goes_to_port_2202_without_a_port)
 {
-    // An address of this test's own, where nobody else listens.
+    // An address of this test's own, on which nobody else listens.
     const std::string own =
         "127.77." + std::to_string(getpid() / 250 % 250) + "." + std::to_string(getpid() % 250 + 1);
     sockaddr_in address = {};
@@ -220,7 +220,7 @@ TEST_F(connection, finds_a_host_by_its_name)
     EXPECT_EQ(said()[0].text, "Try connecting to " + place("localhost", home.port()));
 }
 
-TEST_F(connection, to_a_host_without_an_address_is_not_begun)
+TEST_F(connection, is_not_begun_to_a_host_without_an_address)
 {
     server_entry& entry = add_server("no..such..host", nullptr, home.port());
     command_connect(entry);
@@ -232,7 +232,7 @@ TEST_F(connection, to_a_host_without_an_address_is_not_begun)
     EXPECT_EQ(connect_server("no..such..host", 80, nullptr), -1);
 }
 
-TEST_F(connection, waiting_for_a_name_keeps_the_keys_typed_meanwhile)
+TEST_F(connection, keeps_the_keys_typed_while_it_waits_for_a_name)
 {
     const server_entry& entry = add_server("no..such..host", nullptr, home.port());
     type_ahead("ab");
@@ -301,7 +301,7 @@ TEST_F(connection, cannot_be_begun_twice)
     EXPECT_EQ(entry.connect_pid, child);
 }
 
-TEST_F(connection, is_made_whatever_its_child_ended_with_but_0)
+TEST_F(connection, is_made_with_any_exit_status_of_its_child_but_0)
 {
     server_entry& entry = add_server(loopback, "srv");
     const server_end server = connect(entry);
@@ -315,7 +315,7 @@ TEST_F(connection, is_made_whatever_its_child_ended_with_but_0)
     EXPECT_EQ(server.take_packets(), introduction);
 }
 
-TEST_F(connection, result_of_a_child_of_nobodys_is_ignored)
+TEST_F(connection, ignores_the_result_of_an_unknown_child)
 {
     server_entry& entry = local_server();
     signal_install(SIGCHLD, on_connect_result);
@@ -328,7 +328,7 @@ TEST_F(connection, result_of_a_child_of_nobodys_is_ignored)
     EXPECT_EQ(entry.socket_fd, 0);
 }
 
-TEST_F(connection, result_is_found_behind_that_of_a_child_of_nobodys)
+TEST_F(connection, finds_its_result_after_that_of_an_unknown_child)
 {
     const pid_t nobodys = fork();
     if (nobodys == 0)
@@ -342,16 +342,16 @@ TEST_F(connection, result_is_found_behind_that_of_a_child_of_nobodys)
     EXPECT_NE(kill(nobodys, 0), 0);
 }
 
-TEST_F(connection, in_place_gives_the_socket_or_none)
+TEST_F(connection, gives_the_socket_or_none_when_made_synchronously)
 {
-    const std::ptrdiff_t before = open_descriptors();
+    const std::ptrdiff_t before = count_open_descriptors();
     const unique_fd socket{connect_server(loopback, home.port(), nullptr)};
     EXPECT_GT(socket.get(), 0);
     EXPECT_TRUE(home.has_connection(default_patience));
-    EXPECT_EQ(open_descriptors(), before + 1);
+    EXPECT_EQ(count_open_descriptors(), before + 1);
     const unique_fd closed{bind_free_port(loopback)};
     EXPECT_EQ(connect_server(loopback, port_of(closed.get()), nullptr), -1);
-    EXPECT_EQ(open_descriptors(), before + 2);
+    EXPECT_EQ(count_open_descriptors(), before + 2);
     EXPECT_EQ(said(), status_lines{});
     EXPECT_EQ(home.take().take_bytes(), "");
 }

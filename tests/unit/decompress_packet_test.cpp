@@ -1,4 +1,4 @@
-// decompress_packet_test.cpp - what fits into four times the hint, and what is reported otherwise.
+// decompress_packet_test.cpp - what fits into four times the hint, and how the rest is reported.
 #include "net/packet_input.hpp"
 
 #include "support/compressed.hpp"
@@ -31,7 +31,7 @@ protected:
     headless_screen screen;
 };
 
-TEST_F(decompressing, gives_texts_back_that_fit_into_four_times_the_hint)
+TEST_F(decompressing, restores_texts_that_fit_into_four_times_the_hint)
 {
     for (const std::size_t length : {0U, 1U, 397U, 399U, 400U}) {
         const std::string text(length, 'c');

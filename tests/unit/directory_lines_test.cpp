@@ -17,7 +17,7 @@ namespace
 
 using owned_entry = std::unique_ptr<server_entry, releaser<server_entry_free>>;
 
-owned_entry entry_of(std::string line)
+owned_entry parse_entry(std::string line)
 {
     return owned_entry{directory_entry_new(line.data())};
 }
@@ -27,7 +27,7 @@ std::optional<std::string> text_of(const char* text)
     return text != nullptr ? std::optional<std::string>{text} : std::nullopt;
 }
 
-std::vector<std::string> lines_of(std::string text)
+std::vector<std::string> split_lines(std::string text)
 {
     std::vector<std::string> lines;
     char* rest = text.data();
@@ -36,7 +36,7 @@ std::vector<std::string> lines_of(std::string text)
     return lines;
 }
 
-TEST(directory_lines, the_list_begins_behind_the_first_empty_line)
+TEST(directory_lines, the_list_begins_after_the_first_empty_line)
 {
     const std::pair<const char*, const char*> rows[] = {
         {"HTTP/1.0 200 OK\r\n\r\nlist", "list"},
@@ -50,7 +50,7 @@ TEST(directory_lines, the_list_begins_behind_the_first_empty_line)
     }
 }
 
-TEST(directory_lines, without_an_empty_line_there_is_no_list)
+TEST(directory_lines, there_is_no_list_without_an_empty_line)
 {
     for (const char* answer :
          {"", "HTTP/1.0 200 OK", "a\n\nb", "a\r\n\n\rb", "a\r\n\r", "\r\n", "a\r\r\n\nb"}) {
@@ -62,16 +62,16 @@ TEST(directory_lines, without_an_empty_line_there_is_no_list)
 TEST(directory_lines, lines_end_in_a_line_feed)
 {
     using lines = std::vector<std::string>;
-    EXPECT_EQ(lines_of(""), lines{});
-    EXPECT_EQ(lines_of("no end"), lines{});
-    EXPECT_EQ(lines_of("one\n"), lines{"one"});
-    EXPECT_EQ(lines_of("one\ntwo\nrest"), (lines{"one", "two"}));
-    EXPECT_EQ(lines_of("\n\nx\r\n"), (lines{"", "", "x\r"}));
+    EXPECT_EQ(split_lines(""), lines{});
+    EXPECT_EQ(split_lines("no end"), lines{});
+    EXPECT_EQ(split_lines("one\n"), lines{"one"});
+    EXPECT_EQ(split_lines("one\ntwo\nrest"), (lines{"one", "two"}));
+    EXPECT_EQ(split_lines("\n\nx\r\n"), (lines{"", "", "x\r"}));
 }
 
 TEST(directory_lines, fields_fill_an_entry)
 {
-    const owned_entry entry = entry_of("host\t2300\tc\tplace\tfacts\tf\talias\th\ti");
+    const owned_entry entry = parse_entry("host\t2300\tc\tplace\tfacts\tf\talias\th\ti");
     ASSERT_TRUE(entry);
     EXPECT_STREQ(entry->ServerName, "host");
     EXPECT_EQ(entry->ServerPort, 2300);
@@ -87,7 +87,7 @@ TEST(directory_lines, fields_fill_an_entry)
 
 TEST(directory_lines, empty_fields_are_absent_texts)
 {
-    const owned_entry entry = entry_of("\t\t\t\t\t\t\t\t");
+    const owned_entry entry = parse_entry("\t\t\t\t\t\t\t\t");
     ASSERT_TRUE(entry);
     EXPECT_EQ(entry->ServerName, nullptr) << "such an entry is refused by the list";
     EXPECT_EQ(entry->ServerPort, DEFAULT_SERVER_PORT);
@@ -100,12 +100,12 @@ TEST(directory_lines, only_nine_fields_make_an_entry)
 {
     std::string line = "host";
     for (int count = 1; count <= 12; ++count) {
-        EXPECT_EQ(entry_of(line) != nullptr, count == 9) << count << " fields";
+        EXPECT_EQ(parse_entry(line) != nullptr, count == 9) << count << " fields";
         line += "\tx";
     }
-    EXPECT_EQ(entry_of(""), nullptr);
-    EXPECT_EQ(entry_of("a b c d e f g h i"), nullptr);
-    EXPECT_EQ(entry_of("a,b,c,d,e,f,g,h,i"), nullptr);
+    EXPECT_EQ(parse_entry(""), nullptr);
+    EXPECT_EQ(parse_entry("a b c d e f g h i"), nullptr);
+    EXPECT_EQ(parse_entry("a,b,c,d,e,f,g,h,i"), nullptr);
 }
 
 TEST(directory_lines, ports_are_numbers_other_than_0)
@@ -124,7 +124,7 @@ TEST(directory_lines, ports_are_numbers_other_than_0)
         {"-99999999999999999999", std::numeric_limits<std::int32_t>::min()},
     };
     for (const auto& [field, port] : rows) {
-        const owned_entry entry = entry_of("host\t" + std::string{field} + "\t\t\t\t\t\t\t");
+        const owned_entry entry = parse_entry("host\t" + std::string{field} + "\t\t\t\t\t\t\t");
         ASSERT_TRUE(entry) << field;
         EXPECT_EQ(entry->ServerPort, port) << field;
     }
@@ -133,10 +133,10 @@ TEST(directory_lines, ports_are_numbers_other_than_0)
 TEST(directory_lines, a_long_line_is_a_line)
 {
     const std::string info(1'000'000, 'i');
-    const owned_entry entry = entry_of("host\t1\t\t\t" + info + "\t\t\t\t");
+    const owned_entry entry = parse_entry("host\t1\t\t\t" + info + "\t\t\t\t");
     ASSERT_TRUE(entry);
     EXPECT_EQ(entry->Info, info);
-    EXPECT_EQ(entry_of(std::string(1'000'000, '\t')), nullptr);
+    EXPECT_EQ(parse_entry(std::string(1'000'000, '\t')), nullptr);
 }
 
 } // namespace

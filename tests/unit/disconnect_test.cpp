@@ -1,4 +1,4 @@
-// disconnect_test.cpp - connections that the user leaves, complete or still under way.
+// disconnect_test.cpp - connections that the user ends, made or still being made.
 #include "unit/connection_fixture.hpp"
 
 #include <csignal>
@@ -14,7 +14,7 @@ class disconnect : public connection_test
 {
 };
 
-TEST_F(disconnect, commands_without_a_selected_server_do_nothing)
+TEST_F(disconnect, does_nothing_without_a_selected_server)
 {
     server_entry& entry = local_server();
     for (const std::int32_t selected : {-1, 0, 2, 1000}) {
@@ -53,7 +53,7 @@ TEST_F(disconnect, says_good_bye_and_clears_the_connection)
     EXPECT_EQ(entry.report_received, 0U);
     EXPECT_EQ(entry.log_file, nullptr);
     EXPECT_TRUE(is_wintouched(app_state.status_pane));
-    // What outlives the connection.
+    // This outlives the connection.
     EXPECT_EQ(entry.connected, 1);
     EXPECT_EQ(entry.heartbeat_sent, 1);
     EXPECT_EQ(entry.last_data_time, 12'345);
@@ -62,7 +62,7 @@ TEST_F(disconnect, says_good_bye_and_clears_the_connection)
     EXPECT_EQ(entry.can_modify, 1);
 }
 
-TEST_F(disconnect, ends_a_connection_that_somebody_else_holds_too)
+TEST_F(disconnect, ends_a_connection_that_another_process_holds_too)
 {
     server_entry& entry = local_server();
     const server_end server = connected(entry);
@@ -77,7 +77,7 @@ TEST_F(disconnect, blanks_the_row_above_the_marker)
 {
     server_entry& entry = local_server();
     add_server("z.example");
-    const server_end server = connected(entry); // second of the list
+    const server_end server = connected(entry); // second in the list
     EXPECT_EQ(marker_at(3), '*');
     mvwaddch(app_state.server_pane, 2, 1, 'X');
     disconnect_selected_server();
@@ -85,7 +85,7 @@ TEST_F(disconnect, blanks_the_row_above_the_marker)
     EXPECT_EQ(marker_at(3), '*');
 }
 
-TEST_F(disconnect, of_the_first_server_blanks_the_heading)
+TEST_F(disconnect, blanks_the_heading_for_the_first_server)
 {
     const server_end server = connected(local_server());
     mvwaddch(app_state.server_pane, 1, 1, 'X');
@@ -94,20 +94,20 @@ TEST_F(disconnect, of_the_first_server_blanks_the_heading)
     EXPECT_EQ(marker_at(2), '*');
 }
 
-TEST_F(disconnect, gives_up_a_connect_under_way)
+TEST_F(disconnect, gives_up_a_pending_connect)
 {
     server_entry& entry = local_server("srv");
-    const std::ptrdiff_t before = open_descriptors();
+    const std::ptrdiff_t before = count_open_descriptors();
     command_connect(entry);
     const pid_t child = entry.connect_pid;
     mark();
     disconnect_selected_server();
     EXPECT_EQ(entry.socket_fd, 0);
     EXPECT_EQ(entry.connect_pid, 0);
-    EXPECT_EQ(open_descriptors(), before);
+    EXPECT_EQ(count_open_descriptors(), before);
     const status_lines closed = {{"Connection to " + place("srv", home.port()) + " closed", 7}};
     EXPECT_EQ(said(), closed);
-    // Its result means nothing any more.
+    // Its result has no meaning any more.
     EXPECT_TRUE(wait_until([&] { return kill(child, 0) != 0; }));
     EXPECT_EQ(said(), closed);
     EXPECT_EQ(entry.connected, 0);
@@ -135,7 +135,7 @@ TEST_F(disconnect, drops_half_a_packet)
     EXPECT_EQ(entry.rx_received, 0U);
 }
 
-TEST_F(disconnect, of_no_connection_touches_no_descriptor)
+TEST_F(disconnect, touches_no_descriptor_without_a_connection)
 {
     server_entry& entry = local_server();
     for (const std::int32_t socket : {0, -1}) {

@@ -1,4 +1,4 @@
-// dispatch_test.cpp - what the client does about each kind of packet that a server sends.
+// dispatch_test.cpp - what the client does with each kind of packet from a server.
 #include "unit/net_fixture.hpp"
 
 #include "net/connection.hpp"
@@ -18,7 +18,7 @@ class dispatch : public net_test
 protected:
     dispatch() : entry(add_server("host.example", "srv")), server(connect(entry)) {}
 
-    /// Sends one packet through the connection and lets the client take it.
+    /// Sends one packet through the connection and makes the client receive it.
     void receive(const wire_packet& packet)
     {
         mark();
@@ -75,7 +75,7 @@ TEST_F(dispatch, says_beeps_and_answers_by_the_kind)
     }
 }
 
-TEST_F(dispatch, puts_errors_notices_and_successes_in_bold_and_plain_text_not)
+TEST_F(dispatch, shows_errors_notices_and_successes_in_bold_but_not_plain_text)
 {
     const struct {
         std::uint32_t kind;
@@ -128,7 +128,7 @@ TEST_F(dispatch, closing_clears_the_connection_and_leaves_the_rest)
         EXPECT_EQ(entry.server_version, nullptr);
         EXPECT_EQ(marker_of(entry), ' ');
         EXPECT_EQ(entry.rx_packet, nullptr);
-        // What only the user's own commands and new connections change.
+        // Only the user's commands and new connections change these.
         EXPECT_EQ(entry.connected, 1);
         EXPECT_EQ(entry.can_mail, 1);
         EXPECT_STREQ(static_cast<const char*>(entry.report_buffer), "half a report");
@@ -141,7 +141,7 @@ TEST_F(dispatch, closing_clears_the_connection_and_leaves_the_rest)
     }
 }
 
-TEST_F(dispatch, a_close_without_payload_is_no_packet)
+TEST_F(dispatch, ignores_a_close_without_payload)
 {
     receive({3, ""});
     EXPECT_EQ(said(), status_lines{});
@@ -180,9 +180,9 @@ TEST_F(dispatch, ticks_turn_the_marker_behind_the_help_too)
     app_state.help_shown = 0;
 }
 
-TEST_F(dispatch, ticks_stand_below_the_row_that_the_entry_names)
+TEST_F(dispatch, ticks_appear_below_the_row_that_the_entry_names)
 {
-    // list_row is only what markers are placed by; it is not looked up anew.
+    // list_row only places the markers; it is not looked up again.
     entry.list_row = 7;
     receive({5, "x"});
     EXPECT_EQ(mvwinch(app_state.server_pane, 8, 1) & A_CHARTEXT, static_cast<chtype>('-'));
@@ -241,7 +241,7 @@ TEST_F(dispatch, prints_texts_of_several_lines_line_by_line)
     EXPECT_EQ(beeps(), 0U);
 }
 
-TEST_F(dispatch, a_text_of_many_lines_leaves_its_last_four)
+TEST_F(dispatch, shows_the_last_four_lines_of_a_long_text)
 {
     receive({90, "1\n2\n3\n4\n5\n6"});
     EXPECT_EQ(said(), (status_lines{{"3", 15}, {"4", 15}, {"5", 15}, {"6", 15}}));
@@ -293,7 +293,7 @@ TEST_F(dispatch, shows_the_uptime_of_a_server)
     }
 }
 
-TEST_F(dispatch, works_on_a_packet_at_hand_too)
+TEST_F(dispatch, handles_a_packet_in_memory_too)
 {
     mark();
     packet_buffer packet = {};

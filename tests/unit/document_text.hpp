@@ -1,4 +1,4 @@
-// document_text.hpp - the texts of this source tree, for tests that compare documents with code.
+// document_text.hpp - texts of this source tree, for tests that compare documents with code.
 #pragma once
 
 #include <fstream>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// A file of the source tree, whole. path: from its root. A missing one fails the test.
+/// A whole file of the source tree. path: from its root. A missing file fails the test.
 inline std::string source_text(const std::string& path)
 {
     std::ifstream file{SOURCE_FOLDER "/" + path};
@@ -17,7 +17,7 @@ inline std::string source_text(const std::string& path)
     return {std::istreambuf_iterator<char>{file}, {}};
 }
 
-/// What stands between two texts; a missing one fails the test.
+/// The text between two texts; a missing one fails the test.
 inline std::string text_between(const std::string& text, const std::string& begin,
                                 const std::string& end)
 {
@@ -47,7 +47,7 @@ inline std::vector<std::vector<std::string>> all_matches(const std::string& text
     return matches;
 }
 
-/// The first group of every match; no matches at all fail the test.
+/// The first group of every match; without any match the test fails.
 inline std::set<std::string> matches_of(const std::string& text, const std::string& pattern)
 {
     std::set<std::string> firsts;

@@ -1,4 +1,4 @@
-// documents_test.cpp - the documents' examples apply, and what they point to is there.
+// documents_test.cpp - the documents' examples apply, and their links lead somewhere.
 #include "support/temp_home.hpp"
 #include "unit/document_text.hpp"
 

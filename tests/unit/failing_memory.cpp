@@ -1,4 +1,4 @@
-// failing_memory.cpp - see failing_memory.hpp. The linker leads each call of a wrapped function
+// failing_memory.cpp - see failing_memory.hpp. The linker sends each call of a wrapped function
 // here.
 #include "unit/failing_memory.hpp"
 
@@ -35,10 +35,10 @@ void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
 namespace
 {
 
-/// Of one thread. Made without allocating, for the first allocation of all comes by here.
+/// Belongs to one thread. Made without allocating, since the very first allocation comes here.
 struct failure_count {
     bool is_armed;
-    memory_shortage shortage;
+    memory_failure failure;
     long nth;
     long counted;
     bool has_failed;
@@ -50,8 +50,8 @@ bool must_fail()
     if (!failures.is_armed)
         return false;
     const long number = ++failures.counted;
-    const bool fails = failures.shortage == memory_shortage::once ? number == failures.nth
-                                                                  : number >= failures.nth;
+    const bool fails =
+        failures.failure == memory_failure::once ? number == failures.nth : number >= failures.nth;
     if (!fails)
         return false;
     failures.has_failed = true;
@@ -59,8 +59,8 @@ bool must_fail()
     return true;
 }
 
-/// A stream whose memory does not suffice for what is written.
-std::FILE* full_stream()
+/// A stream with too little memory for what is written.
+std::FILE* open_full_stream()
 {
     cookie_io_functions_t functions = {};
     functions.write = [](void*, const char*, std::size_t) -> ssize_t {
@@ -70,23 +70,23 @@ std::FILE* full_stream()
     return fopencookie(nullptr, "w", functions);
 }
 
-const char* name_of(memory_shortage shortage)
+const char* name_of(memory_failure failure)
 {
-    return shortage == memory_shortage::once ? "once" : "from then on";
+    return failure == memory_failure::once ? "once" : "from then on";
 }
 
-/// False when there was nothing left to fail.
-bool try_allocation(const memory_trial& trial, memory_shortage shortage, long nth)
+/// False when nothing was left to fail.
+bool try_allocation(const memory_trial& trial, memory_failure failure, long nth)
 {
-    SCOPED_TRACE(std::string{"allocation "} + std::to_string(nth) + " fails, " + name_of(shortage));
+    SCOPED_TRACE(std::string{"allocation "} + std::to_string(nth) + " fails, " + name_of(failure));
     trial.prepare();
     {
-        const failing_memory failing{shortage, nth};
+        const failing_memory failing{failure, nth};
         trial.call();
     }
     const bool has_failed = failing_memory::has_failed();
     if (has_failed) {
-        trial.expect_after_failure(shortage, nth);
+        trial.expect_after_failure(failure, nth);
         SCOPED_TRACE("with memory again");
         trial.prepare();
         trial.call();
@@ -99,9 +99,9 @@ bool try_allocation(const memory_trial& trial, memory_shortage shortage, long nt
 
 } // namespace
 
-failing_memory::failing_memory(memory_shortage shortage, long nth)
+failing_memory::failing_memory(memory_failure failure, long nth)
 {
-    failures = {true, shortage, nth, 0, false};
+    failures = {true, failure, nth, 0, false};
 }
 
 failing_memory::~failing_memory()
@@ -116,9 +116,9 @@ bool failing_memory::has_failed()
 
 void try_each_allocation(const memory_trial& trial)
 {
-    for (const memory_shortage shortage : {memory_shortage::once, memory_shortage::from_then_on}) {
+    for (const memory_failure failure : {memory_failure::once, memory_failure::from_then_on}) {
         long nth = 1;
-        while (try_allocation(trial, shortage, nth) && !testing::Test::HasFailure())
+        while (try_allocation(trial, failure, nth) && !testing::Test::HasFailure())
             ++nth;
         EXPECT_GT(nth, 1) << "nothing was allocated";
     }
@@ -153,8 +153,8 @@ std::FILE* __wrap_open_memstream(char** bytes, std::size_t* length)
 {
     if (must_fail())
         return nullptr;
-    // What the stream takes itself, in the C library, counts as one more.
-    return must_fail() ? full_stream() : __real_open_memstream(bytes, length);
+    // What the stream itself takes, inside the C library, counts as one more.
+    return must_fail() ? open_full_stream() : __real_open_memstream(bytes, length);
 }
 
 WINDOW* __wrap_newwin(int lines, int columns, int row, int column)

@@ -1,4 +1,4 @@
-// file_open_test.cpp - files under any name, without waiting for anybody.
+// file_open_test.cpp - opening files under any name, without blocking.
 #include "base/file_open.hpp"
 
 #include "support/temp_home.hpp"
@@ -21,7 +21,7 @@ protected:
     {
         return file_open(home.path_of("file").c_str(), use);
     }
-    /// What the file holds after "new" was written to it that way.
+    /// The file's content after "new" was written to it in this mode.
     std::string after_writing(file_use use) const
     {
         const unique_file file = open_as(use);
@@ -35,7 +35,7 @@ protected:
     temp_home home;
 };
 
-TEST_F(file_opening, makes_files_that_are_to_be_written)
+TEST_F(file_opening, creates_files_for_writing)
 {
     for (const file_use use : {file_use::replacing, file_use::appending}) {
         const mode_t umask_before = umask(027);
@@ -67,7 +67,7 @@ TEST_F(file_opening, reads_what_is_there)
     EXPECT_STREQ(line, "old");
 }
 
-TEST_F(file_opening, waits_for_nobody_at_the_other_end_of_a_fifo)
+TEST_F(file_opening, does_not_wait_for_the_other_end_of_a_fifo)
 {
     ASSERT_EQ(mkfifo(home.path_of("file").c_str(), 0600), 0);
     EXPECT_FALSE(open_as(file_use::replacing));
@@ -78,7 +78,7 @@ TEST_F(file_opening, waits_for_nobody_at_the_other_end_of_a_fifo)
     EXPECT_EQ(std::feof(file.get()), 1);
 }
 
-TEST_F(file_opening, keeps_files_from_other_programs)
+TEST_F(file_opening, keeps_descriptors_from_other_programs)
 {
     for (const file_use use : {file_use::appending, file_use::replacing, file_use::reading}) {
         const unique_file file = open_as(use);

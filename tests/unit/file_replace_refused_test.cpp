@@ -1,5 +1,5 @@
-// file_replace_refused_test.cpp - files that nobody may replace, in folders that take new files all
-// the same.
+// file_replace_refused_test.cpp - files that may not be replaced, in folders that take new files
+// all the same.
 #include "base/file_replace.hpp"
 
 #include "support/temp_home.hpp"
@@ -23,7 +23,7 @@ constexpr const char* old_content = "the old content, which is longer\n";
 
 const std::string much(200'000, 'n');
 
-/// A folder in which only a file's owner may replace it, with a file of root's that all may write.
+/// A folder in which only its owner may replace a file, with a file of root's that all may write.
 class sticky_folder : public testing::Test
 {
 protected:
@@ -67,7 +67,7 @@ TEST_F(sticky_folder, has_its_file_written_in_place)
     expect_same_file_and_no_other();
 }
 
-TEST_F(sticky_folder, keeps_the_old_content_when_there_is_no_room)
+TEST_F(sticky_folder, keeps_the_old_content_when_the_disk_is_full)
 {
     EXPECT_TRUE(unprivileged([this] {
         const rlimit limit = {4096, 4096};

@@ -1,4 +1,4 @@
-// file_replace_test.cpp - whatever goes wrong, the file is the old one or the new one, whole.
+// file_replace_test.cpp - the file is the whole old one or the whole new one, whatever goes wrong.
 #include "base/file_replace.hpp"
 
 #include "base/owners.hpp"
@@ -23,16 +23,16 @@ constexpr const char* old_content = "the old content, which is longer\n";
 
 const std::string much(200'000, 'n');
 
-struct stat status_of(const std::string& path)
+struct stat read_status(const std::string& path)
 {
     struct stat status = {};
     EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
     return status;
 }
 
-mode_t mode_of(const std::string& path)
+mode_t read_mode(const std::string& path)
 {
-    return status_of(path).st_mode & 07777;
+    return read_status(path).st_mode & 07777;
 }
 
 class file_replacing : public testing::Test
@@ -58,7 +58,7 @@ TEST_F(file_replacing, makes_a_new_file_for_its_owner_only)
 {
     EXPECT_TRUE(replace("file"));
     EXPECT_EQ(home.read_file("file"), new_content);
-    EXPECT_EQ(mode_of(home.path_of("file")), 0600U);
+    EXPECT_EQ(read_mode(home.path_of("file")), 0600U);
     EXPECT_EQ(home.files(), std::vector<std::string>{"file"});
 }
 
@@ -69,7 +69,7 @@ TEST_F(file_replacing, keeps_the_mode_whatever_the_umask)
         home.write_file("file", old_content);
         set_mode("file", mode);
         EXPECT_TRUE(replace("file"));
-        EXPECT_EQ(mode_of(home.path_of("file")), mode);
+        EXPECT_EQ(read_mode(home.path_of("file")), mode);
         set_mode("file", 0600);
         EXPECT_EQ(home.read_file("file"), new_content);
     }
@@ -77,7 +77,7 @@ TEST_F(file_replacing, keeps_the_mode_whatever_the_umask)
     EXPECT_EQ(home.files(), std::vector<std::string>{"file"});
 }
 
-TEST_F(file_replacing, takes_a_bare_name_in_the_current_folder)
+TEST_F(file_replacing, accepts_a_bare_name_in_the_current_folder)
 {
     EXPECT_TRUE(in_child(
         [this] { return chdir(home.path().c_str()) == 0 && file_replace("file", new_content); }));
@@ -112,11 +112,11 @@ TEST_F(file_replacing, follows_links_and_leaves_them)
         set_mode("real/file", 0640);
         link_to(row.target, "link");
         EXPECT_TRUE(replace("link")) << row.behaviour;
-        EXPECT_TRUE(S_ISLNK(status_of(home.path_of("link")).st_mode)) << row.behaviour;
-        EXPECT_TRUE(S_ISLNK(status_of(home.path_of("real/link")).st_mode)) << row.behaviour;
-        EXPECT_TRUE(S_ISREG(status_of(home.path_of("real/file")).st_mode)) << row.behaviour;
+        EXPECT_TRUE(S_ISLNK(read_status(home.path_of("link")).st_mode)) << row.behaviour;
+        EXPECT_TRUE(S_ISLNK(read_status(home.path_of("real/link")).st_mode)) << row.behaviour;
+        EXPECT_TRUE(S_ISREG(read_status(home.path_of("real/file")).st_mode)) << row.behaviour;
         EXPECT_EQ(home.read_file("real/file"), new_content) << row.behaviour;
-        EXPECT_EQ(mode_of(home.path_of("real/file")), 0640U) << row.behaviour;
+        EXPECT_EQ(read_mode(home.path_of("real/file")), 0640U) << row.behaviour;
         unlink(home.path_of("link").c_str());
     }
     EXPECT_EQ(home.files(), (std::vector<std::string>{"real/", "real/file", "real/link"}));
@@ -126,7 +126,7 @@ TEST_F(file_replacing, makes_the_file_that_a_dangling_link_names)
 {
     link_to("missing", "link");
     EXPECT_TRUE(replace("link"));
-    EXPECT_TRUE(S_ISLNK(status_of(home.path_of("link")).st_mode));
+    EXPECT_TRUE(S_ISLNK(read_status(home.path_of("link")).st_mode));
     EXPECT_EQ(home.read_file("missing"), new_content);
 }
 
@@ -136,7 +136,7 @@ TEST_F(file_replacing, gives_up_on_links_in_a_circle)
     link_to("one", "two");
     EXPECT_FALSE(replace("one"));
     for (const char* name : {"one", "two"})
-        EXPECT_TRUE(S_ISLNK(status_of(home.path_of(name)).st_mode));
+        EXPECT_TRUE(S_ISLNK(read_status(home.path_of(name)).st_mode));
 }
 
 TEST_F(file_replacing, refuses_a_folder_and_a_missing_folder)
@@ -152,12 +152,12 @@ TEST_F(file_replacing, writes_devices_in_place_and_tells_their_failures)
     link_to("/dev/null", "null");
     link_to("/dev/full", "full");
     EXPECT_TRUE(replace("null"));
-    EXPECT_TRUE(S_ISCHR(status_of("/dev/null").st_mode));
+    EXPECT_TRUE(S_ISCHR(read_status("/dev/null").st_mode));
     EXPECT_FALSE(replace("full"));
-    EXPECT_TRUE(S_ISCHR(status_of("/dev/full").st_mode));
+    EXPECT_TRUE(S_ISCHR(read_status("/dev/full").st_mode));
 }
 
-TEST_F(file_replacing, keeps_the_old_file_when_the_disk_has_no_room)
+TEST_F(file_replacing, keeps_the_old_file_when_the_disk_is_full)
 {
     home.write_file("file", old_content);
     EXPECT_TRUE(in_child([this] {
@@ -190,7 +190,7 @@ TEST_F(unprivileged_replacing, leaves_a_file_alone_that_may_not_be_written)
     set_mode("folder/file", 0400);
     EXPECT_TRUE(unprivileged([this] { return !replace("folder/file"); }));
     EXPECT_EQ(home.read_file("folder/file"), old_content);
-    EXPECT_EQ(mode_of(home.path_of("folder/file")), 0400U);
+    EXPECT_EQ(read_mode(home.path_of("folder/file")), 0400U);
     EXPECT_EQ(home.files(), (std::vector<std::string>{"folder/", "folder/file"}));
 }
 
@@ -198,11 +198,11 @@ TEST_F(unprivileged_replacing, writes_in_place_where_the_folder_takes_no_new_fil
 {
     set_mode("folder", 0500);
     set_mode("folder/file", 0620);
-    const ino_t inode = status_of(home.path_of("folder/file")).st_ino;
+    const ino_t inode = read_status(home.path_of("folder/file")).st_ino;
     EXPECT_TRUE(unprivileged([this] { return replace("folder/file"); }));
     EXPECT_EQ(home.read_file("folder/file"), new_content);
-    EXPECT_EQ(mode_of(home.path_of("folder/file")), 0620U);
-    EXPECT_EQ(status_of(home.path_of("folder/file")).st_ino, inode);
+    EXPECT_EQ(read_mode(home.path_of("folder/file")), 0620U);
+    EXPECT_EQ(read_status(home.path_of("folder/file")).st_ino, inode);
 }
 
 TEST_F(unprivileged_replacing, makes_no_new_file_where_the_folder_takes_none)
@@ -212,12 +212,12 @@ TEST_F(unprivileged_replacing, makes_no_new_file_where_the_folder_takes_none)
     EXPECT_EQ(home.files(), (std::vector<std::string>{"folder/", "folder/file"}));
 }
 
-TEST_F(unprivileged_replacing, replaces_whole_where_the_folder_takes_new_files)
+TEST_F(unprivileged_replacing, replaces_the_whole_file_where_the_folder_takes_new_files)
 {
-    const ino_t inode = status_of(home.path_of("folder/file")).st_ino;
+    const ino_t inode = read_status(home.path_of("folder/file")).st_ino;
     EXPECT_TRUE(unprivileged([this] { return replace("folder/file"); }));
     EXPECT_EQ(home.read_file("folder/file"), new_content);
-    EXPECT_NE(status_of(home.path_of("folder/file")).st_ino, inode);
+    EXPECT_NE(read_status(home.path_of("folder/file")).st_ino, inode);
     EXPECT_EQ(home.files(), (std::vector<std::string>{"folder/", "folder/file"}));
 }
 

@@ -1,4 +1,4 @@
-// glyphs_test.cpp - what becomes of bytes on their way into a window.
+// glyphs_test.cpp - how bytes appear in a window.
 #include "unit/headless_screen.hpp"
 
 #include "ui/glyphs.hpp"
@@ -31,7 +31,7 @@ protected:
     const std::unique_ptr<WINDOW, releaser<delwin>> window{newwin(2, 10, 0, 0)};
 };
 
-TEST_F(glyphs, have_blanks_for_what_places_text_and_question_marks_for_what_drives_terminals)
+TEST_F(glyphs, show_blanks_for_layout_bytes_and_question_marks_for_control_bytes)
 {
     const struct {
         const char* behaviour;
@@ -68,7 +68,7 @@ TEST_F(glyphs, end_at_the_edge)
     EXPECT_EQ(glyphs_write_to_edge(window.get(), 1, 0, "abc"), 3);
 }
 
-TEST_F(glyphs, without_a_window_go_nowhere)
+TEST_F(glyphs, draw_nothing_without_a_window)
 {
     glyphs_write(nullptr, "x");
     glyphs_write_at(nullptr, 0, 0, "x");

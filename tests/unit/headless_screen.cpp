@@ -15,8 +15,8 @@ namespace
 
 constexpr short last_pair = 15;
 
-/// All texts of the entries, those included that outlive their entry in the program.
-void servers_release()
+/// Frees all texts of the entries, including those that outlive their entry in the program.
+void release_servers()
 {
     for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
         const server_entry* server = server_at(app_state.servers, index);
@@ -27,7 +27,7 @@ void servers_release()
     collection_destroy(app_state.servers);
 }
 
-void folders_release()
+void release_folders()
 {
     for (std::size_t index = 0; index < setting_text_count; ++index)
         std::free(app_state.setting_texts[index]);
@@ -61,8 +61,8 @@ headless_screen::headless_screen() : input(std::fopen("/dev/null", "r")), output
 
 headless_screen::~headless_screen()
 {
-    servers_release();
-    folders_release();
+    release_servers();
+    release_folders();
     delwin(app_state.settings_win);
     delwin(app_state.status_pane);
     std::destroy_at(&app_state);

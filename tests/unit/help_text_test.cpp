@@ -1,4 +1,4 @@
-// help_text_test.cpp - the help text that is installed fits the smallest usual terminal.
+// help_text_test.cpp - the installed help text fits the smallest usual terminal.
 #include "ui/help.hpp"
 
 #include <algorithm>
@@ -9,18 +9,18 @@
 namespace
 {
 
-// Of 24 rows the title, an empty row and the hint are taken; of 80 columns one is the cursor's.
+// The title, an empty row and the hint take 3 of 24 rows; the cursor takes one of 80 columns.
 constexpr int rows_for_text = 21;
 constexpr std::size_t columns_for_text = 79;
 
-std::ifstream help_open()
+std::ifstream open_help()
 {
     return std::ifstream{std::string{SOURCE_FOLDER "/share/"} + help_name};
 }
 
 TEST(help_text, fits_a_terminal_of_24_rows_and_80_columns)
 {
-    std::ifstream file = help_open();
+    std::ifstream file = open_help();
     ASSERT_TRUE(file);
     int rows = 0;
     for (std::string line; std::getline(file, line); ++rows) {
@@ -33,7 +33,7 @@ TEST(help_text, fits_a_terminal_of_24_rows_and_80_columns)
 
 TEST(help_text, names_every_command_key)
 {
-    std::ifstream file = help_open();
+    std::ifstream file = open_help();
     const std::string text{std::istreambuf_iterator<char>{file}, {}};
     for (const char* key :
          {"Up, Down", "^L", "^D", "^I", "^A", "Enter", "^O", "^P", "^R", "^E", "^H", "^X"})

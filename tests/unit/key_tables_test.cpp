@@ -1,4 +1,4 @@
-// key_tables_test.cpp - README, help, manual pages and screen name the keys that the program has.
+// key_tables_test.cpp - README, help, manual pages and screen name the keys of the program.
 #include "unit/document_text.hpp"
 
 #include "data/settings_table.hpp"
@@ -14,11 +14,11 @@ using key_names = std::set<std::string>;
 struct command {
     std::string name;
     std::string need;       // as in the table: nothing, selection or connection
-    std::string capability; // the field of server_entry; empty: none asked for
+    std::string capability; // the field of server_entry; empty: none needed
 };
 
-/// The key table's rows, with keys named as documents name them.
-const std::vector<command>& commands()
+/// The key table's rows, with the keys named as in the documents.
+const std::vector<command>& read_commands()
 {
     static const auto rows = [] {
         const std::string code = source_text("src/app/main_loop.cpp");
@@ -41,23 +41,23 @@ const std::vector<command>& commands()
     return rows;
 }
 
-key_names command_keys()
+key_names collect_command_keys()
 {
     key_names keys;
-    for (const command& row : commands())
+    for (const command& row : read_commands())
         EXPECT_TRUE(keys.insert(row.name).second) << "twice: " << row.name;
     return keys;
 }
 
-/// The keys that a text names; other names of the same key stand in brackets and do not count.
-key_names keys_in(const std::string& text)
+/// The keys that a text names; other names of the same key are in brackets and do not count.
+key_names find_keys(const std::string& text)
 {
     const std::string plain = std::regex_replace(text, std::regex{R"(\([^)]*\))"}, "");
     return matches_of(plain, R"((\^[A-Z]|\bUp\b|\bDown\b|\bEnter\b))");
 }
 
-/// The manual's entries: the keys of each with what is said of them.
-std::map<std::string, std::string> manual_entries()
+/// The manual's entries: the keys of each with their description.
+std::map<std::string, std::string> read_manual_entries()
 {
     const std::string page = source_text("share/man/ncursesclient.1");
     std::map<std::string, std::string> entries;
@@ -73,38 +73,38 @@ std::map<std::string, std::string> manual_entries()
     return entries;
 }
 
-TEST(key_tables, of_the_readme_name_every_key)
+TEST(key_tables, the_readme_names_every_key)
 {
     const std::string section = text_between(source_text("README.md"), "\n## Keys\n", "\n## ");
     key_names keys;
     for (const auto& row : all_matches(section, R"(\n\| ([^|]+) \|)"))
         if (row[0] != "key")
-            keys.merge(keys_in(row[0]));
-    EXPECT_EQ(keys, command_keys());
+            keys.merge(find_keys(row[0]));
+    EXPECT_EQ(keys, collect_command_keys());
 }
 
-TEST(key_tables, of_the_help_name_every_key)
+TEST(key_tables, the_help_names_every_key)
 {
     const std::string help = source_text("share/ncursesclient.hlp");
-    EXPECT_EQ(keys_in(help.substr(0, help.find("\n\n"))), command_keys());
+    EXPECT_EQ(find_keys(help.substr(0, help.find("\n\n"))), collect_command_keys());
 }
 
-TEST(key_tables, of_the_manual_page_name_every_key)
+TEST(key_tables, the_manual_page_names_every_key)
 {
     key_names keys;
-    for (const auto& [key, entry] : manual_entries())
+    for (const auto& [key, entry] : read_manual_entries())
         keys.insert(key);
-    EXPECT_EQ(keys, command_keys());
+    EXPECT_EQ(keys, collect_command_keys());
 }
 
-TEST(key_tables, of_the_manual_page_say_what_every_command_needs)
+TEST(key_tables, the_manual_page_says_what_every_command_needs)
 {
     const std::map<std::string, std::string> offers = {{"", ""},
                                                        {"can_modify", "allows updates"},
                                                        {"can_report", "offers reports"},
                                                        {"can_page", "offers pager lists"}};
-    const auto entries = manual_entries();
-    for (const command& row : commands()) {
+    const auto entries = read_manual_entries();
+    for (const command& row : read_commands()) {
         ASSERT_TRUE(entries.contains(row.name)) << row.name;
         const std::string entry = std::regex_replace(entries.at(row.name), std::regex{"\n"}, " ");
         const bool is_service = entry.find("Needs a connection to a server that") != entry.npos;
@@ -114,17 +114,17 @@ TEST(key_tables, of_the_manual_page_say_what_every_command_needs)
     }
 }
 
-TEST(key_tables, of_the_screens_last_row_are_keys)
+TEST(key_tables, the_last_row_of_the_screen_names_only_keys)
 {
     const std::string line =
         text_between(source_text("src/ui/screen.cpp"), "key_line_text = ", ";");
-    const key_names all = command_keys();
-    for (const std::string& key : keys_in(line))
+    const key_names all = collect_command_keys();
+    for (const std::string& key : find_keys(line))
         EXPECT_TRUE(all.contains(key)) << key;
 }
 
-/// The hot keys as documents name them, with the setting of each.
-std::map<std::string, std::string> hot_keys()
+/// The hot keys as the documents name them, with the setting of each.
+std::map<std::string, std::string> collect_hot_keys()
 {
     std::map<std::string, std::string> keys;
     const auto add = [&keys](int hot_key, const char* setting) {
@@ -138,8 +138,8 @@ std::map<std::string, std::string> hot_keys()
     return keys;
 }
 
-std::map<std::string, std::string> pairs_in(const std::string& text, const std::string& pattern,
-                                            bool setting_comes_first)
+std::map<std::string, std::string> find_pairs(const std::string& text, const std::string& pattern,
+                                              bool setting_comes_first)
 {
     std::map<std::string, std::string> pairs;
     for (const auto& match : all_matches(text, pattern))
@@ -147,20 +147,20 @@ std::map<std::string, std::string> pairs_in(const std::string& text, const std::
     return pairs;
 }
 
-TEST(key_tables, of_the_manual_pages_name_every_hot_key)
+TEST(key_tables, the_manual_pages_name_every_hot_key)
 {
-    EXPECT_EQ(pairs_in(source_text("share/man/ncursesclient.1"),
-                       R"(\n\.It Ic (ALT\+\w)\n\.Cm (\w+))", false),
-              hot_keys());
-    EXPECT_EQ(pairs_in(source_text("share/man/ncursesclient.conf.5"),
-                       R"(\n\.It Cm (\w+) Pq Ic (ALT\+\w)\n)", true),
-              hot_keys());
+    EXPECT_EQ(find_pairs(source_text("share/man/ncursesclient.1"),
+                         R"(\n\.It Ic (ALT\+\w)\n\.Cm (\w+))", false),
+              collect_hot_keys());
+    EXPECT_EQ(find_pairs(source_text("share/man/ncursesclient.conf.5"),
+                         R"(\n\.It Cm (\w+) Pq Ic (ALT\+\w)\n)", true),
+              collect_hot_keys());
 }
 
-TEST(key_tables, of_the_readme_name_every_hot_key)
+TEST(key_tables, the_readme_names_every_hot_key)
 {
-    EXPECT_EQ(pairs_in(source_text("README.md"), R"(\n\| `(\w+)` \| (ALT\+\w) \|)", true),
-              hot_keys());
+    EXPECT_EQ(find_pairs(source_text("README.md"), R"(\n\| `(\w+)` \| (ALT\+\w) \|)", true),
+              collect_hot_keys());
 }
 
 } // namespace

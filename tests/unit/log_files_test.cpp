@@ -1,4 +1,4 @@
-// log_files_test.cpp - where transmissions are logged to, and what is written there.
+// log_files_test.cpp - where transmissions are logged, and what is written.
 #include "unit/log_fixture.hpp"
 
 #include "net/transmission.hpp"
@@ -30,7 +30,7 @@ TEST_F(logging, puts_the_servers_name_before_the_folder)
     EXPECT_EQ(app_state.shared_log, nullptr);
 }
 
-TEST_F(logging, goes_by_the_host_name_where_there_is_no_alias)
+TEST_F(logging, uses_the_host_name_where_there_is_no_alias)
 {
     server_entry& unnamed = add_server("other.example");
     folder.make_folder("other.example");
@@ -49,7 +49,7 @@ TEST_F(logging, says_so_when_a_log_cannot_be_opened)
     present(plain_elements);
 }
 
-TEST_F(logging, takes_the_folder_as_it_is_set)
+TEST_F(logging, uses_the_folder_as_it_is_set)
 {
     folder.make_folder("srv");
     set_log_folder("./");
@@ -58,7 +58,7 @@ TEST_F(logging, takes_the_folder_as_it_is_set)
     EXPECT_TRUE(folder.read_file("srv/.log").has_value());
 }
 
-TEST_F(logging, takes_the_working_folder_where_none_is_set)
+TEST_F(logging, uses_the_working_folder_where_none_is_set)
 {
     const std::string current = std::filesystem::current_path();
     const std::string parent = current.substr(0, current.rfind('/'));
@@ -90,7 +90,7 @@ TEST_F(logging, keeps_one_shared_log_in_the_folder)
     EXPECT_NE(app_state.shared_log, nullptr);
     EXPECT_EQ(entry.log_file, nullptr);
     EXPECT_EQ(said(), (status_lines{{"Logfile 'logs/ACARS.log' successfully opened", 6}}));
-    // It is opened once, whoever connects next.
+    // It is opened once, whichever server connects next.
     std::FILE* const opened = app_state.shared_log;
     open_log_files(add_server("other.example"));
     EXPECT_EQ(app_state.shared_log, opened);
@@ -159,7 +159,7 @@ TEST_F(logging, does_not_wait_for_a_reader_of_a_fifo)
     EXPECT_EQ(said(), (status_lines{{"Logfile 'srv/logs.log' not opened", 6}}));
 }
 
-TEST_F(logging, writes_every_record_at_once_and_to_the_letter)
+TEST_F(logging, writes_every_record_at_once_and_exactly)
 {
     folder.make_folder("srv");
     set_log_folder("logs");
@@ -228,7 +228,7 @@ TEST_F(two_logs, are_never_both_written)
     EXPECT_EQ(shared(), "");
 }
 
-TEST_F(two_logs, the_shared_one_takes_what_the_servers_own_does_not)
+TEST_F(two_logs, the_shared_log_takes_what_the_servers_log_does_not)
 {
     present(plain_elements);
     EXPECT_EQ(own(), "");
@@ -246,7 +246,7 @@ TEST_F(two_logs, are_left_alone_while_logging_is_off)
     EXPECT_EQ(own() + shared(), "");
 }
 
-TEST_F(two_logs, the_shared_one_holds_the_records_of_all_servers)
+TEST_F(two_logs, the_shared_log_holds_the_records_of_all_servers)
 {
     server_entry& other = add_server("other.example");
     log_transmission(entry, "\none");

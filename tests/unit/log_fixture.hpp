@@ -11,7 +11,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-/// The working folder is an empty one; wide enough for long file names in the status pane.
+/// The working folder is empty; the screen is wide enough for long file names in the status pane.
 class log_test : public net_test
 {
 protected:

@@ -1,4 +1,4 @@
-// log_record_test.cpp - records are in a log whole or not at all.
+// log_record_test.cpp - a log holds whole records only.
 #include "base/log_record.hpp"
 
 #include "base/owners.hpp"
@@ -32,7 +32,7 @@ protected:
         const file_size_limit limit(bytes);
         return append(record);
     }
-    /// From now on nothing can be taken back from the log.
+    /// From now on nothing can be cut from the log.
     void forbid_truncation() const
     {
         ASSERT_EQ(fcntl(log.get(), F_ADD_SEALS, F_SEAL_SHRINK), 0);
@@ -57,7 +57,7 @@ TEST_F(log_record, is_appended)
     EXPECT_EQ(text(), "\none\ntwo");
 }
 
-TEST_F(log_record, of_which_only_a_part_fits_is_taken_back)
+TEST_F(log_record, is_taken_back_if_only_a_part_fits)
 {
     EXPECT_TRUE(append("\none"));
     for (rlim_t room = 0; room < 6; ++room) {
@@ -69,7 +69,7 @@ TEST_F(log_record, of_which_only_a_part_fits_is_taken_back)
     EXPECT_EQ(text(), "\none\nthree");
 }
 
-TEST_F(log_record, that_cannot_be_taken_back_gets_nothing_behind_it)
+TEST_F(log_record, gets_nothing_after_it_if_it_cannot_be_taken_back)
 {
     EXPECT_TRUE(append("\none"));
     forbid_truncation();
@@ -79,7 +79,7 @@ TEST_F(log_record, that_cannot_be_taken_back_gets_nothing_behind_it)
     EXPECT_EQ(text(), "\none\nt");
 }
 
-TEST_F(log_record, that_could_not_be_taken_back_is_so_before_the_next)
+TEST_F(log_record, is_taken_back_before_the_next_one_if_that_failed_before)
 {
     EXPECT_TRUE(append("\none\ntw"));
     torn = {.begin = 4, .bytes = 3};
@@ -116,7 +116,7 @@ TEST(log_record_in_a_pipe, is_written_or_not_and_breaks_nothing)
     EXPECT_EQ(std::string(bytes, 4), "\none");
 }
 
-TEST(log_record_on_a_device, that_is_full_is_not_written)
+TEST(log_record_on_a_device, is_not_written_if_the_device_is_full)
 {
     const unique_fd device(open("/dev/full", O_WRONLY | O_APPEND | O_CLOEXEC));
     torn_record torn = {};

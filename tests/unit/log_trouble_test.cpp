@@ -1,4 +1,4 @@
-// log_trouble_test.cpp - logs that can no longer be written are reported once and tried again.
+// log_trouble_test.cpp - logs that can no longer be written are reported once and retried.
 #include "unit/log_fixture.hpp"
 
 #include "support/small_disk.hpp"
@@ -41,7 +41,7 @@ protected:
     }
 };
 
-TEST_F(log_trouble, without_room_is_reported_once_and_leaves_no_part_of_a_record)
+TEST_F(log_trouble, is_reported_once_and_leaves_no_partial_record)
 {
     begin();
     for (int round = 0; round < 2; ++round) {
@@ -59,7 +59,7 @@ TEST_F(log_trouble, without_room_is_reported_once_and_leaves_no_part_of_a_record
     EXPECT_EQ(text(), "\none\ntwo\nthree\ntwo\nthree");
 }
 
-TEST_F(log_trouble, on_a_full_disk_ends_when_there_is_room_again)
+TEST_F(log_trouble, ends_when_a_full_disk_has_space_again)
 {
     const small_disk disk(folder.path_of("srv"), 64UL * 1024);
     if (!disk.is_there())
@@ -67,7 +67,7 @@ TEST_F(log_trouble, on_a_full_disk_ends_when_there_is_room_again)
     begin();
     std::string whole = *text();
     ASSERT_TRUE(disk.fill());
-    // The page that the log has already takes some records; then one that is cut does not fit.
+    // The log's page takes some more records, until one fits only in part.
     const std::string record = '\n' + std::string(300, 'r');
     while (said().empty()) {
         log(record.c_str());
@@ -83,7 +83,7 @@ TEST_F(log_trouble, on_a_full_disk_ends_when_there_is_room_again)
     close_log_file(entry);
 }
 
-TEST_F(log_trouble, of_a_deleted_file_ends_with_a_new_one)
+TEST_F(log_trouble, ends_with_a_new_file_after_a_deletion)
 {
     begin();
     ASSERT_EQ(unlink("srv/logs.log"), 0);
@@ -99,7 +99,7 @@ TEST_F(log_trouble, of_a_deleted_file_ends_with_a_new_one)
     EXPECT_EQ(said(), (status_lines{unwritable, opened, unwritable}));
 }
 
-TEST_F(log_trouble, of_a_deleted_folder_is_reported_once_until_it_is_there_again)
+TEST_F(log_trouble, is_reported_once_for_a_deleted_folder_until_it_is_back)
 {
     begin();
     std::filesystem::remove_all("srv");
@@ -112,7 +112,7 @@ TEST_F(log_trouble, of_a_deleted_folder_is_reported_once_until_it_is_there_again
     EXPECT_EQ(text(), "\ntwo");
 }
 
-TEST_F(log_trouble, of_the_shared_log_ends_with_the_next_transmission_of_any_server)
+TEST_F(log_trouble, ends_for_the_shared_log_with_the_next_transmission_of_any_server)
 {
     app_state.setting_flags = SaveToOne;
     set_log_folder("srv");
@@ -127,7 +127,7 @@ TEST_F(log_trouble, of_the_shared_log_ends_with_the_next_transmission_of_any_ser
     EXPECT_EQ(folder.read_file("srv/ACARS.log"), "\ntwo");
 }
 
-TEST_F(log_trouble, is_none_when_a_log_is_copied_and_truncated)
+TEST_F(log_trouble, does_not_arise_when_a_log_is_copied_and_truncated)
 {
     begin();
     std::filesystem::copy("srv/logs.log", "srv/logs.log.1");
@@ -137,7 +137,7 @@ TEST_F(log_trouble, is_none_when_a_log_is_copied_and_truncated)
     EXPECT_EQ(said(), status_lines{});
 }
 
-TEST_F(log_trouble, is_none_when_a_log_is_renamed)
+TEST_F(log_trouble, does_not_arise_when_a_log_is_renamed)
 {
     begin();
     std::filesystem::rename("srv/logs.log", "srv/logs.log.1");
@@ -146,7 +146,7 @@ TEST_F(log_trouble, is_none_when_a_log_is_renamed)
     EXPECT_EQ(said(), status_lines{});
 }
 
-TEST_F(log_trouble, of_a_device_is_reported_once)
+TEST_F(log_trouble, is_reported_once_for_a_device)
 {
     std::filesystem::create_symlink("/dev/full", "srv/logs.log");
     open_log_files(entry);
@@ -156,7 +156,7 @@ TEST_F(log_trouble, of_a_device_is_reported_once)
     EXPECT_NE(entry.log_file, nullptr);
 }
 
-TEST_F(log_trouble, that_left_a_part_of_a_record_ends_with_the_log)
+TEST_F(log_trouble, ends_with_the_log_if_it_left_a_partial_record)
 {
     begin();
     {
@@ -197,7 +197,7 @@ TEST_F(log_trouble, brings_back_only_the_log_that_the_settings_ask_for)
     EXPECT_EQ(folder.files(), std::vector<std::string>{"srv/"});
 }
 
-TEST_F(log_trouble, at_opening_is_not_tried_again)
+TEST_F(log_trouble, is_not_retried_if_opening_failed)
 {
     std::filesystem::remove_all("srv");
     open_log_files(entry);

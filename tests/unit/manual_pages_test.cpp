@@ -1,4 +1,4 @@
-// manual_pages_test.cpp - the manual pages name what the programs take and write.
+// manual_pages_test.cpp - the manual pages name what the programs accept and write.
 #include "unit/config_fixture.hpp"
 #include "unit/document_text.hpp"
 
@@ -66,7 +66,7 @@ TEST(manual_pages, name_every_signal_that_is_acted_on)
 class config_page_elements : public config_test
 {
 protected:
-    /// Names of the elements that are written for a server with everything.
+    /// Names of the elements that are written for a server with all fields set.
     std::set<std::string> written_elements()
     {
         load("<?xml?><clientconf><Server1><ServerName>one</ServerName></Server1></clientconf>");
@@ -88,7 +88,7 @@ TEST_F(config_page_elements, are_those_that_the_program_writes)
     }
 }
 
-TEST_F(config_page_elements, of_its_example_are_understood)
+TEST_F(config_page_elements, are_understood_in_the_example)
 {
     load(text_between(source_text(config_page), "\n.Bd -literal\n", "\n.Ed\n"));
     ASSERT_EQ(app_state.servers->count, 2);
@@ -96,7 +96,7 @@ TEST_F(config_page_elements, of_its_example_are_understood)
     EXPECT_STREQ(folder_setting(LogFilePath), "/var/tmp");
 }
 
-TEST(manual_pages, give_the_bounds_and_names_that_hold)
+TEST(manual_pages, give_the_bounds_and_names_of_the_code)
 {
     static_assert(config_max_bytes == 64UL << 20 && log_name_bytes == 256);
     EXPECT_NE(source_text(config_page).find("larger than 64 MiB"), std::string::npos);

@@ -37,11 +37,11 @@ TEST(md5, gives_the_published_digests)
         EXPECT_EQ(digest_of(row.text), row.digest) << row.text;
 }
 
-TEST(md5, pads_right_at_every_length_round_a_block_border)
+TEST(md5, pads_correctly_at_every_length_around_a_block_border)
 {
     const struct {
         std::size_t length;
-        const char* digest; // of that many letters x
+        const char* digest; // of this many letters x
     } vectors[] = {
         {1, "9dd4e461268c8034f5c8564e155c67a6"},    {54, "61ea0974c662328da964d977a8253873"},
         {55, "04364420e25c512fd958a70738aa8f72"},   {56, "668a72d5ba17f08e62dabcafad6db14b"},
@@ -56,7 +56,7 @@ TEST(md5, pads_right_at_every_length_round_a_block_border)
         EXPECT_EQ(digest_of(std::string(row.length, 'x')), row.digest) << row.length;
 }
 
-TEST(md5, takes_every_byte_value_as_a_byte)
+TEST(md5, digests_every_byte_value)
 {
     std::string all;
     for (int byte = 0; byte < 256; ++byte)

@@ -28,7 +28,7 @@ constexpr std::size_t wire_header_bytes = 12;
 constexpr int screen_lines = 24;
 constexpr const char* mark_text = "--mark--";
 
-std::string number_bytes(std::uint32_t number, int count)
+std::string make_number_bytes(std::uint32_t number, int count)
 {
     std::string bytes;
     for (int index = 0; index < count; ++index)
@@ -36,7 +36,7 @@ std::string number_bytes(std::uint32_t number, int count)
     return bytes;
 }
 
-std::uint32_t number_at(std::string_view bytes, std::size_t from, std::size_t count)
+std::uint32_t read_number(std::string_view bytes, std::size_t from, std::size_t count)
 {
     std::uint32_t number = 0;
     for (std::size_t index = count; index-- > 0;)
@@ -44,13 +44,13 @@ std::uint32_t number_at(std::string_view bytes, std::size_t from, std::size_t co
     return number;
 }
 
-std::uint16_t short_at(std::string_view bytes, std::size_t from)
+std::uint16_t read_short(std::string_view bytes, std::size_t from)
 {
-    return static_cast<std::uint16_t>(number_at(bytes, from, 2));
+    return static_cast<std::uint16_t>(read_number(bytes, from, 2));
 }
 
-/// Takes signals that are still under way, so that no later test finds them.
-void signals_forget()
+/// Takes signals that are still pending, so that no later test receives them.
+void forget_signals()
 {
     alarm(0);
     for (const int signal_number : {SIGALRM, SIGCHLD}) {
@@ -59,7 +59,7 @@ void signals_forget()
     }
 }
 
-void windows_delete()
+void delete_windows()
 {
     WINDOW** const windows[] = {&app_state.popup_win,   &app_state.dialog_win,
                                 &app_state.key_line,    &app_state.settings_win,
@@ -72,7 +72,7 @@ void windows_delete()
     }
 }
 
-void connection_release(server_entry& entry)
+void release_connection(server_entry& entry)
 {
     if (entry.connect_pid > 0) {
         kill(entry.connect_pid, SIGKILL);
@@ -84,14 +84,14 @@ void connection_release(server_entry& entry)
     std::free(entry.report_buffer);
 }
 
-void marks_release()
+void release_marks()
 {
     std::free(app_state.list_marks);
     app_state.list_marks = nullptr;
     app_state.list_marks_count = 0;
 }
 
-std::string trimmed(const std::string& text)
+std::string trim(const std::string& text)
 {
     const std::size_t first = text.find_first_not_of(' ');
     return first == std::string::npos ? "" : text.substr(first);
@@ -100,7 +100,7 @@ std::string trimmed(const std::string& text)
 } // namespace
 
 #if defined(__SANITIZE_THREAD__)
-// Signals come in through pauses only, where handlers may allocate.
+// Signals come in only during pauses, where handlers may allocate.
 extern "C" const char* __tsan_default_options();
 extern "C" const char* __tsan_default_options()
 {
@@ -116,10 +116,10 @@ std::ostream& operator<<(std::ostream& out, const wire_packet& packet)
 
 std::string wire_bytes(const wire_packet& packet)
 {
-    return number_bytes(packet.kind, 4) +
-           number_bytes(static_cast<std::uint32_t>(packet.text.size()), 2) +
-           number_bytes(packet.extra, 2) + number_bytes(packet.param1, 2) +
-           number_bytes(packet.param2, 2) + packet.text;
+    return make_number_bytes(packet.kind, 4) +
+           make_number_bytes(static_cast<std::uint32_t>(packet.text.size()), 2) +
+           make_number_bytes(packet.extra, 2) + make_number_bytes(packet.param1, 2) +
+           make_number_bytes(packet.param2, 2) + packet.text;
 }
 
 void server_end::send(const wire_packet& packet) const
@@ -148,9 +148,9 @@ wire_packets server_end::take_packets() const
     wire_packets packets;
     std::string_view rest = bytes;
     while (rest.size() >= wire_header_bytes) {
-        const std::size_t length = short_at(rest, 4);
-        packets.push_back({number_at(rest, 0, 4), std::string{rest.substr(12, length)},
-                           short_at(rest, 6), short_at(rest, 8), short_at(rest, 10)});
+        const std::size_t length = read_short(rest, 4);
+        packets.push_back({read_number(rest, 0, 4), std::string{rest.substr(12, length)},
+                           read_short(rest, 6), read_short(rest, 8), read_short(rest, 10)});
         rest.remove_prefix(std::min(rest.size(), wire_header_bytes + length));
     }
     EXPECT_EQ(rest, "");
@@ -198,7 +198,7 @@ std::ostream& operator<<(std::ostream& out, const status_line& line)
     return out << '"' << line.text << "\" in pair " << line.pair;
 }
 
-signal_room::signal_room()
+signal_guard::signal_guard()
 {
     pthread_sigmask(SIG_BLOCK, nullptr, &mask_before);
     is_owner = sigismember(&mask_before, SIGALRM) == 0;
@@ -206,9 +206,9 @@ signal_room::signal_room()
         pause_init();
 }
 
-signal_room::~signal_room()
+signal_guard::~signal_guard()
 {
-    signals_forget();
+    forget_signals();
     if (!is_owner)
         return;
     state_lock_release();
@@ -217,7 +217,7 @@ signal_room::~signal_room()
 
 net_test::net_test(int columns)
 {
-    windows_delete();
+    delete_windows();
     resize_term(screen_lines, columns);
     EXPECT_EQ(screen_build(), 1);
     server_list_draw();
@@ -227,10 +227,10 @@ net_test::net_test(int columns)
 net_test::~net_test()
 {
     for (std::int32_t index = 0; index < app_state.servers->count; ++index)
-        connection_release(*server_at(app_state.servers, index));
+        release_connection(*server_at(app_state.servers, index));
     close_shared_log();
-    marks_release();
-    windows_delete();
+    release_marks();
+    delete_windows();
 }
 
 server_entry& net_test::add_server(const char* name, const char* alias, std::int32_t port) const
@@ -283,7 +283,7 @@ std::size_t net_test::beeps() const
 
 std::string net_test::message_row(int row) const
 {
-    return trimmed(screen.row_text(app_state.message_pane, row));
+    return trim(screen.row_text(app_state.message_pane, row));
 }
 
 char net_test::marker_of(const server_entry& entry) const

@@ -1,7 +1,7 @@
-// net_fixture.hpp - the client's own screen, servers and connections, for tests of what it says to
+// net_fixture.hpp - the client's own screen, servers and connections, for tests of what it sends to
 // servers and shows of them.
 //
-// Owns the far ends of the connections and everything that a test leaves behind in app_state.
+// Owns the far ends of the connections, and everything that a test leaves in app_state.
 #pragma once
 
 #include "base/owners.hpp"
@@ -19,7 +19,7 @@
 #include <string_view>
 #include <vector>
 
-/// A packet by its numbers and its text. Its bytes are put together without the client's code.
+/// A packet by its numbers and its text. Its bytes are made without the client's code.
 struct wire_packet {
     std::uint32_t kind = 0;
     std::string text{};
@@ -44,15 +44,15 @@ public:
 
     void send(const wire_packet& packet) const;
     void send_bytes(std::string_view bytes) const;
-    /// What the client has sent and nobody has taken yet, without waiting.
+    /// What the client has sent and nobody has read yet, without waiting.
     std::string take_bytes() const;
-    /// The same as packets; a piece of a packet fails the test.
+    /// The same as packets; a partial packet fails the test.
     wire_packets take_packets() const;
-    /// Waits for that many bytes; fewer are given when patience runs out.
+    /// Waits for that many bytes; gives fewer when the time runs out.
     std::string await_bytes(std::size_t count) const;
-    /// Waits until the client has closed, whatever it has sent before.
+    /// Waits until the client has closed, whatever it sent before.
     bool await_end() const;
-    /// Whether the client has closed; what it has sent before is dropped.
+    /// Whether the client has closed; drops what it sent before.
     bool is_ended() const;
     /// Closes this end.
     void close();
@@ -64,7 +64,7 @@ private:
 /// One line of the status pane.
 struct status_line {
     std::string text;
-    int pair = 0; // 0 for an empty line, which has no colour that one could see
+    int pair = 0; // 0 for an empty line, which has no visible colour
 
     bool operator==(const status_line&) const = default;
 };
@@ -72,22 +72,22 @@ using status_lines = std::vector<status_line>;
 
 std::ostream& operator<<(std::ostream& out, const status_line& line);
 
-/// Lets signals in through pauses only, as the running program does; as before afterwards, so that
-/// programs that later tests start are not deaf.
-class signal_room
+/// Lets signals in only during pauses, as the running program does. Restores the mask at its end,
+/// so that programs which later tests start can receive signals.
+class signal_guard
 {
 public:
-    signal_room();
-    ~signal_room();
-    signal_room(const signal_room&) = delete;
-    signal_room& operator=(const signal_room&) = delete;
+    signal_guard();
+    ~signal_guard();
+    signal_guard(const signal_guard&) = delete;
+    signal_guard& operator=(const signal_guard&) = delete;
 
 private:
     sigset_t mask_before = {};
-    bool is_owner = false; // nobody else in the test program had begun
+    bool is_owner = false; // no other guard in the test program is active
 };
 
-/// A wide screen of 24 lines, built as the program builds it, and no servers.
+/// A wide screen of 24 lines, built as the program builds it, without servers.
 class net_test : public testing::Test
 {
 protected:
@@ -99,45 +99,45 @@ protected:
     /// Registers a server and draws the list again, which renews every list_row.
     server_entry& add_server(const char* name, const char* alias = nullptr,
                              std::int32_t port = 0) const;
-    /// Gives an entry a connection that is complete, with fresh data, as the connect command and
-    /// its result leave it.
+    /// Gives an entry a complete connection with fresh data, as the connect command and its result
+    /// leave it.
     server_end connect(server_entry& entry) const;
 
-    /// From here on said() and beeps() count.
+    /// said() and beeps() count from here.
     void mark();
-    /// The status pane's lines since the mark, oldest first; the last four at most.
+    /// The lines of the status pane since the mark, oldest first; the last four at most.
     status_lines said() const;
     std::size_t beeps() const;
 
     /// A row of the message pane, without the blanks at its ends.
     std::string message_row(int row) const;
-    /// The marker that the list shows beside an entry that the connect command placed.
+    /// The marker in the list beside an entry that the connect command placed.
     char marker_of(const server_entry& entry) const;
 
-    /// Lets signals in until the condition holds; false when patience runs out.
+    /// Lets signals in until the condition holds; false when the time runs out.
     static bool wait_until(const std::function<bool()>& holds);
 
     headless_screen screen;
 
 private:
-    signal_room signals;
+    signal_guard signals;
     std::size_t bells_at_mark = 0;
 };
 
-/// Types keys into the next prompt.
+/// Types keys for the next prompt.
 void type_ahead(std::string_view keys);
 
-/// A text of the client's own kind: malloc'ed, to be owned by a record.
+/// A text as the client keeps it: malloc'ed, to be owned by a record.
 char* owned_text(std::string_view text);
 
 /// The XML document of a transmission with these elements below its root.
 std::string transmission_xml(std::string_view elements);
 
-/// Elements of a transmission that has everything but a message text, contacts and statistics.
+/// Elements of a transmission with everything except a message text, contacts and statistics.
 extern const std::string plain_elements;
-/// The message text that belongs to it.
+/// The message text for it.
 extern const std::string content_elements;
 
-/// What becomes of plain_elements, with or without content_elements, line feeds included.
+/// The record for plain_elements, with or without content_elements, with its line feeds.
 extern const std::string plain_record;
 extern const std::string content_record;

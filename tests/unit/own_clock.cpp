@@ -16,12 +16,12 @@ struct clock_state {
     bool is_used = false;
     long first_us = 0;
     long elapsed_us = 0;
-    long pause_us = -1; // of every pause so far; -1: none yet, 0: not all the same
+    long pause_us = -1; // of every pause so far; -1: no pause yet, 0: not all the same
     std::function<void(long)> act{};
 };
 clock_state state;
 
-void pause_note(const timespec& limit)
+void record_pause(const timespec& limit)
 {
     const long length = limit.tv_sec * us_a_second + limit.tv_nsec / 1'000;
     state.elapsed_us += length;
@@ -51,7 +51,7 @@ int __wrap_ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sig
 {
     if (!state.is_used || count > 0 || limit == nullptr)
         return __real_ppoll(watched, count, limit, mask);
-    pause_note(*limit);
+    record_pause(*limit);
     const timespec none = {};
     const int result = __real_ppoll(nullptr, 0, &none, mask);
     if (state.act)

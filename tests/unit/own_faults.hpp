@@ -1,4 +1,4 @@
-// own_faults.hpp - makes system calls of the test program itself fail, or kills it before one.
+// own_faults.hpp - makes system calls of the test program itself fail, or kills it before a call.
 #pragma once
 
 #include "support/faults.hpp"
@@ -11,7 +11,7 @@
 
 extern "C" fault_layout* fault_layout_in_use();
 
-/// While it lives, calls fail as wanted.
+/// While it lives, calls fail as described.
 class own_fault
 {
 public:
@@ -32,8 +32,8 @@ public:
     }
 };
 
-/// Runs `piece` in a child process that is killed before its call number `step`; one write takes
-/// `write_bytes` at most. False when it came to its end alive.
+/// Runs `piece` in a child process that is killed before its call number `step`; one write takes at
+/// most `write_bytes`. False if the child reached its end alive.
 inline bool killed_at(int step, int write_bytes, const std::function<void()>& piece)
 {
     const pid_t child = fork();

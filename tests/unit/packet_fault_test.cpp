@@ -1,5 +1,5 @@
-// packet_fault_test.cpp - packets that are read and sent while system calls are interrupted, do
-// less than they were asked for, or fail.
+// packet_fault_test.cpp - receiving and sending packets while system calls are interrupted, do less
+// than they were asked, or fail.
 #include "net/packet_input.hpp"
 #include "net/packet_output.hpp"
 #include "net/readiness.hpp"
@@ -24,11 +24,11 @@ protected:
     packet_faults(const packet_faults&) = delete;
     packet_faults& operator=(const packet_faults&) = delete;
 
-    /// Takes what the server has sent, in as many calls as that may need.
-    std::string received(int most_calls)
+    /// Receives what the server has sent, in as many calls as that takes.
+    std::string received(int max_calls)
     {
         int state = packet_pending;
-        for (int calls = 0; state == packet_pending && calls < most_calls; ++calls)
+        for (int calls = 0; state == packet_pending && calls < max_calls; ++calls)
             state = receive_packet(sockets.client(), server);
         if (state != packet_complete)
             return "no packet: " + std::to_string(state);
@@ -41,7 +41,7 @@ protected:
 
 const std::string notice = wire_packet(103, 6, 0, "notice");
 
-TEST_F(packet_faults, that_interrupt_a_packet_lose_nothing_of_it)
+TEST_F(packet_faults, lose_nothing_of_a_packet_that_they_interrupt)
 {
     for (const faulty_call call : {faulty_call::poll, faulty_call::read}) {
         for (int skipped = 0; skipped < 2; ++skipped) {
@@ -53,7 +53,7 @@ TEST_F(packet_faults, that_interrupt_a_packet_lose_nothing_of_it)
     }
 }
 
-TEST_F(packet_faults, that_interrupt_a_header_in_pieces_keep_it_together)
+TEST_F(packet_faults, keep_a_header_together_that_they_interrupt)
 {
     ASSERT_TRUE(sockets.feed(notice));
     // The second wait is the one for the rest of the header.
@@ -63,7 +63,7 @@ TEST_F(packet_faults, that_interrupt_a_header_in_pieces_keep_it_together)
     EXPECT_EQ(own_fault::hits(), 12 + 6);
 }
 
-TEST_F(packet_faults, that_are_errors_drop_the_packet_under_way)
+TEST_F(packet_faults, drop_the_current_packet_on_errors)
 {
     ASSERT_TRUE(sockets.feed(notice));
     const own_fault broken({faulty_call::read, ECONNRESET});
@@ -72,7 +72,7 @@ TEST_F(packet_faults, that_are_errors_drop_the_packet_under_way)
     EXPECT_EQ(received(1), "notice");
 }
 
-TEST_F(packet_faults, that_interrupt_sending_do_not_keep_the_packet_back)
+TEST_F(packet_faults, do_not_hold_a_packet_back_when_they_interrupt_sending)
 {
     for (const faulty_call call : {faulty_call::poll, faulty_call::send}) {
         const own_fault interrupted({call, EINTR, "", 0, 3});
@@ -82,7 +82,7 @@ TEST_F(packet_faults, that_interrupt_sending_do_not_keep_the_packet_back)
     }
 }
 
-TEST_F(packet_faults, that_are_errors_drop_the_packet_to_be_sent)
+TEST_F(packet_faults, drop_the_packet_to_be_sent_on_errors)
 {
     for (const int error : {EPIPE, ECONNRESET, EIO, ENOBUFS}) {
         const own_fault broken({faulty_call::send, error});
@@ -93,7 +93,7 @@ TEST_F(packet_faults, that_are_errors_drop_the_packet_to_be_sent)
     EXPECT_EQ(send_packet(sockets.client(), 2, 0, 0, "Good Bye"), 0);
 }
 
-TEST_F(packet_faults, of_sending_a_part_are_not_mended)
+TEST_F(packet_faults, do_not_complete_a_packet_sent_in_part)
 {
     const own_fault part({faulty_call::send, short_count});
     EXPECT_EQ(send_packet(sockets.client(), 2, 0, 0, "Good Bye"), 1);
@@ -117,7 +117,7 @@ TEST_F(packet_waits, last_200_microseconds_beside_the_seconds_asked_for)
     };
     send_packet(sockets.client(), 2, 0, 0, "Good Bye");
     expect_short_wait();
-    // Before a header, behind it, and with the payload there.
+    // Before a header, after it, and once the payload is there.
     for (const std::string& more : {std::string{}, notice.substr(0, 12), notice.substr(12)}) {
         ASSERT_TRUE(sockets.feed(more));
         receive_packet(sockets.client(), server);

@@ -1,4 +1,4 @@
-// packet_input_test.cpp - packets from one piece, from many, too long, cut off and run together.
+// packet_input_test.cpp - packets in one piece or many, too long, cut off or merged.
 #include "net/packet_input.hpp"
 
 #include "app/app_state.hpp"
@@ -34,7 +34,7 @@ protected:
     {
         return receive_packet(sockets.client(), server);
     }
-    /// The payload of the packet under way as a text.
+    /// The payload of the current packet as a text.
     const char* text() const
     {
         return reinterpret_cast<const char*>(server.rx_packet->payload);
@@ -82,7 +82,7 @@ TEST_F(packet_receiving, reads_every_number_low_byte_first)
     EXPECT_EQ(header.param2, 0xFEFF);
 }
 
-TEST_F(packet_receiving, takes_packets_that_came_together_one_by_one)
+TEST_F(packet_receiving, receives_packets_that_came_together_one_by_one)
 {
     feed(wire_packet(40, 5, 0, "first") + wire_packet(41, 6, 0, "second"));
     ASSERT_EQ(receive(), packet_complete);
@@ -118,7 +118,7 @@ TEST_F(packet_receiving, keeps_a_payload_until_its_last_byte)
     EXPECT_EQ(server.bytes_received, 12 + payload.size());
 }
 
-TEST_F(packet_receiving, takes_a_part_of_a_header_for_the_whole)
+TEST_F(packet_receiving, takes_a_partial_header_for_a_whole_one)
 {
     const std::string packet = wire_packet(40, 3, 0, "abc");
     feed(packet.substr(0, 5));
@@ -131,7 +131,7 @@ TEST_F(packet_receiving, takes_a_part_of_a_header_for_the_whole)
     EXPECT_EQ(sockets.left_for_client(), "\0\0\0\0abc"s);
 }
 
-TEST_F(packet_receiving, drops_a_part_of_a_header_without_a_length)
+TEST_F(packet_receiving, drops_a_partial_header_without_a_length)
 {
     const std::string packet = wire_packet(40, 3, 0, "abc");
     feed(packet.substr(0, 4));
@@ -175,7 +175,7 @@ TEST_F(packet_receiving, terminates_texts_within_the_buffer)
     }
 }
 
-TEST_F(packet_receiving, leaves_the_last_byte_to_binary_kinds)
+TEST_F(packet_receiving, keeps_the_last_byte_of_binary_kinds)
 {
     feed(wire_packet(200, 4096, 0, std::string(4096, 'b')));
     ASSERT_EQ(receive(), packet_complete);
@@ -199,7 +199,7 @@ TEST_F(packet_receiving, keeps_4096_bytes_of_a_longer_packet_and_waits_for_all)
     EXPECT_EQ(packet_payload_length({40, 7, 0, 0, 0}), 7U);
 }
 
-TEST_F(packet_receiving, asks_for_the_whole_length_again_and_takes_what_follows_along)
+TEST_F(packet_receiving, asks_for_the_whole_length_again_and_takes_bytes_that_follow)
 {
     feed(wire_packet(40, 3000, 0, std::string(1000, '1')));
     EXPECT_EQ(receive(), packet_pending);
@@ -211,7 +211,7 @@ TEST_F(packet_receiving, asks_for_the_whole_length_again_and_takes_what_follows_
     EXPECT_EQ(sockets.left_for_client(), std::string(500, '3'));
 }
 
-TEST_F(packet_receiving, ends_only_texts_that_others_run_into)
+TEST_F(packet_receiving, terminates_only_texts_that_run_into_others)
 {
     for (const unsigned kind : {199U, 200U}) {
         feed(wire_packet(kind, 100, 0, std::string(50, '1')));
@@ -275,7 +275,7 @@ TEST_F(packet_receiving, fails_on_a_connection_that_was_reset)
             ASSERT_TRUE(reset.feed(wire_packet(40, 5, 0, "")));
             ASSERT_EQ(receive_packet(reset.client(), server), packet_pending);
         }
-        // A peer that goes away with unread bytes resets the connection.
+        // A peer that closes with unread bytes resets the connection.
         ASSERT_EQ(send(reset.client(), "x", 1, 0), 1);
         reset.close_server();
         EXPECT_EQ(receive_packet(reset.client(), server), packet_failed);

@@ -1,4 +1,4 @@
-// packet_output_test.cpp - the bytes that go out, and sockets that take none.
+// packet_output_test.cpp - the bytes that go out, and sockets that accept none.
 #include "net/packet_output.hpp"
 
 #include "unit/socket_pair.hpp"
@@ -17,8 +17,8 @@ namespace
 using namespace std::chrono_literals;
 using namespace std::string_literals;
 
-/// Fills the client's socket until it takes nothing more.
-void fill(const socket_pair& sockets)
+/// Fills the client's socket until it accepts nothing more.
+void fill_socket(const socket_pair& sockets)
 {
     const std::string block(4096, 'x');
     for (const std::size_t size : {block.size(), std::size_t{1U}}) {
@@ -105,18 +105,18 @@ TEST(send_packet, sends_nothing_without_a_format)
 TEST(send_packet, drops_the_packet_when_the_socket_is_full)
 {
     const socket_pair sockets;
-    fill(sockets);
+    fill_socket(sockets);
     EXPECT_EQ(send_packet(sockets.client(), 1, 0, 0, "late"), 0);
     EXPECT_EQ(sockets.sent_by_client().find("late"), std::string::npos);
     EXPECT_EQ(send_packet(sockets.client(), 1, 0, 0, "in time"), 19);
     EXPECT_EQ(sockets.sent_by_client(), wire_packet(1, 7, 0, "in time"));
 }
 
-TEST(send_packet, does_not_wait_for_room)
+TEST(send_packet, does_not_wait_for_space)
 {
     const socket_pair sockets;
-    fill(sockets);
-    auto shortest = std::chrono::nanoseconds::max(); // a busy machine may add to some
+    fill_socket(sockets);
+    auto shortest = std::chrono::nanoseconds::max(); // a busy machine may delay some
     for (int count = 0; count < 20; ++count) {
         const auto begin = std::chrono::steady_clock::now();
         EXPECT_EQ(send_packet(sockets.client(), 1, 0, 0, "late"), 0);
@@ -139,7 +139,7 @@ TEST(send_packet, sends_nothing_to_a_server_that_is_not_connected)
     EXPECT_EQ(send_packet(-1, 2, 0, 0, "Good Bye"), 0);
 }
 
-TEST(wait_ready, tells_readable_from_silent)
+TEST(wait_ready, distinguishes_readable_from_silent)
 {
     socket_pair sockets;
     EXPECT_EQ(wait_ready(sockets.client(), for_reading, 0), 0);
@@ -151,15 +151,15 @@ TEST(wait_ready, tells_readable_from_silent)
     EXPECT_EQ(wait_ready(sockets.client(), for_reading, 0), 1);
 }
 
-TEST(wait_ready, tells_writable_from_full)
+TEST(wait_ready, distinguishes_writable_from_full)
 {
     const socket_pair sockets;
     EXPECT_EQ(wait_ready(sockets.client(), for_writing, 0), 1);
-    fill(sockets);
+    fill_socket(sockets);
     EXPECT_EQ(wait_ready(sockets.client(), for_writing, 0), 0);
 }
 
-TEST(wait_ready, waits_for_as_many_seconds_as_it_is_told)
+TEST(wait_ready, waits_for_the_given_number_of_seconds)
 {
     const socket_pair sockets;
     const auto begin = std::chrono::steady_clock::now();
@@ -167,7 +167,7 @@ TEST(wait_ready, waits_for_as_many_seconds_as_it_is_told)
     EXPECT_GE(std::chrono::steady_clock::now() - begin, 1s);
 }
 
-TEST(wait_ready, refuses_what_is_no_socket)
+TEST(wait_ready, refuses_anything_but_a_socket)
 {
     EXPECT_EQ(wait_ready(0, for_reading, 0), -1);
     EXPECT_EQ(wait_ready(-1, for_reading, 0), -1);

@@ -1,5 +1,5 @@
-// pager_list_test.cpp - the pager list's window on its own: what it shows, on terminals of any
-// size, and what it leaves behind.
+// pager_list_test.cpp - the pager list's window alone: what it shows on terminals of any size, and
+// what it leaves.
 #include "unit/net_fixture.hpp"
 
 #include "services/pager_list.hpp"
@@ -18,7 +18,7 @@ struct seen_list {
 };
 seen_list seen;
 
-/// Comes in while the list waits, as every signal does: looks at the screen, then presses Escape.
+/// A signal handler that runs while the list waits: looks at the screen, then presses Escape.
 void look_and_escape(int)
 {
     ++seen.rounds;
@@ -58,7 +58,7 @@ protected:
         pager_list_show(text.c_str());
     }
 
-    /// The interior of the list's row, below its heading from 0.
+    /// The inside of a row of the list, counted from 0 below its heading.
     static std::string record(int row)
     {
         return seen.rows[6 + row].substr(static_cast<std::size_t>(COLS / 2 - 13) + 1, 24);
@@ -82,7 +82,7 @@ private:
     struct sigaction action_before = {};
 };
 
-std::string many(std::string_view text, int count)
+std::string repeat(std::string_view text, int count)
 {
     std::string all;
     for (int index = 0; index < count; ++index)
@@ -105,36 +105,36 @@ TEST_F(pager_list, shows_fields_in_their_columns)
 TEST_F(pager_list, shows_as_many_records_as_there_are_lines_less_four)
 {
     build(30, 160);
-    show("R0" + many("~Rn\tA\tF", 40));
+    show("R0" + repeat("~Rn\tA\tF", 40));
     EXPECT_EQ(record(0).substr(0, 8), "R0      ");
     EXPECT_EQ(record(23).substr(0, 8), "Rn      "); // the last line of the terminal
     EXPECT_NE(record(23).substr(14, 2), "F~");
 }
 
-TEST_F(pager_list, takes_the_rest_of_the_text_into_its_last_record)
+TEST_F(pager_list, puts_the_rest_of_the_text_into_its_last_record)
 {
-    build(7, 160); // three records, one of them within the terminal
+    build(7, 160); // three records, one of them on the terminal
     show("A\tB\tC");
     EXPECT_EQ(record(0).substr(0, 8), "A       ");
-    build(5, 160); // one record alone
+    build(5, 160); // one record only
     seen = seen_list{};
     show("A\tB\tC~D\tE\tF");
     EXPECT_EQ(seen.rounds, 1);
 }
 
-TEST_F(pager_list, lives_through_any_text_on_any_terminal)
+TEST_F(pager_list, survives_any_text_on_any_terminal)
 {
     const std::string texts[] = {"",
                                  "~",
                                  "\t",
                                  "^",
                                  "~\t~\t\t~\t\t\t~",
-                                 many("~", 4096),
-                                 many("\t", 4096),
-                                 many("a~", 2048),
-                                 many("abc", 1365),
-                                 many("\xff\t", 2048),
-                                 many("%n%s\t", 800)};
+                                 repeat("~", 4096),
+                                 repeat("\t", 4096),
+                                 repeat("a~", 2048),
+                                 repeat("abc", 1365),
+                                 repeat("\xff\t", 2048),
+                                 repeat("%n%s\t", 800)};
     for (const auto& [lines, columns] : {std::pair{24, 160}, {4, 20}, {1, 1}, {50, 26}, {12, 27}}) {
         build(lines, columns);
         for (const std::string& text : texts) {

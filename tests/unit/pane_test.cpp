@@ -1,4 +1,4 @@
-// pane_test.cpp - how texts come into panes: cut, scrolled, line by line.
+// pane_test.cpp - how texts get into panes: cut, scrolled, line by line.
 #include "unit/net_fixture.hpp"
 
 #include "ui/pane.hpp"
@@ -9,7 +9,7 @@
 namespace
 {
 
-constexpr int rows = 60; // with their columns room for more than the longest text
+constexpr int rows = 60; // together with the columns, enough for more than the longest text
 constexpr int columns = 100;
 
 class pane_printing : public net_test
@@ -25,7 +25,7 @@ protected:
     {
         return text_from(number, columns);
     }
-    /// What stands in the cells from the start of a row on, likewise.
+    /// The text from the start of a row on, also without trailing blanks.
     std::string text_from(int first_row, int cells) const
     {
         std::string text;
@@ -65,14 +65,14 @@ TEST_F(pane_printing, cuts_a_verbatim_format_at_4095_characters)
     }
 }
 
-TEST_F(pane_printing, of_two_lines_writes_the_second_over_the_first_and_scrolls_once)
+TEST_F(pane_printing, writes_the_second_of_two_lines_over_the_first_and_scrolls_once)
 {
     print("%s", "first line\nsecond", 10);
     EXPECT_EQ(row(9), "secondline");
     EXPECT_EQ(row(10), "");
 }
 
-TEST_F(pane_printing, of_more_lines_puts_each_onto_the_freshly_scrolled_row)
+TEST_F(pane_printing, puts_each_of_many_lines_onto_the_freshly_scrolled_row)
 {
     print("%s", "A\nB\nC\nD", 10);
     EXPECT_EQ(row(7), "B");
@@ -108,7 +108,7 @@ TEST_F(pane_printing, writes_nothing_at_a_place_outside_the_window)
     EXPECT_EQ(text_from(0, rows * columns), "");
 }
 
-TEST_F(pane_printing, leaves_the_pair_without_bold_behind)
+TEST_F(pane_printing, leaves_the_pair_set_without_bold)
 {
     pane_printf(window.get(), colour::success, 0, 0, true, false, "bold");
     EXPECT_NE(mvwinch(window.get(), 0, 0) & A_BOLD, 0U);
@@ -119,7 +119,7 @@ TEST_F(pane_printing, leaves_the_pair_without_bold_behind)
     EXPECT_EQ(pair, 7);
 }
 
-TEST_F(pane_printing, moves_what_a_scrolled_status_line_is_made_of)
+TEST_F(pane_printing, scrolls_characters_with_their_colours_and_bold)
 {
     pane_printf(window.get(), colour::success, 0, 4, true, false, "|one");
     pane_printf(window.get(), colour::error, 0, 3, false, false, "|two");

@@ -1,4 +1,4 @@
-// pause_test.cpp - which signals threads and children of the client are open to.
+// pause_test.cpp - which signals reach the client's threads and children.
 #include "base/pause.hpp"
 #include "base/signal_door.hpp"
 #include "base/thread_start.hpp"
@@ -25,7 +25,7 @@ void* report_mask(void* argument)
     return nullptr;
 }
 
-TEST(pause, threads_hold_every_signal_back_but_those_of_a_fault)
+TEST(pause, threads_block_every_signal_except_those_of_a_fault)
 {
     thread_report report;
     pthread_t thread;
@@ -38,7 +38,7 @@ TEST(pause, threads_hold_every_signal_back_but_those_of_a_fault)
         EXPECT_EQ(sigismember(&report.mask, number), 0) << number;
 }
 
-TEST(pause, children_meet_every_signal_with_its_default)
+TEST(pause, children_handle_every_signal_with_its_default)
 {
     const pid_t child = fork();
     ASSERT_GE(child, 0);

@@ -1,6 +1,6 @@
-// pictures_test.cpp - the pictures that README shows are there, and are whole.
+// pictures_test.cpp - the pictures that README shows exist and are complete.
 //
-// PICTURES_FOLDER in the environment names another folder with pictures of the same names.
+// PICTURES_FOLDER in the environment names another folder, with pictures of the same names.
 #include "support/screen_svg.hpp"
 #include "unit/document_text.hpp"
 
@@ -14,14 +14,14 @@ namespace
 
 constexpr int rows = 30;
 constexpr int columns = 100;
-constexpr std::size_t most_bytes = 60'000;
+constexpr std::size_t max_bytes = 60'000;
 
 /// What an XML reader finds in a picture.
 struct seen_picture {
     std::string error{}; // empty: it is well-formed
     std::set<std::string> elements{};
-    std::map<std::string, std::string> size{}; // the attributes of the whole
-    std::set<std::string> attributes{};        // names, of all elements
+    std::map<std::string, std::string> size{}; // the attributes of the root element
+    std::set<std::string> attributes{};        // their names, for all elements
     std::string text{};
 };
 
@@ -54,7 +54,7 @@ seen_picture read_picture(const std::string& text)
     return seen;
 }
 
-std::string picture_text(const std::string& name)
+std::string read_picture_text(const std::string& name)
 {
     const char* folder = std::getenv("PICTURES_FOLDER");
     std::ifstream file{(folder != nullptr ? std::string{folder} : SOURCE_FOLDER "/docs/pictures") +
@@ -63,23 +63,23 @@ std::string picture_text(const std::string& name)
     return {std::istreambuf_iterator<char>{file}, {}};
 }
 
-std::set<std::string> names_in_readme()
+std::set<std::string> find_names_in_readme()
 {
     return matches_of(source_text("README.md"), R"(!\[[^\]]+\]\(docs/pictures/([a-z-]+)\.svg\))");
 }
 
 TEST(pictures, are_those_that_the_readme_shows)
 {
-    EXPECT_EQ(names_in_readme(), (std::set<std::string>{"information", "main", "pager-list",
-                                                        "service-menu", "settings"}));
+    EXPECT_EQ(find_names_in_readme(), (std::set<std::string>{"information", "main", "pager-list",
+                                                             "service-menu", "settings"}));
 }
 
 TEST(pictures, are_well_formed_and_of_a_whole_screen)
 {
-    for (const std::string& name : names_in_readme()) {
+    for (const std::string& name : find_names_in_readme()) {
         SCOPED_TRACE(name);
-        const std::string text = picture_text(name);
-        EXPECT_LT(text.size(), most_bytes);
+        const std::string text = read_picture_text(name);
+        EXPECT_LT(text.size(), max_bytes);
         seen_picture seen = read_picture(text);
         EXPECT_EQ(seen.error, "");
         EXPECT_NE(seen.text.find("30 rows of 100 columns"), std::string::npos);
@@ -88,19 +88,19 @@ TEST(pictures, are_well_formed_and_of_a_whole_screen)
     }
 }
 
-TEST(pictures, need_nothing_beside_them)
+TEST(pictures, are_self_contained)
 {
     const std::set<std::string> own_elements = {"svg",    "title", "desc", "rect",
                                                 "circle", "path",  "text"};
-    for (const std::string& name : names_in_readme()) {
-        const seen_picture seen = read_picture(picture_text(name));
+    for (const std::string& name : find_names_in_readme()) {
+        const seen_picture seen = read_picture(read_picture_text(name));
         EXPECT_EQ(seen.elements, own_elements) << name;
         EXPECT_FALSE(seen.attributes.contains("href")) << name;
         EXPECT_FALSE(seen.attributes.contains("style")) << name;
     }
 }
 
-TEST(pictures, show_what_they_are_named_after)
+TEST(pictures, show_what_their_names_say)
 {
     const std::pair<const char*, const char*> words[] = {
         {"main", "ACARS mode: "},
@@ -110,7 +110,7 @@ TEST(pictures, show_what_they_are_named_after)
         {"pager-list", "Registr. Airp Flightno"},
     };
     for (const auto& [name, word] : words)
-        EXPECT_NE(read_picture(picture_text(name)).text.find(word), std::string::npos) << name;
+        EXPECT_NE(read_picture(read_picture_text(name)).text.find(word), std::string::npos) << name;
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// poll_halt_test.cpp - a cycle over servers that is broken off for waiting keys, or in which one
-// server holds the others up.
+// poll_halt_test.cpp - a cycle over the servers that stops for waiting keys, or in which one server
+// delays the others.
 #include "base/signal_door.hpp"
 #include "unit/net_fixture.hpp"
 
@@ -18,16 +18,16 @@
 namespace
 {
 
-/// How long it is until the alarm rings; less than a second.
-suseconds_t alarm_us()
+/// The time until the alarm rings; less than a second.
+suseconds_t read_alarm_us()
 {
     itimerval left{};
     getitimer(ITIMER_REAL, &left);
     return left.it_value.tv_usec;
 }
 
-/// Servers that have something to say, "s00" to "s19" in the list's order; the first sends a list
-/// that stays open for a while.
+/// Servers that have something to say, "s00" to "s19" in the order of the list. The first sends a
+/// list that stays open for a while.
 class long_poll_cycle : public net_test
 {
 protected:
@@ -40,7 +40,7 @@ protected:
         ends[0].send({89, "D-AIQA\tFRA\tLH0400"});
         for (int index = 1; index < count; ++index)
             ends[static_cast<std::size_t>(index)].send({103, "s" + std::to_string(index)});
-        type_ahead("x\033"); // the first key is none for the list, and costs it a round
+        type_ahead("x\033"); // the list ignores the first key, which costs a round
     }
 
     static constexpr int count = 20;
@@ -48,11 +48,11 @@ protected:
     std::vector<server_end> ends;
 };
 
-TEST_F(long_poll_cycle, lets_waiting_keys_be_read_and_goes_on_at_once)
+TEST_F(long_poll_cycle, stops_for_waiting_keys_and_resumes_at_once)
 {
     poll_servers(SIGALRM);
     EXPECT_EQ(said().back(), (status_line{"s" + std::to_string(before_a_break - 1), 2}));
-    EXPECT_LE(alarm_us(), 1'000) << "this was no break";
+    EXPECT_LE(read_alarm_us(), 1'000) << "this was no break";
     poll_servers(SIGALRM);
     EXPECT_EQ(said(), (status_lines{{"s16", 2}, {"s17", 2}, {"s18", 2}, {"s19", 2}}));
     EXPECT_EQ(alarm(0), 1U);
@@ -68,16 +68,16 @@ TEST_F(long_poll_cycle, visits_no_server_twice)
     EXPECT_EQ(said().back(), (status_line{"more", 2}));
 }
 
-/// A cycle in which the server that comes first holds the others up with a list, until a deed that
-/// runs meanwhile is done.
+/// A cycle in which the first server delays the others with a list, until something that runs
+/// meanwhile is done.
 class halted_poll_cycle : public net_test
 {
 protected:
     void poll_with(std::function<void()> what_happens) const
     {
-        deed() = std::move(what_happens);
+        meanwhile() = std::move(what_happens);
         signal_install(SIGALRM, [](int) {
-            deed()();
+            meanwhile()();
             type_ahead("\033");
         });
         alarm(0);
@@ -90,14 +90,14 @@ protected:
     server_end first_end = connect(first);
 
 private:
-    static std::function<void()>& deed()
+    static std::function<void()>& meanwhile()
     {
         static std::function<void()> what;
         return what;
     }
 };
 
-TEST_F(halted_poll_cycle, comes_to_a_server_that_was_added_meanwhile)
+TEST_F(halted_poll_cycle, reaches_a_server_that_was_added_meanwhile)
 {
     std::vector<server_end> ends;
     poll_with([&] {
@@ -107,7 +107,7 @@ TEST_F(halted_poll_cycle, comes_to_a_server_that_was_added_meanwhile)
     EXPECT_EQ(said(), (status_lines{{"I am new", 2}}));
 }
 
-TEST_F(halted_poll_cycle, is_not_broken_off_behind_its_last_server)
+TEST_F(halted_poll_cycle, does_not_stop_after_its_last_server)
 {
     std::vector<server_end> ends;
     for (int index = 1; index < 16; ++index) {
@@ -116,10 +116,10 @@ TEST_F(halted_poll_cycle, is_not_broken_off_behind_its_last_server)
     }
     poll_with([] { pause_for(25'000); });
     EXPECT_EQ(app_state.poll.next, 0);
-    EXPECT_GT(alarm_us(), 1'000) << "a cycle that is over waits for the next second";
+    EXPECT_GT(read_alarm_us(), 1'000) << "a cycle that is over waits for the next second";
 }
 
-TEST_F(halted_poll_cycle, goes_by_the_time_at_which_it_began)
+TEST_F(halted_poll_cycle, uses_the_time_at_which_it_began)
 {
     server_entry& second = add_server("y.example");
     const server_end second_end = connect(second);

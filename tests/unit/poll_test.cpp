@@ -1,4 +1,4 @@
-// poll_test.cpp - one cycle over all servers: who is read, how much, and the idle rule.
+// poll_test.cpp - one cycle over all servers: which are read, how much, and the idle rule.
 #include "unit/net_fixture.hpp"
 
 #include "net/poll.hpp"
@@ -62,7 +62,7 @@ TEST_F(poll_cycle, visits_all_servers_in_the_order_of_the_list)
     EXPECT_EQ(said(), (status_lines{{"c", 2}, {"b", 2}, {"a", 2}}));
 }
 
-TEST_F(poll_cycle, over_a_thousand_silent_servers_holds_nobody_up)
+TEST_F(poll_cycle, is_quick_with_a_thousand_silent_servers)
 {
     constexpr int many = 1000;
     constexpr std::chrono::milliseconds limit{5};
@@ -71,7 +71,7 @@ TEST_F(poll_cycle, over_a_thousand_silent_servers_holds_nobody_up)
     std::vector<server_end> ends;
     for (int index = 0; index < many; ++index)
         ends.push_back(connect(add_server(("host" + std::to_string(index)).c_str())));
-    // The quickest of some cycles: the others tell what else the machine had to do.
+    // The quickest of some cycles: the others include other work of the machine.
     auto quickest = std::chrono::nanoseconds::max();
     for (int cycle = 0; cycle < 20; ++cycle) {
         const auto begin = std::chrono::steady_clock::now();
@@ -85,7 +85,7 @@ TEST_F(poll_cycle, over_a_thousand_silent_servers_holds_nobody_up)
     EXPECT_TRUE(said().empty());
 }
 
-TEST_F(poll_cycle, goes_on_after_a_server_that_closes)
+TEST_F(poll_cycle, continues_after_a_server_that_closes)
 {
     server_entry& low = add_server("a.example");
     server_entry& high = add_server("b.example");
@@ -99,7 +99,7 @@ TEST_F(poll_cycle, goes_on_after_a_server_that_closes)
     EXPECT_NE(low.socket_fd, 0);
 }
 
-TEST_F(poll_cycle, leaves_out_a_server_whose_connect_is_pending)
+TEST_F(poll_cycle, skips_a_server_whose_connect_is_pending)
 {
     server_entry& entry = add_server("one.example");
     const server_end server = connect(entry);
@@ -112,7 +112,7 @@ TEST_F(poll_cycle, leaves_out_a_server_whose_connect_is_pending)
     EXPECT_EQ(entry.bytes_received, 0U);
 }
 
-TEST_F(poll_cycle, leaves_out_a_server_without_a_socket_though_it_was_connected_once)
+TEST_F(poll_cycle, skips_a_server_without_a_socket_although_it_was_connected_once)
 {
     server_entry& entry = add_server("one.example");
     entry.connected = 1;
@@ -134,7 +134,7 @@ TEST_F(poll_cycle, frees_a_packet_after_dispatch_and_is_ready_for_the_next)
     EXPECT_EQ(entry.bytes_received, 16U);
 }
 
-TEST_F(poll_cycle, notes_the_time_of_every_whole_packet_unknown_kinds_included)
+TEST_F(poll_cycle, notes_the_time_of_every_whole_packet_of_any_kind)
 {
     server_entry& entry = add_server("one.example");
     const server_end server = connect(entry);
@@ -167,7 +167,7 @@ TEST_F(poll_cycle, does_not_count_half_a_packet_or_one_without_payload_as_data)
     EXPECT_EQ(said(), (status_lines{{"in two parts", 2}}));
 }
 
-TEST_F(poll_cycle, does_nothing_about_the_end_of_a_connection_by_itself)
+TEST_F(poll_cycle, does_not_react_to_the_end_of_a_connection_alone)
 {
     server_entry& entry = add_server("one.example");
     server_end server = connect(entry);
@@ -189,8 +189,8 @@ class idle : public poll_cycle
 protected:
     idle() : entry(add_server("host.example", "srv")), server(connect(entry)) {}
 
-    /// One cycle, in which the last data is exactly that many seconds old. Begins anew when the
-    /// clock's second went by meanwhile.
+    /// Runs one cycle in which the last data is exactly this many seconds old. Repeats it when the
+    /// clock's second changed meanwhile.
     void poll_at_age(std::time_t age_s, std::uint8_t heartbeat_sent)
     {
         std::time_t now;
@@ -289,7 +289,7 @@ TEST_F(idle, applies_in_the_cycle_that_brought_a_packet_too)
     EXPECT_EQ(server.take_packets(), wire_packets{});
 }
 
-TEST_F(idle, is_told_from_the_data_of_the_connection_before)
+TEST_F(idle, counts_from_the_data_of_the_previous_connection)
 {
     entry.last_data_time = std::time(nullptr) - 2'000;
     const std::time_t kept = entry.last_data_time;

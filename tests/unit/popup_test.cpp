@@ -16,7 +16,7 @@ WINDOW* open_at(int column, int row)
     return popup_open(width, height, column, row, true, colour::frame, true);
 }
 
-TEST(popup, is_not_opened_where_no_cell_of_it_would_be_on_the_screen)
+TEST(popup, is_not_opened_entirely_off_the_screen)
 {
     const headless_screen screen;
     EXPECT_EQ(open_at(COLS, 0), nullptr);
@@ -37,7 +37,7 @@ TEST(popup, may_reach_beyond_the_screens_edges)
     }
 }
 
-TEST(popup, paints_its_interior_and_leaves_its_edge)
+TEST(popup, paints_its_interior_but_not_its_edge)
 {
     constexpr int pair = 10;
     const headless_screen screen;
@@ -54,7 +54,7 @@ TEST(popup, paints_its_interior_and_leaves_its_edge)
     window_erase(window);
 }
 
-TEST(line_blank, of_no_cells_moves_the_cursor_and_changes_nothing)
+TEST(line_blank, moves_only_the_cursor_for_no_cells)
 {
     const headless_screen screen;
     WINDOW* window = newwin(height, width, 0, 0);

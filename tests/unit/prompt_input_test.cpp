@@ -1,4 +1,4 @@
-// prompt_input_test.cpp - how a prompt looks, what keys leave in it, and how much of a preset.
+// prompt_input_test.cpp - how a prompt looks, what keys leave in it, and how much of a preset fits.
 #include "unit/net_fixture.hpp"
 #include "unit/own_clock.hpp"
 
@@ -17,7 +17,7 @@ constexpr const char* hint = "RET=OK - ESC=CANCEL";
 class prompt_preset : public net_test
 {
 protected:
-    /// The answer to a prompt for `max` characters that is taken as it stands.
+    /// The answer to a prompt for `max` characters whose preset is accepted unchanged.
     static std::string answer(int max, const char* preset)
     {
         type_ahead("\n");
@@ -26,7 +26,7 @@ protected:
     }
 };
 
-TEST_F(prompt_preset, is_cut_to_one_character_less_than_the_room)
+TEST_F(prompt_preset, is_cut_to_one_character_less_than_the_size)
 {
     EXPECT_EQ(answer(8, "preset"), "preset");
     EXPECT_EQ(answer(7, "preset"), "preset");
@@ -35,7 +35,7 @@ TEST_F(prompt_preset, is_cut_to_one_character_less_than_the_room)
     EXPECT_EQ(answer(8, nullptr), "(none)");
 }
 
-TEST_F(prompt_preset, is_left_out_where_there_is_no_room_at_all)
+TEST_F(prompt_preset, is_left_out_where_nothing_fits)
 {
     for (const int max : {1, 0, -3})
         EXPECT_EQ(answer(max, "preset"), "(none)") << max;
@@ -46,7 +46,7 @@ using rows_of_box = std::vector<std::string>;
 class prompt_box : public net_test
 {
 protected:
-    /// A box as it stands on the terminal at its first look for a key.
+    /// The box on the terminal when the prompt first looks for a key.
     static rows_of_box box(int max, const char* question, const char* hint_text,
                            const char* preset = nullptr)
     {
@@ -62,7 +62,7 @@ protected:
     }
 
 private:
-    /// A row without the panes that reach beyond the box; frames as "-", "|" and "+".
+    /// A row without the panes beside the box; frames as "-", "|" and "+".
     static std::string terminal_row(int row)
     {
         std::string text;
@@ -80,42 +80,44 @@ private:
     }
 };
 
-std::string blanks(int count)
+std::string make_blanks(int count)
 {
     return std::string(static_cast<std::size_t>(count), ' ');
 }
 
-TEST_F(prompt_box, is_as_wide_as_its_text_may_become)
+TEST_F(prompt_box, is_as_wide_as_its_longest_text)
 {
     EXPECT_EQ(box(32, "Question", "hint"),
-              (rows_of_box{blanks(9) + "+-[ Question ]-------------------+",
-                           blanks(9) + "| _                              |",
-                           blanks(9) + "+-----------------------[ hint ]-+"}));
+              (rows_of_box{make_blanks(9) + "+-[ Question ]-------------------+",
+                           make_blanks(9) + "| _                              |",
+                           make_blanks(9) + "+-----------------------[ hint ]-+"}));
 }
 
 TEST_F(prompt_box, is_wide_enough_for_its_question)
 {
-    EXPECT_EQ(
-        box(2, "A long question", "hint"),
-        (rows_of_box{blanks(15) + "+-[ A long question ]+", blanks(15) + "| _                  |",
-                     blanks(15) + "+-----------[ hint ]-+"}));
+    EXPECT_EQ(box(2, "A long question", "hint"),
+              (rows_of_box{make_blanks(15) + "+-[ A long question ]+",
+                           make_blanks(15) + "| _                  |",
+                           make_blanks(15) + "+-----------[ hint ]-+"}));
 }
 
-TEST_F(prompt_box, is_wide_enough_for_its_hint_which_takes_the_corner)
+TEST_F(prompt_box, is_wide_enough_for_its_hint_which_covers_the_corner)
 {
     EXPECT_EQ(box(2, "Why", "a longer hint"),
-              (rows_of_box{blanks(17) + "+-[ Why ]---------+", blanks(17) + "| _               |",
-                           blanks(17) + "[ a longer hint ]-+"}));
+              (rows_of_box{make_blanks(17) + "+-[ Why ]---------+",
+                           make_blanks(17) + "| _               |",
+                           make_blanks(17) + "[ a longer hint ]-+"}));
     EXPECT_EQ(box(2, "Question", "123456789"), // no wider than the question makes it
-              (rows_of_box{blanks(19) + "+-[ Question ]+", blanks(19) + "| _           |",
-                           blanks(19) + "[ 123456789 ]-+"}));
+              (rows_of_box{make_blanks(19) + "+-[ Question ]+", make_blanks(19) + "| _           |",
+                           make_blanks(19) + "[ 123456789 ]-+"}));
 }
 
-TEST_F(prompt_box, whose_line_is_full_has_its_cursor_on_the_frame)
+TEST_F(prompt_box, has_its_cursor_on_the_frame_when_its_line_is_full)
 {
-    EXPECT_EQ(box(16, "Question", "hint", "fifteen letters"),
-              (rows_of_box{blanks(17) + "+-[ Question ]---+", blanks(17) + "| fifteen letters_",
-                           blanks(17) + "+-------[ hint ]-+"}));
+    EXPECT_EQ(
+        box(16, "Question", "hint", "fifteen letters"),
+        (rows_of_box{make_blanks(17) + "+-[ Question ]---+", make_blanks(17) + "| fifteen letters_",
+                     make_blanks(17) + "+-------[ hint ]-+"}));
 }
 
 class prompt_keys : public net_test
@@ -131,18 +133,18 @@ protected:
     }
 };
 
-TEST_F(prompt_keys, leave_their_low_eight_bits_whatever_they_are)
+TEST_F(prompt_keys, enter_their_low_eight_bits_whatever_they_are)
 {
     EXPECT_EQ(answer_to({KEY_DOWN, KEY_UP, KEY_F(1), 0x18, 0xFC}), "\x02\x03\x09\x18\xFC");
 }
 
-TEST_F(prompt_keys, beyond_the_room_are_left_out)
+TEST_F(prompt_keys, are_ignored_when_they_do_not_fit)
 {
     EXPECT_EQ(answer_to({'1', '2', '3', '4', '5', '6', '7', '8', '9', 'a', 'b', 'c', KEY_DOWN}),
               "123456789ab");
 }
 
-TEST_F(prompt_keys, take_back_nothing_before_the_first_character)
+TEST_F(prompt_keys, erase_nothing_before_the_first_character)
 {
     EXPECT_EQ(answer_to({KEY_BACKSPACE, KEY_BACKSPACE, 'a', KEY_BACKSPACE, KEY_BACKSPACE, 'b'}),
               "b");

@@ -1,4 +1,4 @@
-// protocol_document_test.cpp - the tables of docs/protocol.md and the code know the same packets.
+// protocol_document_test.cpp - the tables of docs/protocol.md and the code have the same packets.
 #include "unit/document_text.hpp"
 
 #include "base/limits.hpp"
@@ -10,23 +10,23 @@ namespace
 
 using kind_rows = std::map<std::string, std::string>; // by number
 
-const std::string& protocol()
+const std::string& read_protocol()
 {
     static const std::string text = source_text("docs/protocol.md");
     return text;
 }
 
-/// A section's table rows that begin with a number.
-kind_rows rows_below(const std::string& heading)
+/// The table rows of a section that begin with a number.
+kind_rows find_rows_below(const std::string& heading)
 {
     kind_rows rows;
-    const std::string section = text_between(protocol(), "\n## " + heading + "\n", "\n## ");
+    const std::string section = text_between(read_protocol(), "\n## " + heading + "\n", "\n## ");
     for (const auto& row : all_matches(section, R"(\n\| (\d+) (\|[^\n]*))"))
         EXPECT_TRUE(rows.emplace(row[0], row[1]).second) << "twice: " << row[0];
     return rows;
 }
 
-std::set<std::string> numbers_of(const kind_rows& rows)
+std::set<std::string> collect_numbers(const kind_rows& rows)
 {
     std::set<std::string> numbers;
     for (const auto& [number, row] : rows)
@@ -34,20 +34,20 @@ std::set<std::string> numbers_of(const kind_rows& rows)
     return numbers;
 }
 
-const kind_rows& sent_rows()
+const kind_rows& read_sent_rows()
 {
-    static const kind_rows rows = rows_below("Kinds that the client sends");
+    static const kind_rows rows = find_rows_below("Kinds that the client sends");
     return rows;
 }
 
-const kind_rows& received_rows()
+const kind_rows& read_received_rows()
 {
-    static const kind_rows rows = rows_below("Kinds that the server sends");
+    static const kind_rows rows = find_rows_below("Kinds that the server sends");
     return rows;
 }
 
-/// The rows of the table by which the client acts: number, beeps, message.
-std::vector<std::vector<std::string>> dispatch_rows()
+/// The rows of the client's table: number, beeps, message.
+std::vector<std::vector<std::string>> read_dispatch_rows()
 {
     const std::string table =
         text_between(source_text("src/net/poll.cpp"), "packet_kinds[] = {", "\n};");
@@ -57,22 +57,22 @@ std::vector<std::vector<std::string>> dispatch_rows()
 TEST(protocol_document, names_the_kinds_that_the_client_sends_and_no_others)
 {
     const auto sent = matches_of(source_text("src/net/packet_kind.hpp"), R"(packet_\w+ = (\d+),)");
-    EXPECT_EQ(numbers_of(sent_rows()), sent);
+    EXPECT_EQ(collect_numbers(read_sent_rows()), sent);
 }
 
 TEST(protocol_document, names_the_kinds_that_the_client_acts_on_and_no_others)
 {
     std::set<std::string> received;
-    for (const auto& row : dispatch_rows())
+    for (const auto& row : read_dispatch_rows())
         received.insert(row[0]);
-    EXPECT_EQ(numbers_of(received_rows()), received);
+    EXPECT_EQ(collect_numbers(read_received_rows()), received);
 }
 
 TEST(protocol_document, gives_the_beeps_and_the_words_of_every_kind)
 {
-    for (const auto& row : dispatch_rows()) {
-        const auto described = received_rows().find(row[0]);
-        ASSERT_NE(described, received_rows().end()) << row[0];
+    for (const auto& row : read_dispatch_rows()) {
+        const auto described = read_received_rows().find(row[0]);
+        ASSERT_NE(described, read_received_rows().end()) << row[0];
         const std::string& text = described->second;
         EXPECT_EQ(text.find("| beeps") != std::string::npos, row[1] != "0") << text;
         const std::string words = row[2].empty() ? "" : "says \"" + row[2] + '"';
@@ -80,14 +80,15 @@ TEST(protocol_document, gives_the_beeps_and_the_words_of_every_kind)
     }
 }
 
-TEST(protocol_document, quotes_only_words_that_the_client_says)
+TEST(protocol_document, quotes_only_messages_that_the_client_shows)
 {
     std::string code;
     for (const char* file :
          {"src/net/poll.cpp", "src/net/connection.cpp", "src/services/report.cpp",
           "src/net/packet_input.cpp", "src/net/transmission.cpp"})
         code += source_text(file);
-    for (const std::string& words : matches_of(protocol(), R"re((?:say|says|words)\s"([^"]+)")re"))
+    for (const std::string& words :
+         matches_of(read_protocol(), R"re((?:say|says|words)\s"([^"]+)")re"))
         EXPECT_NE(code.find('"' + words + '"'), std::string::npos) << words;
 }
 
@@ -103,23 +104,23 @@ TEST(protocol_document, knows_every_kind_of_the_practice_server_with_its_sender)
         matches_of(text_between(code, "// From the server.\n", "} // namespace kind"), kind_line);
     for (const auto& kinds : {from_client, from_either})
         for (const std::string& kind : kinds)
-            EXPECT_TRUE(sent_rows().contains(kind)) << kind;
+            EXPECT_TRUE(read_sent_rows().contains(kind)) << kind;
     for (const auto& kinds : {from_server, from_either})
         for (const std::string& kind : kinds)
-            EXPECT_TRUE(received_rows().contains(kind)) << kind;
+            EXPECT_TRUE(read_received_rows().contains(kind)) << kind;
 }
 
 TEST(protocol_document, names_every_element_of_transmissions_and_capabilities)
 {
     const auto shown = matches_of(source_text("src/net/transmission.cpp"), R"(tovrik/[A-Za-z/]+)");
-    EXPECT_EQ(matches_of(protocol(), "`(tovrik/[A-Za-z/]+)`"), shown);
-    const std::string section = text_between(protocol(), "\n## Capabilities\n", "\n## ");
+    EXPECT_EQ(matches_of(read_protocol(), "`(tovrik/[A-Za-z/]+)`"), shown);
+    const std::string section = text_between(read_protocol(), "\n## Capabilities\n", "\n## ");
     EXPECT_EQ(matches_of(section, R"(\n\| `(\w+)` \|)"),
               matches_of(source_text("src/net/capabilities.cpp"),
                          R"re(document(?:\.get\(\))?, "(\w+)")re"));
 }
 
-TEST(protocol_document, gives_the_bounds_that_hold)
+TEST(protocol_document, gives_the_bounds_of_the_code)
 {
     static_assert(packet_header_bytes == 12 && packet_max_payload_bytes == 4096 &&
                   packet_max_sent_text_bytes == 4092 && packet_last_text_kind == 199 &&
@@ -127,7 +128,7 @@ TEST(protocol_document, gives_the_bounds_that_hold)
     for (const std::string& bound :
          {std::to_string(packet_max_sent_text_bytes), std::to_string(report_max_total_bytes),
           std::to_string(report_max_size), std::string{"100,000 servers"}, std::string{"16 MiB"}})
-        EXPECT_NE(protocol().find(bound), std::string::npos) << bound;
+        EXPECT_NE(read_protocol().find(bound), std::string::npos) << bound;
     static_assert(max_servers == 100'000 && directory_max_bytes == 16UL << 20);
 }
 

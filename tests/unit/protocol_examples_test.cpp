@@ -1,4 +1,4 @@
-// protocol_examples_test.cpp - the packets that docs/protocol.md shows are those that travel.
+// protocol_examples_test.cpp - the packets in docs/protocol.md are the ones that are sent.
 #include "unit/connection_fixture.hpp"
 #include "unit/document_text.hpp"
 
@@ -23,8 +23,8 @@ namespace
 
 constexpr std::size_t bytes_a_line = 16;
 
-/// What is shown of bytes: an offset, sixteen bytes in two halves, and their characters.
-std::string dump_of(const std::string& bytes)
+/// A hex dump: an offset, sixteen bytes in two halves, and their characters.
+std::string make_dump(const std::string& bytes)
 {
     std::string dump;
     for (std::size_t at = 0; at < bytes.size(); at += bytes_a_line) {
@@ -44,7 +44,7 @@ std::string dump_of(const std::string& bytes)
     return dump;
 }
 
-std::string bytes_of(const std::string& dump)
+std::string parse_dump(const std::string& dump)
 {
     std::string bytes;
     for (const auto& line : all_matches(dump, R"(\n?[0-9a-f]{8} ([0-9a-f ]+))"))
@@ -53,8 +53,8 @@ std::string bytes_of(const std::string& dump)
     return bytes;
 }
 
-/// The dumps of the document, by the names that stand behind "hexdump".
-const std::map<std::string, std::string>& examples()
+/// The dumps of the document, by the names after "hexdump".
+const std::map<std::string, std::string>& read_examples()
 {
     static const auto dumps = [] {
         std::map<std::string, std::string> found;
@@ -66,10 +66,10 @@ const std::map<std::string, std::string>& examples()
     return dumps;
 }
 
-std::string example(const std::string& name)
+std::string find_example(const std::string& name)
 {
-    EXPECT_TRUE(examples().contains(name)) << name;
-    return examples().contains(name) ? examples().at(name) : "";
+    EXPECT_TRUE(read_examples().contains(name)) << name;
+    return read_examples().contains(name) ? read_examples().at(name) : "";
 }
 
 constexpr const char* document_shown =
@@ -82,17 +82,17 @@ class protocol_examples : public connection_test
 protected:
     protocol_examples() : entry(add_server("host.example", "srv")), server(connect(entry)) {}
 
-    /// What the client has just sent is the example of that name.
+    /// Checks that the client has just sent the example of that name.
     void expect_sent(const char* name) const
     {
-        EXPECT_EQ(dump_of(server.take_bytes()), example(name)) << name;
+        EXPECT_EQ(make_dump(server.take_bytes()), find_example(name)) << name;
     }
 
-    /// Lets the client take the example of that name from the server.
+    /// Makes the client receive the example of that name from the server.
     void receive(const char* name)
     {
         mark();
-        server.send_bytes(bytes_of(example(name)));
+        server.send_bytes(parse_dump(find_example(name)));
         poll_servers(SIGALRM);
     }
 
@@ -100,11 +100,11 @@ protected:
     server_end server;
 };
 
-TEST_F(protocol_examples, are_written_as_dumps_are)
+TEST_F(protocol_examples, are_written_as_hex_dumps)
 {
-    EXPECT_EQ(examples().size(), 22U);
-    for (const auto& [name, dump] : examples())
-        EXPECT_EQ(dump_of(bytes_of(dump)), dump) << name;
+    EXPECT_EQ(read_examples().size(), 22U);
+    for (const auto& [name, dump] : read_examples())
+        EXPECT_EQ(make_dump(parse_dump(dump)), dump) << name;
 }
 
 TEST_F(protocol_examples, a_client_introduces_itself_and_leaves)
@@ -113,7 +113,7 @@ TEST_F(protocol_examples, a_client_introduces_itself_and_leaves)
     command_connect(other);
     ASSERT_TRUE(wait_until([&] { return other.connected == 1; }));
     const server_end end = home.take();
-    EXPECT_EQ(dump_of(end.await_bytes(introduction_length)), example("introduction"));
+    EXPECT_EQ(make_dump(end.await_bytes(introduction_length)), find_example("introduction"));
     connection_leave(entry);
     expect_sent("good-bye");
 }
@@ -166,7 +166,7 @@ TEST_F(protocol_examples, a_client_asks_for_the_report_of_a_day)
     tzset();
 }
 
-TEST_F(protocol_examples, a_client_tells_of_its_uplink_setting)
+TEST_F(protocol_examples, a_client_reports_its_uplink_setting)
 {
     app_state.setting_flags = NoUplinks;
     apply_log_settings();
@@ -191,7 +191,7 @@ TEST_F(protocol_examples, a_practice_server_sends_the_same)
           .payload = sim::pager_list_text({{"D-AIQA", "LH400", "FRA"}, {"", "BA117", ""}})}},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(dump_of(sim::encode_packet(row.packet)), example(row.name)) << row.name;
+        EXPECT_EQ(make_dump(sim::encode_packet(row.packet)), find_example(row.name)) << row.name;
 }
 
 TEST_F(protocol_examples, a_client_takes_capabilities)
@@ -213,13 +213,13 @@ TEST_F(protocol_examples, a_client_shows_transmissions_of_both_kinds)
         EXPECT_EQ(message_row(LINES - 12), "Flight number: LH0400  Flight: -") << name;
         wclear(app_state.message_pane);
     }
-    const std::string compressed = bytes_of(example("compressed-transmission"));
+    const std::string compressed = parse_dump(find_example("compressed-transmission"));
     const auto made = sim::compressed_transmission(document_shown);
     ASSERT_TRUE(made);
     EXPECT_EQ(sim::decode_header(compressed).extra, made->extra);
 }
 
-TEST_F(protocol_examples, a_client_tells_of_replays_uptimes_ticks_and_the_end)
+TEST_F(protocol_examples, a_client_shows_replays_uptimes_ticks_and_the_end)
 {
     receive("replay");
     EXPECT_EQ(said(), (status_lines{{"Now receiving the last 70000 transmissions", 6}}));

@@ -1,4 +1,4 @@
-// readiness_test.cpp - which servers are worth reading from, asked all at once.
+// readiness_test.cpp - which servers are worth reading from, asked in one call.
 #include "unit/net_fixture.hpp"
 
 #include "net/readiness.hpp"
@@ -16,13 +16,13 @@ bool has_socket(const server_entry& entry)
 class readiness_answer : public net_test
 {
 protected:
-    // In the list's order.
+    // In the order of the list.
     server_entry& first = add_server("c.example");
     server_entry& second = add_server("b.example");
     server_entry& third = add_server("a.example");
 };
 
-TEST_F(readiness_answer, tells_servers_with_data_from_silent_ones)
+TEST_F(readiness_answer, distinguishes_servers_with_data_from_silent_ones)
 {
     const server_end first_end = connect(first);
     const server_end second_end = connect(second);
@@ -34,7 +34,7 @@ TEST_F(readiness_answer, tells_servers_with_data_from_silent_ones)
     EXPECT_FALSE(readiness_of(answer, third));
 }
 
-TEST_F(readiness_answer, is_about_the_servers_from_the_wanted_one_on)
+TEST_F(readiness_answer, covers_the_servers_from_a_given_one_on)
 {
     const server_end first_end = connect(first);
     const server_end second_end = connect(second);
@@ -67,7 +67,7 @@ TEST_F(readiness_answer, is_yes_for_a_server_that_was_not_asked_about)
     EXPECT_FALSE(readiness_of(answer, third));
 }
 
-TEST_F(readiness_answer, is_yes_for_a_server_that_has_another_socket_by_now)
+TEST_F(readiness_answer, is_yes_for_a_server_that_has_changed_its_socket)
 {
     const server_end before = connect(first);
     readiness answer = readiness_ask(app_state.servers, 0, has_socket);
@@ -89,7 +89,7 @@ TEST_F(readiness_answer, is_yes_for_a_server_added_since)
     EXPECT_FALSE(readiness_of(answer, third));
 }
 
-TEST_F(readiness_answer, is_yes_for_a_descriptor_that_is_none)
+TEST_F(readiness_answer, is_yes_for_an_invalid_descriptor)
 {
     first.socket_fd = 1'000'000;
     readiness answer = readiness_ask(app_state.servers, 0, has_socket);
@@ -97,7 +97,7 @@ TEST_F(readiness_answer, is_yes_for_a_descriptor_that_is_none)
     first.socket_fd = 0;
 }
 
-TEST_F(readiness_answer, of_no_servers_is_empty)
+TEST_F(readiness_answer, is_empty_without_servers)
 {
     readiness answer = readiness_ask(app_state.servers, 0, has_socket);
     EXPECT_TRUE(answer.entries.empty());

@@ -1,4 +1,4 @@
-// redraw_test.cpp - what reaches the screen, and what must not be tried.
+// redraw_test.cpp - what reaches the screen, and what must not be drawn.
 #include "ui/redraw.hpp"
 
 #include "app/app_state.hpp"
@@ -9,7 +9,7 @@
 namespace
 {
 
-TEST(window_show, leaves_out_a_window_beyond_the_screen_that_curses_has_made_smaller)
+TEST(window_show, skips_a_window_outside_a_screen_that_curses_has_shrunk)
 {
     const headless_screen screen;
     WINDOW* window = newwin(3, 10, 2, 30);
@@ -26,7 +26,7 @@ TEST(window_show, leaves_out_a_window_beyond_the_screen_that_curses_has_made_sma
     delwin(window);
 }
 
-TEST(screen_batch, shows_windows_at_the_end_of_the_outermost)
+TEST(screen_batch, shows_windows_when_the_outermost_batch_ends)
 {
     const headless_screen screen;
     WINDOW* window = newwin(1, 5, 4, 4);

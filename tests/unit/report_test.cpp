@@ -1,4 +1,4 @@
-// report_test.cpp - a server's report on its way in: what is kept of it, and what is refused.
+// report_test.cpp - receiving a server's report: what is kept of it, and what is refused.
 #include "unit/net_fixture.hpp"
 
 #include "base/limits.hpp"
@@ -13,7 +13,7 @@ namespace
 
 const status_line refusal = {"Report refused, its announced size is out of bounds", 5};
 
-status_line size_line(const std::string& size)
+status_line make_size_line(const std::string& size)
 {
     return {"Now receiving ZOBE Style report. Size " + size + " bytes", 6};
 }
@@ -33,7 +33,7 @@ protected:
         report_header(entry, (std::to_string(bytes.size()) + '\t' + std::to_string(size)).c_str());
     }
 
-    /// Offers the home as the folder for reports.
+    /// Makes the home the folder for reports.
     void offer_home() const
     {
         std::free(app_state.setting_texts[ReportPath]);
@@ -46,7 +46,7 @@ protected:
 
 struct header_case {
     const char* header;
-    std::uint32_t total; // prepared for; with is_prepared only
+    std::uint32_t total; // announced; only with is_prepared
     std::uint32_t size;
     bool is_prepared;
     bool is_refused = false;
@@ -80,7 +80,8 @@ TEST_F(report, announcements_are_read_as_decimal_numbers_within_bounds)
         entry.report_received = 77;
         mark();
         report_header(entry, header);
-        EXPECT_EQ(said(), (status_lines{is_refused ? refusal : size_line(std::to_string(size))}));
+        EXPECT_EQ(said(),
+                  (status_lines{is_refused ? refusal : make_size_line(std::to_string(size))}));
         EXPECT_EQ(beeps(), 0U);
         EXPECT_EQ(entry.report_buffer != nullptr, is_prepared);
         if (!is_refused) {
@@ -93,7 +94,7 @@ TEST_F(report, announcements_are_read_as_decimal_numbers_within_bounds)
     }
 }
 
-TEST_F(report, is_complete_with_exactly_its_announced_bytes)
+TEST_F(report, is_complete_with_exactly_the_announced_bytes)
 {
     report_header(entry, "1000\t4000");
     mark();
@@ -108,16 +109,16 @@ TEST_F(report, is_complete_with_exactly_its_announced_bytes)
     EXPECT_EQ(entry.report_buffer, nullptr);
 }
 
-TEST_F(report, drops_pieces_that_nothing_announced)
+TEST_F(report, drops_unannounced_pieces)
 {
     receive("early");
     report_header(entry, "4000");
     receive("no total was given");
     EXPECT_EQ(entry.report_received, 0U);
-    EXPECT_EQ(said(), (status_lines{size_line("4000")}));
+    EXPECT_EQ(said(), (status_lines{make_size_line("4000")}));
 }
 
-TEST_F(report, a_size_alone_changes_the_size_of_a_report_half_way)
+TEST_F(report, a_size_alone_changes_the_size_of_an_incomplete_report)
 {
     offer_home();
     const std::string bytes = compressed(std::string(400, 'x'));
@@ -141,7 +142,7 @@ TEST_F(report, keeps_nothing_of_a_piece_beyond_the_total)
     EXPECT_EQ(entry.report_buffer, nullptr);
 }
 
-TEST_F(report, a_piece_without_bytes_changes_nothing_while_more_are_awaited)
+TEST_F(report, an_empty_piece_changes_nothing_while_more_are_expected)
 {
     report_header(entry, "10\t10");
     receive("123");
@@ -175,7 +176,7 @@ TEST_F(report, a_refused_announcement_frees_what_was_kept)
 struct saved_case {
     const char* what;
     std::string text;
-    int size; // announced
+    int size; // as announced
     std::string file;
 };
 

@@ -1,4 +1,4 @@
-// request_test.cpp - collecting the fields of a request into one text.
+// request_test.cpp - collecting the fields of a request in one text.
 #include "unit/net_fixture.hpp"
 
 #include "services/request_text.hpp"
@@ -14,7 +14,7 @@ constexpr request_field days_field = {"Days", 10, hint, "XXXXXXX"};
 class request : public net_test
 {
 protected:
-    /// Asks for a field with these keys waiting.
+    /// Asks for a field while these keys are waiting.
     bool ask(const request_field& field, std::string_view keys)
     {
         type_ahead(keys);
@@ -29,7 +29,7 @@ protected:
     heap_text text;
 };
 
-TEST_F(request, begins_without_a_tab_and_goes_on_with_tabs)
+TEST_F(request, has_tabs_between_its_fields_only)
 {
     EXPECT_TRUE(ask(required_field, "one\n"));
     EXPECT_EQ(collected(), "one");
@@ -58,20 +58,20 @@ TEST_F(request, ends_at_a_required_field_without_an_answer)
     EXPECT_EQ(collected(), "one");
 }
 
-TEST_F(request, takes_texts_as_they_are)
+TEST_F(request, takes_texts_unchanged)
 {
     EXPECT_TRUE(ask(required_field, "%s%n\n"));
     EXPECT_TRUE(ask(required_field, "a\tb\n"));
     EXPECT_EQ(collected(), "%s%n\ta\tb");
 }
 
-TEST_F(request, cuts_an_answer_to_its_room)
+TEST_F(request, cuts_an_answer_to_its_size)
 {
     EXPECT_TRUE(ask(required_field, "123456789abc\n"));
     EXPECT_EQ(collected(), "123456789");
 }
 
-TEST_F(request, says_nothing_itself)
+TEST_F(request, shows_no_message_of_its_own)
 {
     EXPECT_FALSE(ask(required_field, "\033"));
     EXPECT_TRUE(ask(days_field, "\033"));

@@ -1,4 +1,4 @@
-// screen_build_test.cpp - the colours and windows that everything else stands on.
+// screen_build_test.cpp - the colours and windows that everything else is built on.
 #include "unit/net_fixture.hpp"
 
 namespace
@@ -51,7 +51,7 @@ protected:
     }
 };
 
-TEST_F(screen_building, gives_every_pair_its_colours_used_or_not)
+TEST_F(screen_building, gives_every_pair_its_colours_whether_used_or_not)
 {
     const struct {
         short pair;
@@ -90,7 +90,7 @@ TEST_F(screen_building, scrolls_messages_above_the_status_pane_only)
     EXPECT_EQ(bottom, LINES - 9);
 }
 
-TEST_F(screen_building, has_keys_as_codes_where_they_are_read)
+TEST_F(screen_building, turns_keys_into_codes_where_they_are_read)
 {
     EXPECT_TRUE(is_keypad(app_state.server_pane));
 }

@@ -1,4 +1,4 @@
-// server_info_test.cpp - how the information window lays out its texts, and who opens and closes
+// server_info_test.cpp - how the information window lays out its texts, and what opens and closes
 // it.
 #include "services/server_info.hpp"
 
@@ -29,7 +29,7 @@ protected:
     {
         return screen.row_text(app_state.popup_win, number);
     }
-    /// A row up to the window's last column, where the frame may be overwritten.
+    /// A row up to the window's last column, where text may overwrite the frame.
     std::string whole_row(int number) const
     {
         std::string text = row(number);
@@ -38,7 +38,7 @@ protected:
         return text + static_cast<char>(mvwinch(app_state.popup_win, number, last) & A_CHARTEXT);
     }
 
-    /// A letter for how each cell of a row looks, up to the length: label, value, key.
+    /// The look of each cell of a row, up to the length, as a letter: label, value, key.
     std::string looks(int number, std::size_t length) const
     {
         std::string letters;
@@ -112,10 +112,10 @@ TEST_F(server_info_window, an_info_of_exactly_the_width_is_one_line)
     EXPECT_EQ(row(info_row + 1), "");
 }
 
-TEST_F(server_info_window, one_letter_more_wraps_and_overwrites_the_label)
+TEST_F(server_info_window, an_info_one_letter_longer_wraps_and_overwrites_the_label)
 {
     show_info(std::string(40, 'a') + ' ' + std::string(20, 'b'));
-    // The second line lies on the first one and its label.
+    // The second line overwrites the first one and its label.
     EXPECT_EQ(row(info_row), std::string(20, 'b') + std::string(26, 'a'));
     EXPECT_EQ(row(info_row + 1), "");
     EXPECT_EQ(screen.pair_at(app_state.popup_win, info_row, 1), 2);
@@ -129,7 +129,7 @@ TEST_F(server_info_window, a_short_second_line_leaves_the_rest_of_the_label)
     EXPECT_EQ(screen.pair_at(app_state.popup_win, info_row, 3), 7);
 }
 
-TEST_F(server_info_window, a_blank_right_behind_the_width_is_a_break)
+TEST_F(server_info_window, a_blank_right_after_the_width_is_a_break)
 {
     show_info(std::string(60, 'a').append(" b"));
     EXPECT_EQ(row(info_row), "bnfo: " + std::string(60, 'a'));
@@ -141,7 +141,7 @@ TEST_F(server_info_window, a_blank_at_the_very_end_is_dropped)
     EXPECT_EQ(row(info_row), "Info: " + std::string(60, 'a'));
 }
 
-TEST_F(server_info_window, further_lines_go_on_below)
+TEST_F(server_info_window, further_lines_continue_below)
 {
     const auto word = [](char letter) { return std::string(55, letter); };
     show_info(word('a') + ' ' + word('b') + ' ' + word('c') + ' ' + word('d') + ' ' + word('e') +
@@ -156,7 +156,7 @@ TEST_F(server_info_window, further_lines_go_on_below)
 TEST_F(server_info_window, only_blanks_are_breaks)
 {
     show_info(std::string(30, 'a').append("-").append(29, 'b').append("cc"));
-    // Nothing to break at: cut hard behind 60 letters.
+    // No place to break: cut after 60 letters.
     EXPECT_EQ(row(info_row), "ccfo: " + std::string(30, 'a') + "-" + std::string(29, 'b'));
 }
 
@@ -174,7 +174,7 @@ TEST_F(server_info_window, endless_infos_stop_above_the_keys)
         EXPECT_EQ(row(number), std::string(60, 'x'));
 }
 
-TEST_F(server_info_window, an_empty_info_is_not_an_unknown_one)
+TEST_F(server_info_window, an_empty_info_differs_from_an_unknown_one)
 {
     show_info("");
     EXPECT_EQ(row(info_row), "Info:");
@@ -208,12 +208,12 @@ TEST_F(server_info_window, texts_end_at_the_last_column)
 TEST_F(server_info_window, a_socket_means_connected)
 {
     const server_end server = connect(entry);
-    entry.connected = 0; // also while the connect is under way
+    entry.connected = 0; // also while the connect is in progress
     server_info_toggle();
     EXPECT_EQ(row(3), "Connected: YES Unique ServerID: unknown");
 }
 
-TEST_F(server_info_window, a_port_of_0_is_the_usual_one)
+TEST_F(server_info_window, a_port_of_0_is_shown_as_the_usual_port)
 {
     entry.ServerPort = 0;
     server_info_toggle();
@@ -231,7 +231,7 @@ TEST_F(server_info_window, needs_a_selection)
     EXPECT_EQ(beeps(), 0U);
 }
 
-TEST_F(server_info_window, closes_the_other_window_too_and_opens_beside_it)
+TEST_F(server_info_window, closes_another_window_too_but_opens_beside_it)
 {
     app_state.dialog_win = newwin(1, 10, 3, 30);
     server_info_toggle();

@@ -1,4 +1,4 @@
-// server_list_select_test.cpp - the bar's way over the list is seen at once.
+// server_list_select_test.cpp - a move of the bar over the list is visible at once.
 #include "ui/server_pane.hpp"
 #include "unit/net_fixture.hpp"
 
@@ -20,7 +20,7 @@ protected:
         add_server("a.example");
     }
 
-    /// The pair of the first character of a name as the terminal has it.
+    /// The pair of a name's first character on the terminal.
     static short shown_pair(int row)
     {
         return static_cast<short>(PAIR_NUMBER(mvwinch(curscr, row, name_column)));

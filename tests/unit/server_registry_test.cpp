@@ -1,4 +1,4 @@
-// server_registry_test.cpp - the order of the servers, who is taken in and what is released.
+// server_registry_test.cpp - the order of the servers, which are added, and what is released.
 #include "data/server_registry.hpp"
 
 #include "base/owners.hpp"
@@ -19,7 +19,7 @@ namespace
 using unique_collection = std::unique_ptr<collection, releaser<collection_destroy>>;
 using unique_entry = std::unique_ptr<server_entry, releaser<server_entry_free>>;
 
-unique_entry new_entry(const char* name, std::int32_t port)
+unique_entry make_entry(const char* name, std::int32_t port)
 {
     auto* made = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
     made->ServerName = str_dup(name);
@@ -27,17 +27,17 @@ unique_entry new_entry(const char* name, std::int32_t port)
     return unique_entry(made);
 }
 
-/// Adds an entry; released if it was not taken.
-std::int32_t add(const unique_collection& servers, const char* name, std::int32_t port)
+/// Adds an entry; releases it if it was not added.
+std::int32_t add_entry(const unique_collection& servers, const char* name, std::int32_t port)
 {
-    unique_entry entry = new_entry(name, port);
+    unique_entry entry = make_entry(name, port);
     const std::int32_t result = server_add(servers.get(), entry.get());
     if (result == -1)
         static_cast<void>(entry.release());
     return result;
 }
 
-std::vector<std::string> names_and_ports(const unique_collection& servers)
+std::vector<std::string> list_names_and_ports(const unique_collection& servers)
 {
     std::vector<std::string> all;
     for (std::int32_t index = 0; index < servers->count; ++index) {
@@ -100,42 +100,42 @@ TEST(server_compare, puts_names_in_descending_and_ports_in_ascending_order)
         {"a", lowest, "a", highest, -1},
     };
     for (const auto& row : rows) {
-        const unique_entry left = new_entry(row.left, row.left_port);
-        const unique_entry right = new_entry(row.right, row.right_port);
+        const unique_entry left = make_entry(row.left, row.left_port);
+        const unique_entry right = make_entry(row.right, row.right_port);
         const int order = server_compare(left.get(), right.get());
         EXPECT_EQ((order > 0) - (order < 0), row.sign)
             << row.left << ":" << row.left_port << " and " << row.right << ":" << row.right_port;
     }
 }
 
-TEST(server_add, keeps_the_order_and_tells_where_a_known_server_is)
+TEST(server_add, keeps_the_order_and_tells_the_place_of_a_known_server)
 {
     const unique_collection servers(server_collection_new());
-    EXPECT_EQ(add(servers, "b.example", 2202), -1);
-    EXPECT_EQ(add(servers, "a.example", 2202), -1);
-    EXPECT_EQ(add(servers, "c.example", 2203), -1);
-    EXPECT_EQ(add(servers, "c.example", 2202), -1);
+    EXPECT_EQ(add_entry(servers, "b.example", 2202), -1);
+    EXPECT_EQ(add_entry(servers, "a.example", 2202), -1);
+    EXPECT_EQ(add_entry(servers, "c.example", 2203), -1);
+    EXPECT_EQ(add_entry(servers, "c.example", 2202), -1);
     const std::vector<std::string> expected = {"c.example:2202", "c.example:2203", "b.example:2202",
                                                "a.example:2202"};
-    EXPECT_EQ(names_and_ports(servers), expected);
-    EXPECT_EQ(add(servers, "c.example", 2203), 1);
-    EXPECT_EQ(add(servers, "a.example", 2202), 3);
-    EXPECT_EQ(names_and_ports(servers), expected);
+    EXPECT_EQ(list_names_and_ports(servers), expected);
+    EXPECT_EQ(add_entry(servers, "c.example", 2203), 1);
+    EXPECT_EQ(add_entry(servers, "a.example", 2202), 3);
+    EXPECT_EQ(list_names_and_ports(servers), expected);
 }
 
-TEST(server_add, takes_port_0_and_the_default_port_for_two_servers)
+TEST(server_add, treats_port_0_and_the_default_port_as_two_servers)
 {
     const unique_collection servers(server_collection_new());
-    EXPECT_EQ(add(servers, "a", 0), -1);
-    EXPECT_EQ(add(servers, "a", 2202), -1);
-    EXPECT_EQ(names_and_ports(servers), (std::vector<std::string>{"a:0", "a:2202"}));
+    EXPECT_EQ(add_entry(servers, "a", 0), -1);
+    EXPECT_EQ(add_entry(servers, "a", 2202), -1);
+    EXPECT_EQ(list_names_and_ports(servers), (std::vector<std::string>{"a:0", "a:2202"}));
 }
 
-TEST(server_add, refuses_what_has_no_name)
+TEST(server_add, refuses_an_entry_without_a_name)
 {
     const unique_collection servers(server_collection_new());
     EXPECT_EQ(server_add(servers.get(), nullptr), -2);
-    const unique_entry nameless = new_entry(nullptr, 2202);
+    const unique_entry nameless = make_entry(nullptr, 2202);
     EXPECT_EQ(server_add(servers.get(), nameless.get()), -2);
     EXPECT_EQ(servers->count, 0);
 }
@@ -145,8 +145,8 @@ TEST(server_add, does_not_report_a_collection_that_cannot_grow)
     const unique_collection servers(server_collection_new());
     servers->grow_step = 0;
     for (int port = 1; port <= 10; ++port)
-        ASSERT_EQ(add(servers, "a", port), -1);
-    const unique_entry left_over = new_entry("a", 11);
+        ASSERT_EQ(add_entry(servers, "a", port), -1);
+    const unique_entry left_over = make_entry("a", 11);
     EXPECT_EQ(server_add(servers.get(), left_over.get()), -1);
     EXPECT_EQ(servers->count, 10);
 }
@@ -156,15 +156,15 @@ TEST(server_add_or_free, releases_what_the_collection_does_not_take)
     const unique_collection servers(server_collection_new());
     servers->grow_step = 0;
     for (int port = 1; port <= 12; ++port)
-        EXPECT_EQ(server_add_or_free(servers.get(), new_entry("a", port).release()), port <= 10);
-    EXPECT_TRUE(server_add_or_free(servers.get(), new_entry("a", 1).release()));
-    EXPECT_TRUE(server_add_or_free(servers.get(), new_entry(nullptr, 1).release()));
+        EXPECT_EQ(server_add_or_free(servers.get(), make_entry("a", port).release()), port <= 10);
+    EXPECT_TRUE(server_add_or_free(servers.get(), make_entry("a", 1).release()));
+    EXPECT_TRUE(server_add_or_free(servers.get(), make_entry(nullptr, 1).release()));
     EXPECT_EQ(servers->count, 10);
 }
 
 TEST(server_entry_free, leaves_the_mailing_texts_to_their_readers)
 {
-    unique_entry entry = new_entry("a", 1);
+    unique_entry entry = make_entry("a", 1);
     for (char** text : {&entry->ServerAlias, &entry->Location, &entry->Info, &entry->server_uuid,
                         &entry->server_version, &entry->Password})
         *text = str_dup("released");
@@ -179,7 +179,7 @@ TEST(server_at, gives_nothing_outside_the_collection)
 {
     const unique_collection servers(server_collection_new());
     EXPECT_EQ(server_at(servers.get(), 0), nullptr);
-    add(servers, "a", 1);
+    add_entry(servers, "a", 1);
     EXPECT_STREQ(server_at(servers.get(), 0)->ServerName, "a");
     EXPECT_EQ(server_at(servers.get(), -1), nullptr);
     EXPECT_EQ(server_at(servers.get(), 1), nullptr);
@@ -188,7 +188,7 @@ TEST(server_at, gives_nothing_outside_the_collection)
 
 TEST(server_entry, is_shown_by_its_alias_and_its_real_port)
 {
-    const unique_entry entry = new_entry("host.example", 0);
+    const unique_entry entry = make_entry("host.example", 0);
     EXPECT_STREQ(server_display_name(*entry), "host.example");
     EXPECT_EQ(server_port(*entry), 2202);
     entry->ServerAlias = str_dup("Home");

@@ -1,4 +1,4 @@
-// service_memory_test.cpp - what is shown and kept of servers' messages when memory is short.
+// service_memory_test.cpp - what is shown and kept of servers' messages when out of memory.
 #include "unit/failing_memory.hpp"
 #include "unit/net_fixture.hpp"
 #include "unit/own_clock.hpp"
@@ -23,22 +23,22 @@ namespace
 
 constexpr int bottom_row = 24 - 9; // of the message pane's scrolling region
 
-class memory_shortage_of_services : public net_test
+class services_out_of_memory : public net_test
 {
 protected:
-    memory_shortage_of_services() : entry(add_server("host.example")) {}
-    ~memory_shortage_of_services() override
+    services_out_of_memory() : entry(add_server("host.example")) {}
+    ~services_out_of_memory() override
     {
         popup_close();
         flushinp();
     }
-    memory_shortage_of_services(const memory_shortage_of_services&) = delete;
-    memory_shortage_of_services& operator=(const memory_shortage_of_services&) = delete;
+    services_out_of_memory(const services_out_of_memory&) = delete;
+    services_out_of_memory& operator=(const services_out_of_memory&) = delete;
 
     server_entry& entry;
 };
 
-TEST_F(memory_shortage_of_services, leaves_placeholders_that_it_cannot_fill_without_a_percent_sign)
+TEST_F(services_out_of_memory, leaves_placeholders_that_it_cannot_fill_without_a_percent_sign)
 {
     const xml_document document{xml_parse("<?xml?><a><b>one</b><c>and two</c></a>")};
     const std::string pattern = "1: %a/b%, 2: %a/c%, 3: %a/d%.";
@@ -51,10 +51,10 @@ TEST_F(memory_shortage_of_services, leaves_placeholders_that_it_cannot_fill_with
         .prepare = [&] { text.reset(str_dup(pattern.c_str())); },
         .call = [&] { text.reset(fill_template(text.release(), document.get())); },
         .expect_after_failure =
-            [&](memory_shortage shortage, long nth) {
+            [&](memory_failure failure, long nth) {
                 ASSERT_TRUE(text);
-                // One placeholder takes two texts and the room for the longer or shorter result.
-                const std::string expected = shortage == memory_shortage::once
+                // One placeholder takes two texts and memory for the longer or shorter result.
+                const std::string expected = failure == memory_failure::once
                                                  ? whole
                                                  : filled_up_to[std::min((nth - 1) / 3, 2L)];
                 EXPECT_EQ(text.get(), expected);
@@ -63,7 +63,7 @@ TEST_F(memory_shortage_of_services, leaves_placeholders_that_it_cannot_fill_with
     });
 }
 
-TEST_F(memory_shortage_of_services, loses_one_transmission_at_most)
+TEST_F(services_out_of_memory, loses_one_transmission_at_most)
 {
     app_state.setting_flags = ContactInfo | FlightStats;
     const xml_document document{
@@ -79,10 +79,10 @@ TEST_F(memory_shortage_of_services, loses_one_transmission_at_most)
             },
         .call = [&] { present_transmission(entry, document.get()); },
         .expect_after_failure =
-            [&](memory_shortage shortage, long nth) {
+            [&](memory_failure failure, long nth) {
                 for (int row = 0; row <= bottom_row; ++row)
                     EXPECT_EQ(message_row(row).find('%'), std::string::npos) << row;
-                if (shortage == memory_shortage::from_then_on && nth == 1) {
+                if (failure == memory_failure::from_then_on && nth == 1) {
                     EXPECT_EQ(message_row(bottom_row - 1), "") << "there was no text at all";
                     EXPECT_EQ(app_state.dialog_win, nullptr);
                 }
@@ -97,7 +97,7 @@ TEST_F(memory_shortage_of_services, loses_one_transmission_at_most)
     });
 }
 
-TEST_F(memory_shortage_of_services, shows_no_pager_list_or_its_records_blank)
+TEST_F(services_out_of_memory, shows_no_pager_list_or_its_records_blank)
 {
     try_each_allocation({
         .prepare =
@@ -109,8 +109,8 @@ TEST_F(memory_shortage_of_services, shows_no_pager_list_or_its_records_blank)
             },
         .call = [] { pager_list_show("D-AIQA\tFRA\tLH400~^\t^\tBA117"); },
         .expect_after_failure =
-            [&](memory_shortage, long nth) {
-                // The list's own texts come first: without them nothing has happened at all.
+            [&](memory_failure, long nth) {
+                // The list's own texts come first: without them nothing happens at all.
                 EXPECT_EQ(app_state.popup_win != nullptr, nth <= 2);
                 EXPECT_EQ(getch() != ERR, nth <= 2) << "the key is for the list alone";
             },
@@ -118,7 +118,7 @@ TEST_F(memory_shortage_of_services, shows_no_pager_list_or_its_records_blank)
     });
 }
 
-TEST_F(memory_shortage_of_services, prepares_for_no_more_of_a_report_than_it_has_room_for)
+TEST_F(services_out_of_memory, expects_no_more_of_a_report_than_it_has_memory_for)
 {
     const auto piece = [&](std::string_view bytes) {
         report_piece(entry, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
@@ -126,7 +126,7 @@ TEST_F(memory_shortage_of_services, prepares_for_no_more_of_a_report_than_it_has
     try_each_allocation({
         .call = [&] { report_header(entry, "1000\t4000"); },
         .expect_after_failure =
-            [&](memory_shortage, long) {
+            [&](memory_failure, long) {
                 EXPECT_EQ(entry.report_size, 4000U);
                 EXPECT_TRUE(entry.report_total == 1000 || entry.report_total == 0);
                 const bool takes_bytes =
@@ -145,7 +145,7 @@ TEST_F(memory_shortage_of_services, prepares_for_no_more_of_a_report_than_it_has
     });
 }
 
-TEST_F(memory_shortage_of_services, saves_a_report_whole_or_not_at_all)
+TEST_F(services_out_of_memory, saves_a_whole_report_or_none)
 {
     const temp_home home;
     std::free(app_state.setting_texts[ReportPath]);
@@ -163,7 +163,7 @@ TEST_F(memory_shortage_of_services, saves_a_report_whole_or_not_at_all)
             },
         .call = [&] { report_piece(entry, bytes.data(), bytes.size()); },
         .expect_after_failure =
-            [&](memory_shortage, long) {
+            [&](memory_failure, long) {
                 EXPECT_EQ(entry.report_buffer, nullptr);
                 if (!home.files().empty()) {
                     EXPECT_EQ(home.read_file("saved.txt"), text);
@@ -177,7 +177,7 @@ TEST_F(memory_shortage_of_services, saves_a_report_whole_or_not_at_all)
     });
 }
 
-TEST_F(memory_shortage_of_services, tells_of_a_field_that_it_could_not_add)
+TEST_F(services_out_of_memory, reports_a_field_that_it_could_not_add)
 {
     const own_clock clock; // no pause takes time
     constexpr request_field field = {"Question", 20, "hint", nullptr};
@@ -192,7 +192,7 @@ TEST_F(memory_shortage_of_services, tells_of_a_field_that_it_could_not_add)
             },
         .call = [&] { is_added = request_field_ask(text, field); },
         .expect_after_failure =
-            [&](memory_shortage, long) {
+            [&](memory_failure, long) {
                 EXPECT_EQ(is_added, std::string_view{text.get()} == "one\ttwo") << text.get();
             },
         .expect_success =
@@ -203,7 +203,7 @@ TEST_F(memory_shortage_of_services, tells_of_a_field_that_it_could_not_add)
     });
 }
 
-TEST_F(memory_shortage_of_services, sends_no_pager_entry_that_lacks_a_field)
+TEST_F(services_out_of_memory, sends_no_pager_entry_that_lacks_a_field)
 {
     const own_clock clock; // no pause takes time
     const server_end server = connect(entry);
@@ -216,7 +216,7 @@ TEST_F(memory_shortage_of_services, sends_no_pager_entry_that_lacks_a_field)
             },
         .call = [&] { pager_dialog(entry); },
         .expect_after_failure =
-            [&](memory_shortage, long) {
+            [&](memory_failure, long) {
                 for (const wire_packet& sent : server.take_packets())
                     EXPECT_EQ(std::ranges::count(sent.text, '\t'), 3) << sent;
             },
@@ -229,7 +229,7 @@ TEST_F(memory_shortage_of_services, sends_no_pager_entry_that_lacks_a_field)
     });
 }
 
-TEST_F(memory_shortage_of_services, forgets_no_address_and_no_code)
+TEST_F(services_out_of_memory, forgets_no_address_and_no_code)
 {
     const own_clock clock; // no pause takes time
     try_each_allocation({
@@ -244,7 +244,7 @@ TEST_F(memory_shortage_of_services, forgets_no_address_and_no_code)
             },
         .call = [&] { mailing_dialog(entry); },
         .expect_after_failure =
-            [&](memory_shortage, long) {
+            [&](memory_failure, long) {
                 ASSERT_NE(entry.UseEMail, nullptr);
                 ASSERT_NE(entry.SubCode, nullptr);
                 EXPECT_EQ(std::string_view{entry.UseEMail}.substr(0, 2), "me");
@@ -258,12 +258,12 @@ TEST_F(memory_shortage_of_services, forgets_no_address_and_no_code)
     });
 }
 
-TEST_F(memory_shortage_of_services, opens_no_window_about_a_server)
+TEST_F(services_out_of_memory, opens_no_window_about_a_server)
 {
     try_each_allocation({
         .prepare = [] { popup_close(); },
         .call = [] { server_info_toggle(); },
-        .expect_after_failure = [](memory_shortage,
+        .expect_after_failure = [](memory_failure,
                                    long) { EXPECT_EQ(app_state.popup_win, nullptr); },
         .expect_success = [] { EXPECT_NE(app_state.popup_win, nullptr); },
     });

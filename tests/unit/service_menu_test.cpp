@@ -1,4 +1,4 @@
-// service_menu_test.cpp - which keys choose something in a menu.
+// service_menu_test.cpp - which keys choose an item of a menu.
 #include "unit/net_fixture.hpp"
 #include "unit/own_clock.hpp"
 
@@ -15,7 +15,7 @@ constexpr menu_entry entries[] = {{'1', "one"}, {'2', "two"}, {'3', "three"}};
 class menu_keys : public net_test
 {
 protected:
-    /// What the menu gives for these keys, one after the other.
+    /// What the menu returns for these keys, one after the other.
     char choice(const std::vector<int>& keys)
     {
         std::for_each(keys.rbegin(), keys.rend(), [](int key) { ungetch(key); });
@@ -25,13 +25,13 @@ protected:
     own_clock clock; // no pause takes time
 };
 
-TEST_F(menu_keys, of_its_table_choose)
+TEST_F(menu_keys, choose_if_they_are_in_the_table)
 {
     for (const menu_entry& entry : entries)
         EXPECT_EQ(choice({entry.key}), entry.key);
 }
 
-TEST_F(menu_keys, others_have_no_effect)
+TEST_F(menu_keys, have_no_effect_outside_the_table)
 {
     std::vector<int> keys = {'0', '4', '5', '9', '/', ':', 'a', ' ', key_enter, '\t'};
     keys.insert(keys.end(), {0x08, 0x18, 0xB1, KEY_DOWN, KEY_F(1), KEY_BACKSPACE, '3'});

@@ -1,4 +1,4 @@
-// settings_apply_test.cpp - changed log and uplink switches put into effect.
+// settings_apply_test.cpp - applying changed log and uplink switches.
 #include "app/settings_toggle.hpp"
 #include "unit/net_fixture.hpp"
 
@@ -60,7 +60,7 @@ TEST_F(settings_apply, tells_every_server)
     EXPECT_EQ(other.take_packets(), (wire_packets{uplinks_wanted}));
 }
 
-TEST_F(settings_apply, goes_by_the_socket_also_while_a_connect_is_pending)
+TEST_F(settings_apply, uses_the_socket_even_while_a_connect_is_pending)
 {
     entry.connected = 0;
     app_state.setting_flags = ACARSLog;
@@ -103,7 +103,7 @@ TEST_F(settings_apply, lets_the_shared_log_replace_the_servers_own)
     apply_log_settings();
     EXPECT_EQ(app_state.setting_flags, static_cast<std::uint32_t>(SaveToOne | ContactInfo));
     EXPECT_EQ(entry.log_file, nullptr);
-    // The shared log itself is opened by the next connect.
+    // The next connect opens the shared log itself.
     EXPECT_EQ(app_state.shared_log, nullptr);
     EXPECT_EQ(said(), status_lines{});
     EXPECT_FALSE(folder.read_file("ACARS.log").has_value());

@@ -1,4 +1,4 @@
-// settings_key_test.cpp - what the settings page does with keys, one by one.
+// settings_key_test.cpp - what the settings page does with each key.
 #include "data/settings_page.hpp"
 #include "unit/net_fixture.hpp"
 
@@ -68,7 +68,7 @@ constexpr switch_row switches[] = {
 
 TEST_F(settings_key_press, finds_its_rows_where_the_page_has_put_them)
 {
-    // Lines without a hot key are nowhere.
+    // Lines without a hot key have no row.
     EXPECT_EQ(std::to_array(app_state.checkbox_rows),
               std::to_array({2, -1, 4, 5, 6, 7, -1, 9, 10, 11}));
     EXPECT_EQ(std::to_array(app_state.text_rows), std::to_array({15, 16}));
@@ -132,7 +132,7 @@ TEST_F(settings_key_press, works_without_a_page)
     EXPECT_STREQ(app_state.setting_texts[LogFilePath], "logs");
 }
 
-TEST_F(settings_key_press, takes_folders_and_strips_one_slash)
+TEST_F(settings_key_press, stores_folders_and_strips_one_slash)
 {
     answer(log_folder_key, "logs/\n");
     EXPECT_STREQ(app_state.setting_texts[LogFilePath], "logs");
@@ -145,7 +145,7 @@ TEST_F(settings_key_press, takes_folders_and_strips_one_slash)
     EXPECT_EQ(beeps(), 0U);
 }
 
-TEST_F(settings_key_press, refuses_what_is_no_folder)
+TEST_F(settings_key_press, refuses_anything_but_a_folder)
 {
     folder.write_file("plain", "a file");
     ASSERT_EQ(symlink("logs", "link"), 0);
@@ -160,7 +160,7 @@ TEST_F(settings_key_press, refuses_what_is_no_folder)
     EXPECT_EQ(screen.row_text(app_state.settings_win, 15), " Folder for Logfiles:");
 }
 
-TEST_F(settings_key_press, nothing_typed_changes_nothing)
+TEST_F(settings_key_press, changes_nothing_when_nothing_is_typed)
 {
     app_state.setting_texts[LogFilePath] = owned_text("logs");
     answer(log_folder_key, "xyz\033");
@@ -170,14 +170,14 @@ TEST_F(settings_key_press, nothing_typed_changes_nothing)
     EXPECT_EQ(beeps(), 0U);
 }
 
-TEST_F(settings_key_press, a_prompt_begins_with_the_folder_that_is_set)
+TEST_F(settings_key_press, begins_a_prompt_with_the_folder_that_is_set)
 {
     app_state.setting_texts[LogFilePath] = owned_text("lo");
     answer(log_folder_key, "gs\n");
     EXPECT_STREQ(app_state.setting_texts[LogFilePath], "logs");
 }
 
-TEST_F(settings_key_press, without_room_for_folders_there_is_no_prompt)
+TEST_F(settings_key_press, opens_no_prompt_without_memory_for_folders)
 {
     char** texts = std::exchange(app_state.setting_texts, nullptr);
     settings_key(log_folder_key);

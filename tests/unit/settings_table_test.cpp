@@ -1,4 +1,4 @@
-// settings_table_test.cpp - the tables' rows, whose words, order and bits files and users rely on.
+// settings_table_test.cpp - the tables' rows: files and users rely on their words, order and bits.
 #include "data/settings_table.hpp"
 
 #include <gtest/gtest.h>

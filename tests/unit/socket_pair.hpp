@@ -1,4 +1,4 @@
-// socket_pair.hpp - two connected sockets: the client's end, and the end that plays the server.
+// socket_pair.hpp - two connected sockets: the client's end, and the test's end as the server.
 #pragma once
 
 #include "base/owners.hpp"
@@ -14,7 +14,7 @@
 class socket_pair
 {
 public:
-    /// Ends the test program if no sockets can be had.
+    /// Ends the test program on failure.
     socket_pair()
     {
         int both[2] = {-1, -1};
@@ -41,12 +41,12 @@ public:
     {
         return waiting_at(server_end.get());
     }
-    /// All that waits for the client; gone afterwards.
+    /// Everything that waits for the client; reads it away.
     std::string left_for_client() const
     {
         return waiting_at(client());
     }
-    /// Ends the server's side. Nothing of what it sent is lost.
+    /// Closes the server's side. Nothing that it sent is lost.
     void close_server()
     {
         server_end = unique_fd();
@@ -66,7 +66,7 @@ private:
     unique_fd server_end;
 };
 
-/// A packet as it travels, written by hand: a header that announces `length` payload bytes, and
+/// The bytes of a packet, made by hand: a header that announces `length` payload bytes, and
 /// whatever follows it.
 inline std::string wire_packet(unsigned kind, unsigned length, unsigned extra,
                                std::string_view payload)

@@ -1,4 +1,4 @@
-// status_report_test.cpp - one report is one line of the status pane, whatever a server puts in it.
+// status_report_test.cpp - one report is one line of the status pane, whatever a server sends.
 #include "unit/net_fixture.hpp"
 
 #include "net/poll.hpp"
@@ -11,7 +11,7 @@ namespace
 {
 
 /// The characters of the pane's top and bottom rows and of its left side.
-std::wstring frame_of(WINDOW* pane)
+std::wstring read_frame(WINDOW* pane)
 {
     std::wstring frame;
     const auto take = [&](int row, int column) {
@@ -35,17 +35,17 @@ std::wstring frame_of(WINDOW* pane)
 class status_reporting : public net_test
 {
 protected:
-    status_reporting() : frame(frame_of(app_state.status_pane)) {}
+    status_reporting() : frame(read_frame(app_state.status_pane)) {}
 
     void expect_frame() const
     {
-        EXPECT_TRUE(frame_of(app_state.status_pane) == frame);
+        EXPECT_TRUE(read_frame(app_state.status_pane) == frame);
     }
 
     std::wstring frame;
 };
 
-TEST_F(status_reporting, puts_blanks_for_line_feeds)
+TEST_F(status_reporting, shows_blanks_for_line_feeds)
 {
     for (const auto& [text, line] : {std::pair{"one\ntwo", "one two"},
                                      {"one\n\ntwo\n", "one  two"},
@@ -90,7 +90,7 @@ TEST_F(status_reporting, is_bold_for_errors_notices_and_successes_only)
     }
 }
 
-TEST_F(status_reporting, keeps_the_frame_whole_round_a_servers_lines)
+TEST_F(status_reporting, keeps_the_frame_whole_around_a_servers_lines)
 {
     const server_entry& entry = add_server("host.example", "srv");
     server_end server = connect(*server_at(app_state.servers, 0));

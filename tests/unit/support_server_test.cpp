@@ -1,5 +1,5 @@
-// support_server_test.cpp - the scripted server, the homes and the clock of the tests do as they
-// say.
+// support_server_test.cpp - the scripted server, the homes and the clock of the tests do what they
+// promise.
 #include "support/config_text.hpp"
 #include "support/loopback.hpp"
 #include "support/sanitizer_options.hpp"
@@ -26,7 +26,7 @@ server_connection connect_to(const scripted_server& server)
     return server_connection{begin_connect("127.0.0.1", server.port())};
 }
 
-int connect_error(int fd)
+int read_connect_error(int fd)
 {
     int error = 0;
     socklen_t length = sizeof error;
@@ -84,13 +84,13 @@ TEST(support_server, ends_connections_in_three_ways)
     }
 }
 
-TEST(support_server, closed_and_silent_ports_keep_their_word)
+TEST(support_server, closed_ports_refuse_and_silent_ports_stay_silent)
 {
     const closed_port refusing;
     const int refused = begin_connect("127.0.0.1", refusing.port());
     if (refused >= 0) {
         ASSERT_TRUE(wait_for_socket(refused, POLLOUT, default_patience));
-        EXPECT_EQ(connect_error(refused), ECONNREFUSED);
+        EXPECT_EQ(read_connect_error(refused), ECONNREFUSED);
         close(refused);
     }
     const silent_port silent;
@@ -148,7 +148,7 @@ TEST(support_home, writes_the_configuration_file_format)
 )");
 }
 
-terminal_options under_clock(const test_clock& clock, const std::string& script)
+terminal_options make_options(const test_clock& clock, const std::string& script)
 {
     return {.command = {"bash", "-c", script}, .home = "/", .environment = clock.environment()};
 }
@@ -156,7 +156,7 @@ terminal_options under_clock(const test_clock& clock, const std::string& script)
 TEST(support_clock, jumps_while_the_program_runs)
 {
     test_clock clock;
-    terminal_session session{under_clock(clock, "while read go; do printf '<%(%s)T>' -1; done")};
+    terminal_session session{make_options(clock, "while read go; do printf '<%(%s)T>' -1; done")};
     const auto asked_time = [&session] {
         session.forget_raw_output();
         session.send("\r");
@@ -176,17 +176,17 @@ TEST(support_clock, shows_any_time)
 {
     test_clock clock;
     clock.set(1000);
-    terminal_session session{under_clock(clock, "printf '<%(%s)T>' -1; read end")};
+    terminal_session session{make_options(clock, "printf '<%(%s)T>' -1; read end")};
     ASSERT_TRUE(session.wait_for_text(">"));
     EXPECT_EQ(session.row(0).substr(0, 2), "<1") << "within a thousand seconds from 1000";
 }
 
-TEST(support_clock, alarms_may_be_held_back)
+TEST(support_clock, alarms_may_be_suppressed)
 {
     test_clock clock{0};
     terminal_session session{
-        under_clock(clock, "perl -e '$| = 1; $SIG{ALRM} = sub { print \"rang\"; alarm(1) }; "
-                           "alarm(1); print \"armed\"; sleep 1 while 1'")};
+        make_options(clock, "perl -e '$| = 1; $SIG{ALRM} = sub { print \"rang\"; alarm(1) }; "
+                            "alarm(1); print \"armed\"; sleep 1 while 1'")};
     ASSERT_TRUE(session.wait_for_text("armed"));
     ASSERT_EQ(clock.alarms_set(), 1);
     EXPECT_FALSE(session.shows("rang"));
@@ -200,7 +200,7 @@ TEST(support_clock, real_time_passes_without_a_jump)
 {
     const test_clock clock;
     const long long before = std::time(nullptr);
-    terminal_session session{under_clock(clock, "printf '%(%s)T ' -1; read end")};
+    terminal_session session{make_options(clock, "printf '%(%s)T ' -1; read end")};
     ASSERT_TRUE(session.wait_for_text(" "));
     ASSERT_TRUE(session.wait_until([&] { return session.raw_output().size() > 9; }, "the time"));
     EXPECT_GE(std::atoll(session.raw_output().c_str()), before);
@@ -211,8 +211,8 @@ TEST(support_clock, alarms_may_come_early)
 {
     const test_clock clock{10};
     terminal_session session{
-        under_clock(clock, "perl -e '$SIG{ALRM} = sub { print \"rang\\n\"; exit 3 }; alarm(120); "
-                           "sleep 3600'")};
+        make_options(clock, "perl -e '$SIG{ALRM} = sub { print \"rang\\n\"; exit 3 }; alarm(120); "
+                            "sleep 3600'")};
     const std::optional<int> status = session.wait_for_exit(patience(60));
     ASSERT_TRUE(status);
     EXPECT_EQ(WEXITSTATUS(*status), 3);

@@ -1,5 +1,5 @@
-// support_terminal_test.cpp - the terminal that end-to-end tests look at shows what a real one
-// would.
+// support_terminal_test.cpp - the terminal of the end-to-end tests shows what a real one would
+// show.
 #include "support/terminal_session.hpp"
 
 #include <gtest/gtest.h>
@@ -9,23 +9,23 @@
 namespace
 {
 
-terminal_options shell(const std::string& script, int rows = 24, int columns = 80)
+terminal_options make_shell(const std::string& script, int rows = 24, int columns = 80)
 {
     return {.command = {"sh", "-c", script}, .rows = rows, .columns = columns, .home = "/"};
 }
 
 TEST(support_terminal, shows_plain_text_where_it_was_written)
 {
-    terminal_session session{shell("printf 'one\\r\\n  two'; read end")};
+    terminal_session session{make_shell("printf 'one\\r\\n  two'; read end")};
     ASSERT_TRUE(session.wait_for_text("two"));
     EXPECT_EQ(session.screen().text(0, 0, 5), "one  ");
     EXPECT_EQ(session.screen().text(1, 0, 6), "  two ");
     EXPECT_EQ(session.row(0).size(), 80U);
 }
 
-TEST(support_terminal, tells_colours_bold_and_reverse)
+TEST(support_terminal, recognises_colours_bold_and_reverse)
 {
-    terminal_session session{shell(
+    terminal_session session{make_shell(
         "printf '\\033[31;44mA\\033[0;1mB\\033[0;7mC\\033[0;38;5;200mD\\033[0mE.'; read end")};
     ASSERT_TRUE(session.wait_for_text("ABCDE."));
     EXPECT_EQ(session.cell(0, 0), (screen_cell{.text = "A", .foreground = 1, .background = 4}));
@@ -37,7 +37,7 @@ TEST(support_terminal, tells_colours_bold_and_reverse)
 
 TEST(support_terminal, bold_does_not_change_the_colour)
 {
-    terminal_session session{shell("printf '\\033[1;33;40mX'; read end")};
+    terminal_session session{make_shell("printf '\\033[1;33;40mX'; read end")};
     ASSERT_TRUE(session.wait_for_text("X"));
     EXPECT_EQ(session.cell(0, 0),
               (screen_cell{.text = "X", .foreground = 3, .background = 0, .bold = true}));
@@ -47,7 +47,7 @@ TEST(support_terminal, shows_line_drawing_as_box_characters)
 {
     for (const char* type : {"screen-256color", "linux"}) {
         terminal_options options =
-            shell("printf '\\033(0tvuqx\\033(B.'; tput smacs; tput rmacs; read end");
+            make_shell("printf '\\033(0tvuqx\\033(B.'; tput smacs; tput rmacs; read end");
         options.environment["TERM"] = type;
         terminal_session session{options};
         ASSERT_TRUE(session.wait_for_text("├┴┤─│."));
@@ -56,18 +56,18 @@ TEST(support_terminal, shows_line_drawing_as_box_characters)
 
 TEST(support_terminal, understands_utf8_and_raw_bytes)
 {
-    terminal_session modern{shell("printf '\\302\\273.'; read end")};
+    terminal_session modern{make_shell("printf '\\302\\273.'; read end")};
     EXPECT_TRUE(modern.wait_for_text("»."));
-    terminal_options options = shell("printf '\\273.'; read end");
+    terminal_options options = make_shell("printf '\\273.'; read end");
     options.utf8 = false;
     terminal_session old{options};
     ASSERT_TRUE(old.wait_until([&] { return old.raw_output() == "\273."; }, "a raw byte"));
 }
 
-TEST(support_terminal, counts_bells_and_sees_cursor_and_second_screen)
+TEST(support_terminal, counts_bells_and_sees_cursor_and_alternate_screen)
 {
-    terminal_session session{shell("tput smcup; tput civis; printf '\\a\\a.'; read end; "
-                                   "tput cnorm; tput rmcup; printf 'back'; read end")};
+    terminal_session session{make_shell("tput smcup; tput civis; printf '\\a\\a.'; read end; "
+                                        "tput cnorm; tput rmcup; printf 'back'; read end")};
     ASSERT_TRUE(session.wait_for_text("."));
     EXPECT_EQ(session.bells(), 2);
     EXPECT_FALSE(session.screen().cursor_visible());
@@ -78,10 +78,10 @@ TEST(support_terminal, counts_bells_and_sees_cursor_and_second_screen)
     EXPECT_FALSE(session.screen().alternate_screen());
 }
 
-TEST(support_terminal, a_restored_cursor_is_as_visible_as_it_was_ordered_last)
+TEST(support_terminal, a_restored_cursor_keeps_its_last_ordered_visibility)
 {
-    terminal_session session{shell("tput civis; tput sc; tput cnorm; tput rc; printf 'A'; "
-                                   "read go; printf '\\033[?2'; printf '5lB'; read end")};
+    terminal_session session{make_shell("tput civis; tput sc; tput cnorm; tput rc; printf 'A'; "
+                                        "read go; printf '\\033[?2'; printf '5lB'; read end")};
     ASSERT_TRUE(session.wait_for_text("A"));
     EXPECT_TRUE(session.screen().cursor_visible());
     session.send("\r");
@@ -92,9 +92,9 @@ TEST(support_terminal, a_restored_cursor_is_as_visible_as_it_was_ordered_last)
 TEST(support_terminal, the_program_is_told_of_every_new_size)
 {
     terminal_session session{
-        shell("trap 'printf \"\\r\\n[%s]\" \"$(stty size)\"' WINCH; printf 'ready'; "
-              "while :; do read line && exit; done",
-              10, 40)};
+        make_shell("trap 'printf \"\\r\\n[%s]\" \"$(stty size)\"' WINCH; printf 'ready'; "
+                   "while :; do read line && exit; done",
+                   10, 40)};
     ASSERT_TRUE(session.wait_for_text("ready"));
     session.resize(30, 100);
     ASSERT_TRUE(session.wait_for_text("[30 100]"));
@@ -106,8 +106,8 @@ TEST(support_terminal, the_program_is_told_of_every_new_size)
 
 TEST(support_terminal, the_screen_survives_any_size)
 {
-    terminal_session session{shell("yes $(seq 100) | head -n 200; tput smcup; printf 'full'; "
-                                   "read end; tput rmcup; printf 'over'; read end")};
+    terminal_session session{make_shell("yes $(seq 100) | head -n 200; tput smcup; printf 'full'; "
+                                        "read end; tput rmcup; printf 'over'; read end")};
     ASSERT_TRUE(session.wait_for_text("full"));
     for (int size = 1; size < 60; size += 7) {
         session.resize(size, 61 - size);
@@ -122,9 +122,10 @@ TEST(support_terminal, the_screen_survives_any_size)
 
 TEST(support_terminal, sends_the_keys_of_the_mode_that_the_program_chose)
 {
-    terminal_session session{shell("stty raw -echo; printf 'plain'; dd bs=1 count=3 2>/dev/null | "
-                                   "od -An -c; tput smkx; printf 'keypad'; dd bs=1 count=3 "
-                                   "2>/dev/null | od -An -c; printf 'end'; sleep 1000")};
+    terminal_session session{
+        make_shell("stty raw -echo; printf 'plain'; dd bs=1 count=3 2>/dev/null | "
+                   "od -An -c; tput smkx; printf 'keypad'; dd bs=1 count=3 "
+                   "2>/dev/null | od -An -c; printf 'end'; sleep 1000")};
     ASSERT_TRUE(session.wait_for_text("plain"));
     session.send_key(named_key::up);
     ASSERT_TRUE(session.wait_for_text("033   [   A"));
@@ -135,8 +136,9 @@ TEST(support_terminal, sends_the_keys_of_the_mode_that_the_program_chose)
 
 TEST(support_terminal, sends_control_and_meta_letters)
 {
-    terminal_session session{shell("stty raw -echo; printf 'go'; dd bs=1 count=8 2>/dev/null | "
-                                   "od -An -tx1; printf 'end'; sleep 1000")};
+    terminal_session session{
+        make_shell("stty raw -echo; printf 'go'; dd bs=1 count=8 2>/dev/null | "
+                   "od -An -tx1; printf 'end'; sleep 1000")};
     ASSERT_TRUE(session.wait_for_text("go"));
     session.send_control('x');
     session.send_control('A');
@@ -149,14 +151,14 @@ TEST(support_terminal, sends_control_and_meta_letters)
 
 TEST(support_terminal, tells_how_the_program_ended)
 {
-    terminal_session returned{shell("echo done; exit 7")};
+    terminal_session returned{make_shell("echo done; exit 7")};
     const std::optional<int> status = returned.wait_for_exit();
     ASSERT_TRUE(status);
     EXPECT_TRUE(WIFEXITED(*status));
     EXPECT_EQ(WEXITSTATUS(*status), 7);
     EXPECT_TRUE(returned.shows("done"));
 
-    terminal_session killed{shell("kill -TERM $$")};
+    terminal_session killed{make_shell("kill -TERM $$")};
     const std::optional<int> death = killed.wait_for_exit();
     ASSERT_TRUE(death);
     ASSERT_TRUE(WIFSIGNALED(*death));
@@ -174,7 +176,7 @@ TEST(support_terminal, a_program_that_cannot_start_says_so)
 
 TEST(support_terminal, keeps_standard_error_off_the_screen)
 {
-    terminal_session session{shell("echo to the side >&2; echo to the screen; read end")};
+    terminal_session session{make_shell("echo to the side >&2; echo to the screen; read end")};
     ASSERT_TRUE(session.wait_for_text("to the screen"));
     EXPECT_FALSE(session.shows("to the side"));
     EXPECT_EQ(session.error_text(), "to the side\n");
@@ -184,8 +186,8 @@ TEST(support_terminal, gives_the_program_only_the_environment_it_names)
 {
     setenv("SUPPORT_TERMINAL_SECRET", "leaked", 1);
     terminal_options options =
-        shell("echo \"<$SUPPORT_TERMINAL_SECRET|$TERM|$HOME|$LC_ALL|$TZ|$MINE>\"; "
-              "echo fds: $(ls /proc/self/fd | wc -l); pwd; read end");
+        make_shell("echo \"<$SUPPORT_TERMINAL_SECRET|$TERM|$HOME|$LC_ALL|$TZ|$MINE>\"; "
+                   "echo fds: $(ls /proc/self/fd | wc -l); pwd; read end");
     options.environment["MINE"] = "given";
     options.unset.insert("TZ");
     options.folder = "/usr";
@@ -199,8 +201,9 @@ TEST(support_terminal, gives_the_program_only_the_environment_it_names)
 
 TEST(support_terminal, shows_the_line_settings)
 {
-    terminal_session session{shell("printf 'cooked'; read go; stty -echo -icanon; printf 'raw'; "
-                                   "read end")};
+    terminal_session session{
+        make_shell("printf 'cooked'; read go; stty -echo -icanon; printf 'raw'; "
+                   "read end")};
     ASSERT_TRUE(session.wait_for_text("cooked"));
     EXPECT_NE(session.line_settings().c_lflag & ICANON, 0U);
     EXPECT_NE(session.line_settings().c_lflag & ECHO, 0U);
@@ -209,12 +212,12 @@ TEST(support_terminal, shows_the_line_settings)
     EXPECT_EQ(session.line_settings().c_lflag & (ICANON | ECHO), 0U);
 }
 
-TEST(support_terminal, takes_in_whole_writes)
+TEST(support_terminal, reads_whole_writes)
 {
-    // One write of several screens; what is asked for stands at its very beginning.
-    terminal_session session{shell("perl -e '$| = 1; $text = \"\\e[H\" . \"first\" . "
-                                   "\"\\e[2;1H.\" x 3000 . \"\\e[24;76Hlast\"; "
-                                   "syswrite(STDOUT, $text)'; read end")};
+    // One write of several screens; the expected text is at its very beginning.
+    terminal_session session{make_shell("perl -e '$| = 1; $text = \"\\e[H\" . \"first\" . "
+                                        "\"\\e[2;1H.\" x 3000 . \"\\e[24;76Hlast\"; "
+                                        "syswrite(STDOUT, $text)'; read end")};
     ASSERT_TRUE(session.wait_for_text("first"));
     EXPECT_EQ(session.screen().text(23, 75, 4), "last");
     EXPECT_EQ(session.raw_output().find("everything-before-this"), std::string::npos);
@@ -222,7 +225,7 @@ TEST(support_terminal, takes_in_whole_writes)
 
 TEST(support_terminal, a_wait_that_fails_shows_the_screen)
 {
-    terminal_session session{shell("printf 'nothing else'; read end", 3, 20)};
+    terminal_session session{make_shell("printf 'nothing else'; read end", 3, 20)};
     ASSERT_TRUE(session.wait_for_text("nothing else"));
     const auto result = session.wait_for_text("absent", std::chrono::milliseconds{1});
     EXPECT_FALSE(result);
@@ -236,7 +239,7 @@ TEST(support_terminal, kills_what_still_runs)
 {
     pid_t leader = 0;
     {
-        terminal_session session{shell("sleep 1000 & printf 'up'; wait")};
+        terminal_session session{make_shell("sleep 1000 & printf 'up'; wait")};
         ASSERT_TRUE(session.wait_for_text("up"));
         leader = session.process_id();
     }

@@ -1,4 +1,4 @@
-// template_test.cpp - placeholders of a text filled from a document.
+// template_test.cpp - filling the placeholders of a text from a document.
 #include "net/transmission.hpp"
 #include "unit/net_fixture.hpp"
 
@@ -9,7 +9,7 @@
 namespace
 {
 
-std::string filled(const std::string& text, const std::string& elements)
+std::string fill(const std::string& text, const std::string& elements)
 {
     const xml_document document{xml_parse(transmission_xml(elements).c_str())};
     const heap_text result{fill_template(owned_text(text), document.get())};
@@ -21,7 +21,7 @@ bool has_percent(const std::string& text)
     return text.find('%') != std::string::npos;
 }
 
-TEST(fill_template, replaces_placeholders_by_the_values_at_their_paths)
+TEST(fill_template, replaces_placeholders_with_the_values_at_their_paths)
 {
     const struct {
         const char* text;
@@ -34,7 +34,7 @@ TEST(fill_template, replaces_placeholders_by_the_values_at_their_paths)
         {"[%tovrik/a%]-%tovrik/b%.", "<a>1</a><b>22</b>", "[1]-22."},
         {"%tovrik/a%%tovrik/a%", "<a>x</a>", "xx"},
         {"%tovrik/a/b%", "<a><b>deep</b></a><b>flat</b>", "deep"},
-        // missing elements, empty ones, and names where paths are wanted
+        // missing elements, empty ones, and names where paths are expected
         {"<%tovrik/a%>", "", "<>"},
         {"<%tovrik/a%>", "<a></a>", "<>"},
         {"<%a%>", "<a>1</a>", "<>"},
@@ -45,16 +45,16 @@ TEST(fill_template, replaces_placeholders_by_the_values_at_their_paths)
         {"%tovrik/a%", "<a>50%</a>", "50#"},
         {"%tovrik/a% of it", "<a>50%</a>", "50# of it"},
         {"%tovrik/a%", "<a>%</a>", "#"},
-        // a value's "%" begins a further placeholder with whatever follows
+        // a "%" in a value begins another placeholder with whatever follows
         {"%tovrik/a% and %tovrik/b%", "<a>50%</a><b>B</b>", "50tovrik/b#"},
         {"%tovrik/a%", "<a>%tovrik/b%</a><b>B</b>", "B"},
         {"%tovrik/a%", "<a>%tovrik/</a>", "#tovrik/"},
         {"%tovrik/a%b%", "<a>%tovrik/</a><b>B</b>", "B"},
-        // all occurrences at once, those included that stand later
+        // all occurrences at once, including later ones
         {"%tovrik/a%, %tovrik/b%, %tovrik/a%", "<a>1</a><b>2</b>", "1, 2, 1"},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(filled(row.text, row.elements), row.result) << row.text << " of " << row.elements;
+        EXPECT_EQ(fill(row.text, row.elements), row.result) << row.text << " of " << row.elements;
 }
 
 TEST(fill_template, works_without_a_document_and_without_a_text)
@@ -66,8 +66,8 @@ TEST(fill_template, works_without_a_document_and_without_a_text)
 
 TEST(fill_template, ends_on_a_value_that_names_itself)
 {
-    EXPECT_EQ(filled("%tovrik/a%", "<a>%tovrik/a%</a>"), "#tovrik/a#");
-    const std::string grown = filled("%tovrik/a%", "<a>x%tovrik/a%</a>");
+    EXPECT_EQ(fill("%tovrik/a%", "<a>%tovrik/a%</a>"), "#tovrik/a#");
+    const std::string grown = fill("%tovrik/a%", "<a>x%tovrik/a%</a>");
     EXPECT_FALSE(has_percent(grown));
     EXPECT_EQ(std::count(grown.begin(), grown.end(), 'x'), template_max_replacements);
 }
@@ -75,14 +75,14 @@ TEST(fill_template, ends_on_a_value_that_names_itself)
 TEST(fill_template, ends_on_values_that_name_each_other)
 {
     const std::string result =
-        filled("%tovrik/a%", "<a>%tovrik/b%</a><b>%tovrik/c%</b><c>%tovrik/a%</c>");
+        fill("%tovrik/a%", "<a>%tovrik/b%</a><b>%tovrik/c%</b><c>%tovrik/a%</c>");
     EXPECT_FALSE(has_percent(result));
     EXPECT_EQ(result.size(), std::string{"#tovrik/a#"}.size());
 }
 
 TEST(fill_template, ends_on_a_value_that_doubles_itself)
 {
-    const std::string result = filled("%tovrik/a%", "<a>%tovrik/a%%tovrik/a%</a>");
+    const std::string result = fill("%tovrik/a%", "<a>%tovrik/a%%tovrik/a%</a>");
     EXPECT_FALSE(has_percent(result));
     EXPECT_GT(result.size(), template_max_bytes);
     EXPECT_LE(result.size(), 2 * template_max_bytes);
@@ -93,17 +93,17 @@ TEST(fill_template, makes_a_bounded_number_of_replacements)
     std::string text;
     for (int index = 0; index < template_max_replacements; ++index)
         text += "%tovrik/" + std::to_string(index) + "%";
-    EXPECT_EQ(filled(text, ""), "");
-    EXPECT_EQ(filled(text + "%tovrik/a%", "<a>1</a>"), "#tovrik/a#");
-    EXPECT_EQ(filled(text + "50% and %tovrik/a%", "<a>1</a>"), "50# and #tovrik/a#");
+    EXPECT_EQ(fill(text, ""), "");
+    EXPECT_EQ(fill(text + "%tovrik/a%", "<a>1</a>"), "#tovrik/a#");
+    EXPECT_EQ(fill(text + "50% and %tovrik/a%", "<a>1</a>"), "50# and #tovrik/a#");
 }
 
 TEST(fill_template, fills_texts_up_to_a_bounded_length)
 {
     const std::string placeholder = "%tovrik/a%";
     const std::string longest(template_max_bytes - placeholder.size(), '.');
-    EXPECT_EQ(filled(longest + placeholder, "<a>1</a>"), longest + "1");
-    EXPECT_EQ(filled(longest + "." + placeholder, "<a>1</a>"), longest + ".#tovrik/a#");
+    EXPECT_EQ(fill(longest + placeholder, "<a>1</a>"), longest + "1");
+    EXPECT_EQ(fill(longest + "." + placeholder, "<a>1</a>"), longest + ".#tovrik/a#");
 }
 
 } // namespace

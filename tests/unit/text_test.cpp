@@ -1,4 +1,4 @@
-// text_test.cpp - the shared string routines, with their oddities.
+// text_test.cpp - the shared string functions and their oddities.
 #include "data/text.hpp"
 
 #include "base/owners.hpp"
@@ -11,19 +11,19 @@
 namespace
 {
 
-std::string appended(const char* text, const char* added)
+std::string append(const char* text, const char* added)
 {
     const heap_text result(str_append(str_dup(text), added));
     return result ? result.get() : "(null)";
 }
 
-std::string replaced(const char* text, const char* pattern, const char* replacement)
+std::string replace(const char* text, const char* pattern, const char* replacement)
 {
     const heap_text result(str_replace(str_dup(text), pattern, replacement));
     return result ? result.get() : "(null)";
 }
 
-TEST(str_dup, copies_and_passes_null_on)
+TEST(str_dup, copies_texts_and_passes_null_on)
 {
     const char original[] = "caf\xE9";
     const heap_text copy(str_dup(original));
@@ -36,13 +36,13 @@ TEST(str_dup, copies_and_passes_null_on)
 
 TEST(str_append, joins_texts)
 {
-    EXPECT_EQ(appended("clientconf/Server1/", "ServerName"), "clientconf/Server1/ServerName");
-    EXPECT_EQ(appended("", "x"), "x");
-    EXPECT_EQ(appended(nullptr, "x"), "x");
-    EXPECT_EQ(appended(nullptr, nullptr), "(null)");
-    EXPECT_EQ(appended(nullptr, ""), "(null)");
+    EXPECT_EQ(append("clientconf/Server1/", "ServerName"), "clientconf/Server1/ServerName");
+    EXPECT_EQ(append("", "x"), "x");
+    EXPECT_EQ(append(nullptr, "x"), "x");
+    EXPECT_EQ(append(nullptr, nullptr), "(null)");
+    EXPECT_EQ(append(nullptr, ""), "(null)");
     const std::string long_text(10'000, 'y');
-    EXPECT_EQ(appended("x", long_text.c_str()), "x" + long_text);
+    EXPECT_EQ(append("x", long_text.c_str()), "x" + long_text);
 }
 
 TEST(str_append, returns_the_same_pointer_when_nothing_is_added)
@@ -84,14 +84,14 @@ TEST(str_replace, replaces_left_to_right_without_overlap_or_rescanning)
         {"high bytes", "\xE4\xFF\xE4", "\xE4", "\xFF\xFF", "\xFF\xFF\xFF\xFF\xFF"},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(replaced(row.text, row.pattern, row.replacement), row.expected) << row.behaviour;
+        EXPECT_EQ(replace(row.text, row.pattern, row.replacement), row.expected) << row.behaviour;
 }
 
 TEST(str_replace, replaces_very_many_matches)
 {
     const std::string text(20'000, 'a');
-    EXPECT_EQ(replaced(text.c_str(), "a", "bcd").size(), 60'000U);
-    EXPECT_EQ(replaced(text.c_str(), "aaaa", "b"), std::string(5'000, 'b'));
+    EXPECT_EQ(replace(text.c_str(), "a", "bcd").size(), 60'000U);
+    EXPECT_EQ(replace(text.c_str(), "aaaa", "b"), std::string(5'000, 'b'));
 }
 
 TEST(str_replace, returns_the_same_pointer_when_nothing_changes_length)
@@ -124,7 +124,7 @@ void expect_split(const split_row& row)
     }
 }
 
-TEST(str_split, at_one_character_keeps_empty_fields)
+TEST(str_split, keeps_empty_fields_when_splitting_at_one_character)
 {
     const split_row rows[] = {
         {"a version", "0.02.001", ".", 3, 3, {"0", "02", "001"}},
@@ -144,7 +144,7 @@ TEST(str_split, at_one_character_keeps_empty_fields)
         expect_split(row);
 }
 
-TEST(str_split, at_several_characters_collapses_runs)
+TEST(str_split, collapses_runs_when_splitting_at_several_characters)
 {
     const split_row rows[] = {
         {"either of two", "a,b;c", ",;", 4, 3, {"a", "b", "c"}},
@@ -159,7 +159,7 @@ TEST(str_split, at_several_characters_collapses_runs)
         expect_split(row);
 }
 
-TEST(str_split, without_separators_takes_words)
+TEST(str_split, splits_words_without_separators)
 {
     const split_row rows[] = {
         {"words", "one two", "", 4, 2, {"one", "two"}},
@@ -175,7 +175,7 @@ TEST(str_split, without_separators_takes_words)
         expect_split(row);
 }
 
-TEST(strip_trailing_slash, takes_one_slash_only)
+TEST(strip_trailing_slash, removes_only_one_slash)
 {
     const struct {
         const char* text;

@@ -1,4 +1,4 @@
-// thread_signals_test.cpp - what signals reach the client's own threads.
+// thread_signals_test.cpp - which signals reach the client's own threads.
 #include "base/thread_start.hpp"
 #include "support/patience.hpp"
 
@@ -17,7 +17,7 @@ struct thread_mask {
     std::atomic<bool> is_known = false;
 };
 
-void* mask_tell(void* argument)
+void* report_mask(void* argument)
 {
     auto* mask = static_cast<thread_mask*>(argument);
     pthread_sigmask(SIG_BLOCK, nullptr, &mask->blocked);
@@ -25,7 +25,7 @@ void* mask_tell(void* argument)
     return nullptr;
 }
 
-void mask_await(const thread_mask& mask)
+void await_mask(const thread_mask& mask)
 {
     const auto deadline = std::chrono::steady_clock::now() + default_patience;
     while (!mask.is_known && std::chrono::steady_clock::now() < deadline)
@@ -34,12 +34,12 @@ void mask_await(const thread_mask& mask)
 
 } // namespace
 
-TEST(thread_signals, only_those_of_a_crash_get_through)
+TEST(thread_signals, reach_threads_only_for_a_crash)
 {
     thread_mask mask;
     pthread_t thread;
-    ASSERT_TRUE(thread_start(thread, mask_tell, &mask));
-    mask_await(mask);
+    ASSERT_TRUE(thread_start(thread, report_mask, &mask));
+    await_mask(mask);
     ASSERT_TRUE(mask.is_known);
     for (const int number : {SIGALRM, SIGCHLD, SIGWINCH, SIGINT, SIGTERM, SIGHUP, SIGTSTP, SIGUSR1})
         EXPECT_EQ(sigismember(&mask.blocked, number), 1) << number;

@@ -26,7 +26,7 @@ protected:
         poll_servers(SIGALRM);
     }
 
-    /// The message pane's rows from the first to the last one given.
+    /// The message pane's rows `first` to `last`.
     std::vector<std::string> message_rows(int first, int last) const
     {
         std::vector<std::string> rows;
@@ -46,7 +46,7 @@ const texts plain_rows = {"ACARS mode: 2  Aircraft reg: .D-AIPA [A320]",
                           "Flight number: LH0123  Flight: EDDF-EGLL", "Operator: Lufthansa",
                           "-------------------------------------------------[ 05/03/2004 12:34 ]-"};
 
-TEST_F(transmission, without_a_message_text_stands_in_five_rows_and_a_blank_one)
+TEST_F(transmission, takes_five_rows_and_a_blank_one_without_a_message_text)
 {
     receive(plain_elements);
     texts expected = {"", ""};
@@ -57,7 +57,7 @@ TEST_F(transmission, without_a_message_text_stands_in_five_rows_and_a_blank_one)
     EXPECT_EQ(said(), status_lines{});
 }
 
-TEST_F(transmission, with_a_message_text_stands_in_two_rows_more)
+TEST_F(transmission, takes_two_more_rows_with_a_message_text)
 {
     receive(plain_elements + content_elements);
     texts expected = {""};
@@ -77,7 +77,7 @@ TEST_F(transmission, begins_at_column_one_in_plain_white)
     EXPECT_FALSE(screen.is_bold_at(pane, bottom_row - 5, 1));
 }
 
-TEST_F(transmission, pushes_the_one_before_up)
+TEST_F(transmission, pushes_the_previous_one_up)
 {
     receive("<ACARS><ACARSMode>first</ACARSMode></ACARS>");
     receive(plain_elements);
@@ -95,7 +95,7 @@ TEST_F(transmission, never_touches_the_rows_outside_the_scrolling_region)
     EXPECT_EQ(message_row(bottom_row + 1), "B");
 }
 
-TEST_F(transmission, without_any_element_has_empty_fields)
+TEST_F(transmission, has_empty_fields_without_any_element)
 {
     const texts expected = {
         "ACARS mode:   Aircraft reg:  []",
@@ -109,7 +109,7 @@ TEST_F(transmission, without_any_element_has_empty_fields)
     EXPECT_EQ(message_row(bottom_row - 11), expected[0]);
 }
 
-TEST_F(transmission, with_an_empty_message_text_counts_as_one_without)
+TEST_F(transmission, counts_as_one_without_a_message_text_if_it_is_empty)
 {
     receive(plain_elements + "<ACARS><Authorized><MessageContent></MessageContent></Authorized>"
                              "</ACARS>");
@@ -148,7 +148,7 @@ TEST_F(transmission, closes_the_popup_that_is_open)
     EXPECT_EQ(app_state.dialog_win, nullptr);
 }
 
-TEST_F(transmission, is_written_but_not_brought_to_the_terminal_behind_the_settings_page)
+TEST_F(transmission, is_written_but_not_shown_behind_the_settings_page)
 {
     app_state.settings_shown = 1;
     receive(plain_elements);
@@ -174,7 +174,7 @@ TEST_F(transmission, brings_the_status_pane_to_the_front_unless_the_settings_pag
     }
 }
 
-TEST_F(transmission, comes_compressed_too)
+TEST_F(transmission, may_be_compressed)
 {
     const std::string xml = transmission_xml(plain_elements);
     const auto hint = static_cast<std::uint16_t>(xml.size() / 4 + 1);
@@ -215,7 +215,7 @@ protected:
     }
 };
 
-TEST_F(contacts, stand_in_cyan_below_the_transmission)
+TEST_F(contacts, are_cyan_below_the_transmission)
 {
     receive(plain_elements + "<Contacts>12 contacts with this aircraft</Contacts>");
     EXPECT_EQ(message_row(bottom_row - 1), plain_rows.back());
@@ -224,7 +224,7 @@ TEST_F(contacts, stand_in_cyan_below_the_transmission)
     EXPECT_FALSE(screen.is_bold_at(app_state.message_pane, bottom_row, 1));
 }
 
-TEST_F(contacts, lose_the_words_wherever_they_stand_and_keep_percent_signs)
+TEST_F(contacts, lose_with_this_aircraft_wherever_it_occurs_and_keep_percent_signs)
 {
     receive("<Contacts>1 with this aircraft and 2 with this aircraft today, 50%s</Contacts>");
     EXPECT_EQ(message_row(bottom_row), "1 and 2 today, 50%s");
@@ -233,7 +233,7 @@ TEST_F(contacts, lose_the_words_wherever_they_stand_and_keep_percent_signs)
     EXPECT_EQ(message_row(bottom_row - 6), "1 and 2 today, 50%s");
 }
 
-TEST_F(contacts, that_are_missing_leave_the_row_empty)
+TEST_F(contacts, leave_the_row_empty_if_they_are_missing)
 {
     receive(plain_elements);
     receive(plain_elements + "<Elsewhere><Contacts>9</Contacts></Elsewhere>");
@@ -259,10 +259,10 @@ protected:
     const std::string flights = "<ContactData><DailyFlights>42</DailyFlights></ContactData>";
 };
 
-TEST_F(statistics, stand_beside_the_server_in_bold_white_on_blue)
+TEST_F(statistics, are_bold_white_on_blue_beside_the_server)
 {
     add_server("z.example");
-    entry.list_row = 2; // the second of the list
+    entry.list_row = 2; // the second in the list
     receive(plain_elements + flights);
     ASSERT_NE(app_state.dialog_win, nullptr);
     EXPECT_EQ(getbegy(app_state.dialog_win), 3);
@@ -279,7 +279,7 @@ TEST_F(statistics, stand_beside_the_server_in_bold_white_on_blue)
     EXPECT_FALSE(is_wintouched(app_state.dialog_win));
 }
 
-TEST_F(statistics, stand_beside_the_row_to_which_the_list_is_scrolled)
+TEST_F(statistics, are_beside_the_scrolled_row_of_the_server)
 {
     const int rows_visible = LINES - 4;
     for (int index = 0; index < rows_visible + 3; ++index)
@@ -322,7 +322,7 @@ TEST_F(statistics, are_not_shown_without_element_or_switch_or_behind_the_setting
     EXPECT_EQ(app_state.dialog_win, nullptr);
 }
 
-TEST_F(statistics, of_any_length_and_place_do_no_harm)
+TEST_F(statistics, do_no_harm_at_any_length_and_place)
 {
     const std::string long_value(511, '9');
     for (const std::int32_t row : {1, 22, 23, 500}) {
@@ -341,7 +341,7 @@ protected:
 TEST_F(narrow_transmission, wraps_at_the_edge_of_the_pane)
 {
     receive(plain_elements);
-    // 52 columns: the long rows go on at the left edge of the next one.
+    // 52 columns: long rows continue at the left edge of the next one.
     EXPECT_EQ(message_row(bottom_row - 2), std::string(49, '-') + "[");
     EXPECT_EQ(message_row(bottom_row - 1), "5/03/2004 12:34 ]-");
     EXPECT_EQ(message_row(0), "");

@@ -1,4 +1,4 @@
-// unfinished_file_test.cpp - what a program that dies leaves behind is removed, and nothing else.
+// unfinished_file_test.cpp - what a killed program leaves is removed, and nothing else.
 #include "base/unfinished_file.hpp"
 
 #include "support/temp_home.hpp"
@@ -26,7 +26,7 @@ protected:
     std::string path = home.path_of("file");
 };
 
-TEST_F(unfinished_files, are_new_private_and_beside)
+TEST_F(unfinished_files, are_new_private_and_in_the_same_folder)
 {
     const unfinished_file one = unfinished_file_new(path.c_str());
     const unfinished_file two = unfinished_file_new(path.c_str());
@@ -58,7 +58,7 @@ TEST_F(unfinished_files, stay_while_they_are_being_written)
     EXPECT_TRUE(std::filesystem::exists(mine.name.get()));
 }
 
-TEST_F(unfinished_files, go_when_nobody_writes_them_any_more)
+TEST_F(unfinished_files, are_removed_when_nobody_writes_them_any_more)
 {
     for (int number = 0; number < 3; ++number)
         ASSERT_TRUE(unfinished_file_new(path.c_str()).fd);
@@ -71,7 +71,7 @@ TEST_F(unfinished_files, go_when_nobody_writes_them_any_more)
     EXPECT_EQ(home.files(), std::vector<std::string>{});
 }
 
-TEST_F(unfinished_files, are_known_by_their_whole_name)
+TEST_F(unfinished_files, are_recognised_by_their_whole_name)
 {
     const std::vector<std::string> others = {
         "file",
@@ -91,7 +91,7 @@ TEST_F(unfinished_files, are_known_by_their_whole_name)
     EXPECT_EQ(home.files(), others);
 }
 
-TEST_F(unfinished_files, are_files_of_this_user)
+TEST_F(unfinished_files, belong_to_this_user)
 {
     home.make_folder("file.unfinished-folder");
     std::filesystem::create_symlink("kept", home.path_of("file.unfinished-linked"));

@@ -1,4 +1,4 @@
-// unprivileged.hpp - runs a piece of a test in a process of its own, which file modes bind even
+// unprivileged.hpp - runs part of a test in a process of its own that is bound by file modes even
 // when the tests run as root.
 #pragma once
 
@@ -11,7 +11,7 @@
 /// The user and group that own nothing.
 constexpr unsigned nobody_id = 65534;
 
-/// What `piece` answers in a child process; false if the child did not end by itself.
+/// The result of `piece` in a child process; false if the child did not end normally.
 inline bool in_child(const std::function<bool()>& piece)
 {
     std::fflush(nullptr);
@@ -23,8 +23,8 @@ inline bool in_child(const std::function<bool()>& piece)
            WEXITSTATUS(status) == EXIT_SUCCESS;
 }
 
-/// The same without root's rights. Files that `piece` is to own must be given to nobody_id before
-/// if the tests run as root (give_to_nobody).
+/// The same without root's rights. If the tests run as root, files that `piece` must own have to be
+/// given to nobody_id first (give_to_nobody).
 inline bool unprivileged(const std::function<bool()>& piece)
 {
     return in_child([&piece] {
@@ -34,7 +34,7 @@ inline bool unprivileged(const std::function<bool()>& piece)
     });
 }
 
-/// Gives a file or folder to the user that unprivileged() runs as.
+/// Gives a file or folder to the user of unprivileged().
 inline bool give_to_nobody(const char* path)
 {
     return geteuid() != 0 || chown(path, nobody_id, nobody_id) == 0;

@@ -1,4 +1,4 @@
-// xml_index_test.cpp - the index answers as a walk through the document does.
+// xml_index_test.cpp - the index gives the same answers as a walk through the document.
 #include "data/xml_index.hpp"
 
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ TEST(xml_index, answers_like_a_look_up_by_path)
     }
 }
 
-TEST(xml_index, gives_the_first_of_very_many_with_one_path)
+TEST(xml_index, gives_the_first_of_many_elements_with_the_same_path)
 {
     std::string text = "?><r>";
     for (int number = 0; number < 1000; ++number)

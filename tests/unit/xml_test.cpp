@@ -1,4 +1,4 @@
-// xml_test.cpp - what the reader makes of right, wrong and over-long texts.
+// xml_test.cpp - how the reader handles correct, wrong and over-long texts.
 #include "data/xml.hpp"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 namespace
 {
 
-/// A node as a test writes it down; "-" stands for null.
+/// A node as a test writes it; "-" stands for null.
 struct expected_node {
     std::string path, name, value;
     bool operator==(const expected_node&) const = default;
@@ -27,7 +27,7 @@ std::string text_or_dash(const char* text)
     return text == nullptr ? "-" : text;
 }
 
-std::vector<expected_node> nodes_of(const std::string& text)
+std::vector<expected_node> parse_nodes(const std::string& text)
 {
     const xml_document document(xml_parse(text.c_str()));
     std::vector<expected_node> nodes;
@@ -37,13 +37,13 @@ std::vector<expected_node> nodes_of(const std::string& text)
     return nodes;
 }
 
-std::string by_name(const xml_document& document, const char* key)
+std::string get_by_name(const xml_document& document, const char* key)
 {
     const heap_text value(xml_get(document.get(), key, true, false));
     return text_or_dash(value.get());
 }
 
-std::string by_path(const xml_document& document, const char* key)
+std::string get_by_path(const xml_document& document, const char* key)
 {
     return text_or_dash(xml_get(document.get(), key, false, false));
 }
@@ -54,7 +54,7 @@ const expected_node pseudo = {"", "", "-"};
 TEST(xml_parse, reads_nothing_without_a_declaration)
 {
     for (const char* text : {"", "x", "?", "<a>1</a>", "<?xml ? ><a>1</a>", "?<a>>1</a>"})
-        EXPECT_EQ(nodes_of(text), std::vector{nameless}) << text;
+        EXPECT_EQ(parse_nodes(text), std::vector{nameless}) << text;
 }
 
 TEST(xml_parse, follows_its_fixed_rules)
@@ -176,10 +176,10 @@ TEST(xml_parse, follows_its_fixed_rules)
          {pseudo, {"r", "r", "-"}, {"r/a", "a", "1"}, {"r/a", "a", "2"}, nameless}},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(nodes_of(row.text), row.nodes) << row.behaviour;
+        EXPECT_EQ(parse_nodes(row.text), row.nodes) << row.behaviour;
 }
 
-TEST(xml_parse, takes_every_byte_but_the_brackets_for_text)
+TEST(xml_parse, reads_every_byte_but_the_brackets_as_text)
 {
     std::string bytes;
     for (int byte = 1; byte < 256; ++byte) {
@@ -190,7 +190,7 @@ TEST(xml_parse, takes_every_byte_but_the_brackets_for_text)
         const std::string text = bytes.substr(start) + bytes.substr(0, start);
         const std::vector<expected_node> expected = {
             pseudo, {"a", "a", text}, {"a/b", "b", "2"}, nameless};
-        EXPECT_EQ(nodes_of("?><a>" + text + "<b>2</b>"), expected) << start;
+        EXPECT_EQ(parse_nodes("?><a>" + text + "<b>2</b>"), expected) << start;
     }
 }
 
@@ -219,7 +219,7 @@ TEST(xml_parse, reads_a_configuration_file)
         {"clientconf/Server2/ServerName", "ServerName", "a.example"},
         nameless,
     };
-    EXPECT_EQ(nodes_of(configuration), expected);
+    EXPECT_EQ(parse_nodes(configuration), expected);
 }
 
 TEST(xml_parse, cuts_names_at_their_limit)
@@ -231,14 +231,14 @@ TEST(xml_parse, cuts_names_at_their_limit)
         text.append(name).append(">1</").append(name).append("><b>2</b>");
         const std::vector<expected_node> expected = {
             pseudo, {kept, kept, "1"}, {"b", "b", "2"}, nameless};
-        EXPECT_EQ(nodes_of(text), expected) << length;
+        EXPECT_EQ(parse_nodes(text), expected) << length;
     }
 }
 
-TEST(xml_parse, counts_attributes_to_no_limit)
+TEST(xml_parse, counts_attributes_without_a_limit)
 {
     const std::string text = "?><a x=\"" + std::string(5'000, 'y') + "\">1</a>";
-    EXPECT_EQ(nodes_of(text), (std::vector<expected_node>{pseudo, {"a", "a", "1"}, nameless}));
+    EXPECT_EQ(parse_nodes(text), (std::vector<expected_node>{pseudo, {"a", "a", "1"}, nameless}));
 }
 
 TEST(xml_parse, cuts_texts_at_their_limit)
@@ -247,14 +247,14 @@ TEST(xml_parse, cuts_texts_at_their_limit)
         const std::string value(length, 'v');
         const std::vector<expected_node> expected = {
             pseudo, {"a", "a", value.substr(0, 511)}, {"b", "b", "2"}, nameless};
-        EXPECT_EQ(nodes_of("?><a>" + value + "</a><b>2</b>"), expected) << length;
+        EXPECT_EQ(parse_nodes("?><a>" + value + "</a><b>2</b>"), expected) << length;
     }
     const std::string pieces = "?><a>" + std::string(300, 'v') + ">" + std::string(300, 'w') + "<";
-    EXPECT_EQ(nodes_of(pieces)[1].value, std::string(300, 'v') + std::string(211, 'w'));
+    EXPECT_EQ(parse_nodes(pieces)[1].value, std::string(300, 'v') + std::string(211, 'w'));
 }
 
-/// A text that opens elements until the path has `length` bytes, 41 to a level.
-std::string nested_to(std::size_t length)
+/// A text that opens elements until the path has `length` bytes, 41 for each level.
+std::string make_nested_text(std::size_t length)
 {
     std::string text = "?><" + std::string(40, 'r') + ">";
     for (std::size_t path = 40; path < length;) {
@@ -268,7 +268,7 @@ std::string nested_to(std::size_t length)
 TEST(xml_parse, cuts_paths_at_their_limit)
 {
     for (const std::size_t length : {1022U, 1023U, 1024U, 1025U, 1064U, 3000U}) {
-        const auto nodes = nodes_of(nested_to(length));
+        const auto nodes = parse_nodes(make_nested_text(length));
         ASSERT_GE(nodes.size(), 3U);
         const expected_node& deepest = nodes[nodes.size() - 2];
         EXPECT_EQ(deepest.path.size(), std::min<std::size_t>(length, 1023)) << length;
@@ -280,9 +280,9 @@ TEST(xml_parse, cuts_paths_at_their_limit)
 
 TEST(xml_parse, closes_a_path_that_was_cut)
 {
-    const std::string text = nested_to(3000) + "/" + std::string(40, 'r') + "><b>1</b>";
+    const std::string text = make_nested_text(3000) + "/" + std::string(40, 'r') + "><b>1</b>";
     const xml_document document(xml_parse(text.c_str()));
-    EXPECT_EQ(by_path(document, "b"), "1");
+    EXPECT_EQ(get_by_path(document, "b"), "1");
 }
 
 TEST(xml_parse, takes_a_large_text)
@@ -297,23 +297,23 @@ TEST(xml_parse, takes_a_large_text)
     EXPECT_EQ(count, 50'003U);
 }
 
-TEST(xml_parse, keeps_what_takes_far_more_room_than_the_text)
+TEST(xml_parse, keeps_elements_that_take_far_more_memory_than_the_text)
 {
     constexpr std::size_t depth = 500;
     std::string text = "?>";
     for (std::size_t level = 0; level < depth; ++level)
         text += "<a>" + std::to_string(level);
-    const auto nodes = nodes_of(text + "<");
+    const auto nodes = parse_nodes(text + "<");
     ASSERT_EQ(nodes.size(), depth + 2);
     std::string path = "a";
     for (std::size_t level = 0; level < depth; ++level, path += "/a")
         ASSERT_EQ(nodes[level + 1], (expected_node{path, "a", std::to_string(level)})) << level;
 }
 
-TEST(xml_parse, keeps_names_of_which_the_path_holds_a_part_only)
+TEST(xml_parse, keeps_names_that_the_path_holds_only_in_part)
 {
     const std::string name(63, 'n');
-    const auto nodes = nodes_of(nested_to(1000) + "x><" + name + ">1<");
+    const auto nodes = parse_nodes(make_nested_text(1000) + "x><" + name + ">1<");
     const expected_node& deepest = nodes[nodes.size() - 2];
     EXPECT_EQ(deepest.name, name);
     EXPECT_EQ(deepest.path.size(), 1023U);
@@ -321,48 +321,48 @@ TEST(xml_parse, keeps_names_of_which_the_path_holds_a_part_only)
     EXPECT_EQ(deepest.value, "1");
 }
 
-TEST(xml_get, tells_texts_apart_that_are_much_alike)
+TEST(xml_get, distinguishes_very_similar_texts)
 {
-    // Of one length, with the same byte in the middle and at the end.
+    // Of the same length, with the same byte in the middle and at the end.
     const xml_document document(
         xml_parse("?><r><abcde>1</abcde><xbcde>2</xbcde><axcxe>3</axcxe></r>"));
-    EXPECT_EQ(by_name(document, "abcde"), "1");
-    EXPECT_EQ(by_name(document, "xbcde"), "2");
-    EXPECT_EQ(by_name(document, "axcxe"), "3");
-    EXPECT_EQ(by_name(document, "ybcde"), "-");
-    EXPECT_EQ(by_path(document, "r/axcxe"), "3");
-    EXPECT_EQ(by_path(document, "x/axcxe"), "-");
+    EXPECT_EQ(get_by_name(document, "abcde"), "1");
+    EXPECT_EQ(get_by_name(document, "xbcde"), "2");
+    EXPECT_EQ(get_by_name(document, "axcxe"), "3");
+    EXPECT_EQ(get_by_name(document, "ybcde"), "-");
+    EXPECT_EQ(get_by_path(document, "r/axcxe"), "3");
+    EXPECT_EQ(get_by_path(document, "x/axcxe"), "-");
 }
 
 TEST(xml_get, finds_no_node_by_a_key_that_is_longer_than_any)
 {
     const xml_document document(xml_parse("?><a>1</a>"));
-    // One letter more than a number of 16 bits counts.
+    // One letter more than 16 bits can count.
     const std::string key(65537, 'a');
-    EXPECT_EQ(by_name(document, key.c_str()), "-");
-    EXPECT_EQ(by_path(document, key.c_str()), "-");
+    EXPECT_EQ(get_by_name(document, key.c_str()), "-");
+    EXPECT_EQ(get_by_path(document, key.c_str()), "-");
 }
 
 TEST(xml_get, looks_up_by_path_and_by_name)
 {
     const xml_document document(xml_parse(configuration));
-    EXPECT_EQ(by_path(document, "clientconf/Server2/ServerName"), "a.example");
-    EXPECT_EQ(by_path(document, "clientconf/Server1/ServerAlias"), "-");
-    EXPECT_EQ(by_path(document, "clientconf/server1/ServerName"), "-");
-    EXPECT_EQ(by_path(document, "ServerName"), "-");
-    EXPECT_EQ(by_name(document, "ServerName"), "b.example");
-    EXPECT_EQ(by_name(document, "servername"), "-");
-    EXPECT_EQ(by_name(document, "clientconf/ACARSLog"), "-");
-    EXPECT_EQ(by_name(document, ""), "\n");
-    EXPECT_EQ(by_path(document, ""), "\n");
+    EXPECT_EQ(get_by_path(document, "clientconf/Server2/ServerName"), "a.example");
+    EXPECT_EQ(get_by_path(document, "clientconf/Server1/ServerAlias"), "-");
+    EXPECT_EQ(get_by_path(document, "clientconf/server1/ServerName"), "-");
+    EXPECT_EQ(get_by_path(document, "ServerName"), "-");
+    EXPECT_EQ(get_by_name(document, "ServerName"), "b.example");
+    EXPECT_EQ(get_by_name(document, "servername"), "-");
+    EXPECT_EQ(get_by_name(document, "clientconf/ACARSLog"), "-");
+    EXPECT_EQ(get_by_name(document, ""), "\n");
+    EXPECT_EQ(get_by_path(document, ""), "\n");
 }
 
 TEST(xml_get, stops_at_the_first_match_even_without_a_value)
 {
     const xml_document document(xml_parse("?><r><a></a><a>2</a><b><a>3</a></b></r>"));
-    EXPECT_EQ(by_name(document, "a"), "-");
-    EXPECT_EQ(by_path(document, "r/a"), "-");
-    EXPECT_EQ(by_path(document, "r/b/a"), "3");
+    EXPECT_EQ(get_by_name(document, "a"), "-");
+    EXPECT_EQ(get_by_path(document, "r/a"), "-");
+    EXPECT_EQ(get_by_path(document, "r/b/a"), "3");
 }
 
 TEST(xml_get, finds_nothing_in_an_empty_document)

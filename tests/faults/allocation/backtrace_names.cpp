@@ -25,54 +25,54 @@ struct symbol {
 };
 using symbol_table = std::vector<symbol>;
 
-template <typename record> record record_at(const std::vector<char>& bytes, std::size_t place)
+template <typename record> record read_record(const std::vector<char>& bytes, std::size_t place)
 {
     record found;
     std::memcpy(&found, bytes.data() + place, sizeof found);
     return found;
 }
 
-void section_read(const std::vector<char>& bytes, const Elf64_Shdr& section,
+void read_section(const std::vector<char>& bytes, const Elf64_Shdr& section,
                   const Elf64_Shdr& names, symbol_table& table)
 {
     for (std::size_t at = 0; at + sizeof(Elf64_Sym) <= section.sh_size; at += sizeof(Elf64_Sym)) {
-        const auto entry = record_at<Elf64_Sym>(bytes, section.sh_offset + at);
+        const auto entry = read_record<Elf64_Sym>(bytes, section.sh_offset + at);
         if (ELF64_ST_TYPE(entry.st_info) == STT_FUNC && entry.st_shndx != SHN_UNDEF)
             table.push_back(
                 {entry.st_value, entry.st_size, bytes.data() + names.sh_offset + entry.st_name});
     }
 }
 
-/// All functions that a file names, those included that nobody else may call.
-symbol_table symbols_read(const char* file_name)
+/// All functions that a file names, including those that only the file itself may call.
+symbol_table read_symbols(const char* file_name)
 {
     std::ifstream file{file_name, std::ios::binary};
     const std::vector<char> bytes{std::istreambuf_iterator<char>{file}, {}};
     symbol_table table;
     if (bytes.size() < sizeof(Elf64_Ehdr))
         return table;
-    const auto header = record_at<Elf64_Ehdr>(bytes, 0);
+    const auto header = read_record<Elf64_Ehdr>(bytes, 0);
     const auto section = [&](std::size_t number) {
-        return record_at<Elf64_Shdr>(bytes, header.e_shoff + number * header.e_shentsize);
+        return read_record<Elf64_Shdr>(bytes, header.e_shoff + number * header.e_shentsize);
     };
     for (std::size_t number = 0; number < header.e_shnum; ++number) {
         const Elf64_Shdr found = section(number);
         if (found.sh_type == SHT_SYMTAB || found.sh_type == SHT_DYNSYM)
-            section_read(bytes, found, section(found.sh_link), table);
+            read_section(bytes, found, section(found.sh_link), table);
     }
     return table;
 }
 
-const symbol_table& symbols_of(const char* file_name)
+const symbol_table& find_symbols(const char* file_name)
 {
     static std::map<std::string, symbol_table> tables;
     const auto [place, is_new] = tables.try_emplace(file_name);
     if (is_new)
-        place->second = symbols_read(file_name);
+        place->second = read_symbols(file_name);
     return place->second;
 }
 
-std::string plain_name(const std::string& symbol_name)
+std::string strip_symbol(const std::string& symbol_name)
 {
     int status = 0;
     const std::unique_ptr<char, decltype(&std::free)> readable{
@@ -84,7 +84,7 @@ std::string plain_name(const std::string& symbol_name)
     return name.substr(0, name.find('('));
 }
 
-frame_name name_find(std::uintptr_t address)
+frame_name find_name(std::uintptr_t address)
 {
     Dl_info info = {};
     link_map* map = nullptr;
@@ -92,13 +92,14 @@ frame_name name_find(std::uintptr_t address)
                 RTLD_DL_LINKMAP) == 0)
         return {};
     const bool is_program = map->l_name[0] == '\0';
-    const symbol_table& table = symbols_of(is_program ? "/proc/self/exe" : map->l_name);
+    const symbol_table& table = find_symbols(is_program ? "/proc/self/exe" : map->l_name);
     const std::uintptr_t offset = address - map->l_addr;
     const auto found = std::find_if(table.begin(), table.end(), [offset](const symbol& function) {
         return function.begin <= offset && offset < function.begin + function.size;
     });
     const std::string file = info.dli_fname;
-    return {found != table.end() ? plain_name(found->name) : "", file.substr(file.rfind('/') + 1)};
+    return {found != table.end() ? strip_symbol(found->name) : "",
+            file.substr(file.rfind('/') + 1)};
 }
 
 } // namespace
@@ -106,10 +107,10 @@ frame_name name_find(std::uintptr_t address)
 const frame_name& frame_name_of(const void* return_address)
 {
     static std::map<std::uintptr_t, frame_name> known;
-    // A call may be its function's last instruction.
+    // A call may be the last instruction of its function.
     const auto address = reinterpret_cast<std::uintptr_t>(return_address) - 1;
     const auto [place, is_new] = known.try_emplace(address);
     if (is_new)
-        place->second = name_find(address);
+        place->second = find_name(address);
     return place->second;
 }

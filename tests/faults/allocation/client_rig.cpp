@@ -30,14 +30,14 @@ namespace
 
 constexpr const char* addresses[rig_servers] = {"127.0.0.9", "127.0.0.8"};
 constexpr const char* aliases[rig_servers] = {"alpha", "bravo"};
-constexpr long long patience_us = 2'000'000; // of the virtual clock, with a user who does nothing
-constexpr int most_moments = 20'000;
+constexpr long long patience_us = 2'000'000; // of the virtual clock, for a user who does nothing
+constexpr int max_moments = 20'000;
 constexpr int key_escape_code = 27;
 constexpr int key_exit_code = 24;
 
 long long typed_at_us = 0;
 
-int directory_listener()
+int open_directory_listener()
 {
     static const int listener = [] {
         const int fd = bind_free_port("127.0.0.1");
@@ -48,14 +48,14 @@ int directory_listener()
     return listener;
 }
 
-void moment_wait()
+void wait_a_moment()
 {
     const timespec moment = {0, 100'000};
     nanosleep(&moment, nullptr);
 }
 
-/// Bytes that no terminal sends stand for the arrows.
-int key_of(char byte)
+/// The arrows are written as bytes that no terminal sends.
+int decode_key(char byte)
 {
     const auto code = static_cast<unsigned char>(byte);
     if (code == rig_key_down)
@@ -63,13 +63,13 @@ int key_of(char byte)
     return code == rig_key_up ? KEY_UP : code;
 }
 
-void keys_push(std::string_view keys)
+void push_keys(std::string_view keys)
 {
     for (auto key = keys.rbegin(); key != keys.rend(); ++key)
-        ungetch(key_of(*key));
+        ungetch(decode_key(*key));
 }
 
-/// Stands in for a user who gives up whatever is open.
+/// Acts as a user who closes whatever is open.
 void on_pause(long long now_us)
 {
     if (typed_at_us == 0)
@@ -81,15 +81,15 @@ void on_pause(long long now_us)
     ungetch(key_escape_code);
 }
 
-void user_watch(bool is_there)
+void set_user(bool is_there)
 {
     typed_at_us = 0;
     pause_watch(is_there ? on_pause : nullptr);
 }
 
-/// The place in the list of a server of the configuration: what memory was too short for, its name
-/// or its alias, may be missing. -1: not there.
-std::int32_t position_of(std::size_t index)
+/// The position in the list of a configured server, or -1. When out of memory, the client may have
+/// lost its name or its alias.
+std::int32_t find_position(std::size_t index)
 {
     for (std::int32_t position = 0; position < app_state.servers->count; ++position) {
         const server_entry& entry = *server_at(app_state.servers, position);
@@ -101,17 +101,17 @@ std::int32_t position_of(std::size_t index)
     return -1;
 }
 
-int thread_count()
+int count_threads()
 {
     int count = 0;
     DIR* tasks = opendir("/proc/self/task");
     while (tasks != nullptr && readdir(tasks) != nullptr)
         ++count;
     closedir(tasks);
-    return count - 2; // the folder itself and its parent
+    return count - 2; // "." and ".."
 }
 
-void answer_send(int listener, const std::string& answer)
+void send_answer(int listener, const std::string& answer)
 {
     const int connection = accept(listener, nullptr, nullptr);
     if (connection < 0)
@@ -124,7 +124,7 @@ void answer_send(int listener, const std::string& answer)
 } // namespace
 
 const char* const directory_host = "127.0.0.1";
-const std::int32_t directory_port = port_of(directory_listener());
+const std::int32_t directory_port = port_of(open_directory_listener());
 
 void rig_listen(client_rig& rig)
 {
@@ -165,7 +165,7 @@ bool rig_start()
 
 server_entry* rig_entry(std::size_t index)
 {
-    const std::int32_t position = position_of(index);
+    const std::int32_t position = find_position(index);
     return server_at(app_state.servers, position);
 }
 
@@ -179,8 +179,8 @@ bool rig_is_configured(const client_rig& rig, std::size_t index)
 void rig_connect_wait(std::size_t index)
 {
     const server_entry* entry = rig_entry(index);
-    for (int moments = 0; entry->connect_pid > 0 && moments < most_moments; ++moments) {
-        moment_wait();
+    for (int moments = 0; entry->connect_pid > 0 && moments < max_moments; ++moments) {
+        wait_a_moment();
         pause_for(1'000);
     }
 }
@@ -194,7 +194,7 @@ bool rig_accept(client_rig& rig, std::size_t index)
 
 bool rig_connect(client_rig& rig, std::size_t index)
 {
-    app_state.selected = position_of(index) + 1;
+    app_state.selected = find_position(index) + 1;
     connect_selected_server();
     rig_connect_wait(index);
     return rig_accept(rig, index);
@@ -219,23 +219,23 @@ void rig_join(client_rig& rig)
 void rig_type(std::string_view keys)
 {
     const char last_key[] = {static_cast<char>(key_exit_code), '\0'};
-    keys_push(last_key);
-    keys_push(keys);
-    user_watch(true);
+    push_keys(last_key);
+    push_keys(keys);
+    set_user(true);
     main_loop();
-    user_watch(false);
+    set_user(false);
     flushinp();
 }
 
 void rig_packets_take(const client_rig& rig, std::string_view keys)
 {
-    keys_push(keys);
-    user_watch(true);
+    push_keys(keys);
+    set_user(true);
     for (const std::string& packet : rig.packets) {
         rig_send(rig, 0, packet);
         rig_poll();
     }
-    user_watch(false);
+    set_user(false);
     flushinp();
 }
 
@@ -262,9 +262,9 @@ void rig_send(const client_rig& rig, std::size_t index, std::string_view bytes)
 
 void rig_directory_serve(const client_rig& rig)
 {
-    for (int moments = 0; app_state.fetch.running > 0 && moments < most_moments; ++moments) {
-        answer_send(directory_listener(), rig.directory_answer);
-        moment_wait();
+    for (int moments = 0; app_state.fetch.running > 0 && moments < max_moments; ++moments) {
+        send_answer(open_directory_listener(), rig.directory_answer);
+        wait_a_moment();
         pause_for(1'000);
     }
 }
@@ -282,6 +282,6 @@ bool rig_status_is(std::string_view text)
 
 void rig_threads_wait()
 {
-    for (int moments = 0; thread_count() > 1 && moments < most_moments; ++moments)
-        moment_wait();
+    for (int moments = 0; count_threads() > 1 && moments < max_moments; ++moments)
+        wait_a_moment();
 }

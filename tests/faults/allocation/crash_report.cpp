@@ -20,7 +20,7 @@ crash_report* reported = nullptr;
 bool is_noted = false;
 void (*client_handlers[NSIG])(int) = {};
 
-void place_note()
+void record_place()
 {
     reported->depth = backtrace(reported->frames, crash_frames);
 }
@@ -28,7 +28,7 @@ void place_note()
 void on_crash(int number)
 {
     reported->signal_number = number;
-    place_note();
+    record_place();
     is_noted = true;
     if (client_handlers[number] != nullptr)
         client_handlers[number](number);
@@ -63,11 +63,11 @@ extern "C" int sigaction(int number, const struct sigaction* action,
     return 0;
 }
 
-/// The test program itself returns from main.
+/// Not for the test program itself, which returns from main.
 extern "C" void exit(int status)
 {
     if (reported != nullptr)
-        place_note();
+        record_place();
     reinterpret_cast<void (*)(int)>(dlsym(RTLD_NEXT, "exit"))(status);
     _exit(status);
 }

@@ -30,7 +30,7 @@ struct failing {
     std::atomic<bool> has_failed = false;
     std::atomic<bool> is_clients = false;
     block_origin* origins = nullptr; // of failed allocations
-    std::size_t origins_room = 0;
+    std::size_t origins_capacity = 0;
     std::size_t* origins_count = nullptr;
 };
 constinit failing state;
@@ -38,7 +38,7 @@ constinit failing state;
 constinit block_tables* tables = nullptr;
 constinit std::atomic_flag table_taken = ATOMIC_FLAG_INIT;
 
-// Looking at the stack may allocate the first time.
+// The first backtrace may allocate.
 constinit thread_local bool is_tracing = false;
 
 class table_lock
@@ -57,14 +57,14 @@ public:
     table_lock& operator=(const table_lock&) = delete;
 };
 
-block_origin origin_note();
+block_origin make_origin();
 
-/// Where two threads fail at once, one of them may not be noted.
-void failure_note()
+/// When two threads fail at the same time, one failure may go unrecorded.
+void record_failure()
 {
     state.has_failed = true;
     if (state.origins != nullptr)
-        state.origins[(*state.origins_count)++ % state.origins_room] = origin_note();
+        state.origins[(*state.origins_count)++ % state.origins_capacity] = make_origin();
 }
 
 bool must_fail()
@@ -76,19 +76,19 @@ bool must_fail()
                            ? number == state.nth
                            : state.plan == failure_plan::from_then_on && number >= state.nth;
     if (fails) {
-        failure_note();
+        record_failure();
         errno = ENOMEM;
     }
     return fails;
 }
 
-std::size_t place_of(std::uintptr_t address)
+std::size_t hash_address(std::uintptr_t address)
 {
     return (address >> 4) * 0x9E3779B97F4A7C15U >> 49;
 }
 static_assert(block_table_size == std::size_t{1} << (64 - 49));
 
-block_origin origin_note()
+block_origin make_origin()
 {
     block_origin origin;
     if (is_tracing || !state.is_clients)
@@ -99,7 +99,7 @@ block_origin origin_note()
     return origin;
 }
 
-void tables_make()
+void make_tables()
 {
     if (tables == nullptr)
         tables =
@@ -107,10 +107,10 @@ void tables_make()
                                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
 }
 
-/// The place of a block, or the first free one for it; block_table_size: there is none.
-std::size_t place_find(std::uintptr_t address, bool is_new)
+/// The place of a block, or the first free place for it; block_table_size if there is none.
+std::size_t find_place(std::uintptr_t address, bool is_new)
 {
-    const std::size_t first = place_of(address);
+    const std::size_t first = hash_address(address);
     for (std::size_t tried = 0; tried < block_table_size; ++tried) {
         const std::size_t place = (first + tried) % block_table_size;
         const std::uintptr_t found = tables->blocks[place].address;
@@ -122,15 +122,15 @@ std::size_t place_find(std::uintptr_t address, bool is_new)
     return block_table_size;
 }
 
-void* block_add(void* memory, std::size_t size)
+void* add_block(void* memory, std::size_t size)
 {
     if (memory == nullptr)
         return nullptr;
-    const block_origin origin = origin_note();
+    const block_origin origin = make_origin();
     const auto address = reinterpret_cast<std::uintptr_t>(memory);
     const table_lock lock;
-    tables_make();
-    const std::size_t place = place_find(address, true);
+    make_tables();
+    const std::size_t place = find_place(address, true);
     if (place == block_table_size)
         std::abort();
     tables->blocks[place] = {address, size, state.is_clients, false};
@@ -139,12 +139,12 @@ void* block_add(void* memory, std::size_t size)
     return memory;
 }
 
-/// Blocks that were allocated by functions that are not replaced are not in the table.
-void block_remove(void* memory)
+/// Blocks allocated by functions that are not replaced are not in the table.
+void remove_block(void* memory)
 {
     const table_lock lock;
-    tables_make();
-    const std::size_t place = place_find(reinterpret_cast<std::uintptr_t>(memory), false);
+    make_tables();
+    const std::size_t place = find_place(reinterpret_cast<std::uintptr_t>(memory), false);
     if (place < block_table_size)
         tables->blocks[place].address = block_gone;
 }
@@ -171,10 +171,10 @@ bool allocations_have_failed()
     return state.has_failed;
 }
 
-void allocations_note_failures(block_origin* origins, std::size_t room, std::size_t& count)
+void allocations_note_failures(block_origin* origins, std::size_t capacity, std::size_t& count)
 {
     state.origins_count = &count;
-    state.origins_room = room;
+    state.origins_capacity = capacity;
     state.origins = origins;
 }
 
@@ -197,12 +197,12 @@ void* malloc(std::size_t size)
     void* block = __libc_malloc(size);
     if (block != nullptr)
         std::memset(block, fresh_byte, size);
-    return block_add(block, size);
+    return add_block(block, size);
 }
 
 void* calloc(std::size_t count, std::size_t size)
 {
-    return must_fail() ? nullptr : block_add(__libc_calloc(count, size), count * size);
+    return must_fail() ? nullptr : add_block(__libc_calloc(count, size), count * size);
 }
 
 void* realloc(void* block, std::size_t size)
@@ -211,15 +211,15 @@ void* realloc(void* block, std::size_t size)
         return nullptr;
     void* resized = __libc_realloc(block, size);
     if (block != nullptr && (resized != nullptr || size == 0))
-        block_remove(block);
-    return block_add(resized, size);
+        remove_block(block);
+    return add_block(resized, size);
 }
 
 void free(void* block)
 {
     if (block == nullptr)
         return;
-    block_remove(block);
+    remove_block(block);
     std::memset(block, freed_byte, malloc_usable_size(block));
     __libc_free(block);
 }

@@ -13,8 +13,8 @@ constexpr std::string_view leak_mark = "leak:";
 constexpr std::string_view crash_mark = "crash:";
 constexpr std::string_view sometimes_mark = "sometimes:";
 
-/// What follows the mark in the lines that begin with it.
-std::vector<std::string> marked_lines(const char* file_name, std::string_view mark)
+/// The rest of each line that begins with the mark.
+std::vector<std::string> read_marked_lines(const char* file_name, std::string_view mark)
 {
     std::ifstream file{file_name};
     std::vector<std::string> found;
@@ -30,11 +30,11 @@ bool is_program(const frame_name& frame)
     return frame.object == "allocation_faults";
 }
 
-/// The functions of the test program that lie between a library and its failed allocation.
+/// The functions of the test program between a library and its failed allocation.
 bool is_allocator(const frame_name& frame)
 {
-    static constexpr std::string_view names[] = {"origin_note", "failure_note", "must_fail",
-                                                 "malloc",      "calloc",       "realloc"};
+    static constexpr std::string_view names[] = {"make_origin", "record_failure", "must_fail",
+                                                 "malloc",      "calloc",         "realloc"};
     return is_program(frame) && std::ranges::find(names, frame.function) != std::end(names);
 }
 
@@ -44,7 +44,7 @@ std::vector<known_leak> known_leaks_read()
 {
     std::vector<known_leak> known;
     for (const char* file : {LSAN_SUPPRESSIONS, FAULTS_FOLDER "/known_leaks.supp"}) {
-        for (std::string& function : marked_lines(file, leak_mark))
+        for (std::string& function : read_marked_lines(file, leak_mark))
             known.push_back({std::move(function)});
     }
     return known;
@@ -54,7 +54,8 @@ std::vector<known_crash> known_crashes_read()
 {
     std::vector<known_crash> known;
     for (const std::string_view mark : {crash_mark, sometimes_mark}) {
-        for (const std::string& line : marked_lines(FAULTS_FOLDER "/library_crashes.txt", mark)) {
+        for (const std::string& line :
+             read_marked_lines(FAULTS_FOLDER "/library_crashes.txt", mark)) {
             const std::size_t blank = line.find(' ');
             known.push_back({line.substr(0, blank), line.substr(blank + 1), mark == crash_mark});
         }

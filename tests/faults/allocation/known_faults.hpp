@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-/// A known leak: "leak:FUNCTION" in one of the suppression files. A backtrace matches that holds
-/// the function.
+/// A known leak: "leak:FUNCTION" in one of the suppression files. It matches a backtrace with that
+/// function.
 struct known_leak {
     std::string function;
 };
@@ -23,16 +23,15 @@ struct known_crash {
 };
 std::vector<known_crash> known_crashes_read();
 
-/// Where a library asked for memory: "FUNCTION<CALLER<...", innermost first, up to the client's
-/// call.
-/// "?" stands for functions that the library does not name. Of the client's own allocations: the
-/// empty text.
+/// Where a library requested memory: "FUNCTION<CALLER<...", innermost first, up to the client's
+/// call. "?" stands for functions that the library does not name. For the client's own allocations:
+/// the empty text.
 std::string library_place(std::span<const frame_name> frames);
 
-/// The names behind return addresses.
+/// The functions of return addresses.
 std::vector<frame_name> frame_names(std::span<void* const> frames);
 
-/// One frame to a line, innermost first.
+/// One frame per line, innermost first.
 std::string frames_text(std::span<const frame_name> frames);
 
 /// Whether a backtrace belongs to a known leak.

@@ -9,18 +9,18 @@
 namespace
 {
 
-constexpr std::size_t most_blocks = block_table_size;
+constexpr std::size_t max_blocks = block_table_size;
 
 /// The blocks in use, by address.
 struct block_index {
-    live_block* blocks[most_blocks];
+    live_block* blocks[max_blocks];
     std::size_t count = 0;
-    live_block* waiting[most_blocks]; // reached, and not looked through yet
+    live_block* waiting[max_blocks]; // reached, and not yet scanned
     std::size_t waiting_count = 0;
 };
 block_index found_blocks;
 
-void blocks_collect()
+void collect_blocks()
 {
     block_index& index = found_blocks;
     index.count = 0;
@@ -33,11 +33,11 @@ void blocks_collect()
                       [](const live_block* block) { return block->address; });
 }
 
-/// The block that a word points to or into; null when it is no pointer to any.
-live_block* block_at(std::uintptr_t word)
+/// The block that a word points to or into; null if there is none.
+live_block* find_block(std::uintptr_t word)
 {
     const std::span all{found_blocks.blocks, found_blocks.count};
-    // Most words are no pointers at all.
+    // Most words are not pointers.
     if (all.empty() || word < all.front()->address ||
         word > all.back()->address + all.back()->size_bytes)
         return nullptr;
@@ -49,14 +49,14 @@ live_block* block_at(std::uintptr_t word)
     return word < block->address + std::max<std::size_t>(block->size_bytes, 1) ? block : nullptr;
 }
 
-void memory_scan(std::uintptr_t begin, std::size_t size)
+void scan_memory(std::uintptr_t begin, std::size_t size)
 {
     constexpr std::size_t step = sizeof(std::uintptr_t);
     const std::uintptr_t first = (begin + step - 1) / step * step;
     for (std::uintptr_t at = first; at + step <= begin + size; at += step) {
         std::uintptr_t word;
         std::memcpy(&word, reinterpret_cast<const void*>(at), step);
-        live_block* block = block_at(word);
+        live_block* block = find_block(word);
         if (block == nullptr || block->is_reached)
             continue;
         block->is_reached = true;
@@ -70,24 +70,24 @@ bool is_own_index(std::uintptr_t begin, std::size_t size)
     return begin <= own && own < begin + size;
 }
 
-/// Leaves out the index of blocks, which points to none of them but takes long to look through.
-void data_scan(std::uintptr_t begin, std::size_t size)
+/// Skips the index of blocks, which points to none of them but takes long to scan.
+void scan_data(std::uintptr_t begin, std::size_t size)
 {
     if (!is_own_index(begin, size))
-        return memory_scan(begin, size);
+        return scan_memory(begin, size);
     const auto own = reinterpret_cast<std::uintptr_t>(&found_blocks);
-    memory_scan(begin, own - begin);
-    const std::uintptr_t behind = own + sizeof found_blocks;
-    memory_scan(behind, begin + size - behind);
+    scan_memory(begin, own - begin);
+    const std::uintptr_t after = own + sizeof found_blocks;
+    scan_memory(after, begin + size - after);
 }
 
-int object_scan(dl_phdr_info* object, std::size_t, void*)
+int scan_object(dl_phdr_info* object, std::size_t, void*)
 {
     for (const auto& segment : std::span{object->dlpi_phdr, object->dlpi_phnum}) {
         if (segment.p_type == PT_LOAD && (segment.p_flags & PF_W) != 0)
-            data_scan(object->dlpi_addr + segment.p_vaddr, segment.p_memsz);
+            scan_data(object->dlpi_addr + segment.p_vaddr, segment.p_memsz);
         if (segment.p_type == PT_TLS && object->dlpi_tls_data != nullptr)
-            memory_scan(reinterpret_cast<std::uintptr_t>(object->dlpi_tls_data), segment.p_memsz);
+            scan_memory(reinterpret_cast<std::uintptr_t>(object->dlpi_tls_data), segment.p_memsz);
     }
     return 0;
 }
@@ -96,11 +96,11 @@ int object_scan(dl_phdr_info* object, std::size_t, void*)
 
 void leaks_search(void (*found)(const live_block& block, const block_origin& origin))
 {
-    blocks_collect();
-    dl_iterate_phdr(object_scan, nullptr);
+    collect_blocks();
+    dl_iterate_phdr(scan_object, nullptr);
     while (found_blocks.waiting_count > 0) {
         const live_block* block = found_blocks.waiting[--found_blocks.waiting_count];
-        memory_scan(block->address, block->size_bytes);
+        scan_memory(block->address, block->size_bytes);
     }
     const block_tables& tables = *block_table();
     for (const live_block* block : std::span{found_blocks.blocks, found_blocks.count}) {

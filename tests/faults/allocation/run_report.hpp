@@ -1,4 +1,4 @@
-// run_report.hpp - what a run under failing allocations has to say, in memory that outlives it.
+// run_report.hpp - the result of a run with failing allocations, in memory that outlives it.
 #pragma once
 
 #include "faults/allocation/crash_report.hpp"
@@ -19,11 +19,11 @@ struct lost_block {
 struct run_report {
     crash_report crash;
     long counted = 0;         // allocations
-    bool has_failed = false;  // one was failed
-    bool has_started = false; // the client ran, or ran already
-    bool is_over = false;     // the run came to its end
+    bool has_failed = false;  // an allocation has failed
+    bool has_started = false; // the client ran, or was already running
+    bool is_over = false;     // the run reached its end
     std::size_t failure_count = 0;
-    block_origin failures[reported_failures] = {}; // where the last of them were asked for
+    block_origin failures[reported_failures] = {}; // where the last of them were requested
     std::size_t leak_count = 0;
     lost_block leaks[reported_leaks] = {}; // the first of them
     char complaints[reported_text_bytes] = {};

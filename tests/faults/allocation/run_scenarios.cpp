@@ -1,4 +1,4 @@
-// run_scenarios.cpp - the client's course from start to shutdown, while allocations fail.
+// run_scenarios.cpp - the client from start to shutdown, while allocations fail.
 #include "faults/allocation/scenarios.hpp"
 
 #include "app/app_state.hpp"
@@ -36,24 +36,24 @@ bool act_connect(client_rig& rig, const scenario&)
     return true;
 }
 
-/// The first server's name becomes one that has to be looked up.
-void name_make_long(client_rig&)
+/// Gives the first server a name that has to be looked up.
+void make_name_long(client_rig&)
 {
     server_entry* entry = rig_entry(0);
     std::free(entry->ServerName);
     entry->ServerName = strdup("localhost");
 }
 
-/// As name_make_long, for a name that no look-up is needed for to know it as wrong.
-void name_make_wrong(client_rig&)
+/// Like make_name_long, but with a name that is known to be wrong without a look-up.
+void make_name_wrong(client_rig&)
 {
     server_entry* entry = rig_entry(0);
     std::free(entry->ServerName);
     entry->ServerName = strdup("no such name");
 }
 
-/// The first server's port becomes one that nobody listens at.
-void port_close(client_rig&)
+/// Gives the first server a port on which nobody listens.
+void close_port(client_rig&)
 {
     rig_entry(0)->ServerPort = port_of(bind_free_port("127.0.0.9"));
 }
@@ -103,12 +103,12 @@ std::span<const scenario> run_scenarios()
         {.name = "connect_by_name",
          .stage = started,
          .act = act_connect,
-         .prepare = name_make_long},
+         .prepare = make_name_long},
         {.name = "connect_wrong_name",
          .stage = started,
          .act = act_connect,
-         .prepare = name_make_wrong},
-        {.name = "connect_refused", .stage = started, .act = act_connect, .prepare = port_close},
+         .prepare = make_name_wrong},
+        {.name = "connect_refused", .stage = started, .act = act_connect, .prepare = close_port},
         {.name = "connect_again", .act = act_keys, .keys = "\x0C"},
         {.name = "disconnect", .act = act_keys, .keys = "\x04", .keeps_first = false},
         {.name = "disconnect_again", .stage = started, .act = act_keys, .keys = "\x04"},

@@ -27,10 +27,10 @@ namespace
 constexpr std::chrono::milliseconds run_limit = default_patience;
 constexpr rlimit run_processor_limit = {1, 2}; // seconds; a run that hangs uses them up
 constexpr int poll_limit_ms = 50;
-constexpr std::size_t most_kinds_told = 40;
+constexpr std::size_t max_kinds_told = 40;
 constexpr int failed_start_status = 255;
 constexpr std::size_t result_bytes = 256UL * 1024;
-constexpr std::string_view leave_sequence = "\033[?1049l"; // gives the shell its screen back
+constexpr std::string_view leave_sequence = "\033[?1049l"; // restores the shell's screen
 constexpr std::string_view enter_sequence = "\033[?1049h";
 constexpr std::string_view config_begin =
     "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<clientconf version=\"1.02\">\n";
@@ -42,7 +42,7 @@ constexpr std::string_view start_errors[] = {
     "Unable to init ncurses windows\n",
 };
 
-/// Runs in which the same went wrong.
+/// The runs with the same failure.
 struct failing_runs {
     std::string first;
     int count = 0;
@@ -55,7 +55,7 @@ struct loop {
     client_rig rig{};
     terminal_pair terminal;
     termios shell_modes = terminal.modes();
-    termios run_modes = shell_modes; // when a run begins
+    termios run_modes = shell_modes; // at the beginning of a run
     run_report* report = nullptr;    // shared with the run
     int error_fd = -1;
     std::string config{};
@@ -63,17 +63,17 @@ struct loop {
     std::vector<known_crash> crashes = known_crashes_read();
     std::set<std::string> crashes_seen{};
     scenario_result result{};
-    std::map<std::string, failing_runs> failures{}; // by what went wrong
+    std::map<std::string, failing_runs> failures{}; // by the failure
 };
 
-/// One run, as it looks from outside.
+/// A run as seen from outside.
 struct finished_run {
     int status = 0;
     std::string output;
     std::string error_text;
 };
 
-void* shared_memory(std::size_t size)
+void* map_shared_memory(std::size_t size)
 {
     void* memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) {
@@ -83,34 +83,34 @@ void* shared_memory(std::size_t size)
     return memory;
 }
 
-void failure_add(loop& all, const std::string& name, const std::string& what)
+void add_failure(loop& all, const std::string& name, const std::string& what)
 {
     failing_runs& runs = all.failures[what];
     if (runs.count++ == 0)
         runs.first = name;
 }
 
-std::string failures_text(const loop& all)
+std::string format_failures(const loop& all)
 {
     std::string text;
     std::size_t told = 0;
     for (const auto& [what, runs] : all.failures) {
-        if (++told > most_kinds_told)
+        if (++told > max_kinds_told)
             return text + "and more";
         text += runs.first + ", " + std::to_string(runs.count) + " runs: " + what + '\n';
     }
     return text;
 }
 
-std::string error_text_of(int fd)
+std::string read_error_text(int fd)
 {
     char bytes[4096];
     const ssize_t length = pread(fd, bytes, sizeof bytes, 0);
     return {bytes, static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
 }
 
-/// Waits for the run's end and empties the terminal meanwhile.
-void run_wait(const loop& all, pid_t process, finished_run& run)
+/// Waits until the run has ended, and empties the terminal meanwhile.
+void wait_for_run(const loop& all, pid_t process, finished_run& run)
 {
     const unique_fd process_fd{static_cast<int>(syscall(SYS_pidfd_open, process, 0))};
     pollfd watched[] = {{process_fd.get(), POLLIN, 0}, {all.terminal.screen_fd(), POLLIN, 0}};
@@ -124,7 +124,7 @@ void run_wait(const loop& all, pid_t process, finished_run& run)
     all.terminal.drain_whole(run.output);
 }
 
-finished_run run_play(loop& all, failure_plan plan, long nth)
+finished_run play_run(loop& all, failure_plan plan, long nth)
 {
     finished_run run;
     all.home.write_config(all.config);
@@ -139,12 +139,12 @@ finished_run run_play(loop& all, failure_plan plan, long nth)
         setrlimit(RLIMIT_CPU, &run_processor_limit);
         scenario_run(all.rig, all.which, plan, nth, all.shell_modes, *all.report);
     }
-    run_wait(all, process, run);
-    run.error_text = error_text_of(all.error_fd);
+    wait_for_run(all, process, run);
+    run.error_text = read_error_text(all.error_fd);
     return run;
 }
 
-std::string run_name(failure_plan plan, long nth)
+std::string make_run_name(failure_plan plan, long nth)
 {
     if (plan == failure_plan::none)
         return "without failures";
@@ -152,8 +152,8 @@ std::string run_name(failure_plan plan, long nth)
            (plan == failure_plan::once ? " failing once" : " and all later ones failing");
 }
 
-/// Whether the client gave the terminal back although it was ended. The address sanitizer's
-/// handlers stand in for its own.
+/// Whether the client restored the terminal although it was killed. Under the address sanitizer,
+/// the sanitizer's handlers replace its own.
 bool is_given_back([[maybe_unused]] const loop& all, [[maybe_unused]] const finished_run& run)
 {
 #if defined(__SANITIZE_ADDRESS__)
@@ -166,17 +166,17 @@ bool is_given_back([[maybe_unused]] const loop& all, [[maybe_unused]] const fini
 #endif
 }
 
-std::vector<frame_name> names_of(const block_origin& origin)
+std::vector<frame_name> find_names(const block_origin& origin)
 {
     return frame_names({origin.frames, static_cast<std::size_t>(origin.depth)});
 }
 
-/// The place in a library at which a failed allocation is known to end the program.
-const known_crash* known_crash_of(const loop& all)
+/// The place in a library where a failed allocation is known to end the program.
+const known_crash* find_known_crash(const loop& all)
 {
     const std::size_t count = std::min(all.report->failure_count, reported_failures);
     for (const block_origin& failed : std::span{all.report->failures, count}) {
-        const std::string place = library_place(names_of(failed));
+        const std::string place = library_place(find_names(failed));
         const auto known = std::ranges::find_if(all.crashes, [&](const known_crash& crash) {
             return crash.scenario == all.which.name && crash.place == place;
         });
@@ -186,13 +186,13 @@ const known_crash* known_crash_of(const loop& all)
     return nullptr;
 }
 
-/// A run that did not come to its end.
-void crash_judge(loop& all, const std::string& name, const finished_run& run)
+/// A run that did not reach its end.
+void judge_crash(loop& all, const std::string& name, const finished_run& run)
 {
     const bool is_hanging = all.report->crash.depth == 0;
     if (!is_hanging && !is_given_back(all, run))
-        failure_add(all, name, "ended by a library, and the terminal is not given back");
-    if (const known_crash* known = known_crash_of(all); known != nullptr) {
+        add_failure(all, name, "ended by a library, and the terminal is not given back");
+    if (const known_crash* known = find_known_crash(all); known != nullptr) {
         ++all.result.library_crashes;
         all.crashes_seen.insert(known->place);
         return;
@@ -203,122 +203,122 @@ void crash_judge(loop& all, const std::string& name, const finished_run& run)
         frames_text(frame_names({crash.frames, static_cast<std::size_t>(crash.depth)}));
     if (all.report->failure_count > 0) {
         const std::size_t last = (all.report->failure_count - 1) % reported_failures;
-        const auto failed = names_of(all.report->failures[last]);
+        const auto failed = find_names(all.report->failures[last]);
         what = "after an allocation of " + library_place(failed) + '\n' + frames_text(failed) +
                "    " + what;
     }
-    failure_add(all, name, what);
+    add_failure(all, name, what);
 }
 
-void leaks_judge(loop& all, const std::string& name)
+void judge_leaks(loop& all, const std::string& name)
 {
     const run_report& report = *all.report;
     const std::size_t count = std::min(report.leak_count, reported_leaks);
     if (report.leak_count > count)
-        failure_add(all, name, "more blocks lost than there is room to report");
+        add_failure(all, name, "more blocks lost than there is room to report");
     for (const lost_block& block : std::span{report.leaks, count}) {
-        const auto frames = names_of(block.origin);
+        const auto frames = find_names(block.origin);
         if (!is_known_leak(all.leaks, frames))
-            failure_add(all, name,
+            add_failure(all, name,
                         std::to_string(block.size_bytes) + " bytes lost of\n" +
                             frames_text(frames));
     }
 }
 
-bool has(std::string_view text, const std::string& part)
+bool has_part(std::string_view text, const std::string& part)
 {
     return text.find(part) != std::string_view::npos;
 }
 
-/// Whether a configuration is all there; its servers count from 1.
+/// Whether a configuration is complete; its servers are numbered from 1.
 bool is_whole_config(std::string_view text)
 {
     bool is_whole = text.starts_with(config_begin) && text.ends_with(config_end);
-    for (int number = 1; has(text, "    <Server" + std::to_string(number) + ">\n"); ++number)
-        is_whole =
-            is_whole && has(text, "</UseEMail>\n    </Server" + std::to_string(number) + ">\n");
+    for (int number = 1; has_part(text, "    <Server" + std::to_string(number) + ">\n"); ++number)
+        is_whole = is_whole &&
+                   has_part(text, "</UseEMail>\n    </Server" + std::to_string(number) + ">\n");
     return is_whole;
 }
 
-/// The configuration is the one that was there, or a new one that is all there.
-void config_judge(loop& all, const std::string& name)
+/// The configuration must be the old one, or a complete new one.
+void judge_config(loop& all, const std::string& name)
 {
     const std::string found = all.home.read_config().value_or("(none)");
     if (found != all.config && !is_whole_config(found))
-        failure_add(all, name, "the configuration is damaged:\n" + found);
+        add_failure(all, name, "the configuration is damaged:\n" + found);
     for (const std::string& file : all.home.files()) {
         if (file.starts_with("ncursesclient.conf."))
-            failure_add(all, name, file + " is left behind");
+            add_failure(all, name, file + " is left behind");
     }
 }
 
-/// A client that cannot run says why in one line; a terminal that it took is given back, except
+/// A client that cannot run says why in one line, and restores a terminal that it took, except
 /// after a failed window.
-void failed_start_judge(loop& all, const std::string& name, const finished_run& run)
+void judge_failed_start(loop& all, const std::string& name, const finished_run& run)
 {
     const auto* line = std::ranges::find(start_errors, run.error_text);
     if (line == std::end(start_errors) || WEXITSTATUS(run.status) != failed_start_status)
-        return failure_add(all, name,
+        return add_failure(all, name,
                            "status " + std::to_string(WEXITSTATUS(run.status)) + " after \"" +
                                run.error_text + "\"");
     const bool took_screen = run.output.find(enter_sequence) != std::string::npos;
     const bool gave_back = run.output.find(leave_sequence) != std::string::npos;
     if (line != std::end(start_errors) - 1 && took_screen != gave_back)
-        failure_add(all, name, "the screen is not given back after \"" + run.error_text + "\"");
+        add_failure(all, name, "the screen is not given back after \"" + run.error_text + "\"");
 }
 
-void run_judge(loop& all, failure_plan plan, long nth, const finished_run& run)
+void judge_run(loop& all, failure_plan plan, long nth, const finished_run& run)
 {
-    const std::string name = run_name(plan, nth);
+    const std::string name = make_run_name(plan, nth);
     const run_report& report = *all.report;
     if (!report.is_over)
-        return crash_judge(all, name, run);
+        return judge_crash(all, name, run);
     if (report.complaints[0] != '\0')
-        failure_add(all, name, report.complaints);
-    leaks_judge(all, name);
-    config_judge(all, name);
+        add_failure(all, name, report.complaints);
+    judge_leaks(all, name);
+    judge_config(all, name);
     if (!report.has_started)
-        return failed_start_judge(all, name, run);
+        return judge_failed_start(all, name, run);
     if (run.output.find(leave_sequence) == std::string::npos)
-        failure_add(all, name, "the screen is not given back");
+        add_failure(all, name, "the screen is not given back");
     if (!run.error_text.empty())
-        failure_add(all, name, "on standard error: " + run.error_text);
+        add_failure(all, name, "on standard error: " + run.error_text);
 }
 
-bool run_once(loop& all, failure_plan plan, long nth)
+bool play_once(loop& all, failure_plan plan, long nth)
 {
-    const finished_run run = run_play(all, plan, nth);
+    const finished_run run = play_run(all, plan, nth);
     ++all.result.runs;
-    run_judge(all, plan, nth, run);
+    judge_run(all, plan, nth, run);
     return all.report->has_failed || !all.report->is_over;
 }
 
-void every_run(loop& all)
+void play_all_runs(loop& all)
 {
-    run_once(all, failure_plan::none, 0);
+    play_once(all, failure_plan::none, 0);
     all.result.allocations = all.report->counted;
     if ((all.result.allocations > 0) != all.which.allocates)
-        failure_add(all, "the scenario", std::to_string(all.result.allocations) + " allocations");
+        add_failure(all, "the scenario", std::to_string(all.result.allocations) + " allocations");
     for (const failure_plan plan : {failure_plan::once, failure_plan::from_then_on}) {
-        for (long nth = 1; run_once(all, plan, nth);)
+        for (long nth = 1; play_once(all, plan, nth);)
             ++nth;
     }
     for (const known_crash& known : all.crashes) {
         if (known.must_happen && known.scenario == all.which.name &&
             !all.crashes_seen.contains(known.place))
-            failure_add(all, "the scenario", "no longer crashes: " + known.place);
+            add_failure(all, "the scenario", "no longer crashes: " + known.place);
     }
 }
 
-void client_begin(loop& all)
+void begin_client(loop& all)
 {
     allocations_are_clients(true);
     if (!rig_start())
-        failure_add(all, "the scenario", "the client does not start");
+        add_failure(all, "the scenario", "the client does not start");
     allocations_are_clients(false);
 }
 
-void environment_set(const temp_home& home)
+void set_environment(const temp_home& home)
 {
     setenv("HOME", home.path().c_str(), 1);
     setenv("TERM", "screen-256color", 1);
@@ -328,7 +328,7 @@ void environment_set(const temp_home& home)
     static_cast<void>(chdir(home.path().c_str()) == 0);
 }
 
-std::string directory_answer()
+std::string make_directory_answer()
 {
     std::string answer = "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\n\r\n";
     for (int number = 0; number < 12; ++number)
@@ -338,31 +338,31 @@ std::string directory_answer()
     return answer;
 }
 
-scenario_result loop_run(const scenario& which)
+scenario_result run_loop(const scenario& which)
 {
     loop all{.which = which, .home = {}, .terminal = {}};
-    all.report = static_cast<run_report*>(shared_memory(sizeof(run_report)));
+    all.report = static_cast<run_report*>(map_shared_memory(sizeof(run_report)));
     all.error_fd = memfd_create("standard error", MFD_CLOEXEC);
     crashes_report_to(all.report->crash);
-    environment_set(all.home);
+    set_environment(all.home);
     all.home.make_folder("logs");
     all.home.write_file("ncursesclient.hlp", "A line of help.\nAnd another.\n");
     rig_listen(all.rig);
-    all.rig.directory_answer = directory_answer();
+    all.rig.directory_answer = make_directory_answer();
     if (which.packets != nullptr)
         all.rig.packets = which.packets();
     all.config = rig_config(all.rig, which.stage == rig_stage::not_started);
     all.home.write_config(all.config);
     if (which.stage != rig_stage::not_started)
-        client_begin(all);
+        begin_client(all);
     all.run_modes = all.terminal.modes();
-    every_run(all);
-    all.result.failures = failures_text(all);
+    play_all_runs(all);
+    all.result.failures = format_failures(all);
     static_cast<void>(chdir("/") == 0);
     return all.result;
 }
 
-/// The result as it travels from one process to the other.
+/// The result in the form in which one process passes it to the other.
 struct shared_result {
     long allocations;
     long runs;
@@ -374,11 +374,11 @@ struct shared_result {
 
 scenario_result scenario_loop(const scenario& which)
 {
-    auto* shared = static_cast<shared_result*>(shared_memory(sizeof(shared_result)));
+    auto* shared = static_cast<shared_result*>(map_shared_memory(sizeof(shared_result)));
     std::fflush(nullptr);
     const pid_t process = fork();
     if (process == 0) {
-        const scenario_result result = loop_run(which);
+        const scenario_result result = run_loop(which);
         shared->allocations = result.allocations;
         shared->runs = result.runs;
         shared->library_crashes = result.library_crashes;

@@ -18,7 +18,7 @@
 namespace
 {
 
-constexpr int most_polls = 5;
+constexpr int max_polls = 5;
 constexpr const char* notice_text = "memory is there again";
 constexpr std::size_t notice_server = 1;
 
@@ -37,15 +37,15 @@ bool is_connected(std::size_t index)
     return entry != nullptr && entry->socket_fd > 0 && entry->connected == 1;
 }
 
-/// A notice of that server reaches the status pane.
-void notice_check(const client_rig& rig, std::size_t index, run_report& report)
+/// A notice from that server must reach the status pane.
+void check_notice(const client_rig& rig, std::size_t index, run_report& report)
 {
     static constexpr unsigned char header[] = {103, 0, 0, 0, 21, 0, 0, 0, 0, 0, 0, 0};
     char bytes[64];
     std::memcpy(bytes, header, sizeof header);
     std::memcpy(bytes + sizeof header, notice_text, std::strlen(notice_text));
     rig_send(rig, index, {bytes, sizeof header + std::strlen(notice_text)});
-    for (int polls = 0; polls < most_polls; ++polls) {
+    for (int polls = 0; polls < max_polls; ++polls) {
         rig_poll();
         if (rig_status_is(notice_text))
             return;
@@ -53,9 +53,9 @@ void notice_check(const client_rig& rig, std::size_t index, run_report& report)
     run_complain(report, "server %zu is not heard any more", index);
 }
 
-void windows_check(run_report& report)
+void check_windows(run_report& report)
 {
-    // What a resize could not make, the next one makes.
+    // What a resize could not create, the next resize creates.
     if (app_state.key_line == nullptr)
         rig_resize(24, 80);
     for (const WINDOW* window :
@@ -66,32 +66,32 @@ void windows_check(run_report& report)
     }
 }
 
-void first_server_check(const client_rig& rig, run_report& report)
+void check_first_server(const client_rig& rig, run_report& report)
 {
     if (is_connected(0))
-        notice_check(rig, 0, report);
+        check_notice(rig, 0, report);
     else
         run_complain(report, "the first server's connection is lost");
 }
 
-/// With memory again, the client goes on as if nothing had been.
-void client_check(client_rig& rig, const scenario& which, run_report& report)
+/// With memory again, the client must go on as if nothing had happened.
+void check_client(client_rig& rig, const scenario& which, run_report& report)
 {
     app_state.settings_shown = 0;
     app_state.help_shown = 0;
-    windows_check(report);
+    check_windows(report);
     if (which.stage == rig_stage::connected && which.keeps_first)
-        first_server_check(rig, report);
+        check_first_server(rig, report);
     if (which.stage == rig_stage::connected && which.keeps_second && !is_connected(notice_server))
         run_complain(report, "the second server's connection is lost");
     if (!rig_is_configured(rig, notice_server))
         return;
     if (!is_connected(notice_server) && !rig_connect(rig, notice_server))
         return run_complain(report, "the second server cannot be connected");
-    notice_check(rig, notice_server, report);
+    check_notice(rig, notice_server, report);
 }
 
-void terminal_check(const termios& shell_modes, run_report& report)
+void check_terminal(const termios& shell_modes, run_report& report)
 {
     termios found = {};
     tcgetattr(STDIN_FILENO, &found);
@@ -99,8 +99,8 @@ void terminal_check(const termios& shell_modes, run_report& report)
         run_complain(report, "the terminal's modes are not restored");
 }
 
-/// What the client's record still points to is lost too: the program has ended.
-void leaks_check(run_report& report)
+/// What only the client's record points to is lost too: the program has ended.
+void check_leaks(run_report& report)
 {
     rig_threads_wait();
     std::destroy_at(&app_state);
@@ -114,7 +114,7 @@ bool is_running()
     return app_state.servers != nullptr;
 }
 
-/// Curses keeps what a failed window has left behind, as the terminal does.
+/// Curses keeps what a failed window has left, and so does the terminal.
 bool is_left_open(const run_report& report)
 {
     return !report.has_started && app_state.terminal != nullptr;
@@ -136,7 +136,7 @@ void scenario_run(client_rig& rig, const scenario& which, failure_plan plan, lon
                   const termios& shell_modes, run_report& report) noexcept
 {
     allocations_are_clients(true);
-    // Each run has connections of its own: what one shuts down is shut for all who share it.
+    // Each run has its own connections: shutting one down affects everybody who shares it.
     if (which.stage == rig_stage::connected)
         rig_join(rig);
     if (which.prepare != nullptr)
@@ -147,13 +147,13 @@ void scenario_run(client_rig& rig, const scenario& which, failure_plan plan, lon
     report.counted = allocations_disarm();
     report.has_failed = allocations_have_failed();
     if (report.has_started && is_running()) {
-        client_check(rig, which, report);
+        check_client(rig, which, report);
         app_shutdown();
     }
     allocations_are_clients(false);
     if (!is_left_open(report)) {
-        terminal_check(shell_modes, report);
-        leaks_check(report);
+        check_terminal(shell_modes, report);
+        check_leaks(report);
     }
     report.is_over = true;
     _exit(report.has_started ? 0 : start_failed_status);

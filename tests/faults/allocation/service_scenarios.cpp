@@ -1,4 +1,4 @@
-// service_scenarios.cpp - every command and service of the key loop, run while allocations fail.
+// service_scenarios.cpp - every command and service of the key loop, while allocations fail.
 #include "faults/allocation/scenarios.hpp"
 
 bool act_keys(client_rig&, const scenario& which)

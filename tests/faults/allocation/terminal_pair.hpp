@@ -1,4 +1,4 @@
-// terminal_pair.hpp - a pseudo-terminal whose both ends one process holds.
+// terminal_pair.hpp - a pseudo-terminal of which one process holds both ends.
 #pragma once
 
 #include "base/owners.hpp"
@@ -9,19 +9,19 @@
 class terminal_pair
 {
 public:
-    /// Opens it and makes its program's side this process's standard input and output.
+    /// Opens it and makes the program's side this process's standard input and output.
     terminal_pair();
 
-    /// Takes what was written to the terminal and adds it to `output`, without waiting.
+    /// Appends what was written to the terminal to `output`, without waiting.
     void drain(std::string& output) const;
-    /// Takes everything that was written before this call.
+    /// Appends everything that was written before this call.
     void drain_whole(std::string& output) const;
-    /// The descriptor to wait at for output.
+    /// The descriptor to poll for output.
     int screen_fd() const
     {
         return screen.get();
     }
-    /// Makes it 24 by 80 again, with these modes, and forgets what was typed.
+    /// Resets it to 24 by 80 with these modes, and drops what was typed.
     void restore(const termios& modes) const;
 
     termios modes() const;

@@ -18,16 +18,16 @@ constexpr int kernel_signal_set_bytes = NSIG / 8;
 long long now_us = start_us;
 void (*watcher)(long long) = nullptr;
 
-int kernel_ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* mask)
+int call_kernel_ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* mask)
 {
-    // The kernel writes the time that is left into the limit.
+    // The kernel writes the remaining time into the limit.
     timespec left = limit != nullptr ? *limit : timespec{};
     return static_cast<int>(syscall(SYS_ppoll, watched, count, limit != nullptr ? &left : nullptr,
                                     mask, kernel_signal_set_bytes));
 }
 
-/// Other threads still need the processor's time.
-void others_run()
+/// Other threads still need real processor time.
+void let_others_run()
 {
     const timespec moment = {0, 100'000};
     if (__libc_single_threaded == 0)
@@ -66,15 +66,15 @@ int fsync(int)
     return 0;
 }
 
-/// A pause lets waiting signals in and ends at once; a wait for descriptors is the kernel's.
+/// A pause lets pending signals in and ends at once; a wait for descriptors is left to the kernel.
 int ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* mask)
 {
     if (count > 0 || limit == nullptr)
-        return kernel_ppoll(watched, count, limit, mask);
+        return call_kernel_ppoll(watched, count, limit, mask);
     now_us += limit->tv_sec * us_a_second + limit->tv_nsec / 1'000;
     const timespec none = {};
-    others_run();
-    const int result = kernel_ppoll(nullptr, 0, &none, mask);
+    let_others_run();
+    const int result = call_kernel_ppoll(nullptr, 0, &none, mask);
     if (watcher != nullptr)
         watcher(now_us);
     return result;

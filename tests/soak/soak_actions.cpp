@@ -1,4 +1,4 @@
-// soak_deeds.cpp - the things that the person at a soak's terminal does.
+// soak_actions.cpp - the actions of the user at a soak's terminal.
 #include "soak/soak_user.hpp"
 
 #include "e2e/network_session.hpp"
@@ -19,25 +19,25 @@ constexpr std::string_view service_keys = "\001\012\017\020"; // ^A, Enter, ^O, 
 
 constexpr std::size_t report_bytes = 60'000;
 
-/// The usual terminals, and the largest.
-constexpr int fewest_rows = 20;
-constexpr int most_rows = 60;
-constexpr int fewest_columns = 80;
-constexpr int most_columns = 200;
+/// The usual sizes of terminals, up to the largest.
+constexpr int min_rows = 20;
+constexpr int max_rows = 60;
+constexpr int min_columns = 80;
+constexpr int max_columns = 200;
 
-/// A menu and its prompts, one for each answer that is asked for.
-constexpr int most_service_boxes = 8;
+/// A menu and its prompts, one for each answer.
+constexpr int max_service_boxes = 8;
 
-/// Keys that are no command of the key loop, no hot key and no signal; what they do in a box does
+/// Keys that are no command of the key loop, no hot key and no signal; their effect in a box does
 /// not matter.
 constexpr std::string_view harmless_keys =
     "\002\006\013\016\024\025\027\031 0123456789abcXYZ~\\<%&";
 
 } // namespace
 
-const std::vector<soak_user::deed>& soak_user::all_deeds()
+const std::vector<soak_user::action>& soak_user::all_actions()
 {
-    static const std::vector<deed> deeds = {
+    static const std::vector<action> actions = {
         &soak_user::reconnect,
         &soak_user::be_dropped_by_notice,
         &soak_user::be_dropped_by_end,
@@ -56,7 +56,7 @@ const std::vector<soak_user::deed>& soak_user::all_deeds()
         &soak_user::connect_again,
         &soak_user::type_nonsense,
     };
-    return deeds;
+    return actions;
 }
 
 void soak_user::reconnect()
@@ -69,7 +69,7 @@ void soak_user::reconnect()
     talk(index);
 }
 
-/// client_sees_it: the client closes its end by itself, else ^D does.
+/// client_sees_it: the client closes its end by itself; otherwise ^D does.
 void soak_user::drop_and_connect(int index, const std::function<void(soak_server&)>& drop,
                                  bool client_sees_it)
 {
@@ -120,17 +120,17 @@ void soak_user::leave_alone_for_long()
 
 void soak_user::resize()
 {
-    set_size(most_rows, most_columns);
+    set_size(max_rows, max_columns);
     for (int times = number_from(dice, 1, 5); times > 0; --times)
-        set_size(number_from(dice, fewest_rows, most_rows),
-                 number_from(dice, fewest_columns, most_columns));
+        set_size(number_from(dice, min_rows, max_rows),
+                 number_from(dice, min_columns, max_columns));
     set_size(soak_rows, soak_columns);
     close_boxes();
 }
 
 void soak_user::resize_to_little()
 {
-    set_size(number_from(dice, 1, fewest_rows - 1), number_from(dice, 1, fewest_columns - 1));
+    set_size(number_from(dice, 1, min_rows - 1), number_from(dice, 1, min_columns - 1));
     set_size(soak_rows, soak_columns);
     close_boxes();
 }
@@ -173,13 +173,13 @@ void soak_user::use_services()
          {"2", "1/2/2026", "\n", "someone@example.org", "\n", "1234", "\177\177", "\n", "D-AIQA",
           "\n", "LH0400", "\n", "FRA", "\n"})
         client.terminal().send(answer);
-    close_boxes(most_service_boxes);
+    close_boxes(max_service_boxes);
 }
 
 void soak_user::receive_report()
 {
-    // Always as long: the largest block that was ever given back decides how much the C library
-    // keeps for later, and a larger one after hours would look like growth.
+    // Always the same size: the largest block ever freed decides how much the C library keeps, and
+    // a larger one after hours would look like growth.
     const std::string text(report_bytes, 'r');
     const std::string packed = compressed_packet(text).payload;
     const int index = any_talking_server();

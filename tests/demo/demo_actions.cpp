@@ -1,5 +1,5 @@
-// demo_deeds.cpp - see demo_deeds.hpp.
-#include "demo/demo_deeds.hpp"
+// demo_actions.cpp - see demo_actions.hpp.
+#include "demo/demo_actions.hpp"
 
 #include <cstdio>
 #include <fstream>
@@ -13,7 +13,7 @@ constexpr int servers = 3;
 constexpr int wanted_records = 6;
 constexpr const char* password = "tovrik";
 
-int count_of(const std::string& text, const std::string& part)
+int count_occurrences(const std::string& text, const std::string& part)
 {
     int count = 0;
     for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
@@ -88,7 +88,7 @@ bool demo_messages_seen(terminal_session& session)
                 seen.insert(row);
         }
         return seen.size() == servers && session.shows("ACARS mode: ") &&
-               count_of(demo_file("logs/ACARS.log"), "ACARS mode: ") >= wanted_records;
+               count_occurrences(demo_file("logs/ACARS.log"), "ACARS mode: ") >= wanted_records;
     };
     return session.wait_until(all_seen, "messages of all servers", traffic_patience) ||
            demo_fail("no messages of all servers on the screen and in the log");

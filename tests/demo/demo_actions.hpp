@@ -1,6 +1,6 @@
-// demo_deeds.hpp - what a person does in the demo, as far as all who drive it do the same.
+// demo_actions.hpp - the user's actions that all drivers of the demo share.
 //
-// The working folder is the demo's. What does not come off says so on standard error and is false.
+// The working folder is the demo's. What fails says so on standard error and gives false.
 #pragma once
 
 #include "support/terminal_session.hpp"
@@ -12,19 +12,19 @@ constexpr int demo_rows = 30;
 constexpr int demo_columns = 100;
 constexpr std::chrono::seconds traffic_patience{90};
 
-/// Tells which part of the demo did not come off. Always false.
+/// Tells which part of the demo failed. Always false.
 bool demo_fail(const char* what);
 
-/// A file, whole; empty if it is not there.
+/// A whole file; empty if there is none.
 std::string demo_file(const char* name);
 
 /// Fetches the directory, from which the third server comes.
 bool demo_fetch(terminal_session& session);
 
-/// Connects to each server of the list, from the first on.
+/// Connects to each server of the list, from the first one on.
 bool demo_connect(terminal_session& session);
 
-/// Moves the bar up from the last server to the one whose row holds `name`.
+/// Moves the bar up from the last server to the one whose row contains `name`.
 bool demo_go_to(terminal_session& session, std::string_view name);
 
 /// Waits for messages of all servers: each shows its flight statistics beside its own row.
