@@ -5,7 +5,7 @@
 #include "app/signals.hpp"
 #include "base/signal_door.hpp"
 #include "data/config_file.hpp"
-#include "net/connection.hpp"
+#include "net/connection_end.hpp"
 #include "net/log_files.hpp"
 #include "net/poll.hpp"
 #include "net/server_list_fetch.hpp"
@@ -36,13 +36,8 @@ bool start_fail(const char* line)
 
 void connections_leave()
 {
-    for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
-        server_entry* entry = server_at(app_state.servers, index);
-        report_reception_drop(*entry);
-        if (entry->socket_fd != 0)
-            connection_leave(*entry);
-        close_log_file(*entry);
-    }
+    for (std::int32_t index = 0; index < app_state.servers->count; ++index)
+        connection_end_at_exit(*server_at(app_state.servers, index));
 }
 
 void settings_and_marks_free()
