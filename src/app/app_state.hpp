@@ -21,8 +21,8 @@ constexpr const char* client_version = "0.02.001";
 
 /// What the thread that fetches the server list shares with the rest of the program.
 struct server_list_fetch {
-    pthread_t thread = {};                             // the last one started; detached
-    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER; // held by the thread for its whole run
+    pthread_t fetch_thread = {};                             // the last one started; detached
+    pthread_mutex_t fetch_mutex = PTHREAD_MUTEX_INITIALIZER; // held by the thread for its whole run
     std::atomic<int> running = 0;       // threads started and not ended; raised before the start
     std::atomic<unsigned> progress = 0; // steps made; stands still while the directory is silent
     int socket = -1;                    // to the directory; under the state lock

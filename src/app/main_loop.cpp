@@ -8,7 +8,8 @@
 #include "app/settings_toggle.hpp"
 #include "base/pause.hpp"
 #include "data/settings_page.hpp"
-#include "net/connection.hpp"
+#include "net/capability_table.hpp"
+#include "net/connect_commands.hpp"
 #include "net/server_list_fetch.hpp"
 #include "services/database_update.hpp"
 #include "services/mailing.hpp"
@@ -68,26 +69,24 @@ struct key_command {
     int key;
     command_need need;
     void (*action)();
-    std::uint8_t server_entry::*capability = nullptr; // null: none asked for
-    const char* refusal = nullptr;                    // for a server without it; its name is put in
-    void (*dialog)(server_entry& server) = nullptr;   // in place of an action
+    const capability* service = nullptr;            // null: none asked for
+    void (*dialog)(server_entry& server) = nullptr; // of the service, in place of an action
 };
 
 constexpr key_command key_commands[] = {
-    {control('A'), command_need::connection, nullptr, &server_entry::can_modify,
-     "Database updates are not allowed on %s", add_entries_dialog},
+    {control('A'), command_need::connection, nullptr, &capability_of(&server_entry::can_modify),
+     add_entries_dialog},
     {control('D'), command_need::selection, disconnect_selected_server},
     {control('E'), command_need::nothing, settings_toggle},
     {control('H'), command_need::nothing, help_command},
     {control('I'), command_need::nothing, server_info_toggle},
-    // Mailings go by the permission for updates; servers grant the two together.
-    {key_enter, command_need::connection, nullptr, &server_entry::can_modify,
-     "Daily mailings are not supported on %s", mailing_dialog},
+    {key_enter, command_need::connection, nullptr, &capability_of(&server_entry::can_mail),
+     mailing_dialog},
     {control('L'), command_need::nothing, connect_selected_server},
-    {control('O'), command_need::connection, nullptr, &server_entry::can_report,
-     "Reports are not supported on %s", report_request},
-    {control('P'), command_need::connection, nullptr, &server_entry::can_page,
-     "Pagerlists are not supported on %s", pager_dialog},
+    {control('O'), command_need::connection, nullptr, &capability_of(&server_entry::can_report),
+     report_request},
+    {control('P'), command_need::connection, nullptr, &capability_of(&server_entry::can_page),
+     pager_dialog},
     {control('R'), command_need::nothing, fetch_command},
     {KEY_DOWN, command_need::nothing, selection_down},
     {KEY_UP, command_need::nothing, selection_up},
@@ -107,10 +106,11 @@ void command_run(const key_command& command)
         return;
     if (command.action != nullptr)
         return command.action();
-    if (server->*command.capability != 0)
+    const capability_key& key = command.service->key;
+    if (server->*key.permission != 0)
         return command.dialog(*server);
     beep();
-    status_report(colour::error, command.refusal, server_display_name(*server));
+    status_report(colour::error, key.refusal, server_display_name(*server));
 }
 
 /// Every key that is no command may be a hot key of the settings.

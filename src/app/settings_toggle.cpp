@@ -13,7 +13,7 @@ namespace
 
 void apply_to_server(server_entry& entry)
 {
-    send_packet(entry.socket_fd, packet_uplink_setting, 0, 0, "%s",
+    send_packet(entry.socket_fd, sent_uplink_setting, 0, 0, "%s",
                 is_setting_on(NoUplinks) ? "1" : "0");
     if (entry.log_file != nullptr && !is_setting_on(ACARSLog))
         close_log_file(entry);

@@ -7,7 +7,7 @@
 #include "data/config_load.hpp"
 #include "data/config_save.hpp"
 #include "data/owned_text.hpp"
-#include "net/connection.hpp"
+#include "net/connection_end.hpp"
 #include "net/log_files.hpp"
 #include "net/poll.hpp"
 #include "net/server_list_fetch.hpp"
@@ -40,13 +40,8 @@ bool fail_start(const char* line)
 
 void leave_connections()
 {
-    for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
-        server_entry* entry = server_at(app_state.servers, index);
-        report_reception_drop(*entry);
-        if (entry->socket_fd != 0)
-            connection_leave(*entry);
-        close_log_file(*entry);
-    }
+    for (std::int32_t index = 0; index < app_state.servers->count; ++index)
+        connection_end_at_exit(*server_at(app_state.servers, index));
 }
 
 void free_settings_and_markers()

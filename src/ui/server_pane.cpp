@@ -187,9 +187,10 @@ void server_marker_write(std::int32_t row, char marker)
     list_show();
 }
 
-bool server_row_is_visible(std::int32_t row)
+int server_row_on_screen(std::int32_t row)
 {
-    return server_count() <= visible_rows() || window_row(row) >= 0;
+    const bool are_all_visible = server_count() <= visible_rows();
+    return are_all_visible || window_row(row) >= 0 ? row - app_state.list_scroll : -1;
 }
 
 char server_marker_read(std::int32_t row)

@@ -3,7 +3,7 @@
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_session.hpp"
 #include "fuzz/property.hpp"
-#include "net/packet_input.hpp"
+#include "net/decompression.hpp"
 #include "support/compressed.hpp"
 
 #include <cstring>

@@ -6,9 +6,9 @@
 #include "fuzz/fuzz_session.hpp"
 #include "fuzz/property.hpp"
 #include "fuzz/stand_ins.hpp"
-#include "net/connection.hpp"
-#include "services/report.hpp"
+#include "net/report_reception.hpp"
 #include "support/compressed.hpp"
+#include "unit/report_replies.hpp"
 
 #include <algorithm>
 #include <cstring>

@@ -6,7 +6,7 @@
 #include "app/start_stop.hpp"
 #include "base/pause.hpp"
 #include "faults/allocation/virtual_time.hpp"
-#include "net/connection.hpp"
+#include "net/connect_commands.hpp"
 #include "net/directory.hpp"
 #include "net/log_files.hpp"
 #include "support/config_text.hpp"

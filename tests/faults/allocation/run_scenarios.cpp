@@ -5,7 +5,6 @@
 #include "app/start_stop.hpp"
 #include "base/pause.hpp"
 #include "faults/allocation/virtual_time.hpp"
-#include "net/connection.hpp"
 #include "net/server_list_fetch.hpp"
 #include "support/loopback.hpp"
 #include "ui/screen.hpp"
