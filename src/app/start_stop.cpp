@@ -45,16 +45,16 @@ void connections_leave()
     }
 }
 
-void settings_and_marks_free()
+void settings_and_markers_free()
 {
     for (std::size_t index = 0; app_state.setting_texts != nullptr && index < setting_text_count;
          ++index)
         std::free(app_state.setting_texts[index]);
     std::free(app_state.setting_texts);
     app_state.setting_texts = nullptr;
-    std::free(app_state.list_marks);
-    app_state.list_marks = nullptr;
-    app_state.list_marks_count = 0;
+    std::free(app_state.list_markers);
+    app_state.list_markers = nullptr;
+    app_state.list_markers_count = 0;
 }
 
 /// No handler may find what is being taken down.
@@ -126,5 +126,5 @@ void app_shutdown()
         config_save();
     collection_destroy(app_state.servers);
     app_state.servers = nullptr;
-    settings_and_marks_free();
+    settings_and_markers_free();
 }

@@ -64,23 +64,23 @@ int window_row(std::int32_t row)
 
 bool marks_reserve(std::int32_t rows)
 {
-    if (rows <= app_state.list_marks_count)
+    if (rows <= app_state.list_markers_count)
         return true;
-    void* grown = std::realloc(app_state.list_marks, static_cast<size_t>(rows));
+    void* grown = std::realloc(app_state.list_markers, static_cast<size_t>(rows));
     if (grown == nullptr)
         return false;
-    app_state.list_marks = static_cast<char*>(grown);
-    std::memset(app_state.list_marks + app_state.list_marks_count, marker_none,
-                static_cast<size_t>(rows - app_state.list_marks_count));
-    app_state.list_marks_count = rows;
+    app_state.list_markers = static_cast<char*>(grown);
+    std::memset(app_state.list_markers + app_state.list_markers_count, marker_none,
+                static_cast<size_t>(rows - app_state.list_markers_count));
+    app_state.list_markers_count = rows;
     return true;
 }
 
 void marks_clear()
 {
     if (marks_reserve(last_marked_row() + 1))
-        std::memset(app_state.list_marks, marker_none,
-                    static_cast<size_t>(app_state.list_marks_count));
+        std::memset(app_state.list_markers, marker_none,
+                    static_cast<size_t>(app_state.list_markers_count));
 }
 
 /// A name of up to 21 characters padded with blanks, a longer one cut there and marked. The blanks
@@ -178,7 +178,7 @@ void server_marker_write(std::int32_t row, char marker)
 {
     if (row < heading_row || !marks_reserve(std::max(row, last_marked_row()) + 1))
         return;
-    app_state.list_marks[row] = marker;
+    app_state.list_markers[row] = marker;
     const char text[] = {marker, '\0'};
     glyphs_attribute(app_state.server_pane, colour::label, true);
     const int drawn_row = window_row(row);
@@ -194,5 +194,6 @@ bool server_row_is_visible(std::int32_t row)
 
 char server_marker_read(std::int32_t row)
 {
-    return row >= 0 && row < app_state.list_marks_count ? app_state.list_marks[row] : marker_none;
+    return row >= 0 && row < app_state.list_markers_count ? app_state.list_markers[row]
+                                                          : marker_none;
 }

@@ -86,9 +86,9 @@ void connection_release(server_entry& entry)
 
 void marks_release()
 {
-    std::free(app_state.list_marks);
-    app_state.list_marks = nullptr;
-    app_state.list_marks_count = 0;
+    std::free(app_state.list_markers);
+    app_state.list_markers = nullptr;
+    app_state.list_markers_count = 0;
 }
 
 std::string trimmed(const std::string& text)
