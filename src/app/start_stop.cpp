@@ -9,10 +9,11 @@
 #include "net/log_files.hpp"
 #include "net/poll.hpp"
 #include "net/server_list_fetch.hpp"
+#include "ui/curses_screen.hpp"
 #include "ui/popup.hpp"
-#include "ui/redraw.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
+#include "ui/window.hpp"
 
 #include <csignal>
 #include <cstdlib>
@@ -77,8 +78,8 @@ bool first_screen_show()
     signal_install(SIGWINCH, on_resize);
     config_load();
     server_list_draw();
-    app_state.is_screen_lost = !has_memory_for_screen();
-    return !app_state.is_screen_lost;
+    screen_memory_check();
+    return may_draw();
 }
 
 } // namespace

@@ -10,7 +10,7 @@
 #include "data/xml.hpp"
 #include "data/xml_index.hpp"
 #include "ui/pane.hpp"
-#include "ui/redraw.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
 #include <cctype>

@@ -6,9 +6,8 @@
 #include "data/text.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/pane.hpp"
-#include "ui/popup.hpp"
 #include "ui/prompt.hpp"
-#include "ui/redraw.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
 #include <cstdlib>

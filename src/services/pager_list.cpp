@@ -7,9 +7,11 @@
 #include "data/text.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/keys.hpp"
+#include "ui/layout.hpp"
 #include "ui/modal_box.hpp"
 #include "ui/popup.hpp"
 #include "ui/redraw.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -70,11 +72,11 @@ void record_draw(WINDOW* window, int row, const char* record)
 
 void draw(open_list& list)
 {
-    modal_box_fit(list.box, {list_width, list.count + 3, COLS / 2 - 13, top_row});
+    modal_box_fit(list.box, {list_width, list.count + 3, layout_box_column(list_width), top_row});
     modal_box_write(list.box, list.count + 2, 2, colour::text, true, "[ Press ESC to close ]");
     modal_box_write(list.box, 1, 1, colour::label, true, "Registr. Airp Flightno");
-    for (int index = 0; index < list.count && list.box.window != nullptr; ++index)
-        record_draw(list.box.window, first_record_row + index, list.records[index]);
+    for (int index = 0; index < list.count && list.box.window; ++index)
+        record_draw(list.box.window.get(), first_record_row + index, list.records[index]);
     modal_box_show(list.box);
 }
 

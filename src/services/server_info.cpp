@@ -5,8 +5,9 @@
 #include "base/owners.hpp"
 #include "data/text.hpp"
 #include "ui/glyphs.hpp"
+#include "ui/layout.hpp"
 #include "ui/popup.hpp"
-#include "ui/redraw.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -143,8 +144,8 @@ void server_info_toggle()
     const server_entry* server = selected_server();
     if (server == nullptr)
         return;
-    WINDOW* window =
-        popup_open(COLS - 12, window_height, left_column, LINES / 2 - 4, true, colour::frame, true);
+    WINDOW* window = popup_open(COLS - 12, window_height, left_column, layout_box_row(), true,
+                                colour::frame, true);
     app_state.popup_win = window;
     if (window == nullptr)
         return;

@@ -3,7 +3,7 @@
 
 #include "net/connection.hpp"
 #include "net/poll.hpp"
-#include "ui/pane.hpp"
+#include "ui/layout.hpp"
 
 #include <algorithm>
 #include <cstdio>

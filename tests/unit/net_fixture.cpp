@@ -5,6 +5,7 @@
 
 #include "base/pause.hpp"
 #include "net/log_files.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
