@@ -166,7 +166,6 @@ void switches_read(const xml_index& index)
         const char* value = setting_value(index, checkbox_setting_table[row].key);
         if (value != nullptr && std::strtol(value, nullptr, 10) != 0)
             app_state.setting_flags |= checkbox_setting_table[row].bit;
-        settings_mark_draw(row);
     }
 }
 
@@ -177,7 +176,6 @@ void folders_read(const xml_index& index)
         if (value == nullptr || app_state.setting_texts == nullptr)
             continue;
         app_state.setting_texts[text_setting_table[row].index] = text_copy(value);
-        settings_folder_draw(row);
     }
 }
 
@@ -190,6 +188,7 @@ void document_read(const char* text)
     servers_read(document.get(), index);
     switches_read(index);
     folders_read(index);
+    settings_values_draw();
     if (app_state.settings_shown != 0)
         window_show(app_state.settings_win);
 }
