@@ -71,8 +71,8 @@ struct application_state {
     bool has_shell_modes = false; // they could be read
     bool is_screen_lost = false;  // a resize ran out of memory; nothing may be drawn
     std::int32_t list_scroll = 0; // rows that the server list is scrolled up by
-    char* list_marks = nullptr;   // the marker of each unscrolled row of the list; owned
-    std::int32_t list_marks_count = 0;
+    char* list_markers = nullptr; // the marker of each unscrolled row of the list; owned
+    std::int32_t list_markers_count = 0;
     int screen_batches = 0; // how many exist now; they nest
 
     application_state();

@@ -11,11 +11,12 @@
 #include "net/log_files.hpp"
 #include "net/poll.hpp"
 #include "net/server_list_fetch.hpp"
+#include "ui/curses_screen.hpp"
 #include "ui/popup.hpp"
-#include "ui/redraw.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
 #include "ui/terminal_rescue.hpp"
+#include "ui/window.hpp"
 
 #include <csignal>
 #include <cstdlib>
@@ -51,8 +52,8 @@ void free_settings_and_markers()
         owned_text_clear(app_state.setting_texts[index]);
     std::free(app_state.setting_texts);
     app_state.setting_texts = nullptr;
-    owned_text_clear(app_state.list_marks);
-    app_state.list_marks_count = 0;
+    owned_text_clear(app_state.list_markers);
+    app_state.list_markers_count = 0;
 }
 
 /// No handler may run while the program is taken down.
@@ -75,8 +76,8 @@ bool show_first_screen()
     signal_install(SIGWINCH, on_resize);
     config_load();
     server_list_draw();
-    app_state.is_screen_lost = !has_memory_for_screen();
-    return !app_state.is_screen_lost;
+    screen_memory_check();
+    return may_draw();
 }
 
 } // namespace

@@ -6,10 +6,11 @@
 #include "data/text.hpp"
 #include "net/log_files.hpp"
 #include "ui/glyphs.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
-#include "ui/redraw.hpp"
 #include "ui/server_pane.hpp"
+#include "ui/window.hpp"
 
 #include <cstring>
 #include <string_view>
@@ -33,16 +34,7 @@ constexpr const char* date_line =
     "/%tovrik/ACARS/MessageDate/Year% "
     "%tovrik/ACARS/MessageDate/Hour%:%tovrik/ACARS/MessageDate/Minute% ]-";
 
-constexpr int pane_column = 1;
-constexpr int lines_below_messages = 9;
-constexpr int statistics_column = 27;
 constexpr std::string_view statistics_label = "Unique Flights: ";
-
-/// The row that transmissions are printed on: the bottom of the pane's scrolling region.
-int find_message_row()
-{
-    return LINES - lines_below_messages;
-}
 
 /// The template for a document, with lines for a message text only if there is one. malloc'ed.
 char* make_template(const xml_node* document)
@@ -77,16 +69,14 @@ char* fill_placeholder(char* text, const char* marker, const char* end, const xm
 
 void print_message(colour pair, bool scroll_first, const char* text)
 {
-    pane_printf(app_state.message_pane, pair, pane_column, find_message_row(), false, scroll_first,
-                "%s", text);
+    pane_printf(app_state.message_pane, pair, message_column, layout_message_row(), false,
+                scroll_first, "%s", text);
 }
 
 void refresh_status_pane()
 {
-    if (app_state.settings_shown != 0 || app_state.status_pane == nullptr)
-        return;
-    touchwin(app_state.status_pane);
-    window_show(app_state.status_pane);
+    if (app_state.settings_shown == 0)
+        window_raise(app_state.status_pane);
 }
 
 void print_contacts(const xml_node* document)
@@ -105,7 +95,7 @@ void show_statistics(const server_entry& entry, const xml_node* document)
     if (flights == nullptr || row < 0)
         return;
     const int width = static_cast<int>(std::strlen(flights) + statistics_label.size());
-    WINDOW* window = popup_open(width, 1, statistics_column, row, false, colour::bar, false);
+    WINDOW* window = popup_open(width, 1, server_pane_width, row, false, colour::bar, false);
     if (window == nullptr)
         return;
     app_state.dialog_win = window;

@@ -7,9 +7,11 @@
 #include "data/text.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/keys.hpp"
+#include "ui/layout.hpp"
 #include "ui/modal_box.hpp"
 #include "ui/popup.hpp"
 #include "ui/redraw.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -74,11 +76,11 @@ void draw_record(WINDOW* window, int row, const char* record)
 void draw_list(open_list& list)
 {
     const int height = list.count + rows_around_records;
-    modal_box_fit(list.box, {list_width, height, COLS / 2 - list_width / 2, top_row});
+    modal_box_fit(list.box, {list_width, height, layout_box_column(list_width), top_row});
     modal_box_write(list.box, height - 1, 2, colour::text, true, "[ Press ESC to close ]");
     modal_box_write(list.box, heading_row, 1, colour::label, true, "Registr. Airp Flightno");
-    for (int index = 0; index < list.count && list.box.window != nullptr; ++index)
-        draw_record(list.box.window, first_record_row + index, list.records[index]);
+    for (int index = 0; index < list.count && list.box.window; ++index)
+        draw_record(list.box.window.get(), first_record_row + index, list.records[index]);
     modal_box_show(list.box);
 }
 

@@ -5,8 +5,9 @@
 #include "base/owners.hpp"
 #include "net/capability_table.hpp"
 #include "ui/glyphs.hpp"
+#include "ui/layout.hpp"
 #include "ui/popup.hpp"
-#include "ui/redraw.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -19,7 +20,6 @@ namespace
 constexpr int window_height = 11;
 constexpr int window_column = 6;
 constexpr int columns_around_window = 12;
-constexpr int rows_above_middle = 4;
 
 // The rows in the window.
 constexpr int name_row = 1;
@@ -154,7 +154,7 @@ void server_info_toggle()
     if (server == nullptr)
         return;
     WINDOW* window = popup_open(COLS - columns_around_window, window_height, window_column,
-                                LINES / 2 - rows_above_middle, true, colour::frame, true);
+                                layout_box_row(), true, colour::frame, true);
     app_state.popup_win = window;
     if (window == nullptr)
         return;

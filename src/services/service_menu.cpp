@@ -4,6 +4,7 @@
 #include "app/app_state.hpp"
 #include "base/pause.hpp"
 #include "ui/keys.hpp"
+#include "ui/layout.hpp"
 #include "ui/modal_box.hpp"
 #include "ui/popup.hpp"
 #include "ui/redraw.hpp"
@@ -14,8 +15,7 @@ namespace
 {
 
 constexpr long round_us = 15'000;
-constexpr int columns_left_of_middle = 20;
-constexpr int rows_above_middle = 4;
+constexpr int placed_width = 40; // a menu begins where one of this width would
 constexpr int key_column = 2;
 constexpr int label_column = 4;
 constexpr int hint_column = 5;
@@ -30,8 +30,8 @@ struct open_menu {
 
 void draw_menu(open_menu& menu)
 {
-    modal_box_fit(menu.box, {menu.width, menu.height, COLS / 2 - columns_left_of_middle,
-                             LINES / 2 - rows_above_middle});
+    modal_box_fit(menu.box,
+                  {menu.width, menu.height, layout_box_column(placed_width), layout_box_row()});
     int row = 1;
     for (const menu_entry& entry : menu.table) {
         modal_box_write(menu.box, row, key_column, colour::menu_key, true, {&entry.key, 1});

@@ -1,4 +1,4 @@
-// colours.hpp - the fifteen colour pairs and what each is for.
+// colours.hpp - the fifteen colour pairs, and what each is for.
 #pragma once
 
 #include <algorithm>
@@ -6,23 +6,23 @@
 #include <iterator>
 #include <ncurses.h>
 
-/// The numbers of the pairs, as curses is told them. The spare ones have no use yet.
+/// The pairs, by the numbers that curses knows them by.
 enum class colour : short {
-    frame = 1,   // the background of every window, frames, titles, labels of menus
-    text = 2,    // names in the server list (bold) and plain text
-    spare_1 = 3, //
+    frame = 1, // background of every window, frames, titles, labels of menus
+    text = 2,  // plain text, names in the server list (bold)
+    spare_1 = 3,
     spare_2 = 4,
-    error = 5,  // errors and refusals
-    notice = 6, // the title line and progress
-    success = 7,
-    bar = 8, // the key line and the highlight bar
+    error = 5,   // errors and refusals
+    notice = 6,  // the title line and progress
+    success = 7, // what has worked
+    bar = 8,     // the key line and the highlight bar
     spare_3 = 9,
-    statistics = 10, // the box of flight statistics
+    statistics = 10, // the line of flight statistics
     secondary = 11,  // identification, contacts, uptime
     spare_4 = 12,
     spare_5 = 13,
     spare_6 = 14,
-    server_text = 15, // texts and hints
+    server_text = 15, // a server's texts and hints
 
     // Further uses of the same pairs.
     label = success, // labels, markers, typed text
@@ -35,6 +35,8 @@ struct colour_pair {
     short background;
 };
 
+// Kept on purpose: pairs that nothing uses are defined too, even with the colours of others.
+// Test: screen_building.gives_every_pair_its_colours_used_or_not.
 constexpr colour_pair colour_pairs[] = {
     {colour::frame, COLOR_BLUE, COLOR_BLACK},
     {colour::text, COLOR_WHITE, COLOR_BLACK},
@@ -54,7 +56,8 @@ constexpr colour_pair colour_pairs[] = {
 };
 static_assert(std::size(colour_pairs) == 15);
 static_assert(std::ranges::adjacent_find(colour_pairs, std::ranges::greater_equal{},
-                                         &colour_pair::name) == std::end(colour_pairs));
+                                         &colour_pair::name) == std::end(colour_pairs),
+              "one row for each pair, in ascending order");
 
 /// The pair's number for curses.
 constexpr short colour_number(colour pair)

@@ -1,8 +1,8 @@
 // server_pane.hpp - the list of servers at the left: names, connection markers, highlight bar.
 //
-// Rows are named as in a list that is not scrolled: the server at 0-based position p stands on row
-// p + 2, below the frame and the heading. When there are more servers than rows the list scrolls,
-// and what is named here is moved up by as much; markers outside the visible list are remembered.
+// A row is named as in a list that is not scrolled: the server at 0-based position p stands on row
+// p + 2, below the frame and the heading. When there are more servers than rows, the list scrolls
+// and everything is shown that many rows higher. Markers outside the visible list are remembered.
 #pragma once
 
 #include <cstdint>

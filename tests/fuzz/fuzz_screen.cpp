@@ -102,8 +102,8 @@ void forget_list()
 {
     app_state.selected = -1;
     app_state.list_scroll = 0;
-    std::free(std::exchange(app_state.list_marks, nullptr));
-    app_state.list_marks_count = 0;
+    std::free(std::exchange(app_state.list_markers, nullptr));
+    app_state.list_markers_count = 0;
 }
 
 bool is_harmless(const cchar_t& cell)

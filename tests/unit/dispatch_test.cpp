@@ -4,6 +4,7 @@
 #include "net/packet_dispatch.hpp"
 #include "net/poll.hpp"
 #include "net/report_reception.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 
 #include <algorithm>

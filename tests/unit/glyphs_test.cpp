@@ -2,6 +2,7 @@
 #include "unit/headless_screen.hpp"
 
 #include "ui/glyphs.hpp"
+#include "ui/window.hpp"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +29,7 @@ protected:
     }
 
     headless_screen screen;
-    const std::unique_ptr<WINDOW, releaser<delwin>> window{newwin(2, 10, 0, 0)};
+    const unique_window window{newwin(2, 10, 0, 0)};
 };
 
 TEST_F(glyphs, show_blanks_for_layout_bytes_and_question_marks_for_control_bytes)

@@ -5,6 +5,7 @@
 
 #include "base/pause.hpp"
 #include "net/log_files.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
@@ -86,9 +87,9 @@ void release_connection(server_entry& entry)
 
 void release_marks()
 {
-    std::free(app_state.list_marks);
-    app_state.list_marks = nullptr;
-    app_state.list_marks_count = 0;
+    std::free(app_state.list_markers);
+    app_state.list_markers = nullptr;
+    app_state.list_markers_count = 0;
 }
 
 std::string trim(const std::string& text)

@@ -3,8 +3,8 @@
 #include "unit/net_fixture.hpp"
 
 #include "services/pager_list.hpp"
-#include "ui/popup.hpp"
 #include "ui/screen.hpp"
+#include "ui/window.hpp"
 
 #include <sys/time.h>
 

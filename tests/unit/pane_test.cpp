@@ -2,9 +2,9 @@
 #include "unit/net_fixture.hpp"
 
 #include "ui/pane.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
-#include <memory>
 
 namespace
 {
@@ -40,7 +40,7 @@ protected:
         pane_printf(window.get(), colour::text, 0, at_row, false, scroll_first, format, argument);
     }
 
-    const std::unique_ptr<WINDOW, releaser<delwin>> window{newwin(rows, columns, 0, 0)};
+    const unique_window window{newwin(rows, columns, 0, 0)};
 };
 
 TEST_F(pane_printing, cuts_a_formatted_text_at_4093_characters)

@@ -1,5 +1,5 @@
 // popup_test.cpp - where windows can be opened.
-#include "ui/popup.hpp"
+#include "ui/window.hpp"
 
 #include "unit/headless_screen.hpp"
 

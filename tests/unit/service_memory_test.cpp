@@ -14,6 +14,7 @@
 #include "support/compressed.hpp"
 #include "support/temp_home.hpp"
 #include "ui/popup.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
 #include <utility>

@@ -2,6 +2,7 @@
 #include "unit/net_fixture.hpp"
 
 #include "net/poll.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 
 #include <csignal>

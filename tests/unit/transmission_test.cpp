@@ -4,8 +4,8 @@
 
 #include "net/poll.hpp"
 #include "support/compressed.hpp"
-#include "ui/popup.hpp"
 #include "ui/server_pane.hpp"
+#include "ui/window.hpp"
 
 namespace
 {
@@ -164,7 +164,7 @@ TEST_F(transmission, brings_the_status_pane_to_the_front_unless_the_settings_pag
 {
     const int row = getbegy(app_state.status_pane) + 1;
     const int column = getbegx(app_state.status_pane) + 2;
-    const std::unique_ptr<WINDOW, releaser<delwin>> cover{newwin(1, 1, row, column)};
+    const unique_window cover{newwin(1, 1, row, column)};
     for (const std::int32_t settings_shown : {1, 0}) {
         app_state.settings_shown = settings_shown;
         mvwaddch(cover.get(), 0, 0, 'X');

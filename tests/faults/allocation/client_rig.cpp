@@ -11,7 +11,7 @@
 #include "net/log_files.hpp"
 #include "support/config_text.hpp"
 #include "support/loopback.hpp"
-#include "ui/pane.hpp"
+#include "ui/layout.hpp"
 #include "ui/server_pane.hpp"
 
 #include <clocale>

@@ -1,5 +1,5 @@
-// redraw_test.cpp - what reaches the screen, and what must not be drawn.
-#include "ui/redraw.hpp"
+// window_test.cpp - what reaches the screen, and what must not be drawn.
+#include "ui/window.hpp"
 
 #include "app/app_state.hpp"
 #include "unit/headless_screen.hpp"
