@@ -86,7 +86,7 @@ int compare_at(const collection* self, std::int32_t position, const void* key)
 std::int32_t find_before_equal_run(const collection* self, std::int32_t match, const void* key)
 {
     // Kept on purpose: not at the first of the run but one short of it. Test:
-    // collection_sorted.among_duplicates_finds_the_place_before_their_run.
+    // collection_sorted.finds_the_place_before_a_run_of_duplicates.
     while (match > 0) {
         --match;
         if (compare_at(self, match, key) != 0)

@@ -10,7 +10,7 @@
 #include "data/xml.hpp"
 #include "data/xml_index.hpp"
 #include "ui/pane.hpp"
-#include "ui/redraw.hpp"
+#include "ui/window.hpp"
 
 #include <cctype>
 #include <cerrno>
@@ -117,7 +117,7 @@ void read_switches(const xml_index& index)
             continue;
         const char* value = find_setting(index, checkbox_setting_table[row].key);
         // Kept on purpose: loading only sets switches; a 0 does not clear one. Test:
-        // config_loading.sets_switches_by_any_other_number_than_0_and_clears_none.
+        // config_loading.sets_switches_by_any_number_but_0_and_clears_none.
         if (value != nullptr && std::strtol(value, nullptr, 10) != 0)
             app_state.setting_flags |= checkbox_setting_table[row].bit;
     }
@@ -131,7 +131,7 @@ bool read_folders(const xml_index& index)
         if (value == nullptr || app_state.setting_texts == nullptr)
             continue;
         // Kept on purpose: a folder that was set before is not freed. Test:
-        // config_loading.leaves_the_folder_set_before_to_its_owner.
+        // config_loading.does_not_free_the_folder_that_was_set_before.
         is_complete &= copy_value(app_state.setting_texts[text_setting_table[row].index], value);
     }
     return is_complete;
@@ -165,7 +165,7 @@ bool read_file(const unique_fd& file, home_visit& visit)
     const config_content content = config_read(file);
     if (!content.text) {
         // Kept on purpose: out of memory for the text, the program stays in the home folder. Test:
-        // config_short_of_memory.stays_in_the_home_folder_without_room_for_the_file_only.
+        // config_out_of_memory.stays_in_the_home_folder_if_only_the_file_gets_no_memory.
         visit.stay();
         return false;
     }

@@ -109,7 +109,7 @@ heap_text ask_folder(const text_setting& setting)
         return nullptr;
     strip_trailing_slash(folder.get());
     // Kept on purpose: a link to a folder does not count as one, and nothing says what is wrong.
-    // Test: settings_key_press.refuses_what_is_no_folder.
+    // Test: settings_key_press.refuses_anything_but_a_folder.
     struct stat status = {};
     if (lstat(folder.get(), &status) == 0 && S_ISDIR(status.st_mode))
         return folder;
@@ -157,7 +157,7 @@ void settings_values_draw()
 void settings_key(int key)
 {
     // Kept on purpose: hot keys work while the page is hidden, too.
-    // Test: settings_page.hidden_it_takes_hot_keys_and_shows_nothing.
+    // Test: settings_page.takes_hot_keys_without_showing_anything_while_hidden.
     for (std::size_t index = 0; checkbox_setting_table[index].bit != checkbox_table_end; ++index) {
         if (checkbox_setting_table[index].hot_key != key)
             continue;

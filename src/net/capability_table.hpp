@@ -31,14 +31,14 @@ struct capability {
 
 inline constexpr capability capability_table[] = {
     // Kept on purpose: any text announces CRC checking, even "0"; servers send it like that.
-    // Test: capabilities.takes_any_text_for_crc_checking.
+    // Test: capabilities.any_text_switches_crc_checking_on.
     {&server_entry::crc_check, {"CRCCheck"}, true, "CRC "},
     {&server_entry::can_mail,
      {"Mailing"},
      false,
      "MAILING ",
      // Kept on purpose: mailings go by the permission for database updates; servers grant the two
-     // together. Test: service_gates.offering_mailings_does_not_open_the_mailings.
+     // together. Test: service_gates.offering_mailings_does_not_enable_mailings.
      {&server_entry::can_modify, "Daily mailings are not supported on %s", "^M Mailing | ", 2}},
     {&server_entry::can_modify,
      {"DBModify", "ModifyFlags"},

@@ -105,7 +105,7 @@ void check_duplicate_connection(server_entry& entry)
     status_report(colour::error, "You are already connected to this server!");
     beep();
     // Kept on purpose: identity and log stay; they do not count without a socket.
-    // Test: duplicate.connection_leaves_its_identity_its_flags_and_its_log_behind.
+    // Test: duplicate.a_closed_connection_leaves_its_identity_its_flags_and_its_log.
     leave_server(entry);
     server_marker_write(entry.list_row + 1, marker_none);
     touch_status_pane();

@@ -32,7 +32,7 @@ int read_header(int socket, server_entry& server)
 {
     // Kept on purpose: how much of a header has come is not remembered, so the next poll takes a
     // part of it for the whole; servers send headers in one piece.
-    // Test: packet_receiving.takes_a_part_of_a_header_for_the_whole.
+    // Test: packet_receiving.takes_a_partial_header_for_a_whole_one.
     std::size_t have = 0;
     while (true) {
         unsigned char* rest = server.rx_packet->header + have;
@@ -71,7 +71,7 @@ int read_payload(int socket, server_entry& server, const packet_header& header)
 {
     // Kept on purpose: the read asks for the packet's full length even when a part of it has come,
     // so it may take bytes of the next packet along; servers pace their packets for that. Test:
-    // packet_receiving.asks_for_the_whole_length_again_and_takes_what_follows_along.
+    // packet_receiving.asks_for_the_whole_length_again_and_takes_bytes_that_follow.
     const ssize_t count = uninterrupted(
         [&] { return read(socket, app_state.receive_scratch, packet_payload_length(header)); });
     if (count <= 0)

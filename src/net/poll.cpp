@@ -53,7 +53,7 @@ bool is_polled(const server_entry& entry)
 bool visit_server(server_entry& entry, bool may_be_ready, std::time_t now)
 {
     // Kept on purpose: the end of the stream is not taken for the end of the connection; the idle
-    // rule ends that. Test: poll_cycle.does_nothing_about_the_end_of_a_connection_by_itself.
+    // rule ends that. Test: poll_cycle.does_not_react_to_the_end_of_a_connection_alone.
     const bool has_packet =
         may_be_ready && receive_packet(entry.socket_fd, entry) == packet_complete;
     if (has_packet) {

@@ -178,7 +178,7 @@ void finish_fetch(bool should_report)
     pthread_mutex_unlock(&app_state.fetch.fetch_mutex);
     // Kept on purpose: this is the number of all servers known, and it is reported after a failed
     // fetch as well; users see that the list is still there. Test:
-    // directory_fetch.a_directory_that_refuses_or_has_no_address_leaves_the_count.
+    // directory_fetch.a_directory_that_refuses_or_has_no_address_leaves_the_count_unchanged.
     if (is_shown)
         status_report(colour::server_text, "Serverlist fetched with %d entries",
                       app_state.servers->count);

@@ -82,7 +82,7 @@ void refresh_status_pane()
 void print_contacts(const xml_node* document)
 {
     // Kept on purpose: without contacts there is an empty line; users see by it that none are
-    // known. Test: contacts.that_are_missing_leave_the_row_empty.
+    // known. Test: contacts.leave_the_row_empty_if_they_are_missing.
     const heap_text contacts{str_replace(xml_get(document, "tovrik/Contacts", false, true),
                                          " with this aircraft", nullptr)};
     print_message(colour::secondary, false, contacts ? contacts.get() : "");

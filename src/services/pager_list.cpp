@@ -103,7 +103,7 @@ void pager_list_show(const char* text)
     const int max_records = std::max(1, LINES - lines_without_records);
     // Kept on purpose: if there are more records, the last one kept has the rest of the text in its
     // last field; users see by it that there is more.
-    // Test: pager_list.shows_as_many_records_as_the_terminal_has_room_for.
+    // Test: pager_list.shows_as_many_records_as_fit_on_the_terminal.
     const heap_text copy{str_dup(text)};
     const std::unique_ptr<char*, releaser<std::free>> records{
         static_cast<char**>(std::calloc(static_cast<std::size_t>(max_records), sizeof(char*)))};

@@ -31,7 +31,7 @@ std::time_t find_report_moment(const char* date)
     std::tm moment = {};
     moment.tm_sec = 1;
     // Kept on purpose: tm_isdst stays 0, so this is standard time all year round; servers expect
-    // that. Test: report_request.daylight_saving_is_left_out_of_account.
+    // that. Test: report_request.daylight_saving_time_is_ignored.
     moment.tm_mday = static_cast<int>(std::strtol(date, nullptr, 10));
     const char* month = std::strchr(date, '/') + 1;
     const char* year = std::strchr(month, '/');
@@ -104,7 +104,7 @@ void take_header(server_entry& entry, const char* text)
     status_report(colour::notice, "Now receiving ZOBE Style report. Size %d bytes",
                   static_cast<int>(size));
     // Kept on purpose: a number alone is a size; it is reported, and no reception begins.
-    // Test: report.drops_pieces_that_nothing_announced.
+    // Test: report.drops_unannounced_pieces.
     if (tab != nullptr)
         report_reception_begin(entry, static_cast<std::uint32_t>(total));
 }

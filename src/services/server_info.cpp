@@ -137,7 +137,7 @@ void draw_info(WINDOW* window, const server_entry& server)
         rest.remove_prefix(cut.next);
         // Kept on purpose: the row is used before it is advanced, so the second line begins on the
         // first one's row, over the label; users know the window like that.
-        // Test: server_info_window.one_letter_more_wraps_and_overwrites_the_label.
+        // Test: server_info_window.an_info_one_letter_longer_wraps_and_overwrites_the_label.
         line = {window, next_row++};
     }
     if (line.row <= last_info_row)

@@ -65,7 +65,7 @@ char service_menu(std::span<const menu_entry> table, int width, int height, cons
     }
     // Kept on purpose: unlike after Escape, what was under the menu is not repainted; users know
     // the hole that a forgotten menu leaves. Test:
-    // service_menu.is_erased_after_ten_seconds_and_leaves_a_hole.
+    // service_menu.is_erased_after_ten_seconds_and_leaves_a_blank_area.
     modal_box_erase(menu.box);
     return '\0';
 }

@@ -36,7 +36,7 @@ struct colour_pair {
 };
 
 // Kept on purpose: pairs that nothing uses are defined too, even with the colours of others.
-// Test: screen_building.gives_every_pair_its_colours_used_or_not.
+// Test: screen_building.gives_every_pair_its_colours_whether_used_or_not.
 constexpr colour_pair colour_pairs[] = {
     {colour::frame, COLOR_BLUE, COLOR_BLACK},
     {colour::text, COLOR_WHITE, COLOR_BLACK},

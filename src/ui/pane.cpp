@@ -55,10 +55,10 @@ void write_lines(WINDOW* window, const placement& place, std::string_view text)
     while (true) {
         const std::size_t end = text.find('\n');
         // Kept on purpose: a text wider than the pane goes on over the frame, in the row below.
-        // Test: status_pane.a_wider_text_runs_over_the_frame_into_the_row_below.
+        // Test: status_pane.a_wider_text_overwrites_the_frame_and_wraps_into_the_row_below.
         glyphs_write_at(window, place.row, place.column, text.substr(0, end));
         // Kept on purpose: nothing scrolls after the first line, so the second one replaces it.
-        // Test: pane_printing.of_two_lines_writes_the_second_over_the_first_and_scrolls_once.
+        // Test: pane_printing.writes_the_second_of_two_lines_over_the_first_and_scrolls_once.
         if (!is_first)
             wscrl(window, 1);
         is_first = false;

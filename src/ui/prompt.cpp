@@ -61,13 +61,13 @@ void draw(prompt_state& prompt)
         return;
     write_bracketed(prompt.box, 0, question_column, prompt.question);
     // Kept on purpose: a hint that fills the box covers its corner.
-    // Test: prompt_box.is_wide_enough_for_its_hint_which_takes_the_corner.
+    // Test: prompt_box.is_wide_enough_for_its_hint_which_covers_the_corner.
     write_bracketed(prompt.box, box_height - 1,
                     width - static_cast<int>(prompt.hint.size()) - bracket_cells, prompt.hint);
     const std::string_view text{prompt.text, static_cast<size_t>(prompt.length)};
     modal_box_write(prompt.box, text_row, text_column, colour::label, true, text);
     // Kept on purpose: after a full line the cursor stands on the frame, if the text is what makes
-    // the box as wide as it is. Test: prompt_box.whose_line_is_full_has_its_cursor_on_the_frame.
+    // the box as wide as it is. Test: prompt_box.has_its_cursor_on_the_frame_when_its_line_is_full.
     glyphs_write_at(prompt.box.window.get(), text_row, text_column + prompt.length, "_");
     modal_box_show(prompt.box);
 }
@@ -91,7 +91,7 @@ prompt_outcome edit(prompt_state& prompt, int key)
             prompt.text[--prompt.length] = '\0';
     } else if (prompt.length < prompt.size - 1) {
         // Kept on purpose: function keys leave their low eight bits, like any other key.
-        // Test: prompt_keys.leave_their_low_eight_bits_whatever_they_are.
+        // Test: prompt_keys.enter_their_low_eight_bits_whatever_they_are.
         prompt.text[prompt.length++] = static_cast<char>(key & 0xFF);
     }
     return prompt_outcome::editing;

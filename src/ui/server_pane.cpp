@@ -56,7 +56,8 @@ int find_window_row(std::int32_t row)
     const std::int32_t scrolled = row - app_state.list_scroll;
     // Kept on purpose: while the list is not scrolled, the row of the heading counts too. Closing
     // the first server's connection writes its blank there.
-    // Test: disconnect.of_the_first_server_blanks_a_cell_of_the_heading_and_keeps_the_marker.
+    // Test:
+    // disconnect.disconnecting_the_first_server_blanks_a_cell_of_the_heading_and_keeps_the_marker.
     const std::int32_t top = app_state.list_scroll > 0 ? list_first_row : list_heading_row;
     return scrolled >= top && scrolled <= layout_list_last_row() ? scrolled : -1;
 }
@@ -141,7 +142,7 @@ void paint_bar_cells(std::int32_t selected, attr_t attributes, colour pair)
 void draw_bar()
 {
     // Kept on purpose: the bar is drawn even where no server stands, as in an empty list after a
-    // resize. Test: screen.a_resize_of_an_empty_list_lays_the_bar_but_selects_nothing.
+    // resize. Test: screen.a_resize_of_an_empty_list_draws_the_bar_but_selects_nothing.
     paint_bar_cells(app_state.selected, A_NORMAL, colour::bar);
 }
 

@@ -17,7 +17,7 @@ WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, col
     if (framed && width > 1 && height > 1)
         wborder(window, 0, 0, 0, 0, 0, 0, 0, 0);
     // Kept on purpose: the edge of a window without a frame is not painted either.
-    // Test: popup.paints_its_interior_and_leaves_its_edge.
+    // Test: popup.paints_its_interior_but_not_its_edge.
     interior_blank(window, width, height);
     glyphs_attribute(window, pair, false);
     window_show(window);

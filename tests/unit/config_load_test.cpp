@@ -1,6 +1,5 @@
 // config_load_test.cpp - what is read from a configuration file: correct, wrong or missing.
 #include "unit/config_fixture.hpp"
-#include "unit/unprivileged.hpp"
 
 #include "data/text.hpp"
 
@@ -358,49 +357,6 @@ TEST_F(config_loading, shows_its_values_on_a_page_that_is_in_front)
     app_state.settings_shown = 1;
     load(text);
     EXPECT_EQ(shown(), 'X');
-}
-
-TEST_F(config_loading, survives_a_folder_or_a_fifo_in_place_of_the_file)
-{
-    home.make_folder("ncursesclient.conf");
-    config_load();
-    EXPECT_EQ(app_state.servers->count, 0);
-    ASSERT_EQ(rmdir(home.path_of("ncursesclient.conf").c_str()), 0);
-    ASSERT_EQ(mkfifo(home.path_of("ncursesclient.conf").c_str(), 0600), 0);
-    config_load();
-    EXPECT_EQ(app_state.servers->count, 0);
-    EXPECT_TRUE(is_in(elsewhere));
-}
-
-TEST_F(config_loading, refuses_a_file_over_its_limit_with_one_red_line)
-{
-    constexpr off_t limit = 64L * 1024 * 1024;
-    const std::string start = make_configuration(make_server("1", "a", "1"));
-    const std::string path = home.path_of("ncursesclient.conf");
-    home.write_config(start);
-    ASSERT_EQ(truncate(path.c_str(), limit + 1), 0);
-    config_load();
-    EXPECT_EQ(app_state.servers->count, 0);
-    EXPECT_EQ(screen.pair_at(app_state.status_pane, 4, 1), 5);
-    EXPECT_EQ(screen.status_text(1), "");
-    EXPECT_TRUE(is_in(elsewhere));
-    ASSERT_EQ(truncate(path.c_str(), limit), 0);
-    config_load();
-    EXPECT_EQ(list_names_and_ports(), names{"a:1"});
-    EXPECT_EQ(screen.pair_at(app_state.status_pane, 4, 1), 7);
-}
-
-TEST_F(config_loading, treats_an_unreadable_file_as_missing)
-{
-    home.write_config(make_configuration(make_server("1", "a", "1")));
-    ASSERT_TRUE(give_to_nobody(home.path().c_str()));
-    ASSERT_TRUE(give_to_nobody(elsewhere.path().c_str()));
-    ASSERT_EQ(chmod(home.path_of("ncursesclient.conf").c_str(), 0), 0);
-    EXPECT_TRUE(unprivileged([this] {
-        config_load();
-        return app_state.servers->count == 0 && is_in(elsewhere) &&
-               screen.status_text().starts_with("No configuration found in '");
-    }));
 }
 
 } // namespace

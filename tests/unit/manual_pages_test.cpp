@@ -45,7 +45,7 @@ TEST(manual_pages, name_every_exit_status_and_complaint_of_a_failed_start)
 {
     const std::string page = source_text(client_page);
     const std::string status =
-        text_between(source_text("src/app/start_stop.hpp"), "fail_started_status = ", ";");
+        text_between(source_text("src/app/start_stop.hpp"), "start_failed_status = ", ";");
     EXPECT_NE(page.find("\n.It " + status + "\n"), std::string::npos);
     for (const std::string& line :
          matches_of(source_text("src/app/start_stop.cpp"), R"re(fail_start\("([^"\\]+))re"))

@@ -58,7 +58,7 @@ TEST_F(sim_misbehaviour, may_use_the_whole_payload)
     EXPECT_EQ(heard->text.size(), 4096U);
 }
 
-TEST_F(sim_misbehaviour, of_unknown_kinds_and_empty_packets_has_no_consequence)
+TEST_F(sim_misbehaviour, unknown_kinds_and_empty_packets_have_no_consequence)
 {
     for (const std::uint32_t kind : {0U, 1U, 3U, 41U, 204U, 4294967295U})
         ASSERT_TRUE(honest->send_text(kind, kind == 1 ? "" : "something"));
@@ -67,7 +67,7 @@ TEST_F(sim_misbehaviour, of_unknown_kinds_and_empty_packets_has_no_consequence)
     EXPECT_EQ(server.packets().size(), 7U);
 }
 
-TEST_F(sim_misbehaviour, of_answers_that_nobody_asked_for_has_no_consequence)
+TEST_F(sim_misbehaviour, unasked_answers_have_no_consequence)
 {
     ASSERT_TRUE(honest->send_text(85, "ncursesclient"));
     EXPECT_TRUE(honest->send_text(148, "^"));

@@ -167,7 +167,7 @@ TEST(sim_report, comes_in_pieces_that_decompress_to_what_was_sent)
     EXPECT_NE(text.find(last), std::string::npos);
 }
 
-TEST(sim_report, of_a_day_is_found_by_any_moment_of_it)
+TEST(sim_report, finds_a_day_by_any_moment_of_it)
 {
     sim::practice_server server{reporting_server()};
     ASSERT_TRUE(server.start());

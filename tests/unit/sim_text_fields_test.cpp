@@ -24,7 +24,7 @@ TEST(sim_text_fields, are_clean_when_short_and_without_control_characters)
         EXPECT_FALSE(sim::is_clean_field(std::string(1, c), 10)) << static_cast<int>(c);
 }
 
-TEST(sim_text_fields, of_the_same_flight_compare_equal)
+TEST(sim_text_fields, spellings_of_one_flight_compare_equal)
 {
     const struct {
         const char* number;
