@@ -13,7 +13,7 @@ namespace sim
 namespace
 {
 
-constexpr char32_t broken = 0xFFFFFFFF;
+constexpr char32_t broken_sequence = 0xFFFFFFFF;
 constexpr char control_stand_in = ' ';
 constexpr char unknown_stand_in = '?';
 
@@ -29,13 +29,13 @@ constexpr stand_in typographic_marks[] = {
     {0x20AC, "EUR"}, {0x2190, "<-"}, {0x2192, "->"},  {0x2212, "-"},
 };
 
-unsigned char byte_at(std::string_view text, std::size_t position)
+unsigned char read_byte(std::string_view text, std::size_t position)
 {
     return static_cast<unsigned char>(text[position]);
 }
 
-/// Bytes that a character beginning with `first` takes; 0: none begins like this.
-std::size_t sequence_length(unsigned char first)
+/// The number of bytes of a character whose first byte is `first`; 0 if no character begins so.
+std::size_t count_sequence_bytes(unsigned char first)
 {
     if (first < 0x80)
         return 1;
@@ -46,24 +46,25 @@ std::size_t sequence_length(unsigned char first)
     return first >= 0xF0 && first < 0xF5 ? 4 : 0;
 }
 
-/// The character at `position`, which moves behind it; broken, and not moved, when it is none.
-char32_t next_character(std::string_view utf8, std::size_t& position)
+/// Reads the character at `position` and moves the position after it. If there is none, returns
+/// broken_sequence and leaves the position.
+char32_t read_character(std::string_view utf8, std::size_t& position)
 {
-    constexpr char32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
-    const unsigned char first = byte_at(utf8, position);
-    const std::size_t length = sequence_length(first);
+    constexpr char32_t min_characters[] = {0, 0, 0x80, 0x800, 0x10000};
+    const unsigned char first = read_byte(utf8, position);
+    const std::size_t length = count_sequence_bytes(first);
     if (length == 0 || position + length > utf8.size())
-        return broken;
+        return broken_sequence;
     char32_t character = length == 1 ? first : first & (0xFFU >> (length + 1));
     for (std::size_t i = 1; i < length; ++i) {
-        const unsigned char byte = byte_at(utf8, position + i);
+        const unsigned char byte = read_byte(utf8, position + i);
         if ((byte & 0xC0U) != 0x80)
-            return broken;
+            return broken_sequence;
         character = character << 6 | (byte & 0x3FU);
     }
-    if (character < least[length] || character > 0x10FFFF ||
+    if (character < min_characters[length] || character > 0x10FFFF ||
         (character >= 0xD800 && character < 0xE000))
-        return broken;
+        return broken_sequence;
     position += length;
     return character;
 }
@@ -71,7 +72,7 @@ char32_t next_character(std::string_view utf8, std::size_t& position)
 bool is_utf8(std::string_view bytes)
 {
     for (std::size_t at = 0; at < bytes.size();) {
-        if (next_character(bytes, at) == broken)
+        if (read_character(bytes, at) == broken_sequence)
             return false;
     }
     return true;
@@ -87,8 +88,7 @@ void append_latin1(std::string& text, char32_t character)
         text += static_cast<char>(character);
     } else {
         const auto* const found =
-            std::find_if(std::begin(typographic_marks), std::end(typographic_marks),
-                         [character](const stand_in& row) { return row.character == character; });
+            std::ranges::find(typographic_marks, character, &stand_in::character);
         if (found != std::end(typographic_marks)) {
             text += found->text;
         } else {
@@ -121,14 +121,14 @@ std::string latin1_text(std::string_view utf8)
     std::string text;
     for (std::size_t at = 0; at < utf8.size();) {
         if (utf8[at] == '\r') {
-            // A pair of carriage return and line feed ends one line, not two.
+            // A carriage return and a line feed together end one line, not two.
             ++at;
             if (at == utf8.size() || utf8[at] != '\n')
                 text += '\n';
             continue;
         }
-        const char32_t character = next_character(utf8, at);
-        if (character == broken) {
+        const char32_t character = read_character(utf8, at);
+        if (character == broken_sequence) {
             text += unknown_stand_in;
             ++at;
         } else {

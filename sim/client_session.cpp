@@ -14,36 +14,36 @@ namespace sim
 namespace
 {
 
-wire_bytes taken_from(std::deque<wire_bytes>& queue)
+wire_bytes take_first(std::deque<wire_bytes>& queue)
 {
     wire_bytes first = std::move(queue.front());
     queue.pop_front();
     return first;
 }
 
-wire_bytes taken_tick(client_session& session)
+wire_bytes take_tick(client_session& session)
 {
     return std::exchange(session.tick, nullptr);
 }
 
-wire_bytes taken_report_piece(client_session& session)
+wire_bytes take_report_piece(client_session& session)
 {
-    return session.report.empty() ? nullptr : taken_from(session.report);
+    return session.report.empty() ? nullptr : take_first(session.report);
 }
 
-wire_bytes taken_transmission(client_session& session)
+wire_bytes take_transmission(client_session& session)
 {
-    return session.traffic.empty() ? nullptr : taken_from(session.traffic);
+    return session.traffic.empty() ? nullptr : take_first(session.traffic);
 }
 
-/// In turns, so that none of them starves another.
-constexpr wire_bytes (*turns[])(client_session&) = {taken_tick, taken_report_piece,
-                                                    taken_transmission};
+/// The queues that take turns, so that none of them starves another.
+constexpr wire_bytes (*turns[])(client_session&) = {take_tick, take_report_piece,
+                                                    take_transmission};
 
-wire_bytes next_packet(client_session& session)
+wire_bytes take_next_packet(client_session& session)
 {
     if (!session.assured.empty())
-        return taken_from(session.assured);
+        return take_first(session.assured);
     wire_bytes taken;
     for (std::size_t i = 0; i < std::size(turns) && !taken; ++i) {
         taken = turns[session.next_turn](session);
@@ -58,7 +58,7 @@ bool has_packet(const client_session& session)
            session.tick;
 }
 
-/// Sends on with the packet under way. True when it is out.
+/// Sends the rest of the packet under way. False if the socket did not take all of it.
 bool finish_packet(client_session& session)
 {
     while (session.sent_bytes < session.sending->size()) {
@@ -68,19 +68,24 @@ bool finish_packet(client_session& session)
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0) {
-            session.waiting_for_room = would_block(errno);
-            session.gone = session.gone || !session.waiting_for_room;
+            session.waiting_to_write = would_block(errno);
+            session.gone = session.gone || !session.waiting_to_write;
             return false;
         }
         session.sent_bytes += static_cast<std::size_t>(count);
     }
-    session.waiting_for_room = false;
+    session.waiting_to_write = false;
     session.sending.reset();
     session.sent_bytes = 0;
     return true;
 }
 
 } // namespace
+
+wire_bytes encode_shared(const packet& sent)
+{
+    return std::make_shared<std::string>(encode_packet(sent));
+}
 
 client_session::client_session(int socket_fd, std::uint64_t client_number)
     : socket(socket_fd), number(client_number)
@@ -90,7 +95,7 @@ client_session::client_session(int socket_fd, std::uint64_t client_number)
 void session_receive(client_session& session)
 {
     char block[4096];
-    for (std::size_t total = 0; total < max_read_bytes_a_turn;) {
+    for (std::size_t total = 0; total < max_read_bytes_per_turn;) {
         const ssize_t count = recv(session.socket.get(), block, sizeof block, MSG_DONTWAIT);
         if (count < 0 && errno == EINTR)
             continue;
@@ -132,7 +137,7 @@ bool session_queue(client_session& session, wire_bytes bytes)
 
 bool session_queue_packet(client_session& session, const packet& sent)
 {
-    return session_queue(session, std::make_shared<std::string>(encode_packet(sent)));
+    return session_queue(session, encode_shared(sent));
 }
 
 void session_queue_transmission(client_session& session, wire_bytes bytes, std::size_t limit)
@@ -166,13 +171,13 @@ void session_send(client_session& session, time_point now, std::chrono::millisec
         if (!session.sending) {
             if (now < session.next_send || !has_packet(session))
                 return;
-            session.sending = next_packet(session);
+            session.sending = take_next_packet(session);
         }
         if (!finish_packet(session))
             return;
         session.next_send = now + pace;
-        // The stream ends here, but what the client has not read yet must not be lost: hanging up
-        // now would throw it away, so that is left to the client, or to the session's time limit.
+        // The stream ends here, but closing the connection now would lose what the client has not
+        // read yet. So the client closes it, or the session's time limit does.
         if (session.closing && session.assured.empty())
             shutdown(session.socket.get(), SHUT_WR);
     }
@@ -180,7 +185,7 @@ void session_send(client_session& session, time_point now, std::chrono::millisec
 
 time_point session_send_time(const client_session& session)
 {
-    if (session.waiting_for_room)
+    if (session.waiting_to_write)
         return never;
     return session.sending || has_packet(session) ? session.next_send : never;
 }

@@ -13,25 +13,28 @@
 namespace
 {
 
-constexpr const char* description =
-    "A small ACARS message server to practise with: it sends made-up or recorded messages,\n"
-    "or those of your receiver, to any number of clients, and keeps what they ask its services\n"
-    "to keep until it ends.\n";
+constexpr std::size_t help_column = 28;
 
-constexpr const char* replay_format =
-    "Replay files: XML documents one after the other. Each begins with a line that begins\n"
-    "with \"<?xml\" and reaches to the next such line; white space at its end is dropped.\n"
-    "A document whose BlockID is a letter counts as an uplink. At its end the file starts\n"
-    "over.\n"
+constexpr const char* description =
+    "A small ACARS message server to practise with. It sends made-up or recorded messages, or\n"
+    "those of your receiver, to any number of clients. It answers all of their services and\n"
+    "keeps what they ask it to keep, in memory, until it ends.\n";
+
+constexpr const char* help_footer =
+    "A replay file contains XML documents, one after another. Each begins with a line that\n"
+    "starts with \"<?xml\" and ends before the next such line; white space at its end is\n"
+    "dropped. A document whose BlockID is a letter counts as an uplink. After the last\n"
+    "document the file starts over.\n"
     "\n"
-    "Receivers: JSON of VHF messages (one flat object each), VDL2 and HFDL frames is taken.\n"
+    "Receivers may send JSON of VHF messages (one flat object each), VDL2 and HFDL frames.\n"
     "With --json-udp, or a pipe as --json-file, messages are made up only if --rate is given.\n"
     "\n"
-    "Reports hold the messages sent on a day of this machine's time zone, or dated with it.\n"
+    "A report contains the messages that were sent on its day in this machine's time zone,\n"
+    "and those that are dated with it.\n"
     "\n"
-    "Exit status: 0 after SIGTERM or SIGINT, 1 when it cannot serve, 2 for wrong options.";
+    "Exit status: 0 after SIGTERM or SIGINT, 1 if it cannot serve, 2 for wrong options.";
 
-std::string with_line_feeds(std::string text)
+std::string unescape_line_feeds(std::string text)
 {
     for (auto found = text.find("\\n"); found != std::string::npos;
          found = text.find("\\n", found)) {
@@ -40,7 +43,7 @@ std::string with_line_feeds(std::string text)
     return text;
 }
 
-/// Reads the directory's file, if there is one. An error text, empty when all is well.
+/// Reads the directory's file if one was named. Returns an error text, empty on success.
 std::string read_directory(command_line& line)
 {
     if (line.directory_path.empty())
@@ -74,7 +77,8 @@ std::string open_json(command_line& line)
     return std::move(file.error);
 }
 
-/// Who listens to real messages wants no others among them, unless there is a rate given for these.
+/// Whether all messages come from receivers as they arrive. Generated ones would only disturb, so
+/// there are none then unless a rate is given.
 bool is_live_only(const command_line& line)
 {
     return (line.server.json_udp_port || line.json_stream) && line.server.replay_messages.empty() &&
@@ -90,7 +94,7 @@ std::string read_replay(command_line& line)
     return std::move(recorded.error);
 }
 
-/// Completes the server's options from what was typed. An error text, empty when all is well.
+/// Completes the server's options from what was typed. Returns an error text, empty on success.
 std::string complete_options(command_line& line, const CLI::App& app)
 {
     line.server.tick_every_ms = static_cast<int>(line.tick_s * 1000);
@@ -102,7 +106,7 @@ std::string complete_options(command_line& line, const CLI::App& app)
                                  {.kind = sim::kind::notice, .payload = line.notice},
                                  {.kind = sim::kind::error_text, .payload = line.error_text}};
     for (sim::packet text : texts) {
-        text.payload = with_line_feeds(std::move(text.payload)).substr(0, sim::max_text_bytes);
+        text.payload = unescape_line_feeds(std::move(text.payload)).substr(0, sim::max_text_bytes);
         if (!text.payload.empty())
             line.server.greetings.push_back(std::move(text));
     }
@@ -112,13 +116,13 @@ std::string complete_options(command_line& line, const CLI::App& app)
     if (error.empty())
         error = open_json(line);
     if (is_live_only(line) && app.count("--rate") == 0)
-        line.server.rate_a_minute = 0;
+        line.server.rate_per_minute = 0;
     return error;
 }
 
 } // namespace
 
-int failed(const std::string& why, int status)
+int report_failure(const std::string& why, int status)
 {
     complain(why);
     return status;
@@ -127,19 +131,19 @@ int failed(const std::string& why, int status)
 std::optional<int> read_command_line(int argc, char** argv, command_line& line)
 {
     CLI::App app{description, "tovriksim"};
-    app.footer(replay_format);
-    app.get_formatter()->column_width(28);
+    app.footer(help_footer);
+    app.get_formatter()->column_width(help_column);
     add_options(app, line);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& answer) {
         return app.exit(answer);
     } catch (const CLI::ParseError& wrong) {
-        return failed(std::string{wrong.what()} + "\ntovriksim --help lists the options",
-                      status_bad_usage);
+        return report_failure(std::string{wrong.what()} + "\ntovriksim --help lists the options",
+                              status_bad_usage);
     }
     const std::string error = complete_options(line, app);
     if (!error.empty())
-        return failed(error, status_failed);
+        return report_failure(error, status_failed);
     return std::nullopt;
 }

@@ -6,6 +6,6 @@
 
 #include <CLI/CLI.hpp>
 
-/// Has `app` take every option and keep what was typed in `line`, which must live as long. Values
-/// are checked while they are read.
+/// Makes `app` take every option and store what was typed in `line`, which must outlive `app`.
+/// Values are checked as they are read.
 void add_options(CLI::App& app, command_line& line);

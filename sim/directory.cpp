@@ -3,7 +3,7 @@
 
 #include "sim/directory_answer.hpp"
 #include "sim/limits.hpp"
-#include "sim/sockets.hpp"
+#include "sim/system_text.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -17,28 +17,17 @@ namespace
 
 using std::chrono::milliseconds;
 
-/// So many bytes at least are sent before an endless answer begins again.
-constexpr std::size_t endless_part_bytes = 65536;
-
-/// Without a free descriptor the waiting client would wake the loop again and again.
-void rest_accepting(directory_service& directory, int epoll_fd)
-{
-    watch(epoll_fd, EPOLL_CTL_MOD, directory.listener.get(), 0);
-    directory.accept_again_at = steady_clock::now() + milliseconds{accept_retry_ms};
-}
+/// An endless answer is repeated in parts of at least this size.
+constexpr std::size_t min_endless_bytes = 65536;
 
 void accept_connections(directory_service& directory, int epoll_fd)
 {
     for (std::size_t i = 0; i < max_directory_connections; ++i) {
-        const int fd =
-            accept4(directory.listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-        if (fd < 0) {
-            if (is_short_of_descriptors(errno))
-                rest_accepting(directory, epoll_fd);
+        directory_connection connection{.socket = listener_accept(directory.listener, epoll_fd)};
+        const int fd = connection.socket.get();
+        if (fd < 0)
             return;
-        }
-        directory_connection connection{.socket = unique_fd{fd}};
-        connection.end_at = steady_clock::now() + milliseconds{directory_ms};
+        connection.end_at = steady_clock::now() + milliseconds{max_directory_ms};
         if (directory.connections.size() < max_directory_connections &&
             watch(epoll_fd, EPOLL_CTL_ADD, fd, EPOLLIN))
             directory.connections.try_emplace(fd, std::move(connection));
@@ -50,7 +39,7 @@ bool is_finished(const directory_connection& connection)
     return connection.sent_bytes == connection.answer.size() && connection.repeat_from == 0;
 }
 
-/// What is worth waking up for: input until it ends, room while there is something to send.
+/// Watches for input until it ends, and for writing while there is something to send.
 void watch_connection(const directory_connection& connection, int epoll_fd)
 {
     std::uint32_t events = 0;
@@ -66,7 +55,7 @@ void make_endless(directory_connection& connection, std::size_t body_bytes)
     connection.repeat_from = connection.answer.size() - body_bytes;
     const std::string part =
         body_bytes > 0 ? connection.answer.substr(connection.repeat_from) : std::string{"\n"};
-    while (connection.answer.size() < connection.repeat_from + endless_part_bytes) {
+    while (connection.answer.size() < connection.repeat_from + min_endless_bytes) {
         connection.answer += part;
     }
     connection.end_at = never;
@@ -78,17 +67,17 @@ void choose_answer(const directory_service& directory, const server_options& opt
     const directory_fault fault = options.directory_answers;
     connection.answer = directory_answer(connection.request, directory.body, fault);
     connection.answer_at = steady_clock::now() + milliseconds{options.directory_delay_ms};
-    // Once more the whole time for taking what may be a long answer.
-    connection.end_at = connection.answer_at + milliseconds{directory_ms};
+    // The answer may be long, so the client gets the whole time again.
+    connection.end_at = connection.answer_at + milliseconds{max_directory_ms};
     if (fault == directory_fault::endless && connection.answer.ends_with(directory.body))
         make_endless(connection, directory.body.size());
     if (fault == directory_fault::silent)
         connection.answer_at = connection.end_at = never;
 }
 
-/// Reads what there is: the request, and nothing of interest behind it.
-void receive(const directory_service& directory, const server_options& options,
-             directory_connection& connection)
+/// Reads what has arrived. What follows the request is dropped.
+void receive_request(const directory_service& directory, const server_options& options,
+                     directory_connection& connection)
 {
     char block[4096];
     const ssize_t count = recv(connection.socket.get(), block, sizeof block, MSG_DONTWAIT);
@@ -100,7 +89,7 @@ void receive(const directory_service& directory, const server_options& options,
     const bool has_all = connection.answering && is_finished(connection);
     const bool gets_nothing =
         connection.answer.empty() || options.directory_answers == directory_fault::silent;
-    // Who has said all may still listen.
+    // A client that has shut down its sending side may still be reading.
     connection.gone = connection.input_ended && (has_all || gets_nothing);
     if (!connection.answer.empty())
         return;
@@ -110,12 +99,12 @@ void receive(const directory_service& directory, const server_options& options,
         choose_answer(directory, options, connection);
 }
 
-/// Sends on with the answer for one turn, as far as there is room.
+/// Sends more of the answer, until the socket is full or the turn is over.
 void send_answer(directory_connection& connection)
 {
     connection.answering = true;
     connection.answer_at = never;
-    for (int i = 0; i < max_directory_sends_a_turn && !is_finished(connection); ++i) {
+    for (int i = 0; i < max_directory_sends_per_turn && !is_finished(connection); ++i) {
         if (connection.sent_bytes == connection.answer.size())
             connection.sent_bytes = connection.repeat_from;
         const ssize_t count =
@@ -130,7 +119,8 @@ void send_answer(directory_connection& connection)
             return;
         }
     }
-    // What the client has not read yet must not be lost: hanging up is left to it, if it still can.
+    // Closing the connection now would lose what the client has not read yet. So the client closes
+    // it, unless it has shut down its side already.
     if (is_finished(connection)) {
         shutdown(connection.socket.get(), SHUT_WR);
         connection.gone = connection.input_ended;
@@ -144,11 +134,11 @@ std::string directory_open(directory_service& directory, const server_options& o
 {
     if (!options.directory_port)
         return {};
-    directory.port = *options.directory_port;
-    std::string error = open_tcp_listener(options.bind_address, directory.listener, directory.port);
+    std::string error =
+        listener_open(directory.listener, options.bind_address, *options.directory_port);
     if (!error.empty())
         return error;
-    if (!watch(epoll_fd, EPOLL_CTL_ADD, directory.listener.get(), EPOLLIN))
+    if (!watch(epoll_fd, EPOLL_CTL_ADD, directory.listener.socket.get(), EPOLLIN))
         return system_text("cannot wait for events");
     directory.body =
         options.directory_text ? *options.directory_text : own_directory_line(options, server_port);
@@ -158,9 +148,9 @@ std::string directory_open(directory_service& directory, const server_options& o
 bool directory_on_event(directory_service& directory, const server_options& options, int epoll_fd,
                         int fd)
 {
-    if (directory.port == 0)
+    if (directory.listener.port == 0)
         return false;
-    if (fd == directory.listener.get()) {
+    if (fd == directory.listener.socket.get()) {
         accept_connections(directory, epoll_fd);
         return true;
     }
@@ -169,9 +159,9 @@ bool directory_on_event(directory_service& directory, const server_options& opti
         return false;
     directory_connection& connection = found->second;
     if (!connection.input_ended) {
-        receive(directory, options, connection);
+        receive_request(directory, options, connection);
     } else if (!connection.answering) {
-        connection.gone = true; // nothing was watched for: the other end has gone altogether
+        connection.gone = true; // nothing is watched for, so this event is its loss
     }
     if (!connection.gone && connection.answering && !is_finished(connection))
         send_answer(connection);
@@ -181,10 +171,7 @@ bool directory_on_event(directory_service& directory, const server_options& opti
 
 void directory_on_time(directory_service& directory, int epoll_fd, time_point now)
 {
-    if (now >= directory.accept_again_at) {
-        directory.accept_again_at = never;
-        watch(epoll_fd, EPOLL_CTL_MOD, directory.listener.get(), EPOLLIN);
-    }
+    listener_resume(directory.listener, epoll_fd, now);
     for (auto& [fd, connection] : directory.connections) {
         connection.gone = connection.gone || now >= connection.end_at;
         if (connection.gone || now < connection.answer_at)
@@ -197,7 +184,7 @@ void directory_on_time(directory_service& directory, int epoll_fd, time_point no
 
 time_point directory_next_time(const directory_service& directory)
 {
-    time_point next = directory.accept_again_at;
+    time_point next = directory.listener.accept_again_at;
     for (const auto& [fd, connection] : directory.connections) {
         next = std::min({next, connection.end_at, connection.answer_at});
     }

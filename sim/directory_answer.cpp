@@ -14,7 +14,7 @@ constexpr std::string_view directory_path = "/tovrikserver.main";
 constexpr std::string_view header_end = "\r\n\r\n";
 constexpr std::size_t directory_field_count = 9;
 
-std::string whole_answer(const std::string& status, std::string_view body, bool announce_length)
+std::string make_answer(const std::string& status, std::string_view body, bool announce_length)
 {
     std::string answer = "HTTP/1.0 " + status +
                          "\r\nContent-Type: text/plain; "
@@ -24,20 +24,20 @@ std::string whole_answer(const std::string& status, std::string_view body, bool 
     return answer.append(header_end).append(body);
 }
 
-std::string refusal(const std::string& status)
+std::string make_refusal(const std::string& status)
 {
-    return whole_answer(status, status + "\n", true);
+    return make_answer(status, status + "\n", true);
 }
 
-std::string found_answer(std::string_view body, directory_fault fault)
+std::string make_success(std::string_view body, directory_fault fault)
 {
-    std::string answer = whole_answer("200 OK", body, fault != directory_fault::endless);
+    std::string answer = make_answer("200 OK", body, fault != directory_fault::endless);
     if (fault == directory_fault::no_header_end)
         answer.replace(answer.find(header_end), header_end.size(), "\r\n");
     return answer;
 }
 
-bool is_token(std::string_view text)
+bool is_method(std::string_view text)
 {
     return !text.empty() &&
            std::all_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
@@ -53,12 +53,12 @@ bool is_request_complete(std::string_view request)
 std::string directory_answer(std::string_view request, std::string_view body, directory_fault fault)
 {
     const auto words = split_fields(request.substr(0, request.find("\r\n")), ' ');
-    if (!is_request_complete(request) || words.size() != 3 || !is_token(words[0]) ||
+    if (!is_request_complete(request) || words.size() != 3 || !is_method(words[0]) ||
         !words[1].starts_with('/') || (words[2] != "HTTP/1.0" && words[2] != "HTTP/1.1"))
-        return refusal("400 Bad Request");
+        return make_refusal("400 Bad Request");
     if (words[0] != "GET")
-        return refusal("405 Method Not Allowed");
-    return words[1] == directory_path ? found_answer(body, fault) : refusal("404 Not Found");
+        return make_refusal("405 Method Not Allowed");
+    return words[1] == directory_path ? make_success(body, fault) : make_refusal("404 Not Found");
 }
 
 std::string own_directory_line(const server_options& options, std::uint16_t server_port)

@@ -13,12 +13,12 @@ namespace sim
 namespace
 {
 
-constexpr std::time_t seconds_between_past_messages = 60;
+constexpr std::time_t past_message_interval_s = 60;
 
-/// One of so many made-up messages is about an entry that was added, if there are any.
-constexpr std::size_t messages_for_a_feature = 3;
+/// One in this many generated messages is about an added entry, if there are any.
+constexpr std::size_t messages_per_feature = 3;
 
-std::size_t replay_limit(const server_options& options)
+std::size_t bound_replay_count(const server_options& options)
 {
     return std::min(options.replay_count, max_replay_count);
 }
@@ -29,14 +29,14 @@ feed::feed(const server_options& server, const reference_data& added)
     : options(server), reference(added), generator(server.seed)
 {
     const std::time_t now = std::time(nullptr);
-    for (std::size_t age = replay_limit(options); age > 0; --age) {
-        next_at(now - static_cast<std::time_t>(age) * seconds_between_past_messages);
+    for (std::size_t age = bound_replay_count(options); age > 0; --age) {
+        make_next(now - static_cast<std::time_t>(age) * past_message_interval_s);
     }
 }
 
 std::optional<feed_item> feed::next()
 {
-    return next_at(std::time(nullptr));
+    return make_next(std::time(nullptr));
 }
 
 std::optional<feed_item> feed::add(const std::string& xml)
@@ -58,13 +58,13 @@ const std::deque<feed_item>& feed::history() const
     return latest;
 }
 
-std::optional<feed_item> feed::next_at(std::time_t now)
+std::optional<feed_item> feed::make_next(std::time_t now)
 {
     if (!options.replay_documents.empty())
         return add(options.replay_documents[take_turn(options.replay_documents.size())]);
     if (!options.replay_messages.empty())
         return add(options.replay_messages[take_turn(options.replay_messages.size())]);
-    return add(next_generated(options.fixed_time.value_or(now)));
+    return add(generate(options.fixed_time.value_or(now)));
 }
 
 std::size_t feed::take_turn(std::size_t count)
@@ -74,11 +74,11 @@ std::size_t feed::take_turn(std::size_t count)
     return index;
 }
 
-transmission feed::next_generated(std::time_t now)
+transmission feed::generate(std::time_t now)
 {
     transmission message = generator.next(now);
     ++since_featured;
-    if (since_featured >= messages_for_a_feature && !message.flight_number.empty()) {
+    if (since_featured >= messages_per_feature && !message.flight_number.empty()) {
         feature_entry(message, reference, featured_so_far);
         since_featured = 0;
         ++featured_so_far;
@@ -91,10 +91,9 @@ std::optional<feed_item> feed::remember(const std::string& xml, transmission mes
     const auto made = options.compressed ? compressed_transmission(xml) : plain_transmission(xml);
     if (!made)
         return std::nullopt;
-    const feed_item item{std::make_shared<std::string>(encode_packet(*made)), is_uplink(xml),
-                         std::move(message)};
+    const feed_item item{encode_shared(*made), is_uplink(xml), std::move(message)};
     latest.push_back(item);
-    while (latest.size() > replay_limit(options)) {
+    while (latest.size() > bound_replay_count(options)) {
         latest.pop_front();
     }
     return item;

@@ -2,11 +2,10 @@
 #include "sim/json_file.hpp"
 
 #include "sim/limits.hpp"
-#include "sim/sockets.hpp"
+#include "sim/system_text.hpp"
 #include "sim/whole_file.hpp"
 
 #include <fcntl.h>
-#include <iterator>
 #include <sys/stat.h>
 #include <utility>
 
@@ -15,9 +14,9 @@ namespace sim
 namespace
 {
 
-/// A named pipe is opened for writing too: so it need not have a writer yet, and does not end when
-/// one leaves.
-int opening_flags(const std::string& path)
+/// A named pipe is opened for writing too. So opening it does not wait for a writer, and it does
+/// not end when a writer closes it.
+int choose_open_flags(const std::string& path)
 {
     struct stat about {
     };
@@ -25,13 +24,13 @@ int opening_flags(const std::string& path)
     return (pipe ? O_RDWR : O_RDONLY) | O_CLOEXEC;
 }
 
-unique_fd open_or_share(const std::string& path)
+unique_fd open_input(const std::string& path)
 {
     return unique_fd{path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                                 : open(path.c_str(), opening_flags(path))};
+                                 : open(path.c_str(), choose_open_flags(path))};
 }
 
-/// Whether something more may come, which can be waited for.
+/// Whether more may come, for which one can wait.
 bool is_live(int fd)
 {
     struct stat about {
@@ -53,8 +52,7 @@ json_file read_messages(unique_fd fd, const std::string& path, json_lines::compl
         return result;
     json_lines lines{std::move(complain)};
     result.messages = lines.take(file.text);
-    auto rest = lines.take_rest();
-    std::move(rest.begin(), rest.end(), std::back_inserter(result.messages));
+    append_messages(result.messages, lines.take_rest());
     if (result.messages.empty())
         result.error = path + ": holds no message";
     return result;
@@ -64,7 +62,7 @@ json_file read_messages(unique_fd fd, const std::string& path, json_lines::compl
 
 json_file open_json_file(const std::string& path, json_lines::complaint_taker complain)
 {
-    unique_fd fd = open_or_share(path);
+    unique_fd fd = open_input(path);
     if (!fd)
         return {{}, unique_fd{}, system_text(path)};
     if (is_live(fd.get()))

@@ -1,7 +1,7 @@
 // json_file.hpp - recorded or live JSON from a file, a pipe or standard input.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "sim/json_lines.hpp"
 #include "sim/transmission.hpp"
 
@@ -11,16 +11,16 @@
 namespace sim
 {
 
-/// A file's messages, or what to read them from while they come, or what is wrong.
+/// A file's messages, or a stream to read them from as they come, or an error.
 struct json_file {
-    std::vector<transmission> messages; ///< of a regular file: at least one
-    unique_fd stream;                   ///< of a pipe, socket or terminal: that, open
-    std::string error;                  ///< begins with the file's name; empty: all is well
+    std::vector<transmission> messages; ///< of a regular file; at least one
+    unique_fd stream;                   ///< a pipe, socket or terminal, open for reading
+    std::string error;                  ///< begins with the file's name; empty on success
 };
 
-/// Opens `path`, "-" being standard input. A regular file is read at once; broken lines of it are
-/// complained of and left out. One that cannot be opened, has more than max_json_file_bytes or
-/// holds no message is an error.
+/// Opens `path`; "-" stands for standard input. A regular file is read at once; `complain` gets its
+/// broken lines, which are left out. A file that cannot be opened, has more than
+/// max_json_file_bytes or contains no message is an error.
 json_file open_json_file(const std::string& path, json_lines::complaint_taker complain);
 
 } // namespace sim

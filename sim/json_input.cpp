@@ -3,10 +3,9 @@
 
 #include "sim/limits.hpp"
 #include "sim/sockets.hpp"
+#include "sim/system_text.hpp"
 
-#include <algorithm>
 #include <cerrno>
-#include <iterator>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -16,24 +15,19 @@ namespace sim
 namespace
 {
 
-void append(std::vector<transmission>& messages, std::vector<transmission> more)
-{
-    std::move(more.begin(), more.end(), std::back_inserter(messages));
-}
-
-/// A datagram ends its last line, whether a line feed does or not.
+/// The end of a datagram ends its last line, even without a line feed.
 std::vector<transmission> read_datagrams(json_input& input)
 {
     std::vector<transmission> messages;
     std::string block(max_json_line_bytes, '\0');
-    for (int i = 0; i < max_datagrams_a_turn; ++i) {
+    for (int i = 0; i < max_datagrams_per_turn; ++i) {
         const ssize_t count =
             recv(input.udp_socket.get(), block.data(), block.size(), MSG_DONTWAIT);
         if (count < 0)
             break;
-        append(messages, input.datagram_lines.take(
-                             std::string_view{block}.substr(0, static_cast<std::size_t>(count))));
-        append(messages, input.datagram_lines.take_rest());
+        append_messages(messages, input.datagram_lines.take(std::string_view{block}.substr(
+                                      0, static_cast<std::size_t>(count))));
+        append_messages(messages, input.datagram_lines.take_rest());
     }
     return messages;
 }
@@ -41,7 +35,7 @@ std::vector<transmission> read_datagrams(json_input& input)
 std::vector<transmission> read_stream(json_input& input, int epoll_fd)
 {
     char block[16384];
-    // It is ready, so that this does not wait, though the descriptor may be one that would.
+    // The descriptor may be a blocking one, but it is ready, so this does not wait.
     const ssize_t count = read(input.stream_fd, block, sizeof block);
     if (count > 0)
         return input.stream_lines.take({block, static_cast<std::size_t>(count)});

@@ -4,6 +4,7 @@
 #include "sim/json_message.hpp"
 #include "sim/limits.hpp"
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -26,8 +27,7 @@ std::vector<transmission> json_lines::take(std::string_view bytes)
         }
         if (line_end == std::string_view::npos)
             break;
-        auto of_line = take_rest();
-        std::move(of_line.begin(), of_line.end(), std::back_inserter(messages));
+        append_messages(messages, take_rest());
         bytes.remove_prefix(line_end + 1);
     }
     return messages;
@@ -35,14 +35,11 @@ std::vector<transmission> json_lines::take(std::string_view bytes)
 
 std::vector<transmission> json_lines::take_rest()
 {
-    std::vector<transmission> messages;
     const std::string line = std::exchange(waiting, {});
-    if (std::exchange(is_too_long, false)) {
-        complain_of("it is longer than " + std::to_string(max_json_line_bytes) + " bytes");
-    } else {
-        read_line(line, messages);
-    }
-    return messages;
+    if (!std::exchange(is_too_long, false))
+        return read_line(line);
+    complain_of("it is longer than " + std::to_string(max_json_line_bytes) + " bytes");
+    return {};
 }
 
 std::size_t json_lines::broken() const
@@ -50,14 +47,14 @@ std::size_t json_lines::broken() const
     return broken_lines;
 }
 
-void json_lines::read_line(std::string_view line, std::vector<transmission>& messages)
+std::vector<transmission> json_lines::read_line(std::string_view line)
 {
     if (line.find_first_not_of(" \t\r") == std::string_view::npos)
-        return;
+        return {};
     json_message read = read_json_message(line);
-    messages = std::move(read.parts);
     if (!read.error.empty())
         complain_of(read.error);
+    return std::move(read.parts);
 }
 
 void json_lines::complain_of(const std::string& error)
@@ -68,11 +65,16 @@ void json_lines::complain_of(const std::string& error)
         second_began = now;
         complaints = 0;
     }
-    if (!complain || complaints >= max_complaints_a_second)
+    if (!complain || complaints >= max_complaints_per_second)
         return;
     ++complaints;
     complain("dropped a line of JSON (number " + std::to_string(broken_lines) +
              " so far): " + error);
+}
+
+void append_messages(std::vector<transmission>& messages, std::vector<transmission> more)
+{
+    std::move(more.begin(), more.end(), std::back_inserter(messages));
 }
 
 } // namespace sim

@@ -15,8 +15,6 @@ namespace
 
 using nlohmann::json;
 
-constexpr double latest_time = 253402300799; ///< the end of the year 9999
-
 /// A member of an object that goes into a field of a message.
 struct json_member {
     const char* name;
@@ -45,7 +43,7 @@ constexpr json_member acars_members[] = {
     {"msg_text", &transmission::content},
 };
 
-const json* member_of(const json* object, const char* name)
+const json* find_member(const json* object, const char* name)
 {
     if (object == nullptr || !object->is_object())
         return nullptr;
@@ -53,7 +51,7 @@ const json* member_of(const json* object, const char* name)
     return found == object->end() ? nullptr : &*found;
 }
 
-std::string text_of(const json* value)
+std::string read_text(const json* value)
 {
     if (value == nullptr)
         return {};
@@ -62,12 +60,12 @@ std::string text_of(const json* value)
     return value->is_number_integer() ? value->dump() : std::string{};
 }
 
-std::time_t time_of(const json* value)
+std::time_t read_time(const json* value)
 {
     if (value == nullptr || !value->is_number())
         return 0;
     const auto seconds = value->get<double>();
-    return seconds >= 1 && seconds <= latest_time ? static_cast<std::time_t>(seconds) : 0;
+    return seconds >= 1 && seconds <= max_time_s ? static_cast<std::time_t>(seconds) : 0;
 }
 
 void trim(std::string& text)
@@ -77,25 +75,25 @@ void trim(std::string& text)
 }
 
 template <std::size_t count>
-transmission message_of(const json& object, const json_member (&members)[count])
+transmission read_members(const json& object, const json_member (&members)[count])
 {
     transmission message;
     for (const auto& member : members) {
-        message.*member.field = text_of(member_of(&object, member.name));
+        message.*member.field = read_text(find_member(&object, member.name));
     }
     return message;
 }
 
-/// The second character of labels such as "_d" is a delete character on the air.
-void name_delete_character(std::string& label)
+/// On the air, the second character of the label "_d" is a delete character.
+void replace_delete_character(std::string& label)
 {
     std::replace(label.begin(), label.end(), '\x7f', 'd');
 }
 
-/// Brings all fields into the form that clients can carry and cuts the content.
-json_message finished(transmission message)
+/// Converts all fields into the form that clients can carry, and cuts the content.
+json_message finish_message(transmission message)
 {
-    name_delete_character(message.label);
+    replace_delete_character(message.label);
     for (const auto field :
          {&transmission::mode, &transmission::label, &transmission::block_id,
           &transmission::registration, &transmission::flight_number, &transmission::message_number,
@@ -122,9 +120,9 @@ json_message read_flat(const json& object)
                     [&object](const json_member& member) { return object.contains(member.name); });
     if (!is_message)
         return {};
-    transmission message = message_of(object, flat_members);
-    message.time = time_of(member_of(&object, "timestamp"));
-    return finished(std::move(message));
+    transmission message = read_members(object, flat_members);
+    message.time = read_time(find_member(&object, "timestamp"));
+    return finish_message(std::move(message));
 }
 
 json_message read_frame(const json& frame, const json* acars)
@@ -133,19 +131,19 @@ json_message read_frame(const json& frame, const json* acars)
         return {};
     if (!acars->is_object())
         return {{}, "its acars member is no object"};
-    transmission message = message_of(*acars, acars_members);
-    message.message_number += text_of(member_of(acars, "msg_num_seq"));
-    message.time = time_of(member_of(member_of(&frame, "t"), "sec"));
-    return finished(std::move(message));
+    transmission message = read_members(*acars, acars_members);
+    message.message_number += read_text(find_member(acars, "msg_num_seq"));
+    message.time = read_time(find_member(find_member(&frame, "t"), "sec"));
+    return finish_message(std::move(message));
 }
 
 json_message read_object(const json& object)
 {
-    if (const json* const vdl2 = member_of(&object, "vdl2"))
-        return read_frame(*vdl2, member_of(member_of(vdl2, "avlc"), "acars"));
-    if (const json* const hfdl = member_of(&object, "hfdl")) {
-        const json* const packet = member_of(member_of(hfdl, "lpdu"), "hfnpdu");
-        return read_frame(*hfdl, member_of(packet, "acars"));
+    if (const json* const vdl2 = find_member(&object, "vdl2"))
+        return read_frame(*vdl2, find_member(find_member(vdl2, "avlc"), "acars"));
+    if (const json* const hfdl = find_member(&object, "hfdl")) {
+        const json* const packet = find_member(find_member(hfdl, "lpdu"), "hfnpdu");
+        return read_frame(*hfdl, find_member(packet, "acars"));
     }
     return read_flat(object);
 }

@@ -1,7 +1,7 @@
-// json_message.hpp - messages as today's receivers print them, one JSON object a line.
+// json_message.hpp - messages as today's receivers print them, one JSON object per line.
 //
-// Knows three forms: flat objects (VHF), and objects whose message is the "acars" member of a VDL2
-// or an HFDL frame. Whatever else they hold is ignored.
+// Knows three forms: flat objects (VHF), and the "acars" member of a VDL2 or an HFDL frame. All
+// other members are ignored.
 #pragma once
 
 #include "sim/transmission.hpp"
@@ -14,12 +14,12 @@ namespace sim
 {
 
 struct json_message {
-    std::vector<transmission> parts; ///< several of a long text; none when it is no message at all
-    std::string error;               ///< why the line is broken; empty: it is not
+    std::vector<transmission> parts; ///< several for a long text; none if the line has no message
+    std::string error;               ///< why the line is broken; empty if it is not
 };
 
-/// Reads one line. What is missing is empty in the parts, a time 0. Frames without a message, and
-/// objects without anything of one, have no parts and no error.
+/// Reads one line. In the parts a missing text is empty and a missing time is 0. A frame without a
+/// message, and an object with none of a message's members, give no parts and no error.
 json_message read_json_message(std::string_view line);
 
 } // namespace sim

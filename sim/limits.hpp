@@ -7,103 +7,104 @@
 namespace sim
 {
 
-/// Bytes before every payload.
+/// Size of the header before every payload.
 constexpr std::size_t header_bytes = 12;
 
-/// Most payload bytes of one packet, in both directions.
+/// Maximum payload of one packet, in both directions.
 constexpr std::size_t max_payload_bytes = 4096;
 
-/// Most bytes of a text payload: clients put a NUL behind it into a buffer of max_payload_bytes.
+/// Maximum length of a text payload: clients put it and a NUL into a buffer of max_payload_bytes.
 constexpr std::size_t max_text_bytes = max_payload_bytes - 1;
 
-/// First kind that carries binary data instead of text.
-constexpr unsigned first_binary_kind = 200;
-
-/// Most bytes of one run of text that the clients' document reader keeps.
+/// Maximum length of an element's text in the clients' document reader.
 constexpr std::size_t max_value_bytes = 511;
 
-/// Most bytes read from one client before the others get their turn.
-constexpr std::size_t max_read_bytes_a_turn = 16384;
+/// Maximum number of bytes read from one client before the others get their turn.
+constexpr std::size_t max_read_bytes_per_turn = 16384;
 
-/// Most packets that wait for one client besides its transmissions; the next ones are dropped.
+/// Maximum number of assured packets that wait for one client; further ones are dropped.
 constexpr std::size_t max_assured_packets = 1024;
 
-/// Most transmissions kept for replaying to new clients.
+/// Maximum number of transmissions kept for replay to new clients.
 constexpr std::size_t max_replay_count = 1000;
 
-/// Most transmissions generated at once when the loop comes late.
-constexpr int max_transmissions_a_turn = 100;
+/// Maximum number of transmissions generated at once when the loop is late.
+constexpr int max_transmissions_per_turn = 100;
 
-/// Most transmissions a minute.
-constexpr double max_rate_a_minute = 60000;
+/// Maximum number of transmissions a minute.
+constexpr double max_rate_per_minute = 60000;
 
-/// Milliseconds that a client gets to hang up after it was told of the end.
+/// How long a client that was told of the end may keep its connection open.
 constexpr int closing_grace_ms = 5000;
 
-/// Milliseconds to wait before accepting again when the system has no descriptor left.
+/// How long accepting rests when the system has no descriptor left.
 constexpr int accept_retry_ms = 200;
 
-/// Longest field of a service request, in bytes.
+/// Maximum length of a field of a service request.
 constexpr std::size_t max_field_bytes = 64;
 
-/// Most entries that clients may add to the reference data, pager lists and subscriptions during
-/// one connection, all taken together.
-constexpr std::size_t max_changes_a_client = 500;
+/// Maximum number of entries that a client may add during one connection: to the reference data,
+/// pager lists and subscriptions together.
+constexpr std::size_t max_changes_per_client = 500;
 
-/// Most entries of the reference data.
+/// Maximum number of entries of the reference data.
 constexpr std::size_t max_reference_entries = 2000;
 
-/// Most pager lists, and most entries of one. So many of the longest entries fill no packet.
+/// Maximum number of pager lists, and of entries in one of them. A full list of the longest entries
+/// still fits a packet.
 constexpr std::size_t max_pager_lists = 500;
 constexpr std::size_t max_pager_entries = 40;
 
-/// Longest registration, flight number or airport of a pager entry, in bytes.
+/// Maximum length of a registration, flight number or airport of a pager entry.
 constexpr std::size_t max_pager_field_bytes = 30;
 
-/// Most pager lists that one client is told the hits of.
-constexpr std::size_t max_pager_lists_a_client = 8;
+/// Maximum number of pager lists whose hits one client is told of.
+constexpr std::size_t max_pager_lists_per_client = 8;
 
-/// Most subscriptions of mailings.
+/// Maximum number of subscriptions to mailings.
 constexpr std::size_t max_subscriptions = 1000;
 
-/// Most messages that are kept for reports, and most bytes of their texts.
+/// Maximum number of messages that are kept for reports, and maximum total length of their texts.
 constexpr std::size_t max_archived_messages = 20000;
 constexpr std::size_t max_archived_bytes = std::size_t{16} * 1024 * 1024;
 
-/// Longest text of a report, in bytes.
+/// Maximum length of a report's text.
 constexpr std::size_t max_report_bytes = std::size_t{1024} * 1024;
 
-/// Most reports under way at the same time.
+/// Maximum number of reports under way at the same time.
 constexpr std::size_t max_reports_at_once = 8;
 
-/// Most connections to the directory at a time; further ones are hung up on.
+/// Maximum number of simultaneous connections to the directory; further ones are closed at once.
 constexpr std::size_t max_directory_connections = 64;
 
-/// Most bytes of a request to the directory.
+/// Maximum length of a request to the directory.
 constexpr std::size_t max_directory_request_bytes = 8192;
 
-/// Milliseconds that a client of the directory gets for its request, and again for the answer.
-constexpr int directory_ms = 30000;
+/// How long a client of the directory may take for its request, and again for the answer.
+constexpr int max_directory_ms = 30000;
 
-/// Most pieces of an answer sent before others get their turn.
-constexpr int max_directory_sends_a_turn = 64;
+/// Maximum number of pieces of an answer that are sent before others get their turn.
+constexpr int max_directory_sends_per_turn = 64;
 
-/// Largest directory, in bytes.
+/// Maximum size of a directory's file.
 constexpr std::size_t max_directory_bytes = std::size_t{64} * 1024 * 1024;
 
-/// Longest line of JSON, in bytes; no datagram is longer.
+/// The latest time of a message, in seconds since the epoch: the end of the year 9999.
+constexpr double max_time_s = 253402300799;
+
+/// Maximum length of a line of JSON; no datagram is longer.
 constexpr std::size_t max_json_line_bytes = 65536;
 
-/// Most datagrams read before others get their turn.
-constexpr int max_datagrams_a_turn = 16;
+/// Maximum number of datagrams that are read before others get their turn.
+constexpr int max_datagrams_per_turn = 16;
 
-/// Most texts about broken lines a second; the lines are counted all the same.
-constexpr int max_complaints_a_second = 10;
+/// Maximum number of texts about broken lines a second. All broken lines are counted.
+constexpr int max_complaints_per_second = 10;
 
-/// Largest file of JSON lines, in bytes.
+/// Maximum size of a file of JSON lines.
 constexpr std::size_t max_json_file_bytes = std::size_t{64} * 1024 * 1024;
 
-/// Largest replay file, in bytes.
+/// Maximum size of a replay file.
 constexpr std::size_t max_replay_file_bytes = std::size_t{16} * 1024 * 1024;
 
 } // namespace sim

@@ -1,6 +1,6 @@
 // main.cpp - tovriksim, the practice server as a program.
 //
-// Owns the start and the end by signal; everything else is the library's.
+// Owns the start, and the end by a signal. The library does everything else.
 #include "sim/command_line.hpp"
 #include "sim/practice_server.hpp"
 
@@ -18,13 +18,14 @@ int serve(sim::server_options options)
     sigemptyset(&ends);
     sigaddset(&ends, SIGINT);
     sigaddset(&ends, SIGTERM);
-    // From before the ready line on, so that whoever has read it can end the server in order.
+    // Blocked before the ready line is printed: from that line on, a signal ends the server in
+    // order.
     sigprocmask(SIG_BLOCK, &ends, nullptr);
 
     const std::string address = options.bind_address;
     sim::practice_server server{std::move(options)};
     if (!server.start())
-        return failed(server.error(), status_failed);
+        return report_failure(server.error(), status_failed);
     std::printf("tovriksim: listening on %s:%u\n", address.c_str(), unsigned{server.port()});
     if (server.directory_port() != 0)
         std::printf("tovriksim: directory on %s:%u\n", address.c_str(),
@@ -54,6 +55,6 @@ int main(int argc, char** argv)
     try {
         return run(argc, argv);
     } catch (const std::exception& failure) {
-        return failed(failure.what(), status_failed);
+        return report_failure(failure.what(), status_failed);
     }
 }

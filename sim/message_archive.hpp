@@ -1,7 +1,7 @@
 // message_archive.hpp - the messages that a server has sent, for the reports of a day.
 //
-// Owns their texts, as a report shows them, and the report itself. Compressing and sending it is
-// the business of the report requests.
+// Owns their texts, as a report shows them, and makes the report. report_requests compresses and
+// sends it.
 #pragma once
 
 #include "sim/reference_data.hpp"
@@ -22,7 +22,8 @@ struct calendar_day {
     bool operator==(const calendar_day&) const = default;
 };
 
-/// The day of a moment in this machine's time zone; a day 0 when it lies beyond all calendars.
+/// The day of a moment in this machine's time zone; its `day` is 0 if the system has no date for
+/// it.
 calendar_day local_day(std::time_t time);
 
 /// The day of a moment in UTC, as messages are dated.
@@ -31,13 +32,13 @@ calendar_day utc_day(std::time_t time);
 class message_archive
 {
 public:
-    /// Keeps a message that is sent now. Airports that have been added are named. The oldest ones
-    /// beyond max_archived_messages and max_archived_bytes are dropped.
+    /// Keeps a message that is sent now, with the names of its airports from `reference`. The
+    /// oldest messages beyond max_archived_messages and max_archived_bytes are dropped.
     void add(const transmission& message, std::time_t now, const reference_data& reference);
 
-    /// The report of a day: its messages are those that were sent on it in this machine's time
-    /// zone, and those that are dated with it. Empty when there are none; of more than
-    /// max_report_bytes, the latest messages.
+    /// The report of a day: the messages that were sent on that day in this machine's time zone,
+    /// and those that are dated with it. Empty if there are none. If their texts have more than
+    /// max_report_bytes, only the latest are shown.
     std::string report_of(calendar_day day, const std::string& server_name) const;
 
     std::size_t size() const;

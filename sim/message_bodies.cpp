@@ -1,9 +1,9 @@
 // message_bodies.cpp - see message_bodies.hpp.
 //
-// Messages are texts with places in braces, filled from left to right, so that a seed gives the
-// same message whatever compiler built this: {flight} {from} {to} from the subject; {utc} and
-// {utc+9} the time of day, so many minutes later; {fix} a waypoint; {letter}; and {00-59} a number
-// of that range, as wide as its first one.
+// Messages are texts with places in braces. They are filled from left to right, so that a seed
+// gives the same message with every compiler: {flight}, {from} and {to} from the subject; {utc} the
+// time of day, {utc+9} nine minutes later; {fix} a waypoint; {letter} a letter from A to F; {00-59}
+// a number of that range, with as many digits as its lower bound.
 #include "sim/message_bodies.hpp"
 
 #include <charconv>
@@ -17,7 +17,7 @@ namespace
 
 struct body_form {
     const char* label;
-    unsigned weight; ///< how often it is heard, against the others
+    unsigned weight; ///< how often it is heard, relative to the others
     std::string_view text;
 };
 
@@ -76,27 +76,26 @@ constexpr body_form uplink_forms[] = {
 constexpr std::string_view waypoints[] = {"KONAN", "DOVER", "LAMSO", "REDFA", "BOMBI", "SUMUM",
                                           "TINIL", "RIMET", "OKTOK", "GOLES", "ERNAS", "NATEB"};
 
-unsigned number_of(std::string_view text)
+unsigned parse_number(std::string_view text)
 {
     unsigned number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
 }
 
-std::string padded(unsigned number, std::size_t width)
+std::string pad_number(unsigned number, std::size_t width)
 {
     std::string text = std::to_string(number);
     return std::string(width > text.size() ? width - text.size() : 0, '0') + text;
 }
 
-std::string clock_text(unsigned minute)
+std::string format_time(unsigned minute)
 {
-    return padded(minute / 60 % 24, 2) + padded(minute % 60, 2);
+    return pad_number(minute / 60 % 24, 2) + pad_number(minute % 60, 2);
 }
 
-/// What stands at the place `name`, which was written between braces.
-std::string filled_place(std::string_view name, random_source& random,
-                         const message_subject& subject)
+/// The text for the place that is called `name`.
+std::string fill_place(std::string_view name, random_source& random, const message_subject& subject)
 {
     if (name == "flight")
         return subject.flight_number;
@@ -109,25 +108,27 @@ std::string filled_place(std::string_view name, random_source& random,
     if (name == "letter")
         return std::string(1, static_cast<char>('A' + random.below(6)));
     if (name.starts_with("utc"))
-        return clock_text(subject.minute + (name.size() > 4 ? number_of(name.substr(4)) : 0));
+        return format_time(subject.minute + (name.size() > 4 ? parse_number(name.substr(4)) : 0));
     const auto dash = name.find('-');
-    return padded(random.between(number_of(name), number_of(name.substr(dash + 1))), dash);
+    return pad_number(random.between(parse_number(name), parse_number(name.substr(dash + 1))),
+                      dash);
 }
 
-std::string filled(std::string_view text, random_source& random, const message_subject& subject)
+std::string fill_places(std::string_view text, random_source& random,
+                        const message_subject& subject)
 {
     std::string content;
     for (auto open = text.find('{'); open != std::string_view::npos; open = text.find('{')) {
         const auto close = text.find('}', open);
         content += text.substr(0, open);
-        content += filled_place(text.substr(open + 1, close - open - 1), random, subject);
+        content += fill_place(text.substr(open + 1, close - open - 1), random, subject);
         text.remove_prefix(close + 1);
     }
     return content.append(text);
 }
 
-message_body body_of_one(std::span<const body_form> forms, random_source& random,
-                         const message_subject& subject)
+message_body make_body(std::span<const body_form> forms, random_source& random,
+                       const message_subject& subject)
 {
     unsigned total = 0;
     for (const auto& form : forms) {
@@ -139,19 +140,19 @@ message_body body_of_one(std::span<const body_form> forms, random_source& random
         left -= chosen->weight;
         ++chosen;
     }
-    return {chosen->label, filled(chosen->text, random, subject)};
+    return {chosen->label, fill_places(chosen->text, random, subject)};
 }
 
 } // namespace
 
 message_body downlink_body(random_source& random, const message_subject& subject)
 {
-    return body_of_one(downlink_forms, random, subject);
+    return make_body(downlink_forms, random, subject);
 }
 
 message_body uplink_body(random_source& random, const message_subject& subject)
 {
-    return body_of_one(uplink_forms, random, subject);
+    return make_body(uplink_forms, random, subject);
 }
 
 } // namespace sim

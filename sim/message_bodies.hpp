@@ -18,13 +18,13 @@ struct message_subject {
 
 struct message_body {
     const char* label;
-    std::string content; ///< empty: a message that is its label only
+    std::string content; ///< empty: the label says it all
 };
 
-/// A believable message from an aircraft.
+/// A plausible message from an aircraft.
 message_body downlink_body(random_source& random, const message_subject& subject);
 
-/// A believable message from the ground.
+/// A plausible message from the ground.
 message_body uplink_body(random_source& random, const message_subject& subject);
 
 } // namespace sim

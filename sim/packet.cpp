@@ -12,8 +12,15 @@ namespace sim
 namespace
 {
 
-/// A reader unpacks into this many bytes for each unit of the size hint.
-constexpr std::size_t bytes_a_hint = 4;
+/// Size of a reader's decompression buffer for each unit of the size hint.
+constexpr std::size_t bytes_per_hint = 4;
+
+/// Positions of the fields in a header.
+constexpr std::size_t kind_at = 0;
+constexpr std::size_t length_at = 4;
+constexpr std::size_t extra_at = 6;
+constexpr std::size_t param1_at = 8;
+constexpr std::size_t param2_at = 10;
 
 template <typename number> void append_number(std::string& bytes, number value)
 {
@@ -22,7 +29,7 @@ template <typename number> void append_number(std::string& bytes, number value)
     }
 }
 
-template <typename number> number number_at(std::string_view bytes, std::size_t position)
+template <typename number> number read_number(std::string_view bytes, std::size_t position)
 {
     std::uint64_t value = 0;
     for (std::size_t i = sizeof(number); i-- > 0;) {
@@ -49,11 +56,11 @@ std::string encode_packet(const packet& sent)
 
 wire_header decode_header(std::string_view bytes)
 {
-    return {.kind = number_at<std::uint32_t>(bytes, 0),
-            .length = number_at<std::uint16_t>(bytes, 4),
-            .extra = number_at<std::uint16_t>(bytes, 6),
-            .param1 = number_at<std::uint16_t>(bytes, 8),
-            .param2 = number_at<std::uint16_t>(bytes, 10)};
+    return {.kind = read_number<std::uint32_t>(bytes, kind_at),
+            .length = read_number<std::uint16_t>(bytes, length_at),
+            .extra = read_number<std::uint16_t>(bytes, extra_at),
+            .param1 = read_number<std::uint16_t>(bytes, param1_at),
+            .param2 = read_number<std::uint16_t>(bytes, param2_at)};
 }
 
 packet replay_announcement_packet(std::uint32_t count)
@@ -73,7 +80,7 @@ std::optional<packet> plain_transmission(std::string_view xml)
 
 std::optional<packet> compressed_transmission(std::string_view xml)
 {
-    const std::size_t hint = xml.size() / bytes_a_hint + 1;
+    const std::size_t hint = xml.size() / bytes_per_hint + 1;
     if (xml.empty() || hint > std::numeric_limits<std::uint16_t>::max())
         return std::nullopt;
     std::string compressed = zlib_bytes(xml);

@@ -1,4 +1,5 @@
-// packet.hpp - the unit of the protocol: 12 header bytes, little-endian, and up to 4096 of payload.
+// packet.hpp - the unit of the protocol: a header of 12 bytes, little-endian, and up to 4096 bytes
+// of payload.
 //
 // Owns the wire layout and the numbers of the kinds that this server knows; sends nothing.
 #pragma once
@@ -65,8 +66,8 @@ constexpr std::uint32_t compressed_transmission = 204;
 constexpr std::uint32_t report_piece = 205;
 } // namespace kind
 
-/// One packet. `extra` is the size hint of a compressed payload and 0 elsewhere. Clients discard a
-/// packet without payload unread, so one that is to be noticed carries at least a byte.
+/// One packet. `extra` is the size hint of a compressed payload and 0 in all others. Clients drop a
+/// packet without a payload unread, so a packet must have at least one byte to be noticed.
 struct packet {
     std::uint32_t kind = 0;
     std::string payload = {};
@@ -84,21 +85,21 @@ struct wire_header {
     std::uint16_t param2;
 };
 
-/// Header and payload as they go over the wire; a payload is cut at max_payload_bytes.
+/// Header and payload as they go over the wire. The payload is cut at max_payload_bytes.
 std::string encode_packet(const packet& sent);
 
-/// Reads the first header_bytes of `bytes`, which must hold that many.
+/// Reads a header from the start of `bytes`, which must have at least header_bytes.
 wire_header decode_header(std::string_view bytes);
 
-/// The packet of kind 27: `count` is split over both parameters, the low 16 bits first.
+/// The packet of kind 27. `count` is split over both parameters, the low 16 bits first.
 packet replay_announcement_packet(std::uint32_t count);
 
-/// `xml` as a plain transmission. Nothing when it is empty or longer than max_text_bytes.
+/// `xml` as a plain transmission. Nothing if it is empty or longer than max_text_bytes.
 std::optional<packet> plain_transmission(std::string_view xml);
 
-/// `xml` as a compressed transmission, with a size hint that leaves the reader room for a
-/// terminator. Nothing when `xml` is empty, compresses to more than max_payload_bytes or is too
-/// large for the hint.
+/// `xml` as a compressed transmission. Its size hint counts a terminator for the reader's buffer.
+/// Nothing if `xml` is empty, compresses to more than max_payload_bytes or is too large for the
+/// hint.
 std::optional<packet> compressed_transmission(std::string_view xml);
 
 } // namespace sim

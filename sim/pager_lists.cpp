@@ -17,30 +17,30 @@ constexpr char empty_field = '^';
 static_assert(max_pager_entries * (3 * max_pager_field_bytes + 3) <= max_text_bytes,
               "the longest list fits one packet");
 
-bool can_be_listed(const std::string& field)
+bool is_listable(const std::string& field)
 {
     return is_clean_field(field, max_pager_field_bytes) &&
            field.find(record_separator) == std::string::npos && !field.starts_with(empty_field);
 }
 
-bool is_possible(const pager_entry& entry)
+bool is_valid(const pager_entry& entry)
 {
     const bool says_something =
         !entry.registration.empty() || !entry.flight_number.empty() || !entry.destination.empty();
-    return says_something && can_be_listed(entry.registration) &&
-           can_be_listed(entry.flight_number) && can_be_listed(entry.destination);
+    return says_something && is_listable(entry.registration) && is_listable(entry.flight_number) &&
+           is_listable(entry.destination);
 }
 
-bool flight_matches(const std::string& pattern, const std::string& flight_number)
+bool matches_flight(const std::string& pattern, const std::string& flight_number)
 {
     return wildcard_match(pattern, flight_number) ||
            wildcard_match(flight_key(pattern), flight_key(flight_number));
 }
 
-bool entry_matches(const pager_entry& pattern, const pager_entry& entry)
+bool matches_entry(const pager_entry& pattern, const pager_entry& entry)
 {
     return wildcard_match(pattern.registration, entry.registration) &&
-           flight_matches(pattern.flight_number, entry.flight_number) &&
+           matches_flight(pattern.flight_number, entry.flight_number) &&
            wildcard_match(pattern.destination, entry.destination);
 }
 
@@ -49,11 +49,11 @@ bool is_about(const pager_entry& entry, const transmission& message)
     return (entry.registration.empty() ||
             wildcard_match(entry.registration, message.registration)) &&
            (entry.flight_number.empty() ||
-            flight_matches(entry.flight_number, message.flight_number)) &&
+            matches_flight(entry.flight_number, message.flight_number)) &&
            (entry.destination.empty() || wildcard_match(entry.destination, message.to));
 }
 
-std::string listed(const std::string& field)
+std::string encode_field(const std::string& field)
 {
     return field.empty() ? std::string(1, empty_field) : field;
 }
@@ -62,7 +62,7 @@ std::string listed(const std::string& field)
 
 bool pager_lists::add(const pager_owner& owner, const pager_entry& entry)
 {
-    if (!is_possible(entry))
+    if (!is_valid(entry))
         return false;
     const auto found = lists.find(owner);
     if (found == lists.end()) {
@@ -86,7 +86,7 @@ std::size_t pager_lists::remove(const pager_owner& owner, const pager_entry& pat
     if (found == lists.end())
         return 0;
     const std::size_t count = std::erase_if(found->second, [&pattern](const pager_entry& entry) {
-        return entry_matches(pattern, entry);
+        return matches_entry(pattern, entry);
     });
     if (found->second.empty())
         lists.erase(found);
@@ -120,8 +120,8 @@ std::string pager_list_text(const std::vector<pager_entry>& entries)
     for (const auto& entry : entries) {
         if (!text.empty())
             text += record_separator;
-        text += listed(entry.registration) + "\t" + listed(entry.destination) + "\t" +
-                listed(entry.flight_number);
+        text += encode_field(entry.registration) + "\t" + encode_field(entry.destination) + "\t" +
+                encode_field(entry.flight_number);
     }
     return text;
 }

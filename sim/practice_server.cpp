@@ -1,7 +1,7 @@
 // practice_server.cpp - see practice_server.hpp.
 //
-// One mutex guards everything; the loop lets go of it only while it waits for events. So commands
-// act at once, and a byte in the wake-up descriptor makes the loop look at what they left to do.
+// One mutex guards everything. The loop releases it only while it waits for events, so commands act
+// at once; they write to the wake-up descriptor, and the loop does what is left to do.
 #include "sim/practice_server.hpp"
 
 #include "sim/server_core.hpp"
@@ -24,8 +24,8 @@ struct practice_server::implementation {
     const server_options options;
 
     mutable std::mutex lock;
-    std::condition_variable changed;   ///< the record grew, or the number of clients changed
-    std::unique_ptr<server_core> core; ///< none while the server does not run
+    std::condition_variable changed;   ///< the record or the number of clients may have changed
+    std::unique_ptr<server_core> core; ///< null while the server is not running
     std::deque<received_packet> record;
     std::string error;
     bool stopping = false;
@@ -72,7 +72,8 @@ void practice_server::implementation::wake() const
     eventfd_write(core->wake.get(), 1);
 }
 
-/// The thread inherits the signal mask of its maker: signals are the program's business.
+/// Signals are for the program, so all are blocked while the thread is created: it inherits the
+/// mask.
 bool practice_server::implementation::start_thread()
 {
     sigset_t all;
@@ -145,13 +146,13 @@ std::string practice_server::error() const
 std::uint16_t practice_server::port() const
 {
     const std::lock_guard held{inside->lock};
-    return inside->core ? inside->core->port : std::uint16_t{0};
+    return inside->core ? inside->core->listener.port : std::uint16_t{0};
 }
 
 std::uint16_t practice_server::directory_port() const
 {
     const std::lock_guard held{inside->lock};
-    return inside->core ? inside->core->directory.port : std::uint16_t{0};
+    return inside->core ? inside->core->directory.listener.port : std::uint16_t{0};
 }
 
 bool practice_server::push_transmission(std::string_view xml)

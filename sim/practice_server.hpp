@@ -1,7 +1,7 @@
 // practice_server.hpp - a small, honest server of the client's protocol, inside this process.
 //
-// Owns the server's thread, and a record of what clients said. All functions but the constructor
-// and destructor may be called from any thread, before, while and after the server runs.
+// Owns the server's thread and a record of what clients sent. All functions but the constructor and
+// destructor may be called from any thread, whether the server runs or not.
 #pragma once
 
 #include "sim/options.hpp"
@@ -32,66 +32,66 @@ struct received_packet {
 class practice_server
 {
 public:
-    /// Opens nothing yet. Options beyond their documented bounds are taken as the bound.
+    /// Opens nothing yet. An option beyond its documented bound counts as the bound.
     explicit practice_server(server_options options = {});
     ~practice_server();
     practice_server(const practice_server&) = delete;
     practice_server& operator=(const practice_server&) = delete;
 
-    /// Listens, and serves in a thread of its own, where all signals are blocked. True at once when
-    /// running already; false, with the reason in error(), when the sockets cannot be had.
+    /// Listens, and serves in a thread of its own, in which all signals are blocked. True at once
+    /// if the server is already running; false, with the reason in error(), if it cannot start.
     bool start();
 
-    /// Hangs up on all clients without a word and ends the thread. The record stays; start() begins
-    /// afresh, with port 0 on another port.
+    /// Closes all connections without a packet and ends the thread. The record is kept, all else is
+    /// forgotten. With port 0 in the options, the next start() may choose another port.
     void stop();
 
-    /// Why the last start() failed; empty after one that did not.
+    /// Why the last start() failed; empty if it did not.
     std::string error() const;
 
-    /// The port that the server listens on; 0 while it does not run.
+    /// The port that the server listens on; 0 while it is not running.
     std::uint16_t port() const;
 
-    /// The port of its directory; 0 without one and while the server does not run.
+    /// The port of its directory; 0 without a directory and while the server is not running.
     std::uint16_t directory_port() const;
 
-    /// Sends a document to all clients that get transmissions, after those that wait already, and
-    /// keeps it for replaying. False when it does not fit a packet or the server does not run.
+    /// Queues a document for all admitted clients, after the transmissions that wait, and keeps it
+    /// for replay. False if it does not fit a packet or the server is not running.
     bool push_transmission(std::string_view xml);
 
-    /// Takes lines of JSON as a datagram brings them. The number of transmissions that were made of
-    /// them; 0 when the server does not run.
+    /// Takes lines of JSON as if a datagram brought them. Returns the number of transmissions that
+    /// they gave; 0 if the server is not running.
     std::size_t push_json(std::string_view lines);
 
-    /// The port that it takes datagrams of JSON on; 0 without one and while it does not run.
+    /// The port on which it receives JSON; 0 without such a port and while it is not running.
     std::uint16_t json_port() const;
 
-    /// Broken lines of JSON since the start, those of recorded files not counted.
+    /// The number of broken lines of JSON since the start, without those of recorded files.
     std::size_t broken_json_lines() const;
 
-    /// Sends any packet to all clients, before the transmissions that wait. The number of clients
-    /// that it was queued for; too long a payload is cut.
+    /// Queues any packet for all clients, before the transmissions that wait. A payload that is too
+    /// long is cut. Returns the number of clients that it was queued for.
     std::size_t push_packet(const packet& sent);
 
-    /// Ends all connections with a packet of kind 3, 100 or 102, ahead of all that waits.
-    /// The number of clients told.
+    /// Ends all connections with a packet of kind 3, 100 or 102; packets that wait are dropped.
+    /// Returns the number of clients that are told.
     std::size_t close_clients(std::uint32_t close_kind = kind::closing);
 
-    /// Hangs up on all clients without a word. Their number.
+    /// Closes all connections without a packet. Returns their number.
     std::size_t drop_clients();
 
-    /// Clients that are connected and have not been told of the end.
+    /// The number of clients that are connected and have not been told of the end.
     std::size_t client_count() const;
 
-    /// Waits until client_count() is `count`; false when it is not within `limit`.
+    /// Waits until client_count() is `count`. False if that does not happen within `limit`.
     bool wait_for_clients(std::size_t count, std::chrono::milliseconds limit);
 
-    /// What clients have sent since the last forget_packets(), oldest first; of more than
-    /// record_limit packets the latest.
+    /// What clients have sent since the last forget_packets(), oldest first; at most the latest
+    /// record_limit packets.
     std::vector<received_packet> packets() const;
 
     /// Waits until clients have sent `nth` packets of `packet_kind` since the last
-    /// forget_packets(). The last of these, or nothing when it does not come within `limit`.
+    /// forget_packets(). Returns the last of these; nothing if it does not come within `limit`.
     std::optional<received_packet> wait_for_packet(std::uint32_t packet_kind,
                                                    std::chrono::milliseconds limit,
                                                    std::size_t nth = 1);

@@ -1,14 +1,26 @@
-// random_source.hpp - numbers that look random and are the same everywhere for the same seed.
+// random_source.hpp - numbers that look random and depend only on their seed.
 //
-// The library's distributions may differ between systems; saved screens and tests must not.
+// The distributions of the standard library may differ between systems; saved screens and tests
+// must not.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace sim
 {
+
+/// A seed made of `text` and `first`, the same at every start.
+constexpr std::uint64_t make_seed(std::string_view text, std::uint64_t first = 0)
+{
+    constexpr std::uint64_t factor = 31;
+    for (const char c : text) {
+        first = first * factor + static_cast<unsigned char>(c);
+    }
+    return first;
+}
 
 /// The SplitMix64 sequence of a seed.
 class random_source
@@ -44,7 +56,7 @@ public:
         return below(100) < percent;
     }
 
-    /// One of `choices`, which are not empty.
+    /// One of `choices`, which must not be empty.
     template <typename choice> const choice& one_of(std::span<const choice> choices)
     {
         return choices[static_cast<std::size_t>(next() % choices.size())];

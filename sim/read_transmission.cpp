@@ -33,9 +33,9 @@ constexpr text_place text_places[] = {
 struct date_place {
     const char* path;
     int std::tm::*number;
-    int offset; ///< from what is written to what the record holds
-    int least;
-    int most;
+    int offset; ///< from the written number to that of std::tm
+    int min;
+    int max;
 };
 
 constexpr date_place date_places[] = {
@@ -46,20 +46,20 @@ constexpr date_place date_places[] = {
     {"tovrik/ACARS/MessageDate/Minute", &std::tm::tm_min, 0, 0, 59},
 };
 
-std::string_view text_at(const xml_node* document, const char* path)
+std::string_view read_text(const xml_node* document, const char* path)
 {
     const char* const text = xml_get(document, path, false, false);
     return text != nullptr ? text : std::string_view{};
 }
 
-std::time_t time_of(const xml_node* document)
+std::time_t read_time(const xml_node* document)
 {
     std::tm utc{};
     for (const auto& place : date_places) {
-        const std::string_view text = text_at(document, place.path);
-        int number = place.least - 1;
+        const std::string_view text = read_text(document, place.path);
+        int number = place.min - 1;
         std::from_chars(text.data(), text.data() + text.size(), number);
-        if (number < place.least || number > place.most)
+        if (number < place.min || number > place.max)
             return 0;
         utc.*place.number = number + place.offset;
     }
@@ -73,9 +73,9 @@ transmission read_transmission(const std::string& xml)
     const xml_document document{xml_parse(xml.c_str())};
     transmission message;
     for (const auto& place : text_places) {
-        message.*place.text = text_at(document.get(), place.path);
+        message.*place.text = read_text(document.get(), place.path);
     }
-    message.time = time_of(document.get());
+    message.time = read_time(document.get());
     return message;
 }
 

@@ -1,4 +1,4 @@
-// read_transmission.hpp - a message back from its document, whoever wrote that.
+// read_transmission.hpp - reads a message back from its document.
 #pragma once
 
 #include "sim/transmission.hpp"
@@ -8,8 +8,8 @@
 namespace sim
 {
 
-/// What a document says, as a client would read it. What it does not say is empty; so is the time,
-/// 0, when the date is missing or makes no sense.
+/// What a document says, as a client would read it. A missing text is empty. The time is 0 if the
+/// date is missing or impossible.
 transmission read_transmission(const std::string& xml);
 
 } // namespace sim

@@ -16,7 +16,7 @@ namespace
 struct update_form {
     std::uint32_t kind;
     std::size_t field_count;
-    std::size_t required_count; ///< so many of the first ones must not be empty
+    std::size_t required_count; ///< the first ones, which must not be empty
 };
 
 constexpr update_form update_forms[] = {
@@ -24,21 +24,18 @@ constexpr update_form update_forms[] = {
     {kind::add_airport, 2, 2}, {kind::add_label, 2, 2},
 };
 
-const update_form* form_of(std::uint32_t kind)
+const update_form* find_form(std::uint32_t kind)
 {
-    const auto* const found =
-        std::find_if(std::begin(update_forms), std::end(update_forms),
-                     [kind](const update_form& form) { return form.kind == kind; });
+    const auto* const found = std::ranges::find(update_forms, kind, &update_form::kind);
     return found == std::end(update_forms) ? nullptr : found;
 }
 
-bool are_days(std::string_view days)
+bool is_day_mask(std::string_view days)
 {
-    constexpr std::size_t days_a_week = 7;
-    return days.size() == days_a_week && days.find_first_not_of("Xx-") == std::string_view::npos;
+    return days.size() == days_per_week && days.find_first_not_of("Xx-") == std::string_view::npos;
 }
 
-bool is_right(const update_form& form, const std::vector<std::string_view>& fields)
+bool is_valid(const update_form& form, const std::vector<std::string_view>& fields)
 {
     if (fields.size() != form.field_count)
         return false;
@@ -48,25 +45,25 @@ bool is_right(const update_form& form, const std::vector<std::string_view>& fiel
         if (i < form.required_count && fields[i].find_first_not_of(' ') == std::string_view::npos)
             return false;
     }
-    return form.kind != kind::add_flight || are_days(fields[flight_field::days]);
+    return form.kind != kind::add_flight || is_day_mask(fields[flight_field::days]);
 }
 
 } // namespace
 
-reference_data::entry_key reference_data::key_of(std::uint32_t kind, std::string_view name)
+reference_data::entry_key reference_data::make_key(std::uint32_t kind, std::string_view name)
 {
     return {kind, kind == kind::add_flight ? flight_key(name) : upper_case(name)};
 }
 
 bool reference_data::add(std::uint32_t kind, std::string_view text)
 {
-    const update_form* const form = form_of(kind);
+    const update_form* const form = find_form(kind);
     if (form == nullptr)
         return false;
     const auto fields = split_fields(text, '\t');
-    if (!is_right(*form, fields))
+    if (!is_valid(*form, fields))
         return false;
-    entry_key key = key_of(kind, fields.front());
+    entry_key key = make_key(kind, fields.front());
     if (added.size() >= max_reference_entries && !added.contains(key))
         return false;
     added[std::move(key)] = {kind, {fields.begin(), fields.end()}};
@@ -75,7 +72,7 @@ bool reference_data::add(std::uint32_t kind, std::string_view text)
 
 const reference_entry* reference_data::find(std::uint32_t kind, std::string_view name) const
 {
-    const auto found = added.find(key_of(kind, name));
+    const auto found = added.find(make_key(kind, name));
     return found == added.end() ? nullptr : &found->second;
 }
 

@@ -13,34 +13,33 @@ namespace sim
 namespace
 {
 
-constexpr std::size_t code_lengths[] = {3, 2}; ///< of airlines: ICAO's, then IATA's
+constexpr std::size_t code_lengths[] = {3, min_airline_code_length}; ///< ICAO's, then IATA's
 
-/// The part of a flight number that names the airline, if it is so long; else nothing.
-std::string_view airline_code(std::string_view flight_number, std::size_t length)
+/// The airline code of a flight number, if it has this length; otherwise nothing.
+std::string_view extract_airline_code(std::string_view flight_number, std::size_t length)
 {
     if (flight_number.size() <= length || !is_digit(flight_number[length]))
         return {};
     return flight_number.substr(0, length);
 }
 
-const reference_entry* airline_of(std::string_view flight_number, const reference_data& reference)
+const reference_entry* find_airline(std::string_view flight_number, const reference_data& reference)
 {
     for (const std::size_t length : code_lengths) {
         if (const auto* const found =
-                reference.find(kind::add_airline, airline_code(flight_number, length)))
+                reference.find(kind::add_airline, extract_airline_code(flight_number, length)))
             return found;
     }
     return nullptr;
 }
 
-/// The name of the airline with a code, added or known before; empty when it is unknown.
-std::string airline_name(std::string_view code, const reference_data& reference)
+/// The name of the airline with a code, added or built in; empty if there is none.
+std::string find_airline_name(std::string_view code, const reference_data& reference)
 {
     if (const auto* const added = reference.find(kind::add_airline, code))
         return added->fields[airline_field::name];
     const auto known = airlines();
-    const auto found = std::find_if(known.begin(), known.end(),
-                                    [code](const airline& row) { return row.code == code; });
+    const auto found = std::ranges::find(known, code, &airline::code);
     return found == known.end() ? "" : found->name;
 }
 
@@ -49,9 +48,10 @@ bool flies_on(const reference_entry& flight, std::time_t time)
     std::tm utc{};
     if (gmtime_r(&time, &utc) == nullptr)
         return false;
-    constexpr int days_a_week = 7;
-    const int from_monday = (utc.tm_wday + days_a_week - 1) % days_a_week;
-    return flight.fields[flight_field::days][static_cast<std::size_t>(from_monday)] != '-';
+    // tm_wday counts from Sunday, the flight's days from Monday.
+    const std::size_t day =
+        (static_cast<std::size_t>(utc.tm_wday) + days_per_week - 1) % days_per_week;
+    return flight.fields[flight_field::days][day] != '-';
 }
 
 void apply_routing(transmission& message, const reference_entry& flight)
@@ -67,7 +67,7 @@ void apply_aircraft(transmission& message, const reference_entry& aircraft,
     message.aircraft =
         aircraft.fields[aircraft_field::manufacturer] + " " + aircraft.fields[aircraft_field::type];
     for (const std::size_t field : {aircraft_field::operator_iata, aircraft_field::operator_icao}) {
-        const std::string name = airline_name(aircraft.fields[field], reference);
+        const std::string name = find_airline_name(aircraft.fields[field], reference);
         if (!name.empty()) {
             message.operator_name = name;
             return;
@@ -79,7 +79,7 @@ void apply_label(transmission& message, const reference_data& reference)
 {
     const reference_entry* found = nullptr;
     for (const std::size_t length : code_lengths) {
-        const auto code = airline_code(message.flight_number, length);
+        const auto code = extract_airline_code(message.flight_number, length);
         if (!code.empty() && found == nullptr)
             found = reference.find(kind::add_label, message.label + std::string{code});
     }
@@ -105,8 +105,8 @@ void set_flight_number(transmission& message, const std::string& number)
 
 void feature_airline(transmission& message, const reference_entry& entry)
 {
-    const auto digits =
-        std::find_if(message.flight_number.begin() + 2, message.flight_number.end(), is_digit);
+    const auto digits = std::find_if(message.flight_number.begin() + min_airline_code_length,
+                                     message.flight_number.end(), is_digit);
     set_flight_number(message, upper_case(entry.fields[airline_field::code]) +
                                    std::string{digits, message.flight_number.end()});
 }
@@ -153,7 +153,7 @@ void apply_reference(transmission& message, const reference_data& reference)
     const auto* const flight = reference.find(kind::add_flight, message.flight_number);
     if (flight != nullptr && flies_on(*flight, message.time))
         apply_routing(message, *flight);
-    if (const auto* const owner = airline_of(message.flight_number, reference))
+    if (const auto* const owner = find_airline(message.flight_number, reference))
         message.operator_name = owner->fields[airline_field::name];
     if (const auto* const flying = reference.find(kind::add_aircraft, message.registration))
         apply_aircraft(message, *flying, reference);
@@ -162,14 +162,11 @@ void apply_reference(transmission& message, const reference_data& reference)
 
 void feature_entry(transmission& message, const reference_data& reference, std::size_t turn)
 {
-    constexpr std::size_t shortest_flight_number = 2;
-    if (reference.size() == 0 || message.flight_number.size() < shortest_flight_number)
+    if (reference.size() == 0 || message.flight_number.size() < min_airline_code_length)
         return;
     const auto entries = reference.entries();
     const reference_entry& entry = entries[turn % entries.size()];
-    const auto* const found =
-        std::find_if(std::begin(features), std::end(features),
-                     [&entry](const feature& row) { return row.kind == entry.kind; });
+    const auto* const found = std::ranges::find(features, entry.kind, &feature::kind);
     if (found != std::end(features))
         found->show(message, entry);
 }

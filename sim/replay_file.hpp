@@ -1,7 +1,7 @@
-// replay_file.hpp - recorded transmissions, one document after the other in a text file.
+// replay_file.hpp - recorded transmissions: a text file of documents, one after another.
 //
-// A document begins with a line that begins with "<?xml" and reaches to the next such line; white
-// space at its end is dropped. Only white space may stand before the first document.
+// A document begins with a line that starts with "<?xml" and ends before the next such line; white
+// space at its end is dropped. Only white space may precede the first document.
 #pragma once
 
 #include <string>
@@ -11,19 +11,19 @@
 namespace sim
 {
 
-/// The documents of a replay file, or what is wrong with it.
+/// The documents of a replay file, or an error.
 struct replay_documents {
     std::vector<std::string> documents; ///< at least one, unless `error` is set
-    std::string error;                  ///< empty: all is well
+    std::string error;                  ///< empty on success
 };
 
-/// Cuts the text of a replay file into its documents. A text without documents, one with something
-/// else before the first, a document that does not fit a packet and one that holds a NUL are
-/// errors.
+/// Cuts the text of a replay file into its documents. It is an error if there is no document, if
+/// something other than white space precedes the first, or if a document does not fit a packet or
+/// contains a NUL.
 replay_documents split_documents(std::string_view text);
 
-/// Reads and cuts the file at `path`. A file that cannot be read or is larger than
-/// max_replay_file_bytes is an error; error texts begin with the path.
+/// Reads the file at `path` and cuts it. It is also an error if the file cannot be read or is
+/// larger than max_replay_file_bytes. Error texts begin with the path.
 replay_documents read_replay_file(const std::string& path);
 
 } // namespace sim

@@ -14,17 +14,17 @@ namespace sim
 namespace
 {
 
-/// What follows the moment in every request.
+/// The end of every request, after the moment.
 constexpr std::string_view request_tail = "\t*#cnam#\t#cnum#\t0\t0";
 
-/// A report as it is announced and sent.
+/// A report to be announced and sent.
 struct prepared_report {
     std::string data;      ///< compressed
-    std::size_t size = 0;  ///< announced; clients make room for four times as much
+    std::size_t size = 0;  ///< announced; clients decompress into four times as many bytes
     std::size_t total = 0; ///< announced number of compressed bytes
 };
 
-std::optional<std::time_t> asked_moment(std::string_view text)
+std::optional<std::time_t> parse_moment(std::string_view text)
 {
     if (!text.ends_with(request_tail))
         return std::nullopt;
@@ -66,8 +66,8 @@ void send_report(client_session& session, const prepared_report& report, report_
         session, {.kind = kind::report_header,
                   .payload = std::to_string(report.total) + "\t" + std::to_string(report.size)});
     for (std::size_t at = 0; at < report.data.size(); at += max_payload_bytes) {
-        session.report.push_back(std::make_shared<std::string>(encode_packet(
-            {.kind = kind::report_piece, .payload = report.data.substr(at, max_payload_bytes)})));
+        session.report.push_back(encode_shared(
+            {.kind = kind::report_piece, .payload = report.data.substr(at, max_payload_bytes)}));
     }
     if (answer == report_answer::unfinished)
         session.report.pop_back();
@@ -78,7 +78,7 @@ void send_report(client_session& session, const prepared_report& report, report_
 void answer_report_request(server_core& core, client_session& session, const packet& received)
 {
     const report_answer answer = core.options.reports;
-    const auto moment = asked_moment(received.payload);
+    const auto moment = parse_moment(received.payload);
     if (!moment) {
         session_queue_packet(session, {.kind = kind::error_text,
                                        .payload = "This request of a report makes no sense"});

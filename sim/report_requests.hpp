@@ -1,4 +1,4 @@
-// report_requests.hpp - reports: built of a day's messages, compressed, sent in pieces.
+// report_requests.hpp - makes reports of a day's messages, compresses them, sends them in pieces.
 #pragma once
 
 #include "sim/server_core.hpp"
@@ -6,10 +6,10 @@
 namespace sim
 {
 
-/// Answers a request of a report: its start, its header and, in turn with other messages, its
-/// pieces; or that this server is busy, that there were no messages, or that the request makes no
-/// sense. A client whose report is still under way, and any beyond max_reports_at_once, finds it
-/// busy.
+/// Answers a request for a report. A report comes as its start, its header and then its pieces, in
+/// turn with other messages. Otherwise the answer is that the server is busy, that there were no
+/// messages, or that the request makes no sense. The server counts as busy while this client's
+/// report, or max_reports_at_once reports, are under way.
 void answer_report_request(server_core& core, client_session& session, const packet& received);
 
 } // namespace sim

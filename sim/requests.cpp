@@ -14,7 +14,7 @@ namespace sim
 namespace
 {
 
-/// Starts the transmissions, recent ones first, once a client has done all that is asked of it.
+/// Admits a client once it has done all that is asked of it. Recent transmissions come first.
 void admit_client(server_core& core, client_session& session)
 {
     if (session.admitted || !session.identified || !session.authenticated)
@@ -28,22 +28,18 @@ void admit_client(server_core& core, client_session& session)
     if (count == 0)
         return;
     session_queue_packet(session, replay_announcement_packet(static_cast<std::uint32_t>(count)));
-    // Announced means promised: among the assured packets newer transmissions cannot push them out.
+    // What was announced must come, so these are assured: newer transmissions cannot push them out.
     for (const auto& item : recent) {
         if (is_wanted(item))
             session_queue(session, item.bytes);
     }
 }
 
-/// Two servers must differ, since clients refuse to connect to the same one twice; one that is
-/// started again should be known again.
-std::string uuid_of(const server_core& core)
+/// Made of address and port. Two servers must differ, because clients refuse to connect to the same
+/// one twice; a server that is restarted should keep its identity.
+std::string make_uuid(const server_core& core)
 {
-    std::uint64_t seed = core.port;
-    for (const char c : core.options.bind_address) {
-        seed = seed * 31 + static_cast<unsigned char>(c);
-    }
-    random_source random{seed};
+    random_source random{make_seed(core.options.bind_address, core.listener.port)};
     const std::uint64_t high = random.next();
     const std::uint64_t low = random.next();
     char text[37];
@@ -54,17 +50,17 @@ std::string uuid_of(const server_core& core)
     return text;
 }
 
-packet capabilities_packet(const server_core& core)
+packet make_capabilities_packet(const server_core& core)
 {
     capability_texts texts = core.options.capabilities;
     if (!texts.need_auth)
         texts.need_auth = core.options.password ? "1" : "0";
     if (!texts.server_uuid)
-        texts.server_uuid = uuid_of(core);
+        texts.server_uuid = make_uuid(core);
     return {.kind = kind::capabilities, .payload = capabilities_xml(texts)};
 }
 
-packet uptime_packet(const server_core& core)
+packet make_uptime_packet(const server_core& core)
 {
     const auto up = steady_clock::now() - core.started_at;
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(up).count();
@@ -98,8 +94,7 @@ void on_identification(server_core& core, client_session& session, const packet&
     if (!core.options.ask_identification)
         return;
     const auto& known = core.options.known_clients;
-    session.identified =
-        known.empty() || std::find(known.begin(), known.end(), received.payload) != known.end();
+    session.identified = known.empty() || std::ranges::find(known, received.payload) != known.end();
     if (session.identified) {
         session_queue_packet(session, {.kind = kind::identification_accepted, .payload = "OK"});
     } else {
@@ -123,7 +118,7 @@ struct client_request {
     void (*handle)(server_core& core, client_session& session, const packet& received);
 };
 
-/// Version and form of transmissions (kinds 101 and 151) need no answer: there is one form.
+/// The client's version and its form of transmissions (kinds 101 and 151) need no answer.
 constexpr client_request client_requests[] = {
     {kind::good_bye, on_good_bye},
     {kind::password_digest, on_password_digest},
@@ -139,22 +134,21 @@ void welcome_client(server_core& core, client_session& session)
     const server_options& options = core.options;
     session.identified = !options.ask_identification;
     session.authenticated = !options.password;
-    session_queue_packet(session, capabilities_packet(core));
+    session_queue_packet(session, make_capabilities_packet(core));
     if (options.ask_identification)
         session_queue_packet(session, {.kind = kind::identification, .payload = "?"});
     for (const packet& greeting : options.greetings) {
         session_queue_packet(session, greeting);
     }
     if (options.send_uptime)
-        session_queue_packet(session, uptime_packet(core));
+        session_queue_packet(session, make_uptime_packet(core));
     admit_client(core, session);
 }
 
 void answer_packet(server_core& core, client_session& session, const packet& received)
 {
     const auto* const found =
-        std::find_if(std::begin(client_requests), std::end(client_requests),
-                     [&](const client_request& row) { return row.number == received.kind; });
+        std::ranges::find(client_requests, received.kind, &client_request::number);
     if (found != std::end(client_requests)) {
         found->handle(core, session, received);
     } else {

@@ -16,19 +16,19 @@ namespace
 
 constexpr const char* report_styles[] = {"tovrik", "ZOBE", "News"};
 
-packet notice_packet(std::string text)
+packet make_notice(std::string text)
 {
     return {.kind = kind::notice, .payload = std::move(text)};
 }
 
-packet error_packet(std::string text)
+packet make_error(std::string text)
 {
     return {.kind = kind::error_text, .payload = std::move(text)};
 }
 
 bool may_add(const client_session& session)
 {
-    return session.changes < max_changes_a_client;
+    return session.changes < max_changes_per_client;
 }
 
 void on_update(server_core& core, client_session& session, const packet& received)
@@ -46,16 +46,13 @@ bool is_address(std::string_view text)
     return !text.empty() && is_clean_field(text, max_field_bytes);
 }
 
-/// What a subscriber signs further requests with: not a secret, but the same at every start.
-unsigned subscription_code(std::string_view address)
+/// The code that a subscriber adds to further requests. It is not a secret, but the same at every
+/// start.
+unsigned make_subscription_code(std::string_view address)
 {
-    constexpr unsigned least = 10000;
-    constexpr unsigned most = 65535;
-    std::uint64_t seed = 0;
-    for (const char c : address) {
-        seed = seed * 31 + static_cast<unsigned char>(c);
-    }
-    return random_source{seed}.between(least, most);
+    constexpr unsigned min_code = 10000;
+    constexpr unsigned max_code = 65535;
+    return random_source{make_seed(address)}.between(min_code, max_code);
 }
 
 void on_subscription(server_core& core, client_session& session, const packet& received)
@@ -63,18 +60,18 @@ void on_subscription(server_core& core, client_session& session, const packet& r
     auto& subscriptions = core.services.subscriptions;
     const std::string& address = received.payload;
     if (!is_address(address)) {
-        session_queue_packet(session, error_packet("This is no e-mail address"));
+        session_queue_packet(session, make_error("This is no e-mail address"));
     } else if (subscriptions.contains(address)) {
-        session_queue_packet(session, notice_packet(address + " is subscribed already. Code: " +
-                                                    std::to_string(subscription_code(address))));
+        session_queue_packet(session, make_notice(address + " is subscribed already. Code: " +
+                                                  std::to_string(make_subscription_code(address))));
     } else if (!may_add(session) || subscriptions.size() >= max_subscriptions) {
-        session_queue_packet(session, error_packet("No more subscriptions are taken"));
+        session_queue_packet(session, make_error("No more subscriptions are taken"));
     } else {
         ++session.changes;
         subscriptions[address] = 0;
-        // Short enough for a line of the status pane at 80 columns.
-        session_queue_packet(session, notice_packet("Daily reports subscribed. Your code: " +
-                                                    std::to_string(subscription_code(address))));
+        // Short enough for one line of the status pane at 80 columns.
+        session_queue_packet(session, make_notice("Daily reports subscribed. Your code: " +
+                                                  std::to_string(make_subscription_code(address))));
     }
 }
 
@@ -83,23 +80,23 @@ void on_report_style(server_core& core, client_session& session, const packet& r
     const auto found = core.services.subscriptions.find(received.payload);
     if (received.param1 >= std::size(report_styles)) {
         session_queue_packet(
-            session, error_packet("There is no report style " + std::to_string(received.param1)));
+            session, make_error("There is no report style " + std::to_string(received.param1)));
     } else if (found == core.services.subscriptions.end()) {
-        session_queue_packet(session, error_packet("There is no such subscription"));
+        session_queue_packet(session, make_error("There is no such subscription"));
     } else {
         found->second = received.param1;
         session_queue_packet(session,
-                             notice_packet("Daily reports for " + found->first + " now have the " +
-                                           report_styles[received.param1] + " style"));
+                             make_notice("Daily reports for " + found->first + " now have the " +
+                                         report_styles[received.param1] + " style"));
     }
 }
 
-/// From now on the client is told of what the list is about.
+/// From now on the client is told of messages that the owner's list asks for.
 void remember_owner(client_session& session, const pager_owner& owner)
 {
     auto& owners = session.pager_owners;
     if (std::find(owners.begin(), owners.end(), owner) == owners.end() &&
-        owners.size() < max_pager_lists_a_client)
+        owners.size() < max_pager_lists_per_client)
         owners.push_back(owner);
 }
 
@@ -143,7 +140,7 @@ void on_pager_list(server_core& core, client_session& session, const packet& rec
         return;
     }
     if (!is_address(received.payload)) {
-        session_queue_packet(session, error_packet("This is no e-mail address"));
+        session_queue_packet(session, make_error("This is no e-mail address"));
         return;
     }
     const pager_owner owner{received.payload, received.param1};
@@ -152,8 +149,8 @@ void on_pager_list(server_core& core, client_session& session, const packet& rec
                                    .payload = pager_list_text(core.services.pagers.list(owner))});
 }
 
-/// A service's request, and the answer of a server that does not offer the service. Clients have
-/// texts of their own for some of these answers and do not show ours.
+/// A request for a service, and the answer of a server that does not offer it. For some of these
+/// answers clients have texts of their own and do not show ours.
 struct service_request {
     std::uint32_t number;
     bool (*is_offered)(const capability_texts& texts);
@@ -186,8 +183,7 @@ constexpr service_request service_requests[] = {
 void answer_service_request(server_core& core, client_session& session, const packet& received)
 {
     const auto* const found =
-        std::find_if(std::begin(service_requests), std::end(service_requests),
-                     [&](const service_request& row) { return row.number == received.kind; });
+        std::ranges::find(service_requests, received.kind, &service_request::number);
     if (found == std::end(service_requests))
         return;
     if (!found->is_offered(core.options.capabilities)) {
@@ -214,7 +210,7 @@ std::optional<packet> pager_notice(const server_core& core, const client_session
         if (!part.empty())
             text += " " + part;
     }
-    return notice_packet(std::move(text));
+    return make_notice(std::move(text));
 }
 
 } // namespace sim

@@ -1,7 +1,7 @@
 // service_requests.hpp - the services: updates, mailings, pager lists and reports.
 //
-// Answers requests and changes what the services keep; refuses where the server's capabilities do
-// not offer a service, or the client has not been let in.
+// Answers requests and changes what the services keep. Refuses a request if the capabilities do not
+// offer the service or the client has not been admitted.
 #pragma once
 
 #include "sim/server_core.hpp"
@@ -11,10 +11,11 @@
 namespace sim
 {
 
-/// Acts on a packet if its kind is that of a service; otherwise does nothing.
+/// Acts on a packet if its kind belongs to a service; otherwise does nothing.
 void answer_service_request(server_core& core, client_session& session, const packet& received);
 
-/// What a client is told about a message that one of its pager lists asks for; nothing for others.
+/// The notice that tells a client of a message that one of its pager lists asks for. Nothing if no
+/// list asks for it.
 std::optional<packet> pager_notice(const server_core& core, const client_session& session,
                                    const transmission& message);
 

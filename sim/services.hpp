@@ -1,4 +1,4 @@
-// services.hpp - what a server keeps for its services while it runs: nothing is written to disk.
+// services.hpp - what a server keeps for its services while it runs, all of it in memory.
 #pragma once
 
 #include "sim/message_archive.hpp"
@@ -14,7 +14,7 @@ namespace sim
 struct service_state {
     reference_data reference;
     pager_lists pagers;
-    std::map<std::string, unsigned> subscriptions; ///< style of report by address
+    std::map<std::string, unsigned> subscriptions; ///< style of the reports, by address
     message_archive archive;
 };
 

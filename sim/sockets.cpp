@@ -1,11 +1,13 @@
 // sockets.cpp - see sockets.hpp.
 #include "sim/sockets.hpp"
 
+#include "sim/limits.hpp"
+#include "sim/system_text.hpp"
+
 #include <arpa/inet.h>
 #include <cerrno>
 #include <sys/epoll.h>
 #include <sys/socket.h>
-#include <system_error>
 
 namespace sim
 {
@@ -36,16 +38,37 @@ std::string open_socket(int type, const std::string& address, unique_fd& opened,
     return {};
 }
 
-} // namespace
-
-std::string system_text(const std::string& what)
+/// Whether accepting failed because the system is out of descriptors or memory.
+bool is_out_of_resources(int error)
 {
-    return what + ": " + std::generic_category().message(errno);
+    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
 }
 
-std::string open_tcp_listener(const std::string& address, unique_fd& socket, std::uint16_t& port)
+} // namespace
+
+std::string listener_open(tcp_listener& listener, const std::string& address, std::uint16_t port)
 {
-    return open_socket(SOCK_STREAM, address, socket, port);
+    listener.port = port;
+    return open_socket(SOCK_STREAM, address, listener.socket, listener.port);
+}
+
+unique_fd listener_accept(tcp_listener& listener, int epoll_fd)
+{
+    unique_fd accepted{
+        accept4(listener.socket.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC)};
+    if (!accepted && is_out_of_resources(errno)) {
+        watch(epoll_fd, EPOLL_CTL_MOD, listener.socket.get(), 0);
+        listener.accept_again_at = steady_clock::now() + std::chrono::milliseconds{accept_retry_ms};
+    }
+    return accepted;
+}
+
+void listener_resume(tcp_listener& listener, int epoll_fd, time_point now)
+{
+    if (now < listener.accept_again_at)
+        return;
+    listener.accept_again_at = never;
+    watch(epoll_fd, EPOLL_CTL_MOD, listener.socket.get(), EPOLLIN);
 }
 
 std::string open_udp_receiver(const std::string& address, unique_fd& socket, std::uint16_t& port)
@@ -56,11 +79,6 @@ std::string open_udp_receiver(const std::string& address, unique_fd& socket, std
 bool would_block(int error)
 {
     return error == EAGAIN || error == EWOULDBLOCK;
-}
-
-bool is_short_of_descriptors(int error)
-{
-    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
 }
 
 bool watch(int epoll_fd, int operation, int fd, std::uint32_t events)

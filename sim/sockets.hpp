@@ -1,7 +1,8 @@
-// sockets.hpp - opening the sockets that a server listens on, and watching them.
+// sockets.hpp - the sockets that a server listens on: opening, accepting, watching.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
+#include "sim/clock.hpp"
 
 #include <cstdint>
 #include <string>
@@ -9,22 +10,33 @@
 namespace sim
 {
 
-/// `what`, and what the system says of errno.
-std::string system_text(const std::string& what);
+/// A socket that accepts TCP connections.
+struct tcp_listener {
+    unique_fd socket;
+    std::uint16_t port = 0;             ///< 0: not open
+    time_point accept_again_at = never; ///< accepting rests until then; never: it does not rest
+};
 
-/// Listens for TCP connections, or receives UDP datagrams, at an IPv4 address without ever
-/// blocking. Port 0 becomes the free one that was chosen. An error text, empty when all is well.
-std::string open_tcp_listener(const std::string& address, unique_fd& socket, std::uint16_t& port);
+/// Listens for TCP connections at an IPv4 address without ever blocking. Port 0 stands for any free
+/// one; the listener's port is the one that was taken. Returns an error text, empty on success.
+std::string listener_open(tcp_listener& listener, const std::string& address, std::uint16_t port);
+
+/// Accepts a connection that waits; its socket does not block. The result is empty if there is
+/// none. When the system is out of descriptors, accepting rests for accept_retry_ms: otherwise the
+/// client that waits would wake the loop again and again.
+unique_fd listener_accept(tcp_listener& listener, int epoll_fd);
+
+/// Resumes accepting if its rest is over.
+void listener_resume(tcp_listener& listener, int epoll_fd, time_point now);
+
+/// Receives UDP datagrams at an IPv4 address without ever blocking. Port 0 stands for any free one
+/// and is replaced by the one that was taken. Returns an error text, empty on success.
 std::string open_udp_receiver(const std::string& address, unique_fd& socket, std::uint16_t& port);
 
-/// Whether a call on a socket has failed only because it would have had to wait.
+/// Whether a call on a socket failed only because it would have had to wait.
 bool would_block(int error);
 
-/// Whether accepting has failed because descriptors or memory are short, and others may give some
-/// back.
-bool is_short_of_descriptors(int error);
-
-/// epoll_ctl with `events` for `fd`. False when the system refuses.
+/// Calls epoll_ctl with `events` for `fd`. False when the system refuses.
 bool watch(int epoll_fd, int operation, int fd, std::uint32_t events);
 
 } // namespace sim

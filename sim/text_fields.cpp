@@ -8,15 +8,12 @@ namespace sim
 namespace
 {
 
-/// Codes of airlines have at least so many characters, and may have digits among them.
-constexpr std::size_t shortest_airline_code = 2;
-
-char upper(char c)
+char make_upper(char c)
 {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-bool is_any_one(char c)
+bool is_single_wildcard(char c)
 {
     return c == '_' || c == '?';
 }
@@ -55,14 +52,14 @@ bool is_control(char32_t character)
 std::string upper_case(std::string_view text)
 {
     std::string result{text};
-    std::transform(result.begin(), result.end(), result.begin(), upper);
+    std::transform(result.begin(), result.end(), result.begin(), make_upper);
     return result;
 }
 
 std::string flight_key(std::string_view flight_number)
 {
     std::string key = upper_case(flight_number);
-    std::size_t number = std::min(shortest_airline_code, key.size());
+    std::size_t number = std::min(min_airline_code_length, key.size());
     while (number < key.size() && !is_digit(key[number])) {
         ++number;
     }
@@ -74,7 +71,7 @@ std::string flight_key(std::string_view flight_number)
 
 bool wildcard_match(std::string_view pattern, std::string_view text)
 {
-    // After a mismatch only the latest "*" needs to take one character more.
+    // After a mismatch it is enough that the latest "*" takes one character more.
     std::size_t at = 0;
     std::size_t in = 0;
     std::size_t star = std::string_view::npos;
@@ -83,8 +80,8 @@ bool wildcard_match(std::string_view pattern, std::string_view text)
         if (in < pattern.size() && pattern[in] == '*') {
             star = in++;
             star_end = at;
-        } else if (in < pattern.size() &&
-                   (is_any_one(pattern[in]) || upper(pattern[in]) == upper(text[at]))) {
+        } else if (in < pattern.size() && (is_single_wildcard(pattern[in]) ||
+                                           make_upper(pattern[in]) == make_upper(text[at]))) {
             ++in;
             ++at;
         } else if (star != std::string_view::npos) {

@@ -1,7 +1,7 @@
-// traffic_generator.hpp - believable traffic from a seed.
+// traffic_generator.hpp - generates plausible traffic from a seed.
 //
-// Owns a fleet of aircraft under way and what was heard of each. The n-th message of a seed is
-// always the same, but for its time of day, which is the caller's.
+// Owns a fleet of aircraft in flight and what was heard of each. The n-th message of a seed is
+// always the same, apart from the times in it, which come from the caller.
 #pragma once
 
 #include "sim/random_source.hpp"
@@ -36,7 +36,7 @@ private:
         std::uint32_t contacts = 0;
     };
 
-    aircraft new_aircraft();
+    aircraft make_aircraft();
     void start_flight(aircraft& flying, bool long_haul, const std::string& home,
                       const std::string& code);
     void fill_downlink(transmission& message, aircraft& flying, unsigned minute);

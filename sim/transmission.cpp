@@ -10,7 +10,7 @@ namespace sim
 namespace
 {
 
-std::string digits(int number, int width)
+std::string format_digits(int number, int width)
 {
     char text[16];
     std::snprintf(text, sizeof text, "%0*d", width, number);
@@ -23,11 +23,11 @@ void append_date(std::string& xml, std::time_t time)
     if (gmtime_r(&time, &utc) == nullptr)
         return;
     xml += "<MessageDate>\n";
-    append_element(xml, "Day", digits(utc.tm_mday, 2));
-    append_element(xml, "Month", digits(utc.tm_mon + 1, 2));
-    append_element(xml, "Year", digits(utc.tm_year + 1900, 4));
-    append_element(xml, "Hour", digits(utc.tm_hour, 2));
-    append_element(xml, "Minute", digits(utc.tm_min, 2));
+    append_element(xml, "Day", format_digits(utc.tm_mday, 2));
+    append_element(xml, "Month", format_digits(utc.tm_mon + 1, 2));
+    append_element(xml, "Year", format_digits(utc.tm_year + 1900, 4));
+    append_element(xml, "Hour", format_digits(utc.tm_hour, 2));
+    append_element(xml, "Minute", format_digits(utc.tm_min, 2));
     xml += "</MessageDate>\n";
 }
 
@@ -49,7 +49,7 @@ void append_acars(std::string& xml, const transmission& message)
     xml += "</ACARS>\n";
 }
 
-std::string contacts_text(std::uint32_t contacts)
+std::string format_contacts(std::uint32_t contacts)
 {
     return std::to_string(contacts) + (contacts == 1 ? " contact" : " contacts") +
            " with this aircraft";
@@ -70,7 +70,7 @@ std::string transmission_xml(const transmission& message)
     append_filled_element(xml, "Operator", message.operator_name);
     xml += "</Extended>\n";
     if (message.contacts > 0)
-        append_element(xml, "Contacts", contacts_text(message.contacts));
+        append_element(xml, "Contacts", format_contacts(message.contacts));
     if (message.daily_flights > 0) {
         xml += "<ContactData>\n";
         append_element(xml, "DailyFlights", std::to_string(message.daily_flights));

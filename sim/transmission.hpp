@@ -1,6 +1,6 @@
 // transmission.hpp - one ACARS message as a server passes it on, and its document.
 //
-// Owns the record and the document's element names. Where messages come from is for others.
+// Owns the record and the document's element names. Messages come from elsewhere.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 namespace sim
 {
 
-/// One message. An empty text is "not known" and leaves its element out; so does a count of 0.
+/// One message. An empty text or a count of 0 means "not known", and its element is left out.
 struct transmission {
     std::string mode = {};           ///< one character
     std::string registration = {};   ///< for example D-AIQA
@@ -22,18 +22,18 @@ struct transmission {
     std::string content = {};        ///< lines separated by line feeds, at most max_value_bytes
     std::string from = {};           ///< airport code
     std::string to = {};             ///< airport code
-    std::string aircraft = {};       ///< type
+    std::string aircraft = {};       ///< its type
     std::string operator_name = {};
-    std::uint32_t contacts = 0;      ///< messages heard of this aircraft, this one included
+    std::uint32_t contacts = 0;      ///< messages heard of this aircraft, including this one
     std::uint32_t daily_flights = 0; ///< different flights heard today
     std::time_t time = 0;            ///< seconds since the epoch, shown in UTC
 };
 
-/// The document of kinds 40 and 204: its shape is fixed, its values went through value_text.
+/// The document of kinds 40 and 204. Its shape is fixed; its values have passed value_text.
 std::string transmission_xml(const transmission& message);
 
-/// Whether a document is that of a message from the ground, that is, whether its BlockID is a
-/// letter. A client can ask to be spared these.
+/// Whether a document holds a message from the ground: its BlockID is a letter. A client can ask
+/// the server to leave these out.
 bool is_uplink(std::string_view xml);
 
 } // namespace sim

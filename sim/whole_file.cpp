@@ -1,27 +1,16 @@
 // whole_file.cpp - see whole_file.hpp.
 #include "sim/whole_file.hpp"
 
-#include "data/owners.hpp"
-
-#include <cerrno>
-#include <system_error>
+#include "base/owners.hpp"
+#include "sim/system_text.hpp"
 
 namespace sim
 {
-namespace
-{
-
-whole_file failed(const std::string& name)
-{
-    return {{}, name + ": " + std::generic_category().message(errno)};
-}
-
-} // namespace
 
 whole_file read_whole_file(const std::string& path, std::size_t limit)
 {
     const unique_file file{std::fopen(path.c_str(), "re")};
-    return file ? read_whole_stream(file.get(), path, limit) : failed(path);
+    return file ? read_whole_stream(file.get(), path, limit) : whole_file{{}, system_text(path)};
 }
 
 whole_file read_whole_stream(std::FILE* stream, const std::string& name, std::size_t limit)
@@ -33,7 +22,7 @@ whole_file read_whole_stream(std::FILE* stream, const std::string& name, std::si
         if (result.text.size() > limit)
             return {{}, name + ": larger than " + std::to_string(limit) + " bytes"};
     }
-    return std::ferror(stream) != 0 ? failed(name) : result;
+    return std::ferror(stream) != 0 ? whole_file{{}, system_text(name)} : result;
 }
 
 } // namespace sim

@@ -9,13 +9,13 @@ namespace sim
 namespace
 {
 
-// What stands for characters that would be taken for markup or for a template's own.
+// Replacements for characters that readers would take for markup or a template's placeholders.
 constexpr char less_than_stand_in = '(';
 constexpr char greater_than_stand_in = ')';
 constexpr char percent_stand_in = '/';
 constexpr char control_stand_in = ' ';
 
-char carried(char c)
+char replace_character(char c)
 {
     switch (c) {
     case '<':
@@ -37,7 +37,7 @@ std::string value_text(std::string_view text)
 {
     std::string value;
     for (const char c : text.substr(0, max_value_bytes)) {
-        value += carried(c);
+        value += replace_character(c);
     }
     return value;
 }

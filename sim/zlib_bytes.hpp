@@ -1,4 +1,4 @@
-// zlib_bytes.hpp - compressing, as transmissions and reports are sent.
+// zlib_bytes.hpp - compresses transmissions and reports.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 namespace sim
 {
 
-/// `bytes` in the zlib format; nothing when zlib has no memory for it.
+/// `bytes` in the zlib format; empty if zlib is out of memory.
 std::string zlib_bytes(std::string_view bytes);
 
 } // namespace sim

@@ -1,12 +1,12 @@
 // app_state.hpp - the one record of everything that the running program shares.
 //
-// Every room reads and writes it directly. Main thread and signal handlers use it under the state
-// lock (pause.hpp). Window fields may change in every pause: fetch them afresh after one.
+// Every room reads and writes it directly. The main thread and signal handlers use it under the
+// state lock (state_lock.hpp). A pause may replace any window: read window fields again after one.
 #pragma once
 
+#include "base/limits.hpp"
 #include "data/server_registry.hpp"
 #include "data/settings_table.hpp"
-#include "net/limits.hpp"
 
 #include <atomic>
 #include <cstdint>
@@ -21,15 +21,15 @@ constexpr const char* client_version = "0.02.001";
 
 /// What the thread that fetches the server list shares with the rest of the program.
 struct server_list_fetch {
-    pthread_t thread = {};                             // the last one started; detached
-    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER; // held by the thread for its whole run
+    pthread_t fetch_thread = {};                             // the last one started; detached
+    pthread_mutex_t fetch_mutex = PTHREAD_MUTEX_INITIALIZER; // held by the thread for its whole run
     std::atomic<int> running = 0;       // threads started and not ended; raised before the start
     std::atomic<unsigned> progress = 0; // steps made; stands still while the directory is silent
     int socket = -1;                    // to the directory; under the state lock
     bool is_given_up = false;           // the thread must not touch shared state any more; likewise
 };
 
-/// How far the cycle over all servers has come; long ones are made in several runs.
+/// How far the cycle over all servers has come; a long cycle is made in several runs.
 struct poll_progress {
     std::int32_t next = 0; // index of the next server to visit; 0: a new cycle begins
     std::time_t now = 0;   // when the cycle began
@@ -54,6 +54,8 @@ struct application_state {
     std::FILE* shared_log = nullptr; // the one log of SaveToOne; null: not open
     log_condition shared_log_state = {};
     char** setting_texts = nullptr; // setting_text_count owned texts; null text: not set
+    bool is_config_unread = false;  // there is a configuration that was not read completely, and
+                                    // that is not to be replaced by what the program knows
 
     server_list_fetch fetch;
     poll_progress poll;
@@ -67,22 +69,22 @@ struct application_state {
     SCREEN* terminal = nullptr;   // what curses allocated for the terminal
     termios shell_modes = {};     // the terminal's modes before curses changed them
     bool has_shell_modes = false; // they could be read
-    bool is_screen_lost = false;  // memory was too short for a resize; nothing may be drawn
+    bool is_screen_lost = false;  // a resize ran out of memory; nothing may be drawn
     std::int32_t list_scroll = 0; // rows that the server list is scrolled up by
-    char* list_marks = nullptr;   // the marker of each unscrolled row of the list; owned
-    std::int32_t list_marks_count = 0;
-    int screen_batches = 0; // that exist now, one within the other
+    char* list_markers = nullptr; // the marker of each unscrolled row of the list; owned
+    std::int32_t list_markers_count = 0;
+    int screen_batches = 0; // how many exist now; they nest
 
     application_state();
 };
 
 extern application_state app_state;
 
-/// The server under the highlight bar; null when none is selected.
+/// The server under the highlight bar; null if none is selected.
 server_entry* selected_server();
 
 /// Whether a switch is on.
 bool is_setting_on(setting_flag flag);
 
-/// A folder setting, or "./" when it was never set. Borrowed.
+/// A folder setting, or "./" if it was never set. Borrowed.
 const char* folder_setting(setting_text which);

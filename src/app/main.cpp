@@ -1,7 +1,7 @@
 // main.cpp - the program: start, key loop, shutdown.
 #include "app/main_loop.hpp"
-#include "app/pause.hpp"
 #include "app/start_stop.hpp"
+#include "base/pause.hpp"
 #include "ui/terminal_line.hpp"
 
 #include <clocale>

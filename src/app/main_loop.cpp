@@ -1,14 +1,14 @@
 // main_loop.cpp - see main_loop.hpp.
 //
-// Holds the key table, with what each command needs and what is said when a server does not offer
-// it.
+// Holds the key table: what each key does, and what it needs.
 #include "app/main_loop.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
+#include "app/settings_toggle.hpp"
+#include "base/pause.hpp"
 #include "data/settings_page.hpp"
-#include "data/settings_toggle.hpp"
-#include "net/connection.hpp"
+#include "net/capability_table.hpp"
+#include "net/connect_commands.hpp"
 #include "net/server_list_fetch.hpp"
 #include "services/database_update.hpp"
 #include "services/mailing.hpp"
@@ -30,67 +30,65 @@ namespace
 
 constexpr long round_us = 40'000;
 
-void selection_move(std::int32_t step)
+void move_selection(std::int32_t step)
 {
     popup_close();
     server_list_select(app_state.selected + step);
 }
 
-void selection_down()
+void move_down()
 {
     const bool can_move = app_state.selected >= 1 && app_state.selected < app_state.servers->count;
     if (can_move && app_state.settings_shown == 0)
-        selection_move(1);
+        move_selection(1);
 }
 
-void selection_up()
+void move_up()
 {
     if (app_state.selected >= 2 && app_state.settings_shown == 0)
-        selection_move(-1);
+        move_selection(-1);
 }
 
-void help_command()
+void toggle_help()
 {
     popup_close();
     help_toggle();
 }
 
-void fetch_command()
+void fetch_servers()
 {
     popup_close();
     start_server_list_fetch();
 }
 
-/// What a command asks of the selected server before it runs; what is missing is met with silence.
+/// What a command needs before it runs. Without it, nothing happens and nothing is said.
 enum class command_need : std::uint8_t { nothing, selection, connection };
 
 struct key_command {
     int key;
     command_need need;
     void (*action)();
-    std::uint8_t server_entry::*capability = nullptr; // null: none asked for
-    const char* refusal = nullptr;                    // for a server without it; its name is put in
-    void (*dialog)(server_entry& server) = nullptr;   // in place of an action
+    const capability* service = nullptr;            // null: none needed
+    void (*dialog)(server_entry& server) = nullptr; // of the service, in place of an action
 };
 
 constexpr key_command key_commands[] = {
-    {control('A'), command_need::connection, nullptr, &server_entry::can_modify,
-     "Database updates are not allowed on %s", add_entries_dialog},
+    {control('A'), command_need::connection, nullptr, &capability_of(&server_entry::can_modify),
+     add_entries_dialog},
     {control('D'), command_need::selection, disconnect_selected_server},
     {control('E'), command_need::nothing, settings_toggle},
-    {control('H'), command_need::nothing, help_command},
+    {control('H'), command_need::nothing, toggle_help},
     {control('I'), command_need::nothing, server_info_toggle},
-    // Mailings go by the permission for updates; servers grant the two together.
-    {key_enter, command_need::connection, nullptr, &server_entry::can_modify,
-     "Daily mailings are not supported on %s", mailing_dialog},
+    {key_enter, command_need::connection, nullptr, &capability_of(&server_entry::can_mail),
+     mailing_dialog},
     {control('L'), command_need::nothing, connect_selected_server},
-    {control('O'), command_need::connection, nullptr, &server_entry::can_report,
-     "Reports are not supported on %s", report_request},
-    {control('P'), command_need::connection, nullptr, &server_entry::can_page,
-     "Pagerlists are not supported on %s", pager_dialog},
-    {control('R'), command_need::nothing, fetch_command},
-    {KEY_DOWN, command_need::nothing, selection_down},
-    {KEY_UP, command_need::nothing, selection_up},
+    {control('O'), command_need::connection, nullptr, &capability_of(&server_entry::can_report),
+     report_request},
+    {control('P'), command_need::connection, nullptr, &capability_of(&server_entry::can_page),
+     pager_dialog},
+    {control('R'), command_need::nothing, fetch_servers},
+    {KEY_DOWN, command_need::nothing, move_down},
+    {KEY_UP, command_need::nothing, move_up},
 };
 
 bool is_met(command_need need, const server_entry* server)
@@ -100,25 +98,26 @@ bool is_met(command_need need, const server_entry* server)
     return server != nullptr && (need == command_need::selection || server->socket_fd != 0);
 }
 
-void command_run(const key_command& command)
+void run_command(const key_command& command)
 {
     server_entry* server = selected_server();
     if (!is_met(command.need, server))
         return;
     if (command.action != nullptr)
         return command.action();
-    if (server->*command.capability != 0)
+    const capability_key& key = command.service->key;
+    if (server->*key.permission != 0)
         return command.dialog(*server);
     beep();
-    status_report(5, command.refusal, server_display_name(*server));
+    status_report(colour::error, key.refusal, server_display_name(*server));
 }
 
-/// Every key that is no command may be a hot key of the settings.
-void key_dispatch(int key)
+/// A key that is not a command may be a hot key of the settings.
+void dispatch_key(int key)
 {
     const auto* command = std::ranges::find(key_commands, key, &key_command::key);
     if (command != std::end(key_commands))
-        command_run(*command);
+        run_command(*command);
     else
         settings_key(key);
 }
@@ -132,7 +131,7 @@ void main_loop()
         if (key == key_exit)
             return;
         if (key != ERR)
-            key_dispatch(key);
+            dispatch_key(key);
         pause_for(round_us);
     }
 }

@@ -1,4 +1,4 @@
-// main_loop.hpp - reads keys and runs the commands behind them.
+// main_loop.hpp - reads keys and runs their commands.
 #pragma once
 
 /// Runs until ^X.

@@ -2,17 +2,21 @@
 #include "app/start_stop.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
-#include "app/signals.hpp"
-#include "data/config_file.hpp"
-#include "net/connection.hpp"
+#include "app/job_control.hpp"
+#include "base/signal_door.hpp"
+#include "data/config_load.hpp"
+#include "data/config_save.hpp"
+#include "data/owned_text.hpp"
+#include "net/connection_end.hpp"
 #include "net/log_files.hpp"
 #include "net/poll.hpp"
 #include "net/server_list_fetch.hpp"
+#include "ui/curses_screen.hpp"
 #include "ui/popup.hpp"
-#include "ui/redraw.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
+#include "ui/terminal_rescue.hpp"
+#include "ui/window.hpp"
 
 #include <csignal>
 #include <cstdlib>
@@ -25,7 +29,8 @@ namespace
 
 constexpr unsigned first_poll_s = 3;
 
-bool start_fail(const char* line)
+/// Gives up the start with one line on standard error.
+bool fail_start(const char* line)
 {
     std::fputs(line, stderr);
     if (app_state.servers != nullptr)
@@ -34,41 +39,35 @@ bool start_fail(const char* line)
     return false;
 }
 
-void connections_leave()
+void leave_connections()
 {
-    for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
-        server_entry* entry = server_at(app_state.servers, index);
-        report_reception_drop(*entry);
-        if (entry->socket_fd != 0)
-            connection_leave(*entry);
-        close_log_file(*entry);
-    }
+    for (std::int32_t index = 0; index < app_state.servers->count; ++index)
+        connection_end_at_exit(*server_at(app_state.servers, index));
 }
 
-void settings_and_marks_free()
+void free_settings_and_markers()
 {
     for (std::size_t index = 0; app_state.setting_texts != nullptr && index < setting_text_count;
          ++index)
-        std::free(app_state.setting_texts[index]);
+        owned_text_clear(app_state.setting_texts[index]);
     std::free(app_state.setting_texts);
     app_state.setting_texts = nullptr;
-    std::free(app_state.list_marks);
-    app_state.list_marks = nullptr;
-    app_state.list_marks_count = 0;
+    owned_text_clear(app_state.list_markers);
+    app_state.list_markers_count = 0;
 }
 
-/// No handler may find what is being taken down.
-void signals_silence()
+/// No handler may run while the program is taken down.
+void silence_signals()
 {
     alarm(0);
     signal_silence(SIGALRM);
     signal_silence(SIGWINCH);
-    // Not ignored: the kernel would reap children whose ids are still to be ended.
+    // Not ignored, or the kernel would reap children whose ids are still to be killed.
     signal_install(SIGCHLD, nullptr);
 }
 
 /// Builds the screen, reads the configuration and shows both. False when there is no screen.
-bool first_screen_show()
+bool show_first_screen()
 {
     const screen_batch together;
     if (screen_build() == 0)
@@ -77,8 +76,8 @@ bool first_screen_show()
     signal_install(SIGWINCH, on_resize);
     config_load();
     server_list_draw();
-    app_state.is_screen_lost = !has_memory_for_screen();
-    return !app_state.is_screen_lost;
+    screen_memory_check();
+    return may_draw();
 }
 
 } // namespace
@@ -87,21 +86,20 @@ bool app_start()
 {
     app_state.servers = server_collection_new();
     if (app_state.servers == nullptr)
-        return start_fail("Error creating servercollection\n");
-    signals_init();
-    terminal_guard(true);
+        return fail_start("Error creating servercollection\n");
+    job_control_init();
+    terminal_rescue_arm();
     if (!screen_start()) {
-        terminal_guard(false);
-        return start_fail("Unable to init ncurses library\n");
+        terminal_rescue_disarm();
+        return fail_start("Unable to init ncurses library\n");
     }
-    terminal_guard(true);
-    if (!first_screen_show()) {
-        // The terminal is left as curses set it, so that what it shows can still be read.
-        terminal_guard(false);
-        return start_fail("Unable to init ncurses windows\n");
+    if (!show_first_screen()) {
+        // The terminal stays as curses set it, so that what it shows can still be read.
+        terminal_rescue_disarm();
+        return fail_start("Unable to init ncurses windows\n");
     }
     screen_settle();
-    // Reading the configuration took several times its size.
+    // Reading the configuration took several times its size in memory.
     malloc_trim(0);
     if (is_setting_on(FetchOnStart))
         start_server_list_fetch();
@@ -112,19 +110,19 @@ bool app_start()
 
 void app_shutdown()
 {
-    signals_silence();
+    silence_signals();
     popup_close();
     screen_clear();
     if (is_setting_on(SaveToOne))
         close_shared_log();
     app_state.shared_log = nullptr;
     screen_end();
-    terminal_guard(false);
+    terminal_rescue_disarm();
     server_list_fetch_finish();
-    connections_leave();
+    leave_connections();
     if (is_setting_on(SaveOnExit))
         config_save();
     collection_destroy(app_state.servers);
     app_state.servers = nullptr;
-    settings_and_marks_free();
+    free_settings_and_markers();
 }

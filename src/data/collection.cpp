@@ -15,7 +15,7 @@ namespace
 /// Longest text that read_item and write_item pass, the NUL included.
 constexpr std::size_t stored_text_limit = 4096;
 
-/// Changes the number of slots, at least to count. False, and nothing changed, without memory.
+/// Changes the number of slots, at least to count. False, and nothing changed, when out of memory.
 bool set_capacity(collection* self, std::int64_t wanted)
 {
     const std::int64_t limited = std::min<std::int64_t>(wanted, collection_max_capacity);
@@ -35,7 +35,7 @@ bool set_capacity(collection* self, std::int64_t wanted)
     return true;
 }
 
-const void* identity(const void* element)
+const void* pass_element(const void* element)
 {
     return element;
 }
@@ -52,7 +52,7 @@ int compare_texts(const void* a, const void* b)
     return std::strcmp(static_cast<const char*>(a), static_cast<const char*>(b));
 }
 
-int list_find(const collection* self, const void* key, std::int32_t* index)
+int find_in_list(const collection* self, const void* key, std::int32_t* index)
 {
     for (std::int32_t position = 0; position < self->count; ++position) {
         if (self->items[position] == key) {
@@ -64,14 +64,14 @@ int list_find(const collection* self, const void* key, std::int32_t* index)
     return 0;
 }
 
-std::int32_t list_index_of(const collection* self, const void* element)
+std::int32_t find_index_in_list(const collection* self, const void* element)
 {
     std::int32_t index = -1;
-    list_find(self, element, &index);
+    find_in_list(self, element, &index);
     return index;
 }
 
-int list_add(collection* self, void* element)
+int add_to_list(collection* self, void* element)
 {
     return collection_insert_at(self, self->count, element);
 }
@@ -81,10 +81,12 @@ int compare_at(const collection* self, std::int32_t position, const void* key)
     return self->compare(self->key_of(self->items[position]), key);
 }
 
-/// Where a search among duplicates ends that met an equal element at `match`: at the element
-/// before the run of equal ones, not at the run's first, or at 0.
-std::int32_t before_equal_run(const collection* self, std::int32_t match, const void* key)
+/// Where a search among duplicates ends after it has met an equal element at `match`: at the
+/// element before the run of equal ones, or at 0.
+std::int32_t find_before_equal_run(const collection* self, std::int32_t match, const void* key)
 {
+    // Kept on purpose: not at the first of the run but one short of it. Test:
+    // collection_sorted.among_duplicates_finds_the_place_before_their_run.
     while (match > 0) {
         --match;
         if (compare_at(self, match, key) != 0)
@@ -93,7 +95,7 @@ std::int32_t before_equal_run(const collection* self, std::int32_t match, const 
     return match;
 }
 
-int sorted_find(const collection* self, const void* key, std::int32_t* index)
+int find_sorted(const collection* self, const void* key, std::int32_t* index)
 {
     *index = 0;
     if (key == nullptr)
@@ -104,7 +106,7 @@ int sorted_find(const collection* self, const void* key, std::int32_t* index)
         const std::int32_t middle = (low + high) / 2;
         const int order = compare_at(self, middle, key);
         if (order == 0) {
-            *index = self->allow_duplicates ? before_equal_run(self, middle, key) : middle;
+            *index = self->allow_duplicates ? find_before_equal_run(self, middle, key) : middle;
             return 1;
         }
         if (order < 0)
@@ -116,7 +118,7 @@ int sorted_find(const collection* self, const void* key, std::int32_t* index)
     return 0;
 }
 
-std::int32_t sorted_index_of(const collection* self, const void* element)
+std::int32_t find_index_sorted(const collection* self, const void* element)
 {
     std::int32_t index = 0;
     if (self->find(self, self->key_of(element), &index) == 0)
@@ -128,7 +130,7 @@ std::int32_t sorted_index_of(const collection* self, const void* element)
     return index < self->count ? index : -1;
 }
 
-int sorted_add(collection* self, void* element)
+int add_sorted(collection* self, void* element)
 {
     std::int32_t index = 0;
     if (self->find(self, self->key_of(element), &index) != 0 && !self->allow_duplicates)
@@ -165,8 +167,8 @@ struct kind_operations {
     decltype(collection::find) find;
 };
 
-collection* new_collection(std::int32_t capacity, std::int32_t grow_step,
-                           const kind_operations& operations)
+collection* make_collection(std::int32_t capacity, std::int32_t grow_step,
+                            const kind_operations& operations)
 {
     auto* made = static_cast<collection*>(std::calloc(1, sizeof(collection)));
     if (made == nullptr)
@@ -176,7 +178,7 @@ collection* new_collection(std::int32_t capacity, std::int32_t grow_step,
     made->index_of = operations.index_of;
     made->add = operations.add;
     made->find = operations.find;
-    made->key_of = identity;
+    made->key_of = pass_element;
     made->compare = compare_addresses;
     made->free_item = std::free;
     return made;
@@ -186,12 +188,12 @@ collection* new_collection(std::int32_t capacity, std::int32_t grow_step,
 
 collection* collection_new_list(std::int32_t capacity, std::int32_t grow_step)
 {
-    return new_collection(capacity, grow_step, {list_index_of, list_add, list_find});
+    return make_collection(capacity, grow_step, {find_index_in_list, add_to_list, find_in_list});
 }
 
 collection* collection_new_sorted(std::int32_t capacity, std::int32_t grow_step)
 {
-    return new_collection(capacity, grow_step, {sorted_index_of, sorted_add, sorted_find});
+    return make_collection(capacity, grow_step, {find_index_sorted, add_sorted, find_sorted});
 }
 
 collection* collection_new_strings(std::int32_t capacity, std::int32_t grow_step)

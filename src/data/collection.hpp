@@ -1,8 +1,8 @@
 // collection.hpp - the program's one container: a growable array of element pointers.
 //
 // A collection carries its own table of operations, so that one record type serves as an unsorted
-// list, a sorted set of records and a sorted set of strings. It owns its items array and, when
-// free_item is set, its elements. Knows nothing of what the elements are.
+// list, a sorted set of records and a sorted set of strings. It owns its items array and, if
+// free_item is set, its elements. It knows nothing of what the elements are.
 #pragma once
 
 #include <cstdint>
@@ -30,7 +30,7 @@ struct collection {
 
 /// A new, empty list in the order of insertion; `find` and `index_of` look for the identical
 /// pointer. `capacity` slots are reserved, `grow_step` are added whenever they are used up.
-/// Owned by the caller (collection_destroy). Null when the record cannot be allocated; slots that
+/// Owned by the caller (collection_destroy). Null if the record cannot be allocated; slots that
 /// cannot be are left for the first insertion. `free_item` is free, as in the other two kinds.
 collection* collection_new_list(std::int32_t capacity, std::int32_t grow_step);
 
@@ -47,12 +47,12 @@ collection* collection_new_sorted(std::int32_t capacity, std::int32_t grow_step)
 collection* collection_new_strings(std::int32_t capacity, std::int32_t grow_step);
 
 /// Inserts `element` before position `index`, 0 to count; at count it is appended.
-/// 1: inserted. 0: no such position, or no room; nothing has changed and the element stays the
-/// caller's.
+/// 1: inserted. 0: no such position, or no slot to be had; nothing has changed and the element
+/// stays the caller's.
 int collection_insert_at(collection* self, std::int32_t index, void* element);
 
 /// Sets the number of slots to `capacity`, but not under count and not over
-/// collection_max_capacity. False, and nothing changed, when memory runs out.
+/// collection_max_capacity. False, and nothing changed, when out of memory.
 bool collection_reserve(collection* self, std::int32_t capacity);
 
 /// Takes out every element, and releases those that are not null if `free_item` is set, first to

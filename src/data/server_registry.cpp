@@ -26,7 +26,8 @@ int server_compare(const void* a, const void* b)
 {
     const auto* left = static_cast<const server_entry*>(a);
     const auto* right = static_cast<const server_entry*>(b);
-    // The operands are swapped on purpose: names run from the end of the alphabet to its start.
+    // Kept on purpose: names run from the end of the alphabet to its start. Test:
+    // server_compare.puts_names_in_descending_and_ports_in_ascending_order.
     const int by_name = std::strcmp(right->ServerName, left->ServerName);
     if (by_name != 0)
         return by_name;
@@ -40,6 +41,8 @@ std::int32_t server_add(collection* servers, server_entry* entry)
     std::int32_t index = 0;
     if (servers->find(servers, entry, &index) != 0)
         return index;
+    // Kept on purpose: a list that cannot grow is not reported here. Test:
+    // server_add.does_not_report_a_collection_that_cannot_grow.
     collection_insert_at(servers, index, entry);
     return -1;
 }
@@ -57,6 +60,8 @@ bool server_add_or_free(collection* servers, server_entry* entry)
 void server_entry_free(void* entry)
 {
     auto* server = static_cast<server_entry*>(entry);
+    // Kept on purpose: UseEMail and SubCode outlive their entry. Test:
+    // server_entry_free.leaves_the_mailing_texts_to_their_readers.
     std::free(server->ServerName);
     std::free(server->server_uuid);
     std::free(server->server_version);

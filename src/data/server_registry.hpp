@@ -4,8 +4,8 @@
 // are never removed while the program runs. Knows nothing of screens and sockets beyond the fields.
 #pragma once
 
+#include "base/log_record.hpp"
 #include "data/collection.hpp"
-#include "net/log_record.hpp"
 
 #include <cstdint>
 #include <cstdio>
@@ -19,6 +19,10 @@ struct packet_buffer;
 
 /// One known server. Allocated zeroed, so that every text starts as none and every number as 0.
 /// Texts are owned, malloc'ed, NUL-terminated ISO-8859-1 bytes; null means "none".
+///
+/// list_row has two meanings. Drawing the list sets it to the row of the server's name, which is
+/// its 0-based position + 2. Connecting sets it to the 1-based position, one less, and until the
+/// list is drawn again the marker of the connected server belongs on list_row + 1.
 struct server_entry {
     char* ServerName;        // host name or address to connect to; never null once registered
     char* ServerAlias;       // the name shown instead of ServerName
@@ -32,7 +36,7 @@ struct server_entry {
     void* report_buffer;     // compressed report being received
     std::int32_t ServerPort; // 0 means DEFAULT_SERVER_PORT wherever a port is used
     std::int32_t socket_fd;  // 0: not connected; every test for a connection is a test of this
-    std::int32_t list_row;   // what markers beside the server's name are placed by
+    std::int32_t list_row;   // where the server's marker stands; see above
     std::uint32_t report_received;
     std::uint32_t report_total;
     std::uint32_t report_size;
@@ -53,7 +57,7 @@ struct server_entry {
     log_condition log_state;      // of log_file; also when a log was lost
 };
 
-/// Creates the empty collection of servers, ordered by server_compare; null when memory is short.
+/// Creates the empty collection of servers, ordered by server_compare; null when out of memory.
 /// The caller owns it and releases it with collection_destroy.
 collection* server_collection_new();
 
@@ -62,12 +66,12 @@ collection* server_collection_new();
 int server_compare(const void* a, const void* b);
 
 /// Registers an entry. -1: inserted, the collection owns it now. -2: entry or its name is null.
-/// Otherwise the index of the entry that has the same name and port already.
+/// Otherwise the index of the entry that already has this name and port.
 /// Unless -1 is returned the caller keeps the entry and releases it with server_entry_free.
 std::int32_t server_add(collection* servers, server_entry* entry);
 
-/// Registers an entry, or releases it: when it has no name, when its like is there already, and
-/// when the list cannot grow, which server_add does not tell. entry: must not be null.
+/// Registers an entry, or releases it if it has no name, if its like is there already, or if the
+/// list cannot grow, which server_add does not report. entry: must not be null.
 /// False in the last of these cases only: a server is lost.
 bool server_add_or_free(collection* servers, server_entry* entry);
 
@@ -75,7 +79,7 @@ bool server_add_or_free(collection* servers, server_entry* entry);
 /// entry: a malloc'ed server_entry; must have no connection.
 void server_entry_free(void* entry);
 
-/// The entry at a 0-based position of the collection; null when there is none.
+/// The entry at a 0-based position of the collection; null if there is none.
 server_entry* server_at(const collection* servers, std::int32_t index);
 
 /// The name to show for a server: its alias, or its host name when it has none. Borrowed.

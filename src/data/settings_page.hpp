@@ -1,21 +1,13 @@
-// settings_page.hpp - draws the full-screen settings page from the settings tables.
+// settings_page.hpp - draws the settings page from the settings tables, and takes its keys.
 #pragma once
 
-#include <cstddef>
-
-/// Draws the static page (title, hint, boxes, labels, separator) into settings_win and records in
-/// app_state where each row stands.
+/// Draws what never changes (title, hint, boxes, labels, separator) into settings_win and records
+/// in app_state where each row stands.
 void settings_dialog();
 
-/// Draws the mark of one switch: "X" while it is on, a blank while it is off. Rows that are not on
-/// the page are left out. index: into checkbox_setting_table.
-void settings_mark_draw(std::size_t index);
-
-/// Draws the value of one folder after its label, cut at the frame. Nothing while it was never set.
-/// index: into text_setting_table.
-void settings_folder_draw(std::size_t index);
-
-/// Draws all marks and folders as they are set now.
+/// Draws all checks and folders as they are set now: "X" for a switch that is on, a blank for one
+/// that is off, and folders cut at the frame. Lines without a switch and folders that were never
+/// set are left out.
 void settings_values_draw();
 
 /// Acts on a key typed in the key loop: switches the setting whose hot key it is, or asks for the

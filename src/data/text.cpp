@@ -17,8 +17,8 @@ void replace_in_place(char* text, const char* pattern, const char* replacement, 
 }
 
 /// The length that `text` has once every pattern is replaced.
-std::size_t replaced_length(const char* text, const char* pattern, std::size_t pattern_length,
-                            std::size_t replacement_length)
+std::size_t compute_replaced_length(const char* text, const char* pattern,
+                                    std::size_t pattern_length, std::size_t replacement_length)
 {
     std::size_t length = std::strlen(text);
     for (const char* match = std::strstr(text, pattern); match != nullptr;
@@ -76,7 +76,8 @@ char* str_replace(char* text, const char* pattern, const char* replacement)
     }
 
     // Built beside the old text, so that a failed allocation leaves that one whole.
-    const std::size_t length = replaced_length(text, pattern, pattern_length, replacement_length);
+    const std::size_t length =
+        compute_replaced_length(text, pattern, pattern_length, replacement_length);
     auto* made = static_cast<char*>(std::malloc(length + 1));
     if (made == nullptr)
         return text;

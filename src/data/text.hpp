@@ -8,13 +8,13 @@
 char* str_dup(const char* text);
 
 /// Appends `added` to the heap text `text`; null counts as the empty text for both.
-/// The text, which may have moved; when nothing is to be added or the allocation fails, `text`
+/// The text, which may have moved; if nothing is to be added or the allocation fails, `text`
 /// itself, unchanged. `added` must not lie within `text`.
 char* str_append(char* text, const char* added);
 
 /// Replaces every `pattern` (never null) in the heap text `text` (may be null) by `replacement`
 /// (null: by nothing), left to right, without overlap and without looking into what was inserted.
-/// The text, which may have moved; when there is nothing to replace or the allocation fails,
+/// The text, which may have moved; if there is nothing to replace or the allocation fails,
 /// `text` itself, unchanged. An empty pattern matches nothing. Neither `pattern` nor
 /// `replacement` may lie within `text`.
 char* str_replace(char* text, const char* pattern, const char* replacement);

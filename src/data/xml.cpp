@@ -1,5 +1,5 @@
-// xml.cpp - one pass over the text, run by run between the angle brackets. A document lies in a
-// few blocks of memory that are let go together.
+// xml.cpp - reads the text in one pass, from one angle bracket to the next. A document lies in a
+// few blocks of memory that are freed together.
 #include "data/xml.hpp"
 
 #include "data/text.hpp"
@@ -15,7 +15,7 @@
 namespace
 {
 
-/// A text of at most `size` - 1 bytes; what does not fit is dropped.
+/// A text of at most `size` - 1 bytes; the rest is dropped.
 template <std::size_t size> struct bounded_text {
     char bytes[size];
     std::size_t length = 0;
@@ -30,9 +30,8 @@ template <std::size_t size> struct bounded_text {
     }
 };
 
-/// A stretch of memory for nodes, which fill it from the front, and texts, which fill it from the
-/// back. The first one of a document begins with the first node, so that the document's address is
-/// enough to release them all.
+/// A stretch of memory that nodes fill from the front and texts from the back. A document's first
+/// block begins with its first node, so that the document's address is enough to release them all.
 struct block {
     block* next;           // null in the last one
     std::size_t nodes_end; // both count bytes from the end of this record
@@ -45,44 +44,44 @@ struct block {
 };
 static_assert(sizeof(block) % alignof(xml_node) == 0);
 
-/// Bytes in a block. Larger requests than this and its record are slow to serve for malloc, which
-/// counts for the short documents of packets.
-constexpr std::size_t block_room = 1032 - sizeof(block);
+/// Bytes in a block. malloc serves larger requests than this and its record slowly, which matters
+/// for the short documents of packets.
+constexpr std::size_t block_bytes = 1032 - sizeof(block);
 
 struct reader {
     block* memory = nullptr;             // the last block
     xml_node* current = nullptr;         // the latest node; nameless while it waits for a start tag
     bool in_tag = true;                  // a "<" still waits for its ">", first the declaration's
     std::string_view tag;                // the latest tag, without brackets
-    const char* text_begin = nullptr;    // behind the latest tag
+    const char* text_begin = nullptr;    // after the latest tag
     bool has_stray_brackets = false;     // a ">" has come since, which is no text
     bounded_text<xml_path_limit> path;   // names of the open elements
     bounded_text<xml_text_limit> joined; // a text put together from its pieces
 };
 
-block* block_new(std::size_t room)
+block* make_block(std::size_t size)
 {
-    auto* made = static_cast<block*>(std::malloc(sizeof(block) + room));
+    auto* made = static_cast<block*>(std::malloc(sizeof(block) + size));
     if (made != nullptr)
-        *made = {nullptr, 0, room};
+        *made = {nullptr, 0, size};
     return made;
 }
 
-/// The block to take `size` bytes from: the last one, or one more. Null without memory.
-block* block_with(reader& state, std::size_t size)
+/// Finds a block with `size` free bytes: the last one, or a new one. Null when out of memory.
+block* find_block(reader& state, std::size_t size)
 {
     block* last = state.memory;
     if (last->texts_begin - last->nodes_end >= size)
         return last;
-    last->next = block_new(std::max(size, block_room));
+    last->next = make_block(std::max(size, block_bytes));
     if (last->next != nullptr)
         state.memory = last->next;
     return last->next;
 }
 
-xml_node* new_node(reader& state)
+xml_node* make_node(reader& state)
 {
-    block* from = block_with(state, sizeof(xml_node));
+    block* from = find_block(state, sizeof(xml_node));
     if (from == nullptr)
         return nullptr;
     char* place = from->bytes() + from->nodes_end;
@@ -90,24 +89,24 @@ xml_node* new_node(reader& state)
     return new (place) xml_node{};
 }
 
-/// Room for a text, its terminator included. Null without memory.
-char* text_room(reader& state, std::size_t size)
+/// Memory for a text of `size` bytes, terminator included. Null when out of memory.
+char* allocate_text(reader& state, std::size_t size)
 {
-    block* from = block_with(state, size);
+    block* from = find_block(state, size);
     if (from == nullptr)
         return nullptr;
     from->texts_begin -= size;
     return from->bytes() + from->texts_begin;
 }
 
-char* text_put(char* place, std::string_view bytes)
+char* put_text(char* place, std::string_view bytes)
 {
     place[bytes.copy(place, bytes.size())] = '\0';
     return place;
 }
 
-/// A number made of a text's length and two of its bytes, those in which paths tend to differ.
-std::uint32_t mark_of(std::string_view text)
+/// A hash of a text: its length and two of its bytes, those in which paths tend to differ.
+std::uint32_t hash_of(std::string_view text)
 {
     if (text.empty())
         return 0;
@@ -116,26 +115,26 @@ std::uint32_t mark_of(std::string_view text)
     return static_cast<std::uint32_t>(text.size() << 16 | middle << 8 | last);
 }
 
-/// Gives the waiting node the newly opened element's name and path. False, and neither given,
-/// without memory: a node with a path always has a name.
+/// Gives the waiting node the newly opened element's name and path. False when out of memory; the
+/// node then has neither, so that a node with a path always has a name.
 bool name_node(reader& state, std::string_view name)
 {
     const std::string_view path = state.path.view();
     // A name is the end of its path, unless that one was cut.
     const std::size_t name_size = path.ends_with(name) ? 0 : name.size() + 1;
-    char* place = text_room(state, name_size + path.size() + 1);
+    char* place = allocate_text(state, name_size + path.size() + 1);
     if (place == nullptr)
         return false;
     xml_node& node = *state.current;
-    node.path = text_put(place + name_size, path);
-    node.name = name_size > 0 ? text_put(place, name) : node.path + path.size() - name.size();
-    node.name_mark = mark_of(name);
-    node.path_mark = mark_of(path);
+    node.path = put_text(place + name_size, path);
+    node.name = name_size > 0 ? put_text(place, name) : node.path + path.size() - name.size();
+    node.name_hash = hash_of(name);
+    node.path_hash = hash_of(path);
     return true;
 }
 
-/// The same text without the ">" in it, which are none.
-std::string_view brackets_drop(reader& state, std::string_view text)
+/// The same text without the ">" in it, which do not belong to it.
+std::string_view drop_brackets(reader& state, std::string_view text)
 {
     state.joined.length = 0;
     while (!text.empty()) {
@@ -146,33 +145,33 @@ std::string_view brackets_drop(reader& state, std::string_view text)
     return state.joined.view();
 }
 
-/// Stores the text up to `end` as the node's value. False without memory.
-bool value_node(reader& state, const char* end)
+/// Stores the text up to `end` as the node's value. False when out of memory.
+bool store_value(reader& state, const char* end)
 {
     std::string_view text{state.text_begin, static_cast<std::size_t>(end - state.text_begin)};
     if (state.has_stray_brackets)
-        text = brackets_drop(state, text);
+        text = drop_brackets(state, text);
     text = text.substr(0, xml_text_limit - 1);
     if (text.empty())
         return true;
-    char* place = text_room(state, text.size() + 1);
+    char* place = allocate_text(state, text.size() + 1);
     if (place == nullptr)
         return false;
-    state.current->value = text_put(place, text);
+    state.current->value = put_text(place, text);
     return true;
 }
 
-/// At a "<": stores the text so far and lets a fresh node wait for the next start tag. False
-/// without memory.
+/// At a "<": stores the text so far and makes a new node wait for the next start tag. False when
+/// out of memory.
 bool begin_tag(reader& state, const char* at)
 {
     state.in_tag = true;
     if (state.current->name == nullptr)
         return true;
-    // Its name came with a ">", so that its text has a beginning; no "<" has come since.
-    if (!value_node(state, at))
+    // The ">" that gave the node its name also began its text, and no "<" has come since.
+    if (!store_value(state, at))
         return false;
-    xml_node* next = new_node(state);
+    xml_node* next = make_node(state);
     if (next == nullptr)
         return false;
     state.current->next = next;
@@ -180,10 +179,11 @@ bool begin_tag(reader& state, const char* at)
     return true;
 }
 
-/// Leaves the element `name`, looked for as a mere part of the path: its first occurrence counts,
-/// even within a longer name, and a name that does not occur changes nothing.
+/// Leaves the element `name`. A name that does not occur in the path changes nothing.
 void leave_element(reader& state, std::string_view name)
 {
+    // Kept on purpose: the end tag cuts the path at the first occurrence of its name, even within a
+    // longer name. Test: xml_parse.follows_its_fixed_rules.
     const std::size_t found = state.path.view().find(name);
     if (found == std::string_view::npos)
         return;
@@ -191,8 +191,8 @@ void leave_element(reader& state, std::string_view name)
     state.path.length = after_slash ? found - 1 : found;
 }
 
-/// At a ">": opens or closes the element that the latest tag names, which began at `tag` if it ends
-/// here. False without memory.
+/// At a ">": opens or closes the element that the latest tag names. tag: where it began, if this
+/// ">" ends it. False when out of memory.
 bool end_tag(reader& state, const char* tag, const char* at)
 {
     state.has_stray_brackets = !std::exchange(state.in_tag, false);
@@ -215,9 +215,9 @@ bool end_tag(reader& state, const char* tag, const char* at)
     return name_node(state, name);
 }
 
-/// The first angle bracket from `at` on, or `end`. The two kinds differ in one bit, so that one
-/// test finds either among eight bytes.
-const char* bracket_find(const char* at, const char* end)
+/// The first angle bracket from `at` on, or `end`. The two kinds differ in one bit, so that a
+/// single test finds either of them among eight bytes.
+const char* find_bracket(const char* at, const char* end)
 {
     constexpr std::uint64_t each_byte = 0x0101010101010101;
     for (; end - at >= 8; at += 8) {
@@ -236,11 +236,11 @@ const char* bracket_find(const char* at, const char* end)
     return at;
 }
 
-/// Reads from the declaration's ">" on, which ends an empty tag: so arises the first node.
-void document_read(reader& state, const char* at, const char* end)
+/// Reads from the declaration's ">" on. That ">" ends an empty tag, which makes the first node.
+void read_document(reader& state, const char* at, const char* end)
 {
     while (true) {
-        const char* bracket = bracket_find(at, end);
+        const char* bracket = find_bracket(at, end);
         if (bracket == end)
             return;
         const bool goes_on =
@@ -256,27 +256,27 @@ void document_read(reader& state, const char* at, const char* end)
 xml_node* xml_parse(const char* text)
 {
     reader state;
-    state.memory = block_new(block_room);
+    state.memory = make_block(block_bytes);
     if (state.memory == nullptr)
         return nullptr;
-    xml_node* document = state.current = new_node(state);
+    xml_node* document = state.current = make_node(state);
     const char* declaration_end = std::strstr(text, "?>");
     if (declaration_end != nullptr)
-        document_read(state, declaration_end + 1, declaration_end + std::strlen(declaration_end));
+        read_document(state, declaration_end + 1, declaration_end + std::strlen(declaration_end));
     return document;
 }
 
 char* xml_get(const xml_node* document, const char* key, bool by_name, bool want_copy)
 {
     const std::string_view wanted{key};
-    // A key too long for any node would have its length cut in the mark.
+    // The hash would cut the length of a key that is longer than any path.
     if (wanted.size() >= xml_path_limit)
         return nullptr;
-    const std::uint32_t mark = mark_of(wanted);
+    const std::uint32_t hash = hash_of(wanted);
     for (const xml_node* node = document; node != nullptr; node = node->next) {
         const char* compared = by_name ? node->name : node->path;
-        // Texts of one mark are of one length.
-        if ((by_name ? node->name_mark : node->path_mark) == mark && compared != nullptr &&
+        // Texts with the same hash have the same length.
+        if ((by_name ? node->name_hash : node->path_hash) == hash && compared != nullptr &&
             std::memcmp(compared, key, wanted.size()) == 0)
             return by_name || want_copy ? str_dup(node->value) : node->value;
     }

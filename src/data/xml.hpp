@@ -1,12 +1,13 @@
 // xml.hpp - a deliberately small XML reader for packets and the configuration file.
 //
-// Turns a text into a flat list of elements in document order, each with its full path, and looks
-// them up. It knows start tags, end tags and text, and nothing else: no references are decoded,
-// and comments, CDATA and empty-element tags are taken for start tags. Validates and writes
-// nothing. What stands before the "?>" of the declaration is skipped; without one there is nothing.
+// It turns a text into a flat list of elements in document order, each with its full path, and
+// finds elements by name or path. It knows start tags, end tags and text, and nothing else: it
+// decodes no references, and takes comments, CDATA and empty-element tags for start tags. It
+// validates and writes nothing. It skips everything before the "?>" of the declaration; a text
+// without a declaration has no elements.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,27 +19,28 @@ constexpr std::size_t xml_text_limit = 512;
 constexpr std::size_t xml_path_limit = 1024;
 
 /// One element. The first node of a document with a declaration stands for the declaration itself,
-/// with empty name and path; a node without a name is the last one, and all its fields are null.
-/// Nodes and texts belong to the document and go with it.
+/// with empty name and path. A node without a name is the last one, and all its fields are null.
+/// Nodes and texts belong to the document and are freed with it.
 struct xml_node {
     char* path;     // names from the root down to this element, joined by "/"
     char* name;     // without attributes
     char* value;    // the text from the start tag to the next tag, null when empty
     xml_node* next; // in the order of the start tags; null at the end
 
-    std::uint32_t path_mark; // texts of different marks differ: look-ups pass over most nodes by
-    std::uint32_t name_mark; // these alone
+    std::uint32_t path_hash; // different hashes mean different texts, so that look-ups compare few
+    std::uint32_t name_hash;
 };
 
 /// Reads `text` (never null), which is not kept.
-/// The document's first node, to be released by xml_free; it ends early, with errno at ENOMEM, when
-/// memory runs out on the way. Null only when there is no memory for the first node.
+/// The document's first node, which the caller releases with xml_free. When out of memory, the
+/// document ends early and errno is ENOMEM; null only if not even the first node was allocated.
 xml_node* xml_parse(const char* text);
 
 /// The value of the first node in document order whose name (`by_name`) or path equals `key`.
 /// By name, and by path with `want_copy`, a copy that the caller frees; by path without
 /// `want_copy`, the node's own text, good until the document is freed.
-/// Null when nothing matches, the match has no value, `document` is null, or memory runs out.
+/// Null if nothing matches, if the match has no value, if `document` is null, or when out of
+/// memory.
 char* xml_get(const xml_node* document, const char* key, bool by_name, bool want_copy);
 
 /// Releases all nodes and texts of `document` (may be null).

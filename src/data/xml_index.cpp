@@ -13,7 +13,7 @@ xml_index xml_index_build(const xml_node* document)
             if (node->path != nullptr)
                 index.push_back(node);
         }
-    } catch (...) { // nothing but a lack of memory
+    } catch (...) { // only ever out of memory
         errno = ENOMEM;
         return {};
     }

@@ -8,8 +8,8 @@
 /// The nodes of one document that have a path, ordered by path. Borrows the document.
 using xml_index = std::vector<const xml_node*>;
 
-/// Orders a document's nodes. An empty index for a null document, and when memory is short, with
-/// errno at ENOMEM then.
+/// Orders a document's nodes. An empty index for a null document, and when out of memory; errno is
+/// then ENOMEM.
 xml_index xml_index_build(const xml_node* document);
 
 /// The value of the first node in document order with this path, as xml_get finds it. Borrowed from

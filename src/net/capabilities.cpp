@@ -2,10 +2,12 @@
 #include "net/capabilities.hpp"
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
+#include "data/owned_text.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
-#include "net/connection.hpp"
+#include "net/capability_table.hpp"
+#include "net/connection_end.hpp"
 #include "net/md5.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
@@ -17,52 +19,53 @@
 namespace
 {
 
-constexpr int password_room = 40;
+constexpr int password_size = 40;
 
-heap_text element_text(const xml_node* document, const char* name)
+heap_text find_element(const xml_node* document, const char* name)
 {
     return heap_text{xml_get(document, name, true, true)};
 }
 
-/// 1 when the element is there with a decimal value other than 0, else 0.
-std::uint8_t element_flag(const xml_node* document, const char* name)
+/// Whether an element says yes: by any text at all, or else by a decimal number other than 0.
+bool is_set(const xml_node* document, const char* name, bool by_any_text)
 {
-    const heap_text text = element_text(document, name);
-    return text && std::strtol(text.get(), nullptr, 10) != 0 ? 1 : 0;
+    const heap_text text = find_element(document, name);
+    return text && (by_any_text || std::strtol(text.get(), nullptr, 10) != 0);
 }
 
-void identity_record(server_entry& entry, const xml_node* document)
+bool is_offered(const xml_node* document, const capability& offer)
 {
-    server_identity_clear(entry);
-    entry.server_version = element_text(document, "Version").release();
-    entry.server_uuid = element_text(document, "ServerUUID").release();
+    const auto [first, second] = offer.elements;
+    return is_set(document, first, offer.is_set_by_any_text) ||
+           (second != nullptr && is_set(document, second, offer.is_set_by_any_text));
+}
+
+void record_identity(server_entry& entry, const xml_node* document)
+{
+    owned_text_replace(entry.server_version, find_element(document, "Version").release());
+    owned_text_replace(entry.server_uuid, find_element(document, "ServerUUID").release());
     if (entry.server_uuid != nullptr)
-        status_report(2, "ServerID: %s", entry.server_uuid);
+        status_report(colour::text, "ServerID: %s", entry.server_uuid);
 }
 
-void flags_record(server_entry& entry, const xml_node* document)
+void record_offers(server_entry& entry, const xml_node* document)
 {
-    // Unlike the others, this one is set by any text at all, a "0" included.
-    const heap_text crc_check = element_text(document, "CRCCheck");
-    entry.crc_check = crc_check ? 1 : 0;
-    entry.can_mail = element_flag(document, "Mailing");
-    entry.can_modify = element_flag(document, "DBModify") | element_flag(document, "ModifyFlags");
-    entry.can_report = element_flag(document, "Reports");
-    entry.can_page = element_flag(document, "Pager");
+    for (const capability& offer : capability_table)
+        entry.*offer.flag = is_offered(document, offer) ? 1 : 0;
 }
 
-void password_send(const server_entry& entry)
+void send_password(const server_entry& entry)
 {
-    send_packet(entry.socket_fd, packet_password, 0, 0, "%s", entry.Password);
+    send_packet(entry.socket_fd, sent_password, 0, 0, "%s", entry.Password);
 }
 
 void authenticate(server_entry& entry)
 {
-    status_report(11, "Password needed for this Server");
+    status_report(colour::secondary, "Password needed for this Server");
     if (!is_setting_on(SavePasswords) || entry.Password == nullptr)
         return ask_password(entry);
-    status_report(11, "Sending saved password from your configuration");
-    password_send(entry);
+    status_report(colour::secondary, "Sending saved password from your configuration");
+    send_password(entry);
 }
 
 } // namespace
@@ -70,9 +73,9 @@ void authenticate(server_entry& entry)
 void handle_capabilities(server_entry& entry, const char* text)
 {
     const xml_document document{xml_parse(text)};
-    identity_record(entry, document.get());
-    flags_record(entry, document.get());
-    if (element_flag(document.get(), "NeedAuth") != 0)
+    record_identity(entry, document.get());
+    record_offers(entry, document.get());
+    if (is_set(document.get(), "NeedAuth", false))
         authenticate(entry);
     check_duplicate_connection(entry);
 }
@@ -80,7 +83,7 @@ void handle_capabilities(server_entry& entry, const char* text)
 void ask_password(server_entry& entry)
 {
     const heap_text typed{
-        prompt_input(password_room, "Password required", hint_or_cancel, nullptr)};
+        prompt_input(password_size, "Password required", hint_or_cancel, nullptr)};
     if (!typed)
         return;
     char digest[33];
@@ -88,7 +91,6 @@ void ask_password(server_entry& entry)
     char* password = str_dup(digest);
     if (password == nullptr)
         return;
-    std::free(entry.Password);
-    entry.Password = password;
-    password_send(entry);
+    owned_text_replace(entry.Password, password);
+    send_password(entry);
 }

@@ -3,12 +3,12 @@
 
 #include "data/server_registry.hpp"
 
-/// Takes a server's capability message: identity, version and service flags. Where the server wants
-/// a password, sends the saved digest or asks the user. Closes the connection if the same server is
-/// connected already.
+/// Takes a server's capability message: identity, version and capabilities. If the server wants a
+/// password, sends the saved digest or asks the user. Ends the connection if another entry is
+/// connected to the same server.
 /// text: the packet's NUL-terminated XML.
 void handle_capabilities(server_entry& entry, const char* text);
 
-/// Asks for the server's password, keeps its digest in the entry and sends it. An answer of nothing
-/// changes nothing. Modal: the other servers wait until the user has answered.
+/// Asks for the server's password, keeps its digest in the entry and sends it. Without an answer
+/// nothing changes. Modal: the other servers wait until the user has answered.
 void ask_password(server_entry& entry);

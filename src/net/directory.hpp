@@ -1,4 +1,4 @@
-// directory.hpp - where the public list of servers is fetched from; a setting of the build.
+// directory.hpp - where the public list of servers is fetched from, a setting of the build.
 #pragma once
 
 #include <cstdint>

@@ -1,12 +1,11 @@
 // directory_lines.cpp - see directory_lines.hpp.
 #include "net/directory_lines.hpp"
 
+#include "data/number.hpp"
 #include "data/text.hpp"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 namespace
@@ -14,24 +13,22 @@ namespace
 
 constexpr int field_count = 9;
 
-/// Which field of a line holds what.
+// Which field of a line holds what.
 constexpr int field_host = 0;
 constexpr int field_port = 1;
 constexpr int field_location = 3;
 constexpr int field_info = 4;
 constexpr int field_alias = 6;
 
-char* field_copy(const char* field)
+char* copy_field(const char* field)
 {
     return field[0] != '\0' ? str_dup(field) : nullptr;
 }
 
-std::int32_t port_of(const char* field)
+std::int32_t read_port(const char* field)
 {
-    const long port =
-        std::clamp<long>(std::strtol(field, nullptr, 10), std::numeric_limits<std::int32_t>::min(),
-                         std::numeric_limits<std::int32_t>::max());
-    return port != 0 ? static_cast<std::int32_t>(port) : DEFAULT_SERVER_PORT;
+    const std::int32_t port = number_clamped(field);
+    return port != 0 ? port : DEFAULT_SERVER_PORT;
 }
 
 } // namespace
@@ -59,10 +56,10 @@ server_entry* directory_entry_new(char* line)
     auto* entry = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
     if (entry == nullptr)
         return nullptr;
-    entry->ServerName = field_copy(fields[field_host]);
-    entry->ServerPort = port_of(fields[field_port]);
-    entry->Location = field_copy(fields[field_location]);
-    entry->Info = field_copy(fields[field_info]);
-    entry->ServerAlias = field_copy(fields[field_alias]);
+    entry->ServerName = copy_field(fields[field_host]);
+    entry->ServerPort = read_port(fields[field_port]);
+    entry->Location = copy_field(fields[field_location]);
+    entry->Info = copy_field(fields[field_info]);
+    entry->ServerAlias = copy_field(fields[field_alias]);
     return entry;
 }

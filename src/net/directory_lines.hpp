@@ -3,14 +3,14 @@
 
 #include "data/server_registry.hpp"
 
-/// Where the lines of an HTTP answer begin; null when its header has no end. response:
+/// Where the lines of an HTTP answer begin; null if its header has no end. response:
 /// NUL-terminated; the result points into it.
 char* directory_body(char* response);
 
-/// Cuts the next line off. lines: moved behind it. Null when no whole line is left; else the line
-/// without its line feed.
+/// Cuts the next line off and moves `lines` past it. The line without its line feed; null if no
+/// whole line is left.
 char* directory_line_next(char*& lines);
 
-/// A new entry for a line of nine fields separated by tabs; null for any other line and when memory
-/// is short. The line is cut up. The caller owns the entry.
+/// A new entry for a line of nine fields separated by tabs, which is cut up. Null for any other
+/// line and when out of memory. The caller owns the entry.
 server_entry* directory_entry_new(char* line);

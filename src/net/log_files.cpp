@@ -2,8 +2,9 @@
 #include "net/log_files.hpp"
 
 #include "app/app_state.hpp"
-#include "data/file_open.hpp"
-#include "data/owners.hpp"
+#include "base/file_open.hpp"
+#include "base/owners.hpp"
+#include "data/owned_text.hpp"
 #include "data/text.hpp"
 #include "ui/pane.hpp"
 
@@ -13,8 +14,8 @@
 namespace
 {
 
-/// The folder for logs; null when memory is short.
-heap_text log_folder()
+/// The folder for logs; null when out of memory.
+heap_text find_log_folder()
 {
     const char* folder =
         app_state.setting_texts != nullptr ? app_state.setting_texts[LogFilePath] : nullptr;
@@ -26,70 +27,69 @@ heap_text log_folder()
     return current;
 }
 
-/// A log as its owner holds it.
+/// A log's two fields in the record that owns them.
 struct held_log {
     std::FILE*& stream;
     log_condition& condition;
 };
 
-held_log own_log(server_entry& entry)
+held_log hold_own_log(server_entry& entry)
 {
     return {entry.log_file, entry.log_state};
 }
 
-held_log shared_log()
+held_log hold_shared_log()
 {
     return {app_state.shared_log, app_state.shared_log_state};
 }
 
-/// When an opened log is worth a word.
+/// When the opening of a log is reported: always, or only if it succeeded.
 enum class open_report : std::uint8_t { always, success };
 
 /// Opens "first/second.log" and reports how that went. A name that does not fit is not opened.
-void log_open(held_log log, const char* first, const char* second, open_report report)
+void open_log(held_log log, const char* first, const char* second, open_report report)
 {
     char name[log_name_bytes];
     const int length = std::snprintf(name, sizeof name, "%s/%s.log", first, second);
     const bool fits = length >= 0 && static_cast<std::size_t>(length) < sizeof name;
     log.stream = fits ? file_open(name, file_use::appending).release() : nullptr;
     if (log.stream != nullptr) {
-        std::free(log.condition.name);
-        log.condition.name = str_dup(name);
+        owned_text_replace(log.condition.name, str_dup(name));
         log.condition.is_lost = false;
     }
     if (log.stream != nullptr || report == open_report::always)
-        status_report(6, "Logfile '%s' %s opened", name,
+        status_report(colour::notice, "Logfile '%s' %s opened", name,
                       log.stream != nullptr ? "successfully" : "not");
 }
 
-/// Closes a log, if it is open; what is remembered of it stays.
-void stream_close(held_log log)
+/// Closes a log, if it is open; its condition is still remembered.
+void close_stream(held_log log)
 {
     if (log.stream == nullptr)
         return;
-    record_take_back(fileno(log.stream), log.condition.torn);
+    undo_torn_record(fileno(log.stream), log.condition.torn);
     std::fclose(log.stream);
     log.stream = nullptr;
     log.condition.torn = {};
 }
 
-void log_close(held_log log)
+void close_log(held_log log)
 {
-    stream_close(log);
-    std::free(log.condition.name);
+    close_stream(log);
+    owned_text_clear(log.condition.name);
     log.condition = {};
 }
 
-/// Says once that a log takes no records; again only after it has taken one.
-void failure_report(log_condition& condition)
+/// Reports that a log takes no records; once, until it has taken one again.
+void report_failure(log_condition& condition)
 {
     if (!condition.is_failing)
-        status_report(5, "Logfile '%s' cannot be written",
+        status_report(colour::error, "Logfile '%s' cannot be written",
                       condition.name != nullptr ? condition.name : "");
     condition.is_failing = true;
 }
 
-void record_write(held_log log, const char* text)
+void write_record(held_log log, const char* text)
 {
     const int file = fileno(log.stream);
     log.condition.is_lost = is_deleted(file);
@@ -97,22 +97,23 @@ void record_write(held_log log, const char* text)
         log.condition.is_failing = false;
         return;
     }
-    failure_report(log.condition);
+    report_failure(log.condition);
     if (log.condition.is_lost)
-        stream_close(log);
+        close_stream(log);
 }
 
-void logs_open(server_entry& entry, open_report report)
+void open_wanted_log(server_entry& entry, open_report report)
 {
-    const heap_text folder = log_folder();
+    const heap_text folder = find_log_folder();
     if (!folder)
         return;
-    // The server's name stands before the folder; users have their folders laid out for that.
+    // Kept on purpose: the server's name stands before the folder; users have laid out their
+    // folders for that. Test: logging.puts_the_servers_name_before_the_folder.
     if (!is_setting_on(SaveToOne)) {
         if (entry.log_file == nullptr)
-            log_open(own_log(entry), server_display_name(entry), folder.get(), report);
+            open_log(hold_own_log(entry), server_display_name(entry), folder.get(), report);
     } else if (app_state.shared_log == nullptr) {
-        log_open(shared_log(), folder.get(), "ACARS", report);
+        open_log(hold_shared_log(), folder.get(), "ACARS", report);
     }
 }
 
@@ -128,26 +129,26 @@ bool is_log_lost(const server_entry& entry)
 
 void open_log_files(server_entry& entry)
 {
-    logs_open(entry, open_report::always);
+    open_wanted_log(entry, open_report::always);
 }
 
 void close_log_file(server_entry& entry)
 {
-    log_close(own_log(entry));
+    close_log(hold_own_log(entry));
 }
 
 void close_shared_log()
 {
-    log_close(shared_log());
+    close_log(hold_shared_log());
 }
 
 void log_transmission(server_entry& entry, const char* text)
 {
-    // That it was lost has been said; that it cannot be had again is no news.
+    // That it was lost has been reported; that it still cannot be opened is no news.
     if (is_log_lost(entry))
-        logs_open(entry, open_report::success);
+        open_wanted_log(entry, open_report::success);
     if (is_setting_on(ACARSLog) && entry.log_file != nullptr)
-        record_write(own_log(entry), text);
+        write_record(hold_own_log(entry), text);
     else if (is_setting_on(SaveToOne) && app_state.shared_log != nullptr)
-        record_write(shared_log(), text);
+        write_record(hold_shared_log(), text);
 }

@@ -5,8 +5,9 @@
 
 #include "data/server_registry.hpp"
 
-/// Opens the log that the settings ask for and reports whether that worked: the entry's own, or the
-/// shared one. A log that is open already goes on being used; one that cannot be opened stays null.
+/// Opens the log that the settings ask for, the entry's own or the shared one, and reports whether
+/// that worked. A log that is open already goes on being used; one that cannot be opened stays
+/// null.
 void open_log_files(server_entry& entry);
 
 /// Closes the entry's own log, if it is open.
@@ -16,7 +17,7 @@ void close_log_file(server_entry& entry);
 void close_shared_log();
 
 /// Writes one record, at once, to the entry's own log or to the shared one, never to both. Nothing
-/// while logging is off or the file is not open. A log that cannot take the record loses all of it;
-/// that is reported once, until the log takes a record again. One that was deleted is closed, and
-/// opened anew with the next record.
+/// happens while logging is off or the log is not open. If a log cannot take the record, none of it
+/// stays there; that is reported once, until the log takes a record again. A log that was deleted
+/// is closed, and opened again with the next record.
 void log_transmission(server_entry& entry, const char* text);

@@ -13,7 +13,7 @@ namespace
 constexpr std::size_t block_size = 64;
 constexpr std::size_t length_size = 8; // bytes at the end of the last block
 
-/// 2^32 times the absolute sine of 1 to 64, whole parts.
+/// The whole parts of 2^32 times the absolute sines of 1 to 64.
 constexpr std::uint32_t sines[64] = {
     0xd76aa478, 0xe8c7b756, 0x242070db, 0xc1bdceee, 0xf57c0faf, 0x4787c62a, 0xa8304613, 0xfd469501,
     0x698098d8, 0x8b44f7af, 0xffff5bb1, 0x895cd7be, 0x6b901122, 0xfd987193, 0xa679438e, 0x49b40821,
@@ -30,13 +30,13 @@ constexpr int rotations[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23
 
 using digest_words = std::array<std::uint32_t, 4>;
 
-std::uint32_t little_endian_word(const unsigned char* bytes)
+std::uint32_t read_word(const unsigned char* bytes)
 {
     return bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
            std::uint32_t{bytes[3]} << 24;
 }
 
-std::uint32_t mixed(unsigned round, std::uint32_t b, std::uint32_t c, std::uint32_t d)
+std::uint32_t mix(unsigned round, std::uint32_t b, std::uint32_t c, std::uint32_t d)
 {
     switch (round) {
     case 0:
@@ -50,8 +50,8 @@ std::uint32_t mixed(unsigned round, std::uint32_t b, std::uint32_t c, std::uint3
     }
 }
 
-/// The number of the block's word that a step takes in.
-std::size_t word_of_step(unsigned round, unsigned step)
+/// The number of the block's word that a step adds.
+std::size_t choose_word(unsigned round, unsigned step)
 {
     constexpr std::size_t strides[4] = {1, 5, 3, 7};
     constexpr std::size_t starts[4] = {0, 1, 5, 0};
@@ -63,8 +63,8 @@ void add_block(digest_words& words, const unsigned char* block)
     auto [a, b, c, d] = words;
     for (unsigned step = 0; step < 64; ++step) {
         const unsigned round = step / 16;
-        const std::uint32_t sum = a + mixed(round, b, c, d) + sines[step] +
-                                  little_endian_word(block + 4 * word_of_step(round, step));
+        const std::uint32_t sum =
+            a + mix(round, b, c, d) + sines[step] + read_word(block + 4 * choose_word(round, step));
         a = d;
         d = c;
         c = b;
@@ -73,7 +73,7 @@ void add_block(digest_words& words, const unsigned char* block)
     words = {words[0] + a, words[1] + b, words[2] + c, words[3] + d};
 }
 
-/// Adds what is left over after the whole blocks, the marking bit and the length in bits.
+/// Adds what is left after the whole blocks, then the marking bit and the length in bits.
 void add_tail(digest_words& words, std::string_view rest, std::uint64_t total_bytes)
 {
     unsigned char tail[2 * block_size] = {};

@@ -1,6 +1,8 @@
 // packet.cpp - see packet.hpp.
 #include "net/packet.hpp"
 
+#include <algorithm>
+
 namespace
 {
 
@@ -32,4 +34,9 @@ void packet_header_write(unsigned char (&bytes)[packet_header_bytes], const pack
     write_16(bytes + 6, header.extra);
     write_16(bytes + 8, header.param1);
     write_16(bytes + 10, header.param2);
+}
+
+std::size_t packet_payload_length(const packet_header& header)
+{
+    return std::min<std::size_t>(header.length, packet_max_payload_bytes);
 }

@@ -4,37 +4,28 @@
 // meaning.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/server_registry.hpp"
 #include "net/packet.hpp"
 
-#include <cstddef>
-#include <cstdint>
 #include <memory>
 
 /// A packet taken from a server's receive half.
 using received_packet = std::unique_ptr<packet_buffer, releaser<std::free>>;
 
-/// What receive_packet gives.
+/// What receive_packet returns.
 constexpr int packet_complete = 1;
 constexpr int packet_failed = -1;
 constexpr int packet_pending = -2;
 
-/// Moves the server's incoming packet forward by what its socket has ready; never blocks longer
-/// than a readiness test of 200 microseconds for each part. packet_complete: server.rx_packet is
-/// whole; a text is terminated. The caller takes it with packet_take. packet_pending: nothing whole
-/// yet, or a packet without payload was dropped; what has arrived is kept. packet_failed: end of
-/// file, a read error or short memory; nothing is kept.
+/// Moves the server's incoming packet forward by what its socket has ready. Never blocks longer
+/// than a readiness test of 200 microseconds for each part.
+/// packet_complete: server.rx_packet is whole, and terminated if it is a text. The caller takes it
+/// with packet_take. packet_pending: nothing is whole yet, or a packet without payload was dropped;
+/// what has arrived is kept. packet_failed: end of file, a read error, or out of memory; nothing is
+/// kept.
 int receive_packet(int socket, server_entry& server);
 
 /// Takes the packet under way out of the server's receive half, which is then ready for the next.
-/// Null when there is none.
+/// Null if there is none.
 received_packet packet_take(server_entry& server);
-
-/// Payload bytes that a packet really holds, whatever its length field announces.
-std::size_t packet_payload_length(const packet_header& header);
-
-/// Inflates zlib data. size_hint: a quarter of the room that the result may take.
-/// The bytes, followed by a zero; null after reporting what zlib said.
-heap_bytes decompress_packet(const unsigned char* data, std::uint32_t size_hint,
-                             std::size_t data_length);

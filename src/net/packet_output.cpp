@@ -1,13 +1,13 @@
 // packet_output.cpp - see packet_output.hpp.
 #include "net/packet_output.hpp"
 
-#include "data/owners.hpp"
-#include "data/retry.hpp"
+#include "base/owners.hpp"
+#include "base/retry.hpp"
+#include "net/readiness.hpp"
 
 #include <algorithm>
 #include <cstdarg>
 #include <cstring>
-#include <poll.h>
 #include <sys/socket.h>
 
 namespace
@@ -15,8 +15,8 @@ namespace
 
 using owned_packet = std::unique_ptr<packet_buffer, releaser<std::free>>;
 
-/// Formats the text into the payload. Its length, or -1 when memory is short.
-int text_format(packet_buffer& packet, const char* format, va_list arguments)
+/// Formats the text into the payload. Its length; -1 when out of memory.
+int format_text(packet_buffer& packet, const char* format, va_list arguments)
 {
     const heap_text text{static_cast<char*>(std::calloc(packet_max_payload_bytes, 1))};
     if (!text)
@@ -27,11 +27,11 @@ int text_format(packet_buffer& packet, const char* format, va_list arguments)
     return static_cast<int>(length);
 }
 
-ssize_t packet_send(int socket, const packet_buffer& packet, std::size_t length)
+ssize_t send_bytes(int socket, const packet_buffer& packet, std::size_t length)
 {
     if (wait_ready(socket, for_writing, 0) != 1)
         return 0;
-    // A socket with room for a part only must not hold the program up either.
+    // A socket that can take only a part of the packet must not block either.
     return uninterrupted([&] {
         return send(socket, &packet, packet_header_bytes + length, MSG_NOSIGNAL | MSG_DONTWAIT);
     });
@@ -51,28 +51,17 @@ ssize_t send_packet(int socket, std::uint32_t kind, std::uint16_t param1, std::u
     if (kind <= packet_last_text_kind) {
         va_list arguments;
         va_start(arguments, format);
-        length = text_format(*packet, format, arguments);
+        length = format_text(*packet, format, arguments);
         va_end(arguments);
         if (length < 0)
             return 0;
     } else {
-        // The length stays 0, so that servers see the header alone.
+        // Kept on purpose: the length stays 0, so only the header goes out; no server expects
+        // binary kinds. Test: send_packet.sends_binary_kinds_as_a_header_of_length_0.
         std::memcpy(packet->payload, format,
                     std::min<std::size_t>(param1, packet_max_payload_bytes));
     }
     packet_header_write(packet->header,
                         {kind, static_cast<std::uint16_t>(length), 0, param1, param2});
-    return packet_send(socket, *packet, static_cast<std::size_t>(length));
-}
-
-int wait_ready(int socket, int direction, int seconds)
-{
-    const timespec limit = {seconds, ready_wait_us * 1'000};
-    pollfd watched = {socket, static_cast<short>(direction == for_writing ? POLLOUT : POLLIN), 0};
-    if (socket <= 0)
-        return -1;
-    const int ready = uninterrupted([&] { return ppoll(&watched, 1, &limit, nullptr); });
-    if (ready < 0 || (watched.revents & POLLNVAL) != 0)
-        return -1;
-    return ready > 0 ? 1 : 0;
+    return send_bytes(socket, *packet, static_cast<std::size_t>(length));
 }

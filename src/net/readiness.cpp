@@ -1,12 +1,14 @@
 // readiness.cpp - see readiness.hpp.
 #include "net/readiness.hpp"
 
+#include "base/retry.hpp"
+
 #include <new>
 
 namespace
 {
 
-bool sockets_collect(readiness& answer, const collection* servers, std::int32_t first,
+bool collect_sockets(readiness& answer, const collection* servers, std::int32_t first,
                      bool (*is_asked)(const server_entry&))
 {
     try {
@@ -25,15 +27,26 @@ bool sockets_collect(readiness& answer, const collection* servers, std::int32_t 
 
 } // namespace
 
+int wait_ready(int socket, int direction, int seconds)
+{
+    const timespec limit = {seconds, ready_wait_us * 1'000};
+    pollfd watched = {socket, static_cast<short>(direction == for_writing ? POLLOUT : POLLIN), 0};
+    if (socket <= 0)
+        return -1;
+    const int ready = uninterrupted([&] { return ppoll(&watched, 1, &limit, nullptr); });
+    if (ready < 0 || (watched.revents & POLLNVAL) != 0)
+        return -1;
+    return ready > 0 ? 1 : 0;
+}
+
 readiness readiness_ask(const collection* servers, std::int32_t first,
                         bool (*is_asked)(const server_entry&))
 {
     readiness answer;
     const bool is_answered =
-        sockets_collect(answer, servers, first, is_asked) &&
+        collect_sockets(answer, servers, first, is_asked) &&
         poll(answer.sockets.data(), static_cast<nfds_t>(answer.sockets.size()), 0) >= 0;
-    // Choosing between the two in one expression would copy the answer, and run out of memory
-    // there.
+    // A conditional expression here would copy the answer, and run out of memory doing so.
     if (!is_answered)
         answer = {};
     return answer;

@@ -2,8 +2,9 @@
 #include "net/resolve.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
+#include "base/pause.hpp"
+#include "base/thread_start.hpp"
 #include "data/text.hpp"
 #include "ui/keys.hpp"
 
@@ -16,11 +17,11 @@ namespace
 {
 
 constexpr long round_us = 10'000;
-constexpr int most_kept_keys = 64;
+constexpr int max_kept_keys = 64;
 
 using address_list = std::unique_ptr<addrinfo, releaser<freeaddrinfo>>;
 
-addrinfo request_hints(int flags)
+addrinfo make_hints(int flags)
 {
     addrinfo hints = {};
     hints.ai_family = AF_INET;
@@ -30,7 +31,7 @@ addrinfo request_hints(int flags)
     return hints;
 }
 
-bool first_address(const addrinfo* list, sockaddr_in& address)
+bool copy_first_address(const addrinfo* list, sockaddr_in& address)
 {
     if (list == nullptr || list->ai_addrlen < sizeof(sockaddr_in))
         return false;
@@ -43,15 +44,15 @@ bool first_address(const addrinfo* list, sockaddr_in& address)
 
 bool resolve_in_place(const char* host, int flags, sockaddr_in& address)
 {
-    const addrinfo hints = request_hints(flags);
+    const addrinfo hints = make_hints(flags);
     addrinfo* list = nullptr;
     if (getaddrinfo(host, nullptr, &hints, &list) != 0)
         return false;
-    return first_address(address_list{list}.get(), address);
+    return copy_first_address(address_list{list}.get(), address);
 }
 
-/// A name being looked up by a thread of its own, which touches nothing else. The last of its two
-/// owners, the thread and the one who waits, deletes it.
+/// A name that a thread of its own looks up; the thread touches nothing else. The last of the two
+/// owners, the thread and the caller that waits, deletes it.
 struct name_request {
     heap_text host;
     sockaddr_in address = {};
@@ -60,15 +61,15 @@ struct name_request {
     std::atomic<int> owners = 2;
 };
 
-void request_let_go(name_request* request)
+void drop_reference(name_request* request)
 {
     if (request->owners.fetch_sub(1) == 1)
         delete request;
 }
 
-using owned_request = std::unique_ptr<name_request, releaser<request_let_go>>;
+using owned_request = std::unique_ptr<name_request, releaser<drop_reference>>;
 
-void* resolver_run(void* argument)
+void* run_resolver(void* argument)
 {
     const owned_request request{static_cast<name_request*>(argument)};
     request->is_found = resolve_in_place(request->host.get(), AI_CANONNAME, request->address);
@@ -76,36 +77,36 @@ void* resolver_run(void* argument)
     return nullptr;
 }
 
-/// Keys typed during a wait, to be typed again after it.
+/// Keys typed during a wait, which are put back after it.
 struct kept_keys {
-    int keys[most_kept_keys + 1]; // ^X, which ends the wait, always has room
+    int keys[max_kept_keys + 1]; // one more for ^X, which ends the wait
     int count = 0;
-    bool exit_wanted = false;
+    bool is_exit_wanted = false;
 };
 
-void keys_collect(kept_keys& kept)
+void collect_key(kept_keys& kept)
 {
     const int key = key_read(app_state.server_pane);
-    kept.exit_wanted = kept.exit_wanted || key == key_exit;
-    if (key != ERR && (kept.count < most_kept_keys || kept.exit_wanted))
+    kept.is_exit_wanted = kept.is_exit_wanted || key == key_exit;
+    if (key != ERR && (kept.count < max_kept_keys || kept.is_exit_wanted))
         kept.keys[kept.count++] = key;
 }
 
-void keys_give_back(const kept_keys& kept)
+void put_keys_back(const kept_keys& kept)
 {
     for (int index = kept.count - 1; index >= 0; --index)
         ungetch(kept.keys[index]);
 }
 
-/// Waits until there is an answer, or until the user has asked for the program's end.
-void answer_wait(const name_request& request)
+/// Waits until there is an answer, or until the user wants to leave the program.
+void wait_for_answer(const name_request& request)
 {
     kept_keys kept;
-    while (!request.is_answered && !kept.exit_wanted) {
+    while (!request.is_answered && !kept.is_exit_wanted) {
         pause_for(round_us);
-        keys_collect(kept);
+        collect_key(kept);
     }
-    keys_give_back(kept);
+    put_keys_back(kept);
 }
 
 } // namespace
@@ -119,11 +120,11 @@ bool resolve_host(const char* host, sockaddr_in& address)
         return false;
     request->host.reset(str_dup(host));
     pthread_t thread;
-    if (!request->host || !thread_start(thread, resolver_run, request.get())) {
+    if (!request->host || !thread_start(thread, run_resolver, request.get())) {
         request->owners = 1;
         return false;
     }
-    answer_wait(*request);
+    wait_for_answer(*request);
     if (!request->is_answered || !request->is_found)
         return false;
     address = request->address;

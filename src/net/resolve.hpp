@@ -3,11 +3,11 @@
 
 #include <netinet/in.h>
 
-/// Finds a host's first IPv4 address. While a name server is waited for, signals go on being served
-/// in pauses (so any window and connection may change), and ^X ends the wait; keys typed meanwhile
-/// are kept for the key loop. False when there is no address; `address` is then unchanged, else its
-/// family and address are set.
+/// Finds a host's first IPv4 address. While it waits for a name server, signals go on being served
+/// in pauses (so any window and any connection may change), and ^X ends the wait; other keys are
+/// kept for the key loop. True if `address` has its family and address set; false, and `address`
+/// unchanged, if there is none.
 bool resolve_host(const char* host, sockaddr_in& address);
 
-/// The same for threads other than the main one: waits in place and lets no signal in.
+/// The same for threads other than the main one: it waits in place and lets no signal in.
 bool resolve_host_waiting(const char* host, sockaddr_in& address);

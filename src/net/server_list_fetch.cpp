@@ -2,13 +2,15 @@
 #include "net/server_list_fetch.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
-#include "data/owners.hpp"
-#include "data/retry.hpp"
-#include "net/connection.hpp"
+#include "base/owners.hpp"
+#include "base/pause.hpp"
+#include "base/retry.hpp"
+#include "base/state_lock.hpp"
+#include "base/thread_start.hpp"
+#include "net/connect_attempt.hpp"
 #include "net/directory.hpp"
 #include "net/directory_lines.hpp"
-#include "net/packet_output.hpp"
+#include "net/readiness.hpp"
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
 #include "ui/server_pane.hpp"
@@ -25,42 +27,27 @@ namespace
 
 constexpr int ready_wait_s = 30;
 constexpr std::size_t block_bytes = 4096;
+constexpr std::size_t request_size = 512;
 constexpr long finish_round_us = 10'000;
-constexpr long silence_limit_us = 5'000'000;
-constexpr int entries_a_batch = 256;
+constexpr long max_silence_us = 5'000'000;
+constexpr int entries_per_batch = 256;
 
-/// Holds the state lock for a moment in which the thread touches shared state.
-class state_lock_moment
+/// Whether the thread may still insert and draw: not once it was given up. Under the state lock.
+bool may_touch_state()
 {
-public:
-    state_lock_moment()
-    {
-        state_lock_take();
-    }
-    ~state_lock_moment()
-    {
-        state_lock_release();
-    }
-    state_lock_moment(const state_lock_moment&) = delete;
-    state_lock_moment& operator=(const state_lock_moment&) = delete;
+    return !app_state.fetch.is_given_up;
+}
 
-    /// Whether shared state may still be touched.
-    static bool is_welcome()
-    {
-        return !app_state.fetch.is_given_up;
-    }
-};
-
-/// Makes the socket known to shutdown, or takes it away again.
-void socket_publish(int socket)
+/// Makes the socket known to shutdown; -1 takes it away again.
+void publish_socket(int socket)
 {
-    const state_lock_moment moment;
+    const state_lock_guard guard;
     app_state.fetch.socket = socket;
 }
 
-bool request_send(int socket)
+bool send_request(int socket)
 {
-    char request[512];
+    char request[request_size];
     const int length = std::snprintf(request, sizeof request,
                                      "GET /tovrikserver.main HTTP/1.0\r\nHost: %s\r\n"
                                      "Accept: */*\r\nUser-Agent: tovrikclient-%s\r\n\r\n",
@@ -70,32 +57,36 @@ bool request_send(int socket)
     return uninterrupted([&] { return send(socket, request, sent, MSG_NOSIGNAL); }) >= 0;
 }
 
-/// A response as far as it has come, with room for a terminator.
+/// A response as far as it has come. The capacity leaves space for a terminator.
 struct response_text {
     heap_text bytes;
     std::size_t length = 0;
-    std::size_t room = 0;
+    std::size_t capacity = 0;
 };
 
-bool room_make(response_text& response)
+/// Makes sure that another block and a terminator fit. False when out of memory.
+bool reserve_block(response_text& response)
 {
-    if (response.room > response.length + block_bytes)
+    if (response.capacity > response.length + block_bytes)
         return true;
-    const std::size_t room = std::max(response.room * 2, 4 * block_bytes);
-    void* grown = std::realloc(response.bytes.get(), room);
+    const std::size_t capacity = std::max(response.capacity * 2, 4 * block_bytes);
+    void* grown = std::realloc(response.bytes.get(), capacity);
     if (grown == nullptr)
         return false;
     static_cast<void>(response.bytes.release());
     response.bytes.reset(static_cast<char*>(grown));
-    response.room = room;
+    response.capacity = capacity;
     return true;
 }
 
-/// Reads to the end of the response, or to the bound. False when waiting for the socket failed. A
-/// read error counts as the end; so does a lack of memory.
-bool response_read(int socket, response_text& response)
+/// Reads to the end of the response, or to the bound. A read error counts as the end, and so does
+/// running out of memory. False if waiting for the socket failed.
+bool read_response(int socket, response_text& response)
 {
-    while (response.length + block_bytes <= directory_max_bytes && room_make(response)) {
+    while (response.length + block_bytes <= directory_max_bytes && reserve_block(response)) {
+        // Kept on purpose: a time-out goes on to the read, which waits for as long as it takes; a
+        // slow directory is worth it. Test:
+        // directory_fetch.a_directory_may_be_silent_for_longer_than_it_is_waited_for.
         if (wait_ready(socket, for_reading, ready_wait_s) == -1)
             return false;
         char* end = response.bytes.get() + response.length;
@@ -110,93 +101,102 @@ bool response_read(int socket, response_text& response)
     return true;
 }
 
-void entry_add(server_entry* entry)
+void add_entry(server_entry* entry)
 {
     if (entry == nullptr)
         return;
-    if (app_state.servers->count < servers_max)
+    if (app_state.servers->count < max_servers)
         server_add_or_free(app_state.servers, entry);
     else
         server_entry_free(entry);
 }
 
-/// Adds some entries, then lets the main thread go on. False when no line is left.
-bool batch_add(char*& lines)
+/// Adds a bounded number of entries under the state lock. False if no line is left, or the fetch
+/// was given up.
+bool add_batch(char*& lines)
 {
-    const state_lock_moment moment;
-    for (int added = 0; added < entries_a_batch; ++added) {
+    const state_lock_guard guard;
+    for (int added = 0; added < entries_per_batch; ++added) {
         char* line = directory_line_next(lines);
-        if (line == nullptr || !state_lock_moment::is_welcome())
+        if (line == nullptr || !may_touch_state())
             return false;
-        entry_add(directory_entry_new(line));
+        add_entry(directory_entry_new(line));
     }
     ++app_state.fetch.progress;
     return true;
 }
 
-void response_merge(const response_text& response)
+void merge_response(const response_text& response)
 {
     char* lines = response.length > 0 ? directory_body(response.bytes.get()) : nullptr;
-    while (lines != nullptr && batch_add(lines)) {
-        // The lock goes to whoever takes it first, and the main thread has been waiting.
-        const timespec breath = {0, 1'000'000};
-        nanosleep(&breath, nullptr);
+    while (lines != nullptr && add_batch(lines)) {
+        // The lock is not fair; without a sleep the main thread might wait for the whole list.
+        const timespec yield_time = {0, 1'000'000};
+        nanosleep(&yield_time, nullptr);
     }
 }
 
-/// Talks to the directory and merges its answer. False when the fetch ends without a word.
-bool fetch_through(int socket)
+/// Talks to the directory and merges its answer. False if the fetch ends without a report.
+bool talk_to_directory(int socket)
 {
     if (wait_ready(socket, for_writing, ready_wait_s) != 1)
         return false;
     response_text response;
-    if (request_send(socket) && !response_read(socket, response))
+    if (send_request(socket) && !read_response(socket, response))
         return false;
-    response_merge(response);
+    merge_response(response);
     return true;
 }
 
-/// Shows the list, under a window that is open.
-void list_show()
+/// Connects to the directory for the time of the talk. False as above.
+bool fetch_list()
+{
+    const unique_fd socket{connect_server(directory_host, directory_port, nullptr)};
+    if (!socket)
+        return true;
+    publish_socket(socket.get());
+    const bool should_report = talk_to_directory(socket.get());
+    publish_socket(-1);
+    shutdown(socket.get(), SHUT_RDWR);
+    return should_report;
+}
+
+/// Shows the list, below a window that is open.
+void show_list()
 {
     server_list_draw();
     popup_raise();
 }
 
-/// Shows the result; the next fetch may begin from here on.
-void fetch_report(bool is_worth_a_word)
+/// Shows the result. From here on the next fetch may begin.
+void finish_fetch(bool should_report)
 {
-    const state_lock_moment moment;
-    const bool is_shown = is_worth_a_word && state_lock_moment::is_welcome();
+    const state_lock_guard guard;
+    const bool is_shown = should_report && may_touch_state();
     if (is_shown)
-        list_show();
-    pthread_mutex_unlock(&app_state.fetch.mutex);
+        show_list();
+    pthread_mutex_unlock(&app_state.fetch.fetch_mutex);
+    // Kept on purpose: this is the number of all servers known, and it is reported after a failed
+    // fetch as well; users see that the list is still there. Test:
+    // directory_fetch.a_directory_that_refuses_or_has_no_address_leaves_the_count.
     if (is_shown)
-        status_report(15, "Serverlist fetched with %d entries", app_state.servers->count);
+        status_report(colour::server_text, "Serverlist fetched with %d entries",
+                      app_state.servers->count);
 }
 
 void* fetch_server_list(void*)
 {
-    pthread_mutex_lock(&app_state.fetch.mutex);
-    const int socket = connect_server(directory_host, directory_port, nullptr);
-    bool is_worth_a_word = true;
-    if (socket >= 0) {
-        socket_publish(socket);
-        is_worth_a_word = fetch_through(socket);
-        socket_publish(-1);
-        shutdown(socket, SHUT_RDWR);
-        close(socket);
-    }
-    fetch_report(is_worth_a_word);
+    pthread_mutex_lock(&app_state.fetch.fetch_mutex);
+    finish_fetch(fetch_list());
     --app_state.fetch.running;
     return nullptr;
 }
 
 /// Starts the thread and counts it.
-bool fetch_thread_start()
+bool start_fetch_thread()
 {
     ++app_state.fetch.running;
-    const bool is_started = thread_start(app_state.fetch.thread, fetch_server_list, nullptr);
+    const bool is_started = thread_start(app_state.fetch.fetch_thread, fetch_server_list, nullptr);
     if (!is_started)
         --app_state.fetch.running;
     return is_started;
@@ -204,11 +204,11 @@ bool fetch_thread_start()
 
 void report_unable()
 {
-    status_report(5, "Unable to fetch serverlist from %s", directory_host);
+    status_report(colour::error, "Unable to fetch serverlist from %s", directory_host);
     beep();
 }
 
-void fetch_give_up()
+void give_fetch_up()
 {
     app_state.fetch.is_given_up = true;
     if (app_state.fetch.socket >= 0)
@@ -220,12 +220,12 @@ void fetch_give_up()
 void start_server_list_fetch()
 {
     // The count also covers the moment before a new thread has taken the mutex.
-    if (app_state.fetch.running > 0 || pthread_mutex_trylock(&app_state.fetch.mutex) != 0)
+    if (app_state.fetch.running > 0 || pthread_mutex_trylock(&app_state.fetch.fetch_mutex) != 0)
         return report_unable();
-    const bool is_started = fetch_thread_start();
-    pthread_mutex_unlock(&app_state.fetch.mutex);
+    const bool is_started = start_fetch_thread();
+    pthread_mutex_unlock(&app_state.fetch.fetch_mutex);
     if (is_started)
-        status_report(6, "Fetch Serverlist from %s...", directory_host);
+        status_report(colour::notice, "Fetch Serverlist from %s...", directory_host);
     else
         report_unable();
 }
@@ -234,7 +234,7 @@ void server_list_fetch_finish()
 {
     unsigned progress = app_state.fetch.progress;
     long silent_us = 0;
-    while (app_state.fetch.running > 0 && silent_us < silence_limit_us) {
+    while (app_state.fetch.running > 0 && silent_us < max_silence_us) {
         pause_for(finish_round_us);
         silent_us += finish_round_us;
         if (progress != app_state.fetch.progress)
@@ -242,7 +242,7 @@ void server_list_fetch_finish()
         progress = app_state.fetch.progress;
     }
     if (app_state.fetch.running > 0)
-        fetch_give_up();
+        give_fetch_up();
     else
-        pthread_mutex_destroy(&app_state.fetch.mutex);
+        pthread_mutex_destroy(&app_state.fetch.fetch_mutex);
 }

@@ -4,9 +4,10 @@
 // network.
 #pragma once
 
-/// Starts a fetch and reports that; while one is running, says so instead.
+/// Starts a fetch and reports that. While one is running, none is started; a report and a beep say
+/// so.
 void start_server_list_fetch();
 
-/// Waits in pauses for a fetch to end, as long as it makes progress. One whose directory has been
-/// silent for five seconds is given up: it changes nothing any more. For shutdown.
+/// Waits in pauses for a fetch to end, as long as it makes progress. A fetch whose directory has
+/// been silent for five seconds is given up and changes nothing from then on. For shutdown.
 void server_list_fetch_finish();

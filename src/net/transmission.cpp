@@ -2,14 +2,15 @@
 #include "net/transmission.hpp"
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 #include "net/log_files.hpp"
 #include "ui/glyphs.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
-#include "ui/redraw.hpp"
 #include "ui/server_pane.hpp"
+#include "ui/window.hpp"
 
 #include <cstring>
 #include <string_view>
@@ -33,19 +34,14 @@ constexpr const char* date_line =
     "/%tovrik/ACARS/MessageDate/Year% "
     "%tovrik/ACARS/MessageDate/Hour%:%tovrik/ACARS/MessageDate/Minute% ]-";
 
-constexpr int pane_column = 1;
-constexpr int statistics_column = 27;
 constexpr std::string_view statistics_label = "Unique Flights: ";
 
-/// The row that transmissions are printed on: the bottom of the pane's scrolling region.
-int message_row()
+/// The template for a document, with lines for a message text only if there is one. malloc'ed.
+char* make_template(const xml_node* document)
 {
-    return LINES - 9;
-}
-
-/// The template for a document, with room for a message text only if there is one. malloc'ed.
-char* template_for(const xml_node* document)
-{
+    // Kept on purpose: only here the element is looked for by its name alone; logs have always had
+    // the two lines wherever a server names a message text. Test:
+    // transmission.looks_for_a_message_text_by_name_and_shows_the_one_at_its_path.
     const heap_text content{xml_get(document, "MessageContent", true, true)};
     char* text = str_dup(head_lines);
     if (content)
@@ -53,15 +49,16 @@ char* template_for(const xml_node* document)
     return str_append(text, date_line);
 }
 
-/// Puts "#" for every "%" that is left.
-void rest_defuse(char* text)
+/// Puts "#" in place of every "%" of a text.
+void neutralise_percents(char* text)
 {
     for (char* percent = text; (percent = std::strchr(percent, '%')) != nullptr;)
         *percent = '#';
 }
 
-/// Replaces one placeholder by its value wherever it stands. marker: the "%" that it begins with.
-char* placeholder_fill(char* text, const char* marker, const char* end, const xml_node* document)
+/// Replaces one placeholder by its value, wherever in the text it stands. marker, end: the "%" that
+/// it begins with and the one that it ends with.
+char* fill_placeholder(char* text, const char* marker, const char* end, const xml_node* document)
 {
     const heap_text placeholder{strndup(marker, static_cast<size_t>(end - marker) + 1)};
     const heap_text path{strndup(marker + 1, static_cast<size_t>(end - marker) - 1)};
@@ -70,41 +67,41 @@ char* placeholder_fill(char* text, const char* marker, const char* end, const xm
     return str_replace(text, placeholder.get(), xml_get(document, path.get(), false, false));
 }
 
-void message_print(int pair, bool scroll_first, const char* text)
+void print_message(colour pair, bool scroll_first, const char* text)
 {
-    pane_printf(app_state.message_pane, pair, pane_column, message_row(), false, scroll_first, "%s",
-                text);
+    pane_printf(app_state.message_pane, pair, message_column, layout_message_row(), false,
+                scroll_first, "%s", text);
 }
 
-void status_pane_refresh()
+void refresh_status_pane()
 {
-    if (app_state.settings_shown != 0 || app_state.status_pane == nullptr)
-        return;
-    touchwin(app_state.status_pane);
-    window_show(app_state.status_pane);
+    if (app_state.settings_shown == 0)
+        window_raise(app_state.status_pane);
 }
 
-void contacts_print(const xml_node* document)
+void print_contacts(const xml_node* document)
 {
+    // Kept on purpose: without contacts there is an empty line; users see by it that none are
+    // known. Test: contacts.that_are_missing_leave_the_row_empty.
     const heap_text contacts{str_replace(xml_get(document, "tovrik/Contacts", false, true),
                                          " with this aircraft", nullptr)};
-    message_print(11, false, contacts ? contacts.get() : "");
+    print_message(colour::secondary, false, contacts ? contacts.get() : "");
 }
 
-void statistics_show(const server_entry& entry, const xml_node* document)
+void show_statistics(const server_entry& entry, const xml_node* document)
 {
     const char* flights = xml_get(document, "tovrik/ContactData/DailyFlights", false, false);
-    if (flights == nullptr || !server_row_is_visible(entry.list_row + 1))
+    const int row = server_row_on_screen(entry.list_row + 1);
+    if (flights == nullptr || row < 0)
         return;
     const int width = static_cast<int>(std::strlen(flights) + statistics_label.size());
-    const int row = entry.list_row + 1 - app_state.list_scroll;
-    WINDOW* window = popup_open(width, 1, statistics_column, row, false, 8, false);
+    WINDOW* window = popup_open(width, 1, server_pane_width, row, false, colour::bar, false);
     if (window == nullptr)
         return;
     app_state.dialog_win = window;
     glyphs_write_at(window, 0, 0, statistics_label);
     glyphs_write(window, flights);
-    mvwchgat(window, 0, 0, -1, A_BOLD, 10, nullptr);
+    mvwchgat(window, 0, 0, -1, A_BOLD, colour_number(colour::statistics), nullptr);
     window_show(window);
 }
 
@@ -112,18 +109,18 @@ void statistics_show(const server_entry& entry, const xml_node* document)
 
 void present_transmission(server_entry& entry, const xml_node* document)
 {
-    const heap_text text{fill_template(template_for(document), document)};
+    const heap_text text{fill_template(make_template(document), document)};
     if (!text)
         return;
     log_transmission(entry, text.get());
     const screen_batch together;
     popup_close();
-    message_print(2, true, text.get());
-    status_pane_refresh();
+    print_message(colour::text, true, text.get());
+    refresh_status_pane();
     if (is_setting_on(ContactInfo))
-        contacts_print(document);
+        print_contacts(document);
     if (is_setting_on(FlightStats) && app_state.settings_shown == 0)
-        statistics_show(entry, document);
+        show_statistics(entry, document);
 }
 
 char* fill_template(char* text, const xml_node* document)
@@ -133,14 +130,14 @@ char* fill_template(char* text, const xml_node* document)
         if (marker == nullptr)
             return text;
         if (replaced >= template_max_replacements || std::strlen(text) > template_max_bytes) {
-            rest_defuse(marker);
+            neutralise_percents(marker);
             return text;
         }
         const char* end = std::strchr(marker + 1, '%');
         if (end == nullptr)
             *marker = '#';
         else
-            text = placeholder_fill(text, marker, end, document);
+            text = fill_placeholder(text, marker, end, document);
     }
     return text;
 }

@@ -56,11 +56,11 @@ struct update_request {
     std::span<const request_field> fields;
 };
 
-/// In the order of the menu.
+/// In the menu's order.
 constexpr update_request update_requests[] = {
-    {packet_add_airline, airline_fields},   {packet_add_flight, flight_fields},
-    {packet_add_aircraft, aircraft_fields}, {packet_add_airport, airport_fields},
-    {packet_add_mode, mode_fields},
+    {sent_add_airline, airline_fields},   {sent_add_flight, flight_fields},
+    {sent_add_aircraft, aircraft_fields}, {sent_add_airport, airport_fields},
+    {sent_add_mode, mode_fields},
 };
 
 } // namespace

@@ -1,11 +1,13 @@
 // mailing.cpp - see mailing.hpp.
 #include "services/mailing.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
+#include "data/owned_text.hpp"
 #include "data/text.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
 #include "services/service_menu.hpp"
+#include "services/subscriber.hpp"
 #include "ui/prompt.hpp"
 
 #include <cstdlib>
@@ -23,62 +25,51 @@ constexpr int menu_height = 7;
 constexpr char choice_subscribe = '1';
 constexpr char choice_style = '5';
 
-constexpr int email_room = 50;
-constexpr int code_room = 40;
-constexpr int style_room = 2;
+constexpr int code_size = 40;
+constexpr int style_size = 2;
 
-/// Replaces a field that stays with the program until its end: server_entry_free does not know it.
-/// It is kept as it was when memory is short.
-void mailing_field_keep(char*& field, const heap_text& typed)
+/// Puts what was typed in place of a field's text; when out of memory the field stays as it was.
+void keep_answer(char*& field, const heap_text& typed)
 {
-    char* copy = str_dup(typed.get());
-    if (copy == nullptr)
-        return;
-    std::free(field);
-    field = copy;
-}
-
-heap_text email_ask(const server_entry& entry)
-{
-    return heap_text{
-        prompt_input(email_room, "Enter your email address", hint_or_cancel, entry.UseEMail)};
+    if (char* copy = str_dup(typed.get()); copy != nullptr)
+        owned_text_replace(field, copy);
 }
 
 void subscribe(server_entry& entry)
 {
-    const heap_text email = email_ask(entry);
+    const heap_text email = subscriber_email_ask(entry);
     if (!email)
         return;
-    send_packet(entry.socket_fd, packet_subscribe, 0, 0, "%s", email.get());
-    mailing_field_keep(entry.UseEMail, email);
+    send_packet(entry.socket_fd, sent_subscription, 0, 0, "%s", email.get());
+    keep_answer(entry.UseEMail, email);
 }
 
-/// Asks for a style and sends it. False when the user left it out.
-bool style_change(const server_entry& entry, const char* email)
+/// Asks for a style and sends it. False if the user left it out.
+bool change_style(const server_entry& entry, const char* email)
 {
     const heap_text style{
-        prompt_input(style_room, "Style: 0=tovrik 1=ZOBE 2=News", hint_or_cancel, nullptr)};
+        prompt_input(style_size, "Style: 0=tovrik 1=ZOBE 2=News", hint_or_cancel, nullptr)};
     if (!style)
         return false;
     const long number = std::strtol(style.get(), nullptr, 10);
-    send_packet(entry.socket_fd, packet_report_style, static_cast<std::uint16_t>(number), 0, "%s",
+    send_packet(entry.socket_fd, sent_report_style, static_cast<std::uint16_t>(number), 0, "%s",
                 email);
     return true;
 }
 
-/// Servers are told of a style only; activating, pausing and leaving just record the address and
-/// the code here.
-void subscription_change(server_entry& entry, char choice)
+void change_subscription(server_entry& entry, char choice)
 {
-    const heap_text email = email_ask(entry);
+    const heap_text email = subscriber_email_ask(entry);
     if (!email)
         return;
-    const heap_text code{
-        prompt_input(code_room, "Your subscription code", hint_or_cancel, entry.SubCode)};
-    if (!code || (choice == choice_style && !style_change(entry, email.get())))
+    const heap_text code = subscriber_code_ask(entry, code_size);
+    // Kept on purpose: only a style is sent; activating, pausing and leaving record the address and
+    // the code and send nothing, since servers know no requests for them.
+    // Test: mailing.activating_pausing_and_leaving_record_and_send_nothing.
+    if (!code || (choice == choice_style && !change_style(entry, email.get())))
         return;
-    mailing_field_keep(entry.UseEMail, email);
-    mailing_field_keep(entry.SubCode, code);
+    keep_answer(entry.UseEMail, email);
+    keep_answer(entry.SubCode, code);
 }
 
 } // namespace
@@ -89,5 +80,5 @@ void mailing_dialog(server_entry& entry)
     if (choice == choice_subscribe)
         subscribe(entry);
     else if (choice != '\0')
-        subscription_change(entry, choice);
+        change_subscription(entry, choice);
 }

@@ -3,6 +3,6 @@
 
 #include "data/server_registry.hpp"
 
-/// The user's command for mailings: menu, prompts, a request for those choices that have one. Keeps
-/// the address and the code that were typed in the entry.
+/// The user's command for mailings: menu, prompts, and a request for the choices that have one. The
+/// address and the code that were typed are kept in the entry.
 void mailing_dialog(server_entry& entry);

@@ -1,11 +1,12 @@
 // pager.cpp - see pager.hpp.
 #include "services/pager.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
 #include "services/request_text.hpp"
 #include "services/service_menu.hpp"
+#include "services/subscriber.hpp"
 #include "ui/pane.hpp"
 #include "ui/prompt.hpp"
 
@@ -27,18 +28,19 @@ constexpr const char* menu_hint = "[ Press 1-3 or ESC to quit ]";
 constexpr char choice_add = '1';
 constexpr char choice_request = '3';
 
-constexpr int email_room = 50;
-constexpr int code_room = 15;
+constexpr int code_size = 15;
 
+// Kept on purpose: Escape leaves a field empty and cancels nothing, whatever the hint says; users
+// skip fields with it. Test: pager_change.sends_four_fields_whichever_were_given.
 constexpr request_field pager_fields[] = {
     {"Enter Aircraft Registration", 30, hint_or_cancel, ""},
     {"Enter FlightNumber", 30, hint_or_cancel, ""},
     {"Enter Destination Airport (IATA)", 30, hint_or_cancel, ""},
 };
 
-/// Asks for the three fields and appends them to the text. How many were given; -1 when memory is
-/// short.
-int fields_ask(heap_text& text)
+/// Asks for the three fields and appends them to the text. How many were given; -1 when out of
+/// memory.
+int ask_fields(heap_text& text)
 {
     int given = 0;
     for (const request_field& field : pager_fields) {
@@ -50,16 +52,16 @@ int fields_ask(heap_text& text)
     return given;
 }
 
-void entry_change(const server_entry& entry, char choice, std::uint16_t code, heap_text& text)
+void change_entry(const server_entry& entry, char choice, std::uint16_t code, heap_text& text)
 {
-    const int given = fields_ask(text);
+    const int given = ask_fields(text);
     if (given < 0)
         return;
     if (given == 0) {
         beep();
-        return status_report(5, "Please enter data in one of the fields");
+        return status_report(colour::error, "Please enter data in one of the fields");
     }
-    const auto kind = choice == choice_add ? packet_pager_add : packet_pager_remove;
+    const auto kind = choice == choice_add ? sent_pager_add : sent_pager_remove;
     send_packet(entry.socket_fd, kind, code, 0, "%s", text.get());
 }
 
@@ -71,18 +73,16 @@ void pager_dialog(server_entry& entry)
     if (choice == '\0')
         return;
     if (choice != choice_request)
-        status_report(15, "You can use '_', '?' or '*' as wildcard");
-    heap_text email{
-        prompt_input(email_room, "Enter your email address", hint_or_cancel, entry.UseEMail)};
+        status_report(colour::server_text, "You can use '_', '?' or '*' as wildcard");
+    heap_text email = subscriber_email_ask(entry);
     if (!email)
         return;
-    const heap_text typed_code{
-        prompt_input(code_room, "Your subscription code", hint_or_cancel, entry.SubCode)};
+    const heap_text typed_code = subscriber_code_ask(entry, code_size);
     if (!typed_code)
         return;
     const auto code = static_cast<std::uint16_t>(std::strtol(typed_code.get(), nullptr, 10));
     if (choice == choice_request)
-        send_packet(entry.socket_fd, packet_pager_list, code, 0, "%s", email.get());
+        send_packet(entry.socket_fd, sent_pager_list_request, code, 0, "%s", email.get());
     else
-        entry_change(entry, choice, code, email);
+        change_entry(entry, choice, code, email);
 }

@@ -1,18 +1,15 @@
-// report.hpp - dated reports: the request, their reception in pieces, and saving them to a file.
+// report.hpp - dated reports: the request, the server's replies, and saving a report to a file.
 #pragma once
 
 #include "data/server_registry.hpp"
-
-#include <cstddef>
+#include "net/packet.hpp"
 
 /// The user's command for reports: asks for a day and requests its report. Only for a connected
 /// server that offers reports.
 void report_request(server_entry& entry);
 
-/// Takes a report's announcement: "total TAB size" in decimal; without a tab only a size, and no
-/// reception begins. Numbers out of bounds refuse the report.
-void report_header(server_entry& entry, const char* text);
-
-/// Takes one piece of an announced report; cut where it would exceed the announced total. With the
-/// last piece the report is inflated and offered for saving.
-void report_piece(server_entry& entry, const unsigned char* bytes, std::size_t length);
+/// Takes a server's reply about a report: that it has been started, cannot be had, or will follow
+/// in pieces, or one of the pieces. With the last piece the report is decompressed and the user is
+/// asked for a file to save it in; the poll cycle waits meanwhile.
+/// packet: of one of the five kinds of received_report_...
+void report_reply(server_entry& entry, const packet_view& packet);

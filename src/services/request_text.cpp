@@ -9,8 +9,8 @@
 namespace
 {
 
-/// Appends to the text. False when memory is short: then the text does not grow.
-bool text_append(heap_text& text, const char* added)
+/// Appends to the text. False when out of memory: then the text does not grow.
+bool append_text(heap_text& text, const char* added)
 {
     const std::size_t whole_length = (text ? std::strlen(text.get()) : 0) + std::strlen(added);
     text.reset(str_append(text.release(), added));
@@ -24,7 +24,7 @@ bool request_field_ask(heap_text& text, const request_field& field)
     const heap_text answer{prompt_input(field.size, field.question, field.hint, nullptr)};
     if (!answer && field.fallback == nullptr)
         return false;
-    if (text && !text_append(text, "\t"))
+    if (text && !append_text(text, "\t"))
         return false;
-    return text_append(text, answer ? answer.get() : field.fallback);
+    return append_text(text, answer ? answer.get() : field.fallback);
 }

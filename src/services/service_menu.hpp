@@ -8,10 +8,11 @@ struct menu_entry {
     const char* label;
 };
 
-/// Shows a menu and waits for a choice; servers go on being served meanwhile.
+/// Shows a menu and waits for a choice; servers go on being served meanwhile. Any open popup is
+/// closed first.
 /// width, height: of the box, frame included. hint: shown on its bottom frame.
-/// The key chosen; '\0' for Escape and after ten seconds. Any open popup is closed first.
+/// The key chosen; '\0' for Escape and after ten seconds.
 char service_menu(std::span<const menu_entry> table, int width, int height, const char* hint);
 
-/// What the menus of five entries say on their bottom frame.
+/// The hint of menus of five entries.
 constexpr const char* hint_of_five = "[ Press 1-5 or ESC to quit ]";

@@ -2,11 +2,13 @@
 #include "ui/glyphs.hpp"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace
 {
 
-constexpr std::size_t run_length = 128;
+/// Cells written by one call of curses.
+constexpr std::size_t max_run = 128;
 
 /// Blanks stand for the control characters that only place text, "?" for all others.
 wchar_t glyph_of(char character)
@@ -16,8 +18,17 @@ wchar_t glyph_of(char character)
         return L' ';
     if (byte < 0x20 || (byte >= 0x7F && byte < 0xA0))
         return L'?';
-    // Outside UTF-8 curses has been told that codes from 0xA0 are printable, and sends the byte.
+    // Outside UTF-8, curses has been told that codes from 0xA0 are printable, and sends the byte.
     return static_cast<wchar_t>(byte);
+}
+
+/// Writes text at a place and leaves out what would reach `end`, a column.
+int write_up_to(WINDOW* window, int row, int column, int end, std::string_view text)
+{
+    const int width = std::max(0, end - column);
+    text = text.substr(0, static_cast<std::size_t>(width));
+    glyphs_write_at(window, row, column, text);
+    return column + static_cast<int>(text.size());
 }
 
 } // namespace
@@ -26,9 +37,9 @@ void glyphs_write(WINDOW* window, std::string_view text)
 {
     if (window == nullptr)
         return;
-    wchar_t run[run_length];
+    wchar_t run[max_run];
     while (!text.empty()) {
-        const std::size_t length = std::min(text.size(), run_length);
+        const std::size_t length = std::min(text.size(), max_run);
         std::transform(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(length), run,
                        glyph_of);
         if (waddnwstr(window, run, static_cast<int>(length)) == ERR)
@@ -45,10 +56,12 @@ void glyphs_write_at(WINDOW* window, int row, int column, std::string_view text)
 
 int glyphs_write_to_edge(WINDOW* window, int row, int column, std::string_view text)
 {
-    const int room = window != nullptr ? std::max(0, getmaxx(window) - column) : 0;
-    text = text.substr(0, static_cast<std::size_t>(room));
-    glyphs_write_at(window, row, column, text);
-    return column + static_cast<int>(text.size());
+    return write_up_to(window, row, column, getmaxx(window), text);
+}
+
+int glyphs_write_to_frame(WINDOW* window, int row, int column, std::string_view text)
+{
+    return write_up_to(window, row, column, getmaxx(window) - 1, text);
 }
 
 void glyphs_end_line(WINDOW* window)
@@ -57,9 +70,9 @@ void glyphs_end_line(WINDOW* window)
         waddch(window, '\n');
 }
 
-void glyphs_attribute(WINDOW* window, int pair, bool bold)
+void glyphs_attribute(WINDOW* window, colour pair, bool bold)
 {
     const int weight = bold ? static_cast<int>(A_BOLD) : 0;
     if (window != nullptr)
-        wattrset(window, COLOR_PAIR(pair) | weight);
+        wattrset(window, COLOR_PAIR(colour_number(pair)) | weight);
 }

@@ -2,6 +2,7 @@
 #include "ui/keys.hpp"
 
 #include "app/app_state.hpp"
+#include "ui/curses_screen.hpp"
 #include "ui/terminal_line.hpp"
 #include "ui/terminal_type.hpp"
 
@@ -14,8 +15,8 @@ namespace
 
 constexpr int escape_delay_ms = 25;
 constexpr int meta_bit = 0x80;
-constexpr int control_h = 8;
-constexpr int looks_before_the_end = 3;
+constexpr int control_h = control('H');
+constexpr int max_looks = 3;
 
 bool is_utf8_locale()
 {
@@ -39,14 +40,15 @@ void define_utf8_letters()
     }
 }
 
-bool backspace_sends_control_h()
+/// Whether the terminal sends ^H for its Backspace key.
+bool is_backspace_control_h()
 {
     const char* sequence = terminal_capability(terminal_text::backspace);
     return sequence != nullptr && std::strcmp(sequence, "\010") == 0;
 }
 
-/// The next key that was typed; curses makes one up after a resize.
-int typed_key(WINDOW* window)
+/// The next key that was typed. Curses makes one up after a resize, which is left out.
+int read_typed_key(WINDOW* window)
 {
     int key = ERR;
     do
@@ -55,15 +57,16 @@ int typed_key(WINDOW* window)
     return key;
 }
 
-/// The next key of a line that curses has found nothing on. An input that has ended is always ready
-/// and never has a key; one look is not enough, since a key may come in at any moment.
-int key_look_closer(WINDOW* window)
+/// Looks again for a key where curses has found none, and raises SIGHUP if there can never be one.
+/// An input that has ended is always ready but never has a key. One look is not enough, since a key
+/// may come in at any moment.
+int look_for_key_or_end(WINDOW* window)
 {
-    for (int look = 0; look < looks_before_the_end; ++look) {
+    for (int look = 0; look < max_looks; ++look) {
         const line_state state = terminal_line_state();
         if (state == line_state::quiet)
             return ERR;
-        const int key = state != line_state::gone ? typed_key(window) : ERR;
+        const int key = state != line_state::gone ? read_typed_key(window) : ERR;
         // Bytes that could not be read now are read in a later round.
         if (key != ERR || state == line_state::typed)
             return key;
@@ -91,18 +94,18 @@ void keys_init()
 int key_read(WINDOW* window)
 {
     // Reading from a window draws it.
-    if (app_state.is_screen_lost)
+    if (!may_draw())
         return ERR;
     WINDOW* reader = window != nullptr ? window : stdscr;
-    int key = typed_key(reader);
+    int key = read_typed_key(reader);
     const bool has_terminal = app_state.terminal != nullptr;
     if (key == ERR && has_terminal)
-        key = key_look_closer(reader);
+        key = look_for_key_or_end(reader);
     return key == KEY_ENTER ? key_enter : key;
 }
 
 int key_read_for_prompt(WINDOW* window)
 {
     const int key = key_read(window);
-    return key == control_h && backspace_sends_control_h() ? KEY_BACKSPACE : key;
+    return key == control_h && is_backspace_control_h() ? KEY_BACKSPACE : key;
 }

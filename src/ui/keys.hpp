@@ -1,9 +1,8 @@
 // keys.hpp - the one door through which keys come in.
 //
-// ALT+letter is accepted in the three forms in which terminals send it (the byte with bit 7 set,
-// the same as a two-byte UTF-8 character, Escape followed at once by the letter) and is always
-// returned as the letter with bit 7 set. Enter is 10, ^H is 8, 127 is KEY_BACKSPACE on every
-// terminal type.
+// Terminals send ALT+letter in three forms: the byte with bit 7 set, the same as a two-byte UTF-8
+// character, or Escape followed at once by the letter. It is always returned as the letter with bit
+// 7 set. Enter is 10, ^H is 8 and 127 is KEY_BACKSPACE on every terminal type.
 #pragma once
 
 #include <ncurses.h>
@@ -23,7 +22,7 @@ constexpr int key_exit = control('X');
 /// Teaches curses the keys above. Call once for each screen, after it was started.
 void keys_init();
 
-/// The next key typed, or ERR when there is none; never waits longer than a lone Escape needs. When
+/// The next key typed, or ERR when there is none. Never waits longer than a lone Escape needs. When
 /// the program's terminal has vanished, SIGHUP is raised for the next pause, as if it had been
 /// sent. window: where keypad mode is on; null reads from the standard screen.
 int key_read(WINDOW* window);

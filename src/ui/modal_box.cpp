@@ -1,9 +1,8 @@
 // modal_box.cpp - see modal_box.hpp.
 #include "ui/modal_box.hpp"
 
-#include "app/app_state.hpp"
+#include "ui/curses_screen.hpp"
 #include "ui/glyphs.hpp"
-#include "ui/popup.hpp"
 #include "ui/redraw.hpp"
 
 #include <algorithm>
@@ -11,54 +10,46 @@
 namespace
 {
 
-void box_open(modal_box& box, const box_place& place)
+void open_box(modal_box& box, const screen_area& area)
 {
-    if (box.window != nullptr)
-        delwin(box.window);
-    box.window = popup_open(place.width, place.height, std::max(0, place.column),
-                            std::max(0, place.row), true, 1, true);
-    // On a lost screen there is no box, and it is opened again on the next.
-    box.made_for_lines = app_state.is_screen_lost ? 0 : LINES;
+    box.window.reset();
+    box.window.reset(popup_open(area.width, area.height, std::max(0, area.column),
+                                std::max(0, area.row), true, colour::frame, true));
+    // On a lost screen there is no box. It is opened on the next one.
+    box.made_for_lines = may_draw() ? LINES : 0;
     box.made_for_columns = COLS;
-    if (box.window != nullptr)
-        keypad(box.window, TRUE);
+    if (box.window)
+        keypad(box.window.get(), TRUE);
 }
 
 } // namespace
 
-void modal_box_fit(modal_box& box, const box_place& place)
+void modal_box_fit(modal_box& box, const screen_area& area)
 {
-    if (app_state.is_screen_lost || box.made_for_lines != LINES || box.made_for_columns != COLS)
-        box_open(box, place);
-    if (box.window == nullptr)
+    if (!may_draw() || box.made_for_lines != LINES || box.made_for_columns != COLS)
+        open_box(box, area);
+    if (!box.window)
         return;
-    glyphs_attribute(box.window, 1, false);
-    wborder(box.window, 0, 0, 0, 0, 0, 0, 0, 0);
-    for (int row = 1; row < place.height - 1; ++row)
-        line_blank(box.window, row, 1, place.width - 2);
+    glyphs_attribute(box.window.get(), colour::frame, false);
+    wborder(box.window.get(), 0, 0, 0, 0, 0, 0, 0, 0);
+    interior_blank(box.window.get(), area.width, area.height);
 }
 
-void modal_box_write(const modal_box& box, int row, int column, int pair, bool bold,
+void modal_box_write(const modal_box& box, int row, int column, colour pair, bool bold,
                      std::string_view text)
 {
-    if (box.window == nullptr)
-        return;
-    const int room = std::max(0, getmaxx(box.window) - 1 - column);
-    glyphs_attribute(box.window, pair, bold);
-    glyphs_write_at(box.window, row, column, text.substr(0, static_cast<std::size_t>(room)));
+    glyphs_attribute(box.window.get(), pair, bold);
+    glyphs_write_to_frame(box.window.get(), row, column, text);
 }
 
 void modal_box_show(const modal_box& box)
 {
-    if (box.window == nullptr)
-        return;
-    touchwin(box.window);
-    window_show(box.window);
+    window_raise(box.window.get());
 }
 
 void modal_box_erase(modal_box& box)
 {
-    window_erase(box.window);
+    window_erase(box.window.release());
     box = modal_box{};
 }
 

@@ -2,10 +2,11 @@
 #include "ui/pane.hpp"
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "ui/glyphs.hpp"
+#include "ui/layout.hpp"
 #include "ui/popup.hpp"
-#include "ui/redraw.hpp"
+#include "ui/window.hpp"
 
 #include <cstdarg>
 #include <cstdio>
@@ -15,21 +16,20 @@
 namespace
 {
 
-constexpr std::size_t format_buffer_bytes = 4096;
-constexpr std::size_t formatted_bytes = 4094; // the terminator included
-
-constexpr int status_first_row = 1;
-constexpr int status_last_moved_row = 3;
+constexpr std::size_t format_buffer_size = 4096;
+// Kept on purpose: a formatted text ends two bytes earlier than the buffer has space for.
+// Test: pane_printing.cuts_a_formatted_text_at_4093_characters.
+constexpr std::size_t formatted_size = 4094; // the terminator included
 
 struct placement {
-    int pair;
+    colour pair;
     int column;
     int row;
     bool bold;
     bool scroll_first;
 };
 
-/// Directives that no caller means; they mark text that must not be formatted.
+/// Directives that no caller means. They mark text that must not be formatted.
 bool is_verbatim(const char* format)
 {
     return std::strstr(format, "%*") != nullptr || std::strstr(format, "%]") != nullptr;
@@ -37,13 +37,15 @@ bool is_verbatim(const char* format)
 
 heap_text format_text(const char* format, va_list arguments)
 {
-    heap_text text{static_cast<char*>(std::calloc(format_buffer_bytes, 1))};
+    heap_text text{static_cast<char*>(std::calloc(format_buffer_size, 1))};
     if (!text)
         return text;
+    // Kept on purpose: such a format is shown as it stands, and its arguments are not used.
+    // Test: pane_printing.cuts_a_verbatim_format_at_4095_characters.
     if (is_verbatim(format))
-        std::snprintf(text.get(), format_buffer_bytes, "%s", format);
+        std::snprintf(text.get(), format_buffer_size, "%s", format);
     else
-        std::vsnprintf(text.get(), formatted_bytes, format, arguments);
+        std::vsnprintf(text.get(), formatted_size, format, arguments);
     return text;
 }
 
@@ -52,7 +54,11 @@ void write_lines(WINDOW* window, const placement& place, std::string_view text)
     bool is_first = true;
     while (true) {
         const std::size_t end = text.find('\n');
+        // Kept on purpose: a text wider than the pane goes on over the frame, in the row below.
+        // Test: status_pane.a_wider_text_runs_over_the_frame_into_the_row_below.
         glyphs_write_at(window, place.row, place.column, text.substr(0, end));
+        // Kept on purpose: nothing scrolls after the first line, so the second one replaces it.
+        // Test: pane_printing.of_two_lines_writes_the_second_over_the_first_and_scrolls_once.
         if (!is_first)
             wscrl(window, 1);
         is_first = false;
@@ -62,16 +68,25 @@ void write_lines(WINDOW* window, const placement& place, std::string_view text)
     }
 }
 
-/// The status pane's right frame cell on its newest line is overwritten too: the gap belongs to the
-/// look of this pane.
-void pane_write(WINDOW* window, const placement& place, const char* text)
+void scroll_status_pane()
+{
+    // Kept on purpose: the blanks run up to the right frame and over it, which leaves a gap in the
+    // frame on the newest line.
+    // Test: status_pane.every_notice_opens_the_frame_on_the_newest_row_only.
+    status_scroll(app_state.status_pane, status_first_row, status_row - 1,
+                  layout_status_frame_column());
+}
+
+void write_to_pane(WINDOW* window, const placement& place, const char* text)
 {
     if (place.scroll_first)
         wscrl(window, 1);
     if (window == app_state.status_pane)
-        status_scroll(window, status_first_row, status_last_moved_row, COLS - 27);
+        scroll_status_pane();
     glyphs_attribute(window, place.pair, place.bold);
     write_lines(window, place, text);
+    // Kept on purpose: only the settings hold text back, so notices are shown over the help.
+    // Test: pages_in_front.notices_are_shown_over_the_help_at_once.
     if (app_state.settings_shown == 0) {
         window_show(window);
         popup_raise();
@@ -81,7 +96,7 @@ void pane_write(WINDOW* window, const placement& place, const char* text)
 
 } // namespace
 
-void pane_printf(WINDOW* window, int pair, int column, int row, bool bold, bool scroll_first,
+void pane_printf(WINDOW* window, colour pair, int column, int row, bool bold, bool scroll_first,
                  const char* format, ...)
 {
     if (format == nullptr || window == nullptr)
@@ -91,10 +106,10 @@ void pane_printf(WINDOW* window, int pair, int column, int row, bool bold, bool 
     const heap_text text = format_text(format, arguments);
     va_end(arguments);
     if (text)
-        pane_write(window, {pair, column, row, bold, scroll_first}, text.get());
+        write_to_pane(window, {pair, column, row, bold, scroll_first}, text.get());
 }
 
-void status_report(int pair, const char* format, ...)
+void status_report(colour pair, const char* format, ...)
 {
     if (app_state.status_pane == nullptr)
         return;
@@ -107,8 +122,9 @@ void status_report(int pair, const char* format, ...)
     // A report is one line: lines of a server's text would scroll the pane with its frame.
     for (char* feed = text.get(); (feed = std::strchr(feed, '\n')) != nullptr;)
         *feed = ' ';
-    const bool bold = pair >= 5 && pair <= 7;
-    pane_write(app_state.status_pane, {pair, status_column, status_row, bold, false}, text.get());
+    const bool bold = pair >= colour::error && pair <= colour::success;
+    write_to_pane(app_state.status_pane, {pair, status_column, status_row, bold, false},
+                  text.get());
 }
 
 void status_scroll(WINDOW* window, int first, int last, int width)
@@ -123,4 +139,10 @@ void status_scroll(WINDOW* window, int first, int last, int width)
     line_blank(window, last + 1, 1, width);
     if (app_state.settings_shown == 0)
         window_show(window);
+}
+
+void page_titles_print(WINDOW* window, const char* title, const char* hint)
+{
+    pane_printf(window, colour::frame, page_margin, 0, true, false, "%s", title);
+    pane_printf(window, colour::text, layout_hint_column(hint), LINES - 1, true, false, "%s", hint);
 }

@@ -2,10 +2,11 @@
 #include "ui/prompt.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
+#include "base/pause.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/keys.hpp"
+#include "ui/layout.hpp"
 #include "ui/modal_box.hpp"
 
 #include <algorithm>
@@ -18,12 +19,16 @@ namespace
 {
 
 constexpr long round_us = 10'000;
+constexpr int box_height = 3;
+constexpr int text_row = 1;
 constexpr int text_column = 2;
+constexpr int question_column = 2;
+constexpr int bracket_cells = 4; // "[ " and " ]"
 
 struct prompt_state {
-    const char* question;
-    const char* hint;
-    int max;
+    std::string_view question;
+    std::string_view hint;
+    int size; // of text
     char* text;
     int length = 0;
     std::time_t deadline = 0;
@@ -32,35 +37,44 @@ struct prompt_state {
 
 enum class prompt_outcome : std::uint8_t { editing, accepted, cancelled };
 
-int inner_width(const prompt_state& prompt)
+/// Cells inside the frame.
+int choose_width(const prompt_state& prompt)
 {
-    const int for_question = static_cast<int>(std::strlen(prompt.question)) + 5;
-    const int for_hint = static_cast<int>(std::strlen(prompt.hint)) + 4;
-    return std::max({prompt.max, for_question, for_hint});
+    const int for_question = static_cast<int>(prompt.question.size()) + bracket_cells + 1;
+    const int for_hint = static_cast<int>(prompt.hint.size()) + bracket_cells;
+    return std::max({prompt.size, for_question, for_hint});
 }
 
-void write_bracketed(const modal_box& box, int row, int column, const char* text)
+void write_bracketed(const modal_box& box, int row, int column, std::string_view text)
 {
-    const int length = static_cast<int>(std::strlen(text));
-    modal_box_write(box, row, column, 1, true, "[ ");
-    modal_box_write(box, row, column + 2, 1, true, text);
-    modal_box_write(box, row, column + 2 + length, 1, true, " ]");
+    const int end = column + 2 + static_cast<int>(text.size());
+    modal_box_write(box, row, column, colour::frame, true, "[ ");
+    modal_box_write(box, row, column + 2, colour::frame, true, text);
+    modal_box_write(box, row, end, colour::frame, true, " ]");
 }
 
 void draw(prompt_state& prompt)
 {
-    const int width = inner_width(prompt);
-    modal_box_fit(prompt.box, {width + 2, 3, COLS / 2 - width / 2, LINES / 2 - 4});
-    if (prompt.box.window == nullptr)
+    const int width = choose_width(prompt);
+    modal_box_fit(prompt.box, {width + 2, box_height, layout_box_column(width), layout_box_row()});
+    if (!prompt.box.window)
         return;
-    write_bracketed(prompt.box, 0, 2, prompt.question);
-    write_bracketed(prompt.box, 2, width - static_cast<int>(std::strlen(prompt.hint)) - 4,
-                    prompt.hint);
+    write_bracketed(prompt.box, 0, question_column, prompt.question);
+    // Kept on purpose: a hint that fills the box covers its corner.
+    // Test: prompt_box.is_wide_enough_for_its_hint_which_takes_the_corner.
+    write_bracketed(prompt.box, box_height - 1,
+                    width - static_cast<int>(prompt.hint.size()) - bracket_cells, prompt.hint);
     const std::string_view text{prompt.text, static_cast<size_t>(prompt.length)};
-    modal_box_write(prompt.box, 1, text_column, 7, true, text);
-    // With a full line of the widest text the cursor stands on the frame.
-    glyphs_write_at(prompt.box.window, 1, text_column + prompt.length, "_");
+    modal_box_write(prompt.box, text_row, text_column, colour::label, true, text);
+    // Kept on purpose: after a full line the cursor stands on the frame, if the text is what makes
+    // the box as wide as it is. Test: prompt_box.whose_line_is_full_has_its_cursor_on_the_frame.
+    glyphs_write_at(prompt.box.window.get(), text_row, text_column + prompt.length, "_");
     modal_box_show(prompt.box);
+}
+
+void renew_deadline(prompt_state& prompt)
+{
+    prompt.deadline = std::time(nullptr) + modal_timeout_s;
 }
 
 prompt_outcome edit(prompt_state& prompt, int key)
@@ -69,12 +83,15 @@ prompt_outcome edit(prompt_state& prompt, int key)
         return prompt_outcome::cancelled;
     if (key == key_enter)
         return prompt_outcome::accepted;
-    prompt.deadline = std::time(nullptr) + modal_timeout_s;
+    // Kept on purpose: a key that changes nothing renews the time too.
+    // Test: prompt_of_a_key.keys_that_change_nothing_renew_the_time_too.
+    renew_deadline(prompt);
     if (key == KEY_BACKSPACE) {
         if (prompt.length > 0)
             prompt.text[--prompt.length] = '\0';
-    } else if (prompt.length < prompt.max - 1) {
-        // Function keys leave their low eight bits, like any other key.
+    } else if (prompt.length < prompt.size - 1) {
+        // Kept on purpose: function keys leave their low eight bits, like any other key.
+        // Test: prompt_keys.leave_their_low_eight_bits_whatever_they_are.
         prompt.text[prompt.length++] = static_cast<char>(key & 0xFF);
     }
     return prompt_outcome::editing;
@@ -82,6 +99,7 @@ prompt_outcome edit(prompt_state& prompt, int key)
 
 prompt_outcome run(prompt_state& prompt)
 {
+    renew_deadline(prompt);
     while (true) {
         const int key = key_read_for_prompt(app_state.server_pane);
         if (key != ERR) {
@@ -98,15 +116,14 @@ prompt_outcome run(prompt_state& prompt)
 
 } // namespace
 
-char* prompt_input(int max, const char* question, const char* hint, const char* preset)
+char* prompt_input(int size, const char* question, const char* hint, const char* preset)
 {
-    heap_text text{static_cast<char*>(std::calloc(static_cast<size_t>(std::max(max, 1)), 1))};
+    heap_text text{static_cast<char*>(std::calloc(static_cast<size_t>(std::max(size, 1)), 1))};
     if (!text)
         return nullptr;
-    prompt_state prompt{question, hint, max, text.get()};
-    prompt.deadline = std::time(nullptr) + modal_timeout_s;
-    if (preset != nullptr && max > 1) {
-        prompt.length = std::min(static_cast<int>(std::strlen(preset)), max - 1);
+    prompt_state prompt{question, hint, size, text.get()};
+    if (preset != nullptr && size > 1) {
+        prompt.length = std::min(static_cast<int>(std::strlen(preset)), size - 1);
         std::memcpy(text.get(), preset, static_cast<size_t>(prompt.length));
     }
     const prompt_outcome outcome = run(prompt);

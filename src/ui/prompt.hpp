@@ -4,10 +4,10 @@
 /// The hint of prompts that Escape abandons together with what they are for.
 constexpr const char* hint_or_cancel = "RET=OK - ESC=CANCEL";
 
-/// Asks for a text; other servers go on being served meanwhile.
-/// max: room for the answer, its terminator included, so at most max - 1 characters are taken.
-/// question, hint: shown on the box's top and bottom frame. preset: text to begin with, or null; it
-/// is cut to fit.
-/// The answer, malloc'ed and the caller's to free; null for Escape, for an empty line and after ten
-/// seconds without a typed or deleted character.
-char* prompt_input(int max, const char* question, const char* hint, const char* preset);
+/// Asks for a text. Servers go on being served meanwhile.
+/// size: of the answer with its terminator, so at most size - 1 characters are taken.
+/// question, hint: shown on the box's upper and lower frame.
+/// preset: the text to begin with, cut to fit; or null.
+/// Returns the answer, malloc'ed and the caller's to free. Null for Escape, for an empty line and
+/// after ten seconds without a typed or deleted character.
+char* prompt_input(int size, const char* question, const char* hint, const char* preset);

@@ -3,19 +3,23 @@
 
 #include "app/app_state.hpp"
 #include "data/settings_page.hpp"
+#include "ui/colours.hpp"
+#include "ui/curses_screen.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/help.hpp"
 #include "ui/keys.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
 #include "ui/redraw.hpp"
-#include "ui/screen_size.hpp"
 #include "ui/server_pane.hpp"
+#include "ui/terminal_rescue.hpp"
+#include "ui/window.hpp"
 
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <initializer_list>
+#include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -24,35 +28,27 @@ constexpr const char* author_credit = "the team";
 constexpr const char* key_line_text = "^D Disconnect, ^E Settings, ^H Help, ^I ServerInfo, "
                                       "^L Connect, ^R ServerList, ^X Exit";
 
-struct pair_colours {
-    short foreground;
-    short background;
-};
-
-/// Colour pairs 1 to 15; everything else refers to them by number.
-constexpr pair_colours colour_pairs[] = {
-    {COLOR_BLUE, COLOR_BLACK},  {COLOR_WHITE, COLOR_BLACK}, {COLOR_BLUE, COLOR_WHITE},
-    {COLOR_WHITE, COLOR_CYAN},  {COLOR_RED, COLOR_BLACK},   {COLOR_YELLOW, COLOR_BLACK},
-    {COLOR_GREEN, COLOR_BLACK}, {COLOR_BLACK, COLOR_WHITE}, {COLOR_WHITE, COLOR_BLACK},
-    {COLOR_WHITE, COLOR_BLUE},  {COLOR_CYAN, COLOR_BLACK},  {COLOR_RED, COLOR_BLUE},
-    {COLOR_BLUE, COLOR_BLACK},  {COLOR_WHITE, COLOR_BLACK}, {COLOR_MAGENTA, COLOR_BLACK},
-};
-
-void colours_define()
+void define_colours()
 {
     start_color();
-    short pair = 1;
-    for (const pair_colours& colours : colour_pairs)
-        init_pair(pair++, colours.foreground, colours.background);
+    for (const colour_pair& pair : colour_pairs)
+        init_pair(colour_number(pair.name), pair.foreground, pair.background);
 }
 
-bool full_screen_windows_open()
+WINDOW* open_window(const screen_area& area, bool scrolls, bool framed)
 {
-    app_state.help_win = popup_open(COLS, LINES, 0, 0, true, 1, false);
+    return popup_open(area.width, area.height, area.column, area.row, scrolls, colour::frame,
+                      framed);
+}
+
+/// The pages come first, so that the panes lie on top of them.
+bool open_pages()
+{
+    app_state.help_win = open_window(layout_page(), true, false);
     if (app_state.help_win == nullptr)
         return false;
     help_fill();
-    app_state.settings_win = popup_open(COLS, LINES, 0, 0, true, 1, true);
+    app_state.settings_win = open_window(layout_page(), true, true);
     if (app_state.settings_win == nullptr)
         return false;
     settings_dialog();
@@ -60,32 +56,33 @@ bool full_screen_windows_open()
     return true;
 }
 
-bool panes_open()
+bool open_panes()
 {
-    app_state.server_pane = popup_open(std::min(27, COLS), LINES - 1, 0, 0, false, 1, true);
+    app_state.server_pane = open_window(layout_server_pane(), false, true);
     if (app_state.server_pane == nullptr)
         return false;
-    // Keys are read from this pane also while the terminal is too small for the others.
+    // Keys are read from this pane, even while the terminal is too small for the others.
     keypad(app_state.server_pane, TRUE);
-    app_state.message_pane = popup_open(COLS - 28, LINES - 6, 27, 0, true, 1, false);
+    app_state.message_pane = open_window(layout_message_pane(), true, false);
     if (app_state.message_pane == nullptr)
         return false;
-    app_state.status_pane = popup_open(COLS - 26, 6, 26, LINES - 7, true, 1, true);
+    app_state.status_pane = open_window(layout_status_pane(), true, true);
     return app_state.status_pane != nullptr;
 }
 
 /// The status pane's left edge lies on the server list's right frame.
-void frames_join()
+void join_frames()
 {
     mvwaddch(app_state.status_pane, 0, 0, ACS_LTEE);
-    mvwaddch(app_state.status_pane, 5, 0, ACS_BTEE);
-    mvwaddch(app_state.status_pane, 0, COLS - 27, ACS_RTEE);
+    mvwaddch(app_state.status_pane, status_pane_height - 1, 0, ACS_BTEE);
+    mvwaddch(app_state.status_pane, 0, layout_status_frame_column(), ACS_RTEE);
     window_show(app_state.status_pane);
 }
 
-bool key_line_open()
+bool open_key_line()
 {
-    app_state.key_line = newwin(1, COLS, LINES - 1, 0);
+    const screen_area area = layout_key_line();
+    app_state.key_line = newwin(area.height, area.width, area.row, area.column);
     if (app_state.key_line == nullptr)
         return false;
     noecho();
@@ -93,14 +90,14 @@ bool key_line_open()
     cbreak();
     curs_set(0);
     scrollok(app_state.key_line, FALSE);
-    glyphs_attribute(app_state.key_line, 8, false);
-    line_blank(app_state.key_line, 0, 0, COLS);
+    glyphs_attribute(app_state.key_line, colour::bar, false);
+    line_blank(app_state.key_line, 0, 0, area.width);
     glyphs_write_at(app_state.key_line, 0, 0, key_line_text);
     window_show(app_state.key_line);
     return true;
 }
 
-void terminal_modes_set()
+void set_terminal_modes()
 {
     keypad(stdscr, TRUE);
     nodelay(stdscr, TRUE);
@@ -108,61 +105,57 @@ void terminal_modes_set()
     noecho();
 }
 
-void windows_close()
+void erase_windows()
 {
     WINDOW** const windows[] = {&app_state.key_line,    &app_state.settings_win,
                                 &app_state.status_pane, &app_state.message_pane,
                                 &app_state.server_pane, &app_state.help_win};
-    for (WINDOW** window : windows) {
-        window_erase(*window);
-        *window = nullptr;
-    }
+    for (WINDOW** window : windows)
+        window_erase(std::exchange(*window, nullptr));
 }
 
-void standard_screen_blank()
+void blank_screen()
 {
-    if (app_state.is_screen_lost)
+    if (!may_draw())
         return;
     area_blank(stdscr, LINES, COLS, A_NORMAL);
     window_show(stdscr);
 }
 
-/// Shows the server list whole, and the tees of the status pane on the column they share again.
-void panes_touch()
+/// The status pane comes last, since its tees lie on the column that the two share.
+void raise_joined_panes()
 {
-    for (WINDOW* pane : {app_state.server_pane, app_state.status_pane}) {
-        if (pane == nullptr)
-            continue;
-        touchwin(pane);
-        window_show(pane);
-    }
+    window_raise(app_state.server_pane);
+    window_raise(app_state.status_pane);
 }
 
 /// Ends the screen of the former size.
-void screen_leave()
+void leave_screen()
 {
-    standard_screen_blank();
+    blank_screen();
     endwin();
     // At once, or keys typed meanwhile would be echoed, and a ^D taken for the end of the input.
     reset_prog_mode();
 }
 
-/// Builds a screen of the new size, and shows it; without the memory for that the screen is lost.
-void screen_rebuild()
+/// Builds a screen of the new size and shows it. If there is no memory for that, it is lost.
+void rebuild_screen()
 {
     app_state.screen = stdscr;
     clearok(curscr, TRUE);
-    terminal_modes_set();
+    set_terminal_modes();
     {
         const screen_batch whole_screen;
         screen_build();
+        // Kept on purpose: the first server is selected, whichever was before.
+        // Test: screen.a_resize_brings_the_bar_back_to_the_first_server.
         app_state.selected = 1;
         server_list_draw();
         if (app_state.settings_shown != 0 || app_state.help_shown != 0)
             redraw_all();
         else
-            panes_touch();
-        app_state.is_screen_lost = !has_memory_for_screen();
+            raise_joined_panes();
+        screen_memory_check();
     }
     screen_settle();
 }
@@ -182,24 +175,25 @@ bool screen_start()
     app_state.terminal = newterm(nullptr, stdout, stdin);
     if (app_state.terminal == nullptr)
         return false;
+    terminal_rescue_prepare();
     app_state.screen = stdscr;
     def_prog_mode();
     use_legacy_coding(1);
-    terminal_modes_set();
+    set_terminal_modes();
     keys_init();
     return true;
 }
 
 int screen_build()
 {
-    colours_define();
-    if (!full_screen_windows_open() || !panes_open())
+    define_colours();
+    if (!open_pages() || !open_panes())
         return 0;
-    wsetscrreg(app_state.message_pane, 1, LINES - 9);
-    frames_join();
-    if (!key_line_open())
+    wsetscrreg(app_state.message_pane, message_first_row, layout_message_row());
+    join_frames();
+    if (!open_key_line())
         return 0;
-    pane_printf(app_state.status_pane, 6, status_column, status_row, true, false,
+    pane_printf(app_state.status_pane, colour::notice, status_column, status_row, true, false,
                 "NCurses tovrikclient V%s - Written by %s", client_version, author_credit);
     return 1;
 }
@@ -207,25 +201,25 @@ int screen_build()
 void on_resize(int)
 {
     popup_close();
-    windows_close();
-    if (!app_state.is_screen_lost)
-        screen_leave();
-    app_state.is_screen_lost = !screen_size_follow();
-    if (!app_state.is_screen_lost)
-        screen_rebuild();
-    // Curses' own records of the screen may disagree now; it would write beyond them. Once more,
-    // then, in the next pause.
-    if (app_state.is_screen_lost)
+    erase_windows();
+    if (may_draw())
+        leave_screen();
+    screen_size_follow();
+    if (may_draw())
+        rebuild_screen();
+    // Retried in the next pause. Until then curses' own records of the screen may disagree, and it
+    // would write beyond them.
+    if (!may_draw())
         raise(SIGWINCH);
 }
 
 void screen_resume()
 {
-    const winsize size = screen_size_now();
+    const winsize size = terminal_size();
     if (size.ws_row != LINES || size.ws_col != COLS)
         return on_resize(SIGWINCH);
-    // After a stop that could not be seen coming, the shell has changed the terminal's modes; only
-    // a screen that was ended has them set again by the next refresh.
+    // After a stop that could not be seen coming, the shell has changed the terminal's modes. The
+    // next refresh sets them again only if the screen was ended.
     if (!isendwin())
         endwin();
     popup_close();
@@ -238,19 +232,16 @@ void screen_clear()
     WINDOW** const panes[] = {&app_state.status_pane, &app_state.message_pane,
                               &app_state.server_pane, &app_state.key_line,
                               &app_state.help_win,    &app_state.settings_win};
-    for (WINDOW** pane : panes) {
-        if (*pane != nullptr)
-            delwin(*pane);
-        *pane = nullptr;
-    }
-    standard_screen_blank();
+    for (WINDOW** pane : panes)
+        const unique_window deleted{std::exchange(*pane, nullptr)};
+    blank_screen();
 }
 
 void screen_end()
 {
     endwin();
-    // What curses holds goes with the program. Asked to release it, curses needs memory for that,
-    // and crashes without.
+    // What curses holds goes with the program. To release it, curses would need memory, and it
+    // crashes when that runs out.
     app_state.terminal = nullptr;
     app_state.screen = nullptr;
 }

@@ -1,26 +1,27 @@
-// screen.hpp - starts curses, builds the panes, and rebuilds them when the terminal's size changes.
+// screen.hpp - starts curses, builds pages and panes, and rebuilds them when the terminal's size
+// changes.
 #pragma once
 
 /// Starts curses on the terminal and stores its screen in app_state. False when it cannot, with
 /// nothing written.
 bool screen_start();
 
-/// Notes the terminal's present modes as those that are given back with it. Call while the terminal
-/// is not set up for curses.
+/// Notes the terminal's present modes, which are the ones given back with it. Call while the
+/// terminal is not set up for curses.
 void shell_modes_note();
 
 /// Builds colours and windows for the terminal's present size. 1 on success, 0 as soon as a window
-/// cannot be made; windows made until then are kept.
+/// cannot be made. Windows made until then are kept.
 int screen_build();
 
-/// Rebuilds the screen for the terminal's new size and brings what was in front to the front again.
-/// The contents of the panes are lost and the first server is selected. Runs on SIGWINCH.
+/// Rebuilds the screen for the terminal's new size, with the same things in front. The contents of
+/// the panes are lost and the first server is selected. Runs on SIGWINCH.
 void on_resize(int signal_number);
 
 /// Shows the screen again after the program was stopped, in the terminal's present size.
 void screen_resume();
 
-/// Deletes all panes and full-screen windows and blanks the screen.
+/// Deletes all panes and pages and blanks the screen.
 void screen_clear();
 
 /// Gives the terminal back. Nothing may be drawn afterwards.

@@ -3,7 +3,9 @@
 
 #include "app/app_state.hpp"
 #include "ui/glyphs.hpp"
+#include "ui/layout.hpp"
 #include "ui/redraw.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,34 +15,25 @@
 namespace
 {
 
-constexpr int heading_row = 1;
-constexpr int first_list_row = 2;
-constexpr int marker_column = 1;
-constexpr int name_column = 2;
+// Kept on purpose: the bar is as wide as the longest name with its dots, not as the name under it.
+// Test: server_pane.names_are_bold_white_and_the_first_is_under_the_bar.
 constexpr int bar_cells = 24;
-constexpr std::size_t name_cells = 21;
-constexpr std::size_t name_room = 27; // the terminator included
+// Kept on purpose: a name of 22 to 24 letters is cut, though the bar would have cells for it.
+// Test: server_pane.names_are_shown_whole_up_to_21_letters_and_cut_beyond.
+constexpr std::size_t max_name_cells = 21;
+constexpr std::string_view cut_name_end = "...";
+constexpr std::size_t shown_name_size = bar_cells + 1; // the terminator included
 constexpr std::string_view heading = "  \xBB available Servers \xAB  ";
 
-constexpr short pair_name = 2;
-constexpr short pair_marker = 7;
-constexpr short pair_bar = 8;
-
-/// Rows between the heading and the bottom frame.
-std::int32_t visible_rows()
-{
-    return std::max(0, LINES - 4);
-}
-
-std::int32_t server_count()
+std::int32_t count_servers()
 {
     return app_state.servers != nullptr ? app_state.servers->count : 0;
 }
 
-/// The highest row number that a marker can be written to: one below the last server's.
-std::int32_t last_marked_row()
+/// The highest row that a marker can be written to: one below the last server's.
+std::int32_t find_last_marker_row()
 {
-    return server_count() + first_list_row;
+    return count_servers() + list_first_row;
 }
 
 bool is_page_in_front()
@@ -48,8 +41,8 @@ bool is_page_in_front()
     return app_state.settings_shown != 0 || app_state.help_shown != 0;
 }
 
-/// Brings what was drawn to the screen; a page in front stays in front.
-void list_show()
+/// Brings what was drawn to the screen. A page in front stays in front.
+void show_list()
 {
     if (app_state.server_pane != nullptr)
         window_show(app_state.server_pane);
@@ -57,145 +50,162 @@ void list_show()
         redraw_all();
 }
 
-/// The window's row of a list row, or -1 when that is not visible. While the list is not scrolled,
-/// the heading's row counts: closing the first server's connection writes its blank there.
-int window_row(std::int32_t row)
+/// The window's row of a list row, or -1 when that is not visible.
+int find_window_row(std::int32_t row)
 {
     const std::int32_t scrolled = row - app_state.list_scroll;
-    const std::int32_t lowest = app_state.list_scroll > 0 ? first_list_row : heading_row;
-    return scrolled >= lowest && scrolled <= LINES - 3 ? scrolled : -1;
+    // Kept on purpose: while the list is not scrolled, the row of the heading counts too. Closing
+    // the first server's connection writes its blank there.
+    // Test: disconnect.of_the_first_server_blanks_a_cell_of_the_heading_and_keeps_the_marker.
+    const std::int32_t top = app_state.list_scroll > 0 ? list_first_row : list_heading_row;
+    return scrolled >= top && scrolled <= layout_list_last_row() ? scrolled : -1;
 }
 
-bool marks_reserve(std::int32_t rows)
+bool reserve_markers(std::int32_t rows)
 {
-    if (rows <= app_state.list_marks_count)
+    if (rows <= app_state.list_markers_count)
         return true;
-    void* grown = std::realloc(app_state.list_marks, static_cast<size_t>(rows));
+    void* grown = std::realloc(app_state.list_markers, static_cast<size_t>(rows));
     if (grown == nullptr)
         return false;
-    app_state.list_marks = static_cast<char*>(grown);
-    std::memset(app_state.list_marks + app_state.list_marks_count, marker_none,
-                static_cast<size_t>(rows - app_state.list_marks_count));
-    app_state.list_marks_count = rows;
+    app_state.list_markers = static_cast<char*>(grown);
+    std::memset(app_state.list_markers + app_state.list_markers_count, marker_none,
+                static_cast<size_t>(rows - app_state.list_markers_count));
+    app_state.list_markers_count = rows;
     return true;
 }
 
-void marks_clear()
+void clear_markers()
 {
-    if (marks_reserve(last_marked_row() + 1))
-        std::memset(app_state.list_marks, marker_none,
-                    static_cast<size_t>(app_state.list_marks_count));
+    // Kept on purpose: connected servers lose their markers too, until they are marked again.
+    // Test: server_pane.a_list_drawn_anew_forgets_the_marks_and_puts_later_ones_a_row_lower.
+    if (reserve_markers(find_last_marker_row() + 1))
+        std::memset(app_state.list_markers, marker_none,
+                    static_cast<size_t>(app_state.list_markers_count));
 }
 
-/// A name of up to 21 characters padded with blanks, a longer one cut there and marked. The blanks
-/// also cover the mark of a name that stood on the same row before.
-void name_format(const char* name, char (&shown)[name_room])
+/// Pads a name with blanks, or cuts it and ends it with dots. The blanks also cover the dots of a
+/// name that stood on the same row before.
+void format_name(const char* name, char (&shown)[shown_name_size])
 {
     const std::size_t length = std::strlen(name);
-    std::memset(shown, '\0', name_room);
     std::memset(shown, ' ', bar_cells);
-    std::memcpy(shown, name, std::min(length, name_cells));
-    if (length > name_cells)
-        std::memcpy(shown + name_cells, "...", 3);
+    shown[bar_cells] = '\0';
+    std::memcpy(shown, name, std::min(length, max_name_cells));
+    if (length > max_name_cells)
+        cut_name_end.copy(shown + max_name_cells, cut_name_end.size());
 }
 
-void row_draw(std::int32_t index)
+void draw_row(std::int32_t index)
 {
-    const std::int32_t row = index + first_list_row;
-    char name[name_room];
-    name_format(server_display_name(*server_at(app_state.servers, index)), name);
+    const std::int32_t row = index + list_first_row;
+    char name[shown_name_size];
+    format_name(server_display_name(*server_at(app_state.servers, index)), name);
     const char marker[] = {server_marker_read(row), '\0'};
-    glyphs_attribute(app_state.server_pane, pair_marker, true);
-    glyphs_write_at(app_state.server_pane, window_row(row), marker_column, marker);
-    glyphs_attribute(app_state.server_pane, pair_name, true);
+    glyphs_attribute(app_state.server_pane, colour::label, true);
+    glyphs_write_at(app_state.server_pane, find_window_row(row), list_marker_column, marker);
+    glyphs_attribute(app_state.server_pane, colour::text, true);
     glyphs_write(app_state.server_pane, name);
 }
 
-void rows_draw()
+void draw_rows()
 {
     const std::int32_t first = app_state.list_scroll;
-    const std::int32_t end = std::min(server_count(), first + visible_rows());
+    const std::int32_t end = std::min(count_servers(), first + layout_list_rows());
     for (std::int32_t index = first; index < end; ++index)
-        row_draw(index);
+        draw_row(index);
 }
 
-/// Scrolls so that the selected server is visible; true when that moved the list.
+/// Scrolls so that the selected server is visible. True when that moved the list.
 bool scroll_to_selected()
 {
-    const std::int32_t rows = visible_rows();
+    const std::int32_t rows = layout_list_rows();
     const std::int32_t index = std::max(0, app_state.selected - 1);
     std::int32_t scroll = app_state.list_scroll;
     if (index >= scroll + rows)
         scroll = index - rows + 1;
-    scroll = std::min({scroll, index, std::max(0, server_count() - rows)});
-    const bool moved = scroll != app_state.list_scroll;
+    scroll = std::min({scroll, index, std::max(0, count_servers() - rows)});
+    const bool has_moved = scroll != app_state.list_scroll;
     app_state.list_scroll = scroll;
-    return moved;
+    return has_moved;
 }
 
-void bar_cells_set(std::int32_t selected, attr_t attributes, short pair)
+void paint_bar_cells(std::int32_t selected, attr_t attributes, colour pair)
 {
-    const int row = window_row(selected + 1);
-    if (app_state.server_pane != nullptr && row >= first_list_row)
-        mvwchgat(app_state.server_pane, row, name_column, bar_cells, attributes, pair, nullptr);
+    const int row = find_window_row(selected - 1 + list_first_row);
+    if (app_state.server_pane != nullptr && row >= list_first_row)
+        mvwchgat(app_state.server_pane, row, list_name_column, bar_cells, attributes,
+                 colour_number(pair), nullptr);
 }
 
-/// Lays the highlight bar on the selected row, whether a server stands there or not.
-void bar_draw()
+void draw_bar()
 {
-    bar_cells_set(app_state.selected, A_NORMAL, pair_bar);
+    // Kept on purpose: the bar is drawn even where no server stands, as in an empty list after a
+    // resize. Test: screen.a_resize_of_an_empty_list_lays_the_bar_but_selects_nothing.
+    paint_bar_cells(app_state.selected, A_NORMAL, colour::bar);
+}
+
+/// Sets every server's list_row to its row.
+void number_rows()
+{
+    // Kept on purpose: list_row means two things, the server's own row after a drawing and the row
+    // above after a connect. Markers are placed as for the second.
+    // Test: server_pane.a_list_drawn_anew_forgets_the_marks_and_puts_later_ones_a_row_lower.
+    const std::int32_t count = count_servers();
+    for (std::int32_t index = 0; index < count; ++index)
+        server_at(app_state.servers, index)->list_row = index + list_first_row;
 }
 
 } // namespace
 
 void server_list_draw()
 {
-    marks_clear();
-    const std::int32_t count = server_count();
-    for (std::int32_t index = 0; index < count; ++index)
-        server_at(app_state.servers, index)->list_row = index + first_list_row;
-    if (app_state.selected == -1 && count > 0)
+    clear_markers();
+    number_rows();
+    if (app_state.selected == -1 && count_servers() > 0)
         app_state.selected = 1;
     scroll_to_selected();
-    glyphs_attribute(app_state.server_pane, pair_bar, false);
-    glyphs_write_at(app_state.server_pane, heading_row, 1, heading);
-    rows_draw();
-    bar_draw();
-    list_show();
+    glyphs_attribute(app_state.server_pane, colour::bar, false);
+    glyphs_write_at(app_state.server_pane, list_heading_row, list_marker_column, heading);
+    draw_rows();
+    draw_bar();
+    show_list();
 }
 
 void server_list_select(std::int32_t selected)
 {
-    bar_cells_set(app_state.selected, A_BOLD, pair_name);
+    paint_bar_cells(app_state.selected, A_BOLD, colour::text);
     app_state.selected = selected;
     if (scroll_to_selected())
-        rows_draw();
-    bar_draw();
+        draw_rows();
+    draw_bar();
     if (!is_page_in_front() && app_state.server_pane != nullptr)
         touchwin(app_state.server_pane);
     // Shown now: reading the next key would show it too, but only a round later.
-    list_show();
+    show_list();
 }
 
 void server_marker_write(std::int32_t row, char marker)
 {
-    if (row < heading_row || !marks_reserve(std::max(row, last_marked_row()) + 1))
+    if (row < list_heading_row || !reserve_markers(std::max(row, find_last_marker_row()) + 1))
         return;
-    app_state.list_marks[row] = marker;
+    app_state.list_markers[row] = marker;
     const char text[] = {marker, '\0'};
-    glyphs_attribute(app_state.server_pane, pair_marker, true);
-    const int drawn_row = window_row(row);
-    if (drawn_row >= 0)
-        glyphs_write_at(app_state.server_pane, drawn_row, marker_column, text);
-    list_show();
+    glyphs_attribute(app_state.server_pane, colour::label, true);
+    const int window_row = find_window_row(row);
+    if (window_row >= 0)
+        glyphs_write_at(app_state.server_pane, window_row, list_marker_column, text);
+    show_list();
 }
 
-bool server_row_is_visible(std::int32_t row)
+int server_row_on_screen(std::int32_t row)
 {
-    return server_count() <= visible_rows() || window_row(row) >= 0;
+    const bool are_all_visible = count_servers() <= layout_list_rows();
+    return are_all_visible || find_window_row(row) >= 0 ? row - app_state.list_scroll : -1;
 }
 
 char server_marker_read(std::int32_t row)
 {
-    return row >= 0 && row < app_state.list_marks_count ? app_state.list_marks[row] : marker_none;
+    return row >= 0 && row < app_state.list_markers_count ? app_state.list_markers[row]
+                                                          : marker_none;
 }

@@ -1,8 +1,8 @@
 // server_pane.hpp - the list of servers at the left: names, connection markers, highlight bar.
 //
-// Rows are named as in a list that is not scrolled: the server at 0-based position p stands on row
-// p + 2, below the frame and the heading. When there are more servers than rows the list scrolls,
-// and what is named here is moved up by as much; markers outside the visible list are remembered.
+// A row is named as in a list that is not scrolled: the server at 0-based position p stands on row
+// p + 2, below the frame and the heading. When there are more servers than rows, the list scrolls
+// and everything is shown that many rows higher. Markers outside the visible list are remembered.
 #pragma once
 
 #include <cstdint>
@@ -19,9 +19,9 @@ void server_list_draw();
 /// Moves the highlight bar to a server. selected: 1-based, must name a server of the list.
 void server_list_select(std::int32_t selected);
 
-/// Whether something may be shown beside a row: always when all servers have room, else only while
-/// the row is within the visible list. row: as named above.
-bool server_row_is_visible(std::int32_t row);
+/// The row of the screen to show something on beside a row of the list; -1 while that row is
+/// scrolled out of sight. If all servers fit, every row counts as visible. row: as named above.
+int server_row_on_screen(std::int32_t row);
 
 /// Writes a connection marker and shows it. row: as named above.
 void server_marker_write(std::int32_t row, char marker);

@@ -27,6 +27,6 @@ bool terminal_is_lent()
 
 void terminal_wait_for_turn()
 {
-    // Like all that touches the line, this stops a job to which the terminal was not given.
+    // Like everything that touches the line, this stops a job that was not given the terminal.
     tcdrain(STDIN_FILENO);
 }

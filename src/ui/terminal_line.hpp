@@ -1,5 +1,4 @@
-// terminal_line.hpp - the terminal's line: whether it is still there, and whose turn it is to use
-// it.
+// terminal_line.hpp - the terminal's line: whether it is still there, and whose turn it is.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +13,7 @@ enum class line_state : std::uint8_t {
 /// Looks at the program's standard input and output; never waits.
 line_state terminal_line_state();
 
-/// Whether the terminal has been given to another job of its session: its modes are not to be
+/// Whether the terminal has been given to another job of its session. Its modes are not to be
 /// touched then. False where no shell controls jobs. May be called while the program crashes.
 bool terminal_is_lent();
 

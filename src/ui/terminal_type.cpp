@@ -9,11 +9,11 @@ const char* terminal_capability(terminal_text which)
 {
     if (cur_term == nullptr)
         return nullptr;
-    // Not by name: for that, curses makes a table of all names, 8 kB that would stay.
+    // Not looked up by name: curses would make a table of all names for that, 8 kB that stay.
     const char* const texts[] = {exit_attribute_mode, orig_pair,     keypad_local,
                                  exit_ca_mode,        cursor_normal, key_backspace};
     const char* text = texts[static_cast<std::size_t>(which)];
-    // The address -1 stands for a text that the type has taken back.
+    // The address -1 stands for a text that the type has cancelled.
     return reinterpret_cast<std::intptr_t>(text) != -1 ? text : nullptr;
 }
 

@@ -1,7 +1,7 @@
 // terminal_type.hpp - what the terminal's type says about it.
 //
-// The header that declares these look-ups defines hundreds of common words as macros; it is kept
-// out of every other file.
+// The header that declares these look-ups defines hundreds of common words as macros, so no other
+// file includes it.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ enum class terminal_text : std::uint8_t {
     backspace, // what the key sends
 };
 
-/// A text of the terminal's type; null when the type has none, and before curses knows the type.
+/// A text of the terminal's type. Null when the type has none, and before curses knows the type.
 /// Borrowed from curses.
 const char* terminal_capability(terminal_text which);
 

@@ -3,7 +3,8 @@
 
 #include "app/app_state.hpp"
 #include "bench/null_screen.hpp"
-#include "data/config_file.hpp"
+#include "data/config_load.hpp"
+#include "data/config_save.hpp"
 #include "support/config_text.hpp"
 
 #include <benchmark/benchmark.h>

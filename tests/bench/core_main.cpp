@@ -3,7 +3,7 @@
 //   bench_core [--markdown FILE] [options of Google Benchmark]
 //
 // Its status tells only whether everything worked.
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "bench/config_bench.hpp"
 #include "bench/core_report.hpp"
 #include "bench/directory_bench.hpp"

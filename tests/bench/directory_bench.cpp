@@ -2,7 +2,7 @@
 #include "bench/directory_bench.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "bench/null_screen.hpp"
 #include "net/directory.hpp"
 #include "net/server_list_fetch.hpp"

@@ -1,9 +1,9 @@
 // message_measures.cpp - see message_measures.hpp.
 #include "bench/message_measures.hpp"
 
+#include "base/owners.hpp"
 #include "bench/measured_program.hpp"
 #include "bench/server_park.hpp"
-#include "data/owners.hpp"
 #include "sim/traffic_generator.hpp"
 #include "sim/transmission.hpp"
 #include "support/patience.hpp"

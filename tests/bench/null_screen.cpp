@@ -76,8 +76,8 @@ null_screen::~null_screen()
     release_servers();
     release_folders();
     std::free(std::exchange(app_state.setting_texts, nullptr));
-    std::free(std::exchange(app_state.list_marks, nullptr));
-    app_state.list_marks_count = 0;
+    std::free(std::exchange(app_state.list_markers, nullptr));
+    app_state.list_markers_count = 0;
 }
 
 void configuration_forget()

@@ -4,7 +4,7 @@
 // working folder. One at a time. Curses works as on a real terminal, up to the last write.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/temp_home.hpp"
 
 class null_screen

@@ -3,11 +3,11 @@
 //
 // All run in the same kind of terminal on the same machine in one run. Prints a table. The status
 // tells only whether the programs worked, not how fast they were.
+#include "base/owners.hpp"
 #include "bench/comparison_table.hpp"
 #include "bench/message_measures.hpp"
 #include "bench/program_goals.hpp"
 #include "bench/program_measures.hpp"
-#include "data/owners.hpp"
 
 #include <cstdio>
 #include <cstdlib>

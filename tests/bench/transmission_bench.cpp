@@ -6,9 +6,9 @@
 #include "bench/xml_readers.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
+#include "net/decompression.hpp"
 #include "net/log_files.hpp"
-#include "net/packet_input.hpp"
-#include "net/poll.hpp"
+#include "net/packet_dispatch.hpp"
 #include "net/transmission.hpp"
 #include "ui/pane.hpp"
 #include "ui/popup.hpp"
@@ -170,7 +170,8 @@ void run_screen(benchmark::State& state, const std::string& document)
 {
     const std::string text = fill_sample_template(document);
     while (state.KeepRunning())
-        pane_printf(app_state.message_pane, 2, 1, LINES - 9, false, true, "%s", text.c_str());
+        pane_printf(app_state.message_pane, colour::text, 1, LINES - 9, false, true, "%s",
+                    text.c_str());
 }
 
 void add(const std::string& name, void (*run)(benchmark::State&, const std::string&),

@@ -2,7 +2,7 @@
 // transmission and copy the value of each of the template's paths.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <array>
 #include <cstddef>

@@ -4,7 +4,7 @@
 // are on the screen, and leaves with ^X at the end, so that every test also checks a clean exit.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/config_text.hpp"
 #include "support/scripted_server.hpp"
 #include "support/temp_home.hpp"

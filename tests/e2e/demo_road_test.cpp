@@ -15,7 +15,7 @@ sim::server_options make_busy_options(std::size_t index)
     sim::server_options options;
     options.bind_address = addresses[index];
     options.pace_ms = 60;
-    options.rate_a_minute = 600;
+    options.rate_per_minute = 600;
     options.seed = index + 1;
     options.compressed = index == 1;
     options.send_uptime = true;
@@ -113,9 +113,9 @@ TEST_F(demo_road, live_messages_of_two_servers_are_shown_and_logged)
 TEST_F(demo_road, forwarded_messages_arrive_unchanged)
 {
     sim::server_options plain = make_busy_options(0);
-    plain.rate_a_minute = 0;
+    plain.rate_per_minute = 0;
     sim::server_options compressed = make_busy_options(1);
-    compressed.rate_a_minute = 0;
+    compressed.rate_per_minute = 0;
     ASSERT_NO_FATAL_FAILURE(begin({}, plain, compressed));
     ASSERT_NO_FATAL_FAILURE(connect_both());
     const auto greeted = [&] {
@@ -170,7 +170,7 @@ TEST_F(demo_road, a_protected_server_accepts_the_right_password)
     guarded.password = "abc";
     guarded.ask_identification = false;
     sim::server_options open = make_busy_options(1);
-    open.rate_a_minute = 0;
+    open.rate_per_minute = 0;
     ASSERT_NO_FATAL_FAILURE(begin({}, guarded, open));
     client.terminal().send_control('l');
     ASSERT_TRUE(client.terminal().wait_for_text("[ Password required ]"));

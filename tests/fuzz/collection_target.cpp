@@ -1,6 +1,6 @@
 // collection_target.cpp - the three kinds of collection beside sorted and unsorted vectors.
+#include "base/owners.hpp"
 #include "data/collection.hpp"
-#include "data/owners.hpp"
 #include "data/text.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/property.hpp"

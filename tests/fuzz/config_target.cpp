@@ -3,6 +3,8 @@
 #include "app/app_state.hpp"
 #include "bench/null_screen.hpp"
 #include "data/config_file.hpp"
+#include "data/config_load.hpp"
+#include "data/config_save.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_screen.hpp"
 #include "fuzz/fuzz_session.hpp"

@@ -1,9 +1,9 @@
 // decompress_target.cpp - inflating, beside zlib's own stream with a buffer that is always enough.
+#include "base/limits.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_session.hpp"
 #include "fuzz/property.hpp"
-#include "net/limits.hpp"
-#include "net/packet_input.hpp"
+#include "net/decompression.hpp"
 #include "support/compressed.hpp"
 
 #include <cstring>

@@ -1,5 +1,5 @@
 // directory_target.cpp - a directory's answer, beside plain splitting at line feeds and tabs.
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/server_registry.hpp"
 #include "data/text.hpp"
 #include "fuzz/fuzz_input.hpp"

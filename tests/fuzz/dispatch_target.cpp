@@ -1,12 +1,12 @@
 // dispatch_target.cpp - packets of every kind from three servers, through polling and dispatch to
 // the screen, with a user who types something meanwhile.
 #include "app/app_state.hpp"
+#include "base/limits.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_screen.hpp"
 #include "fuzz/fuzz_session.hpp"
 #include "fuzz/property.hpp"
 #include "fuzz/stand_ins.hpp"
-#include "net/limits.hpp"
 #include "net/log_files.hpp"
 #include "net/poll.hpp"
 #include "support/compressed.hpp"

@@ -2,9 +2,9 @@
 #include "fuzz/fuzz_screen.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
+#include "base/owners.hpp"
+#include "base/pause.hpp"
 #include "bench/null_screen.hpp"
-#include "data/owners.hpp"
 #include "fuzz/property.hpp"
 #include "net/log_files.hpp"
 #include "ui/screen.hpp"
@@ -102,8 +102,8 @@ void forget_list()
 {
     app_state.selected = -1;
     app_state.list_scroll = 0;
-    std::free(std::exchange(app_state.list_marks, nullptr));
-    app_state.list_marks_count = 0;
+    std::free(std::exchange(app_state.list_markers, nullptr));
+    app_state.list_markers_count = 0;
 }
 
 bool is_harmless(const cchar_t& cell)

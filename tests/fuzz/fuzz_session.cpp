@@ -2,9 +2,8 @@
 #include "fuzz/fuzz_session.hpp"
 
 #include "app/app_state.hpp"
+#include "base/limits.hpp"
 #include "fuzz/property.hpp"
-#include "net/connection.hpp"
-#include "net/limits.hpp"
 #include "net/packet_kind.hpp"
 #include "ui/server_pane.hpp"
 
@@ -17,24 +16,24 @@ namespace
 {
 
 constexpr sent_packet_kind sent_kinds[] = {
-    packet_good_bye,
-    packet_add_flight,
-    packet_add_airline,
-    packet_add_airport,
-    packet_add_mode,
-    packet_add_aircraft,
-    packet_subscribe,
-    packet_report_style,
-    packet_report_request,
-    packet_pager_add,
-    packet_password,
-    packet_identification,
-    packet_pager_remove,
-    packet_pager_list,
-    packet_uplink_setting,
-    packet_client_version,
-    packet_transmission_format,
-    packet_heartbeat,
+    sent_good_bye,
+    sent_add_flight,
+    sent_add_airline,
+    sent_add_airport,
+    sent_add_mode,
+    sent_add_aircraft,
+    sent_subscription,
+    sent_report_style,
+    sent_report_request,
+    sent_pager_add,
+    sent_password,
+    sent_identification,
+    sent_pager_remove,
+    sent_pager_list_request,
+    sent_uplink_setting,
+    sent_client_version,
+    sent_transmission_format,
+    sent_heartbeat,
 };
 
 unsigned read_number(std::string_view bytes, std::size_t from, std::size_t count)
@@ -90,7 +89,6 @@ fuzz_connection::fuzz_connection(server_entry& entry)
 {
     int ends[2] = {-1, -1};
     require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0, "there are sockets");
-    connection_end(entry);
     entry.socket_fd = ends[0];
     entry.connected = 1;
     entry.last_data_time = std::time(nullptr);

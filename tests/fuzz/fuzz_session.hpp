@@ -1,7 +1,7 @@
 // fuzz_session.hpp - servers and connections of a fuzzed client, and checks of what it sends.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/server_registry.hpp"
 
 #include <string>

@@ -7,7 +7,7 @@
 #include "fuzz/fuzz_session.hpp"
 #include "fuzz/property.hpp"
 #include "fuzz/stand_ins.hpp"
-#include "net/connection.hpp"
+#include "net/connect_attempt.hpp"
 #include "net/poll.hpp"
 
 #include <algorithm>

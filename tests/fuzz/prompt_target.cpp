@@ -1,6 +1,6 @@
 // prompt_target.cpp - keys of every kind typed into a prompt, beside plain editing where the keys
 // are plain.
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_screen.hpp"
 #include "fuzz/property.hpp"

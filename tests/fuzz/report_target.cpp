@@ -1,14 +1,14 @@
 // report_target.cpp - a report's announcement and its pieces, and the resulting file.
 #include "app/app_state.hpp"
+#include "base/limits.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/fuzz_screen.hpp"
 #include "fuzz/fuzz_session.hpp"
 #include "fuzz/property.hpp"
 #include "fuzz/stand_ins.hpp"
-#include "net/connection.hpp"
-#include "net/limits.hpp"
-#include "services/report.hpp"
+#include "net/report_reception.hpp"
 #include "support/compressed.hpp"
+#include "unit/report_replies.hpp"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,8 @@
 // stand_ins.cpp - see stand_ins.hpp.
 #include "fuzz/stand_ins.hpp"
+#include "base/state_lock.hpp"
 
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "fuzz/property.hpp"
 
 #include <algorithm>

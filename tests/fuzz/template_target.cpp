@@ -1,9 +1,9 @@
 // template_target.cpp - filling a template, beside filling it placeholder by placeholder in
 // std::string.
+#include "base/limits.hpp"
 #include "data/text.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/property.hpp"
-#include "net/limits.hpp"
 #include "net/transmission.hpp"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // text_target.cpp - the string functions beside the same in std::string.
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/property.hpp"

@@ -4,7 +4,7 @@
 // numbered transmission each second, evenly spread over the second.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/config_text.hpp"
 
 #include <atomic>

@@ -5,7 +5,7 @@
 // may already have been in progress.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/server_packet.hpp"
 #include "support/test_clock.hpp"
 

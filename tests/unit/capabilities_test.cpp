@@ -1,8 +1,9 @@
 // capabilities_test.cpp - what a server is and offers, and the password that it may demand.
+#include "base/signal_door.hpp"
 #include "net/capabilities.hpp"
 #include "unit/net_fixture.hpp"
 
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "net/md5.hpp"
 #include "net/poll.hpp"
 #include "ui/keys.hpp"

@@ -2,7 +2,7 @@
 #include "data/collection.hpp"
 #include "unit/failing_memory.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <gtest/gtest.h>
 

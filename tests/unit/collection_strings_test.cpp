@@ -2,7 +2,7 @@
 // from a stream.
 #include "data/collection.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 
 #include <gtest/gtest.h>

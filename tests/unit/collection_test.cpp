@@ -1,7 +1,7 @@
 // collection_test.cpp - lists and sorted collections: order, growth, refusals and oddities.
 #include "data/collection.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <gtest/gtest.h>
 

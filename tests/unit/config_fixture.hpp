@@ -2,8 +2,9 @@
 // configuration file.
 #pragma once
 
-#include "data/config_file.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
+#include "data/config_load.hpp"
+#include "data/config_save.hpp"
 #include "support/temp_home.hpp"
 #include "unit/headless_screen.hpp"
 

@@ -3,9 +3,11 @@
 #include "unit/unprivileged.hpp"
 
 #include "data/text.hpp"
+#include "data/xml.hpp"
 #include "support/config_text.hpp"
 
 #include <filesystem>
+#include <malloc.h>
 #include <optional>
 #include <string>
 #include <sys/stat.h>
@@ -191,6 +193,20 @@ TEST_F(config_saving, replaces_what_was_no_configuration)
         save();
         EXPECT_EQ(home.read_config(), config_text({}));
     }
+}
+
+TEST_F(config_saving, parses_the_former_file_and_keeps_its_document)
+{
+    if (!CLIENT_IS_HARDENED)
+        GTEST_SKIP() << "the sanitizers have allocators of their own";
+    constexpr std::size_t elements = 100'000;
+    std::string former = "?>";
+    for (std::size_t count = 0; count < elements; ++count)
+        former += "<a>";
+    home.write_config(former);
+    const std::size_t before = mallinfo2().uordblks;
+    save();
+    EXPECT_GT(mallinfo2().uordblks, before + elements * sizeof(xml_node));
 }
 
 TEST_F(config_saving, leaves_a_file_alone_that_was_too_large_to_load)

@@ -1,7 +1,9 @@
 // connection_fixture.hpp - the user's connect command on a port that the test listens on.
 #pragma once
 
-#include "net/connection.hpp"
+#include "net/connect_attempt.hpp"
+#include "net/connect_commands.hpp"
+#include "net/connection_end.hpp"
 #include "support/loopback.hpp"
 #include "unit/net_fixture.hpp"
 

@@ -1,8 +1,9 @@
 // connection_test.cpp - connects that real children perform, and their results.
+#include "base/signal_door.hpp"
 #include "unit/connection_fixture.hpp"
 #include "unit/unprivileged.hpp"
 
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "net/log_files.hpp"
 #include "support/temp_home.hpp"
 #include "ui/keys.hpp"

@@ -1,5 +1,5 @@
 // decompress_packet_test.cpp - what fits into four times the hint, and how the rest is reported.
-#include "net/packet_input.hpp"
+#include "net/decompression.hpp"
 
 #include "support/compressed.hpp"
 #include "unit/headless_screen.hpp"

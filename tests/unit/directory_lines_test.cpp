@@ -1,7 +1,7 @@
 // directory_lines_test.cpp - the directory's answer: its header, its lines, their fields.
 #include "net/directory_lines.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 
 #include <gtest/gtest.h>

@@ -140,7 +140,7 @@ TEST_F(disconnect, touches_no_descriptor_without_a_connection)
     server_entry& entry = local_server();
     for (const std::int32_t socket : {0, -1}) {
         entry.socket_fd = socket;
-        connection_end(entry);
+        connection_end_at_exit(entry);
         EXPECT_EQ(entry.socket_fd, 0);
         EXPECT_NE(fcntl(STDIN_FILENO, F_GETFD), -1);
     }

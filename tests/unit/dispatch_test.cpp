@@ -1,8 +1,10 @@
 // dispatch_test.cpp - what the client does with each kind of packet from a server.
 #include "unit/net_fixture.hpp"
 
-#include "net/connection.hpp"
+#include "net/packet_dispatch.hpp"
 #include "net/poll.hpp"
+#include "net/report_reception.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // file_open_test.cpp - opening files under any name, without blocking.
-#include "data/file_open.hpp"
+#include "base/file_open.hpp"
 
 #include "support/temp_home.hpp"
 

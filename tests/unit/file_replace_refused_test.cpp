@@ -1,6 +1,6 @@
 // file_replace_refused_test.cpp - files that may not be replaced, in folders that take new files
 // all the same.
-#include "data/file_replace.hpp"
+#include "base/file_replace.hpp"
 
 #include "support/temp_home.hpp"
 #include "unit/unprivileged.hpp"

@@ -1,7 +1,7 @@
 // file_replace_test.cpp - the file is the whole old one or the whole new one, whatever goes wrong.
-#include "data/file_replace.hpp"
+#include "base/file_replace.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/temp_home.hpp"
 #include "unit/unprivileged.hpp"
 

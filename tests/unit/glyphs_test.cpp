@@ -2,6 +2,7 @@
 #include "unit/headless_screen.hpp"
 
 #include "ui/glyphs.hpp"
+#include "ui/window.hpp"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +29,7 @@ protected:
     }
 
     headless_screen screen;
-    const std::unique_ptr<WINDOW, releaser<delwin>> window{newwin(2, 10, 0, 0)};
+    const unique_window window{newwin(2, 10, 0, 0)};
 };
 
 TEST_F(glyphs, show_blanks_for_layout_bytes_and_question_marks_for_control_bytes)
@@ -74,7 +75,7 @@ TEST_F(glyphs, draw_nothing_without_a_window)
     glyphs_write_at(nullptr, 0, 0, "x");
     EXPECT_EQ(glyphs_write_to_edge(nullptr, 0, 5, "x"), 5);
     glyphs_end_line(nullptr);
-    glyphs_attribute(nullptr, 2, true);
+    glyphs_attribute(nullptr, colour::text, true);
 }
 
 } // namespace

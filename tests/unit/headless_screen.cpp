@@ -2,7 +2,7 @@
 #include "unit/headless_screen.hpp"
 
 #include "data/settings_page.hpp"
-#include "ui/pane.hpp"
+#include "ui/layout.hpp"
 
 #include <algorithm>
 #include <cstdlib>

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "app/app_state.hpp"
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <cstddef>
 #include <ncurses.h>

@@ -14,7 +14,7 @@ using key_names = std::set<std::string>;
 struct command {
     std::string name;
     std::string need;       // as in the table: nothing, selection or connection
-    std::string capability; // the field of server_entry; empty: none needed
+    std::string capability; // the field of server_entry whose row it names; empty: none needed
 };
 
 /// The key table's rows, with the keys named as in the documents.
@@ -25,8 +25,9 @@ const std::vector<command>& read_commands()
         const std::string exit_key =
             text_between(source_text("src/ui/keys.hpp"), "key_exit = control('", "'");
         std::vector<command> found = {{"^" + exit_key, "nothing", ""}};
-        const std::string row = R"(\{(?:control\('(\w)'\)|key_(enter)|KEY_(\w+)), )"
-                                R"(command_need::(\w+), \w+(?:, &server_entry::(\w+))?)";
+        const std::string row =
+            R"(\{(?:control\('(\w)'\)|key_(enter)|KEY_(\w+)), )"
+            R"(command_need::(\w+), \w+(?:, &capability_of\(&server_entry::(\w+)\))?)";
         for (const auto& parts :
              all_matches(text_between(code, "key_commands[] = {", "\n};"), row)) {
             std::string name = parts[0].empty() ? parts[1] + parts[2] : "^" + parts[0];
@@ -101,6 +102,7 @@ TEST(key_tables, the_manual_page_says_what_every_command_needs)
 {
     const std::map<std::string, std::string> offers = {{"", ""},
                                                        {"can_modify", "allows updates"},
+                                                       {"can_mail", "allows updates"},
                                                        {"can_report", "offers reports"},
                                                        {"can_page", "offers pager lists"}};
     const auto entries = read_manual_entries();

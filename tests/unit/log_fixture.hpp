@@ -5,7 +5,7 @@
 #include "support/temp_home.hpp"
 #include "unit/net_fixture.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <cstdlib>
 #include <fcntl.h>

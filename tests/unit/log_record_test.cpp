@@ -1,7 +1,7 @@
 // log_record_test.cpp - a log holds whole records only.
-#include "net/log_record.hpp"
+#include "base/log_record.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/small_disk.hpp"
 
 #include <fcntl.h>
@@ -94,7 +94,7 @@ TEST_F(log_record, is_left_alone_in_a_log_that_others_have_changed_meanwhile)
     EXPECT_TRUE(append("\nothers"));
     for (const torn_record before : {torn_record{2, 3}, torn_record{5, 20}}) {
         torn = before;
-        EXPECT_TRUE(record_take_back(log.get(), torn));
+        EXPECT_TRUE(undo_torn_record(log.get(), torn));
         EXPECT_EQ(torn.bytes, 0U);
         EXPECT_EQ(text(), "\nothers");
     }

@@ -2,7 +2,7 @@
 #include "unit/config_fixture.hpp"
 #include "unit/document_text.hpp"
 
-#include "net/limits.hpp"
+#include "base/limits.hpp"
 #include "sim_program.hpp"
 
 namespace
@@ -45,17 +45,17 @@ TEST(manual_pages, name_every_exit_status_and_complaint_of_a_failed_start)
 {
     const std::string page = source_text(client_page);
     const std::string status =
-        text_between(source_text("src/app/start_stop.hpp"), "start_failed_status = ", ";");
+        text_between(source_text("src/app/start_stop.hpp"), "fail_started_status = ", ";");
     EXPECT_NE(page.find("\n.It " + status + "\n"), std::string::npos);
     for (const std::string& line :
-         matches_of(source_text("src/app/start_stop.cpp"), R"re(start_fail\("([^"\\]+))re"))
+         matches_of(source_text("src/app/start_stop.cpp"), R"re(fail_start\("([^"\\]+))re"))
         EXPECT_NE(page.find(".Dq " + line + '\n'), std::string::npos) << line;
 }
 
 TEST(manual_pages, name_every_signal_that_is_acted_on)
 {
     const std::string page = source_text(client_page);
-    const std::string code = source_text("src/app/signals.cpp");
+    const std::string code = source_text("src/app/job_control.cpp");
     for (const std::string& name :
          matches_of(text_between(code, "ending_signals[] = {", "}"), R"((SIG\w+))"))
         EXPECT_NE(page.find(name), std::string::npos) << name;

@@ -1,8 +1,11 @@
 // net_fixture.cpp - see net_fixture.hpp.
 #include "unit/net_fixture.hpp"
+#include "base/signal_door.hpp"
+#include "base/state_lock.hpp"
 
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "net/log_files.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
@@ -84,9 +87,9 @@ void release_connection(server_entry& entry)
 
 void release_marks()
 {
-    std::free(app_state.list_marks);
-    app_state.list_marks = nullptr;
-    app_state.list_marks_count = 0;
+    std::free(app_state.list_markers);
+    app_state.list_markers = nullptr;
+    app_state.list_markers_count = 0;
 }
 
 std::string trim(const std::string& text)
@@ -259,7 +262,7 @@ server_end net_test::connect(server_entry& entry) const
 
 void net_test::mark()
 {
-    status_report(2, "%s", mark_text);
+    status_report(colour::text, "%s", mark_text);
     bells_at_mark = screen.bells();
 }
 

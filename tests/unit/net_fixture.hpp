@@ -4,7 +4,7 @@
 // Owns the far ends of the connections, and everything that a test leaves in app_state.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "support/patience.hpp"
 #include "unit/headless_screen.hpp"
 

@@ -1,5 +1,6 @@
 // packet_output_test.cpp - the bytes that go out, and sockets that accept none.
 #include "net/packet_output.hpp"
+#include "net/readiness.hpp"
 
 #include "unit/socket_pair.hpp"
 

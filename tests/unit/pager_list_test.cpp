@@ -3,8 +3,8 @@
 #include "unit/net_fixture.hpp"
 
 #include "services/pager_list.hpp"
-#include "ui/popup.hpp"
 #include "ui/screen.hpp"
+#include "ui/window.hpp"
 
 #include <sys/time.h>
 
@@ -147,8 +147,8 @@ TEST_F(pager_list, survives_any_text_on_any_terminal)
 
 TEST_F(pager_list, closes_an_open_popup_for_good)
 {
-    app_state.popup_win = popup_open(10, 5, 2, 2, true, 1, true);
-    app_state.dialog_win = popup_open(10, 5, 20, 2, true, 1, true);
+    app_state.popup_win = popup_open(10, 5, 2, 2, true, colour::frame, true);
+    app_state.dialog_win = popup_open(10, 5, 20, 2, true, colour::frame, true);
     show("A\tB\tC");
     EXPECT_EQ(app_state.popup_win, nullptr);
     EXPECT_EQ(app_state.dialog_win, nullptr);

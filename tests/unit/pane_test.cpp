@@ -2,9 +2,9 @@
 #include "unit/net_fixture.hpp"
 
 #include "ui/pane.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
-#include <memory>
 
 namespace
 {
@@ -37,10 +37,10 @@ protected:
     void print(const char* format, const char* argument, int at_row = 0,
                bool scroll_first = false) const
     {
-        pane_printf(window.get(), 2, 0, at_row, false, scroll_first, format, argument);
+        pane_printf(window.get(), colour::text, 0, at_row, false, scroll_first, format, argument);
     }
 
-    const std::unique_ptr<WINDOW, releaser<delwin>> window{newwin(rows, columns, 0, 0)};
+    const unique_window window{newwin(rows, columns, 0, 0)};
 };
 
 TEST_F(pane_printing, cuts_a_formatted_text_at_4093_characters)
@@ -110,7 +110,7 @@ TEST_F(pane_printing, writes_nothing_at_a_place_outside_the_window)
 
 TEST_F(pane_printing, leaves_the_pair_set_without_bold)
 {
-    pane_printf(window.get(), 7, 0, 0, true, false, "bold");
+    pane_printf(window.get(), colour::success, 0, 0, true, false, "bold");
     EXPECT_NE(mvwinch(window.get(), 0, 0) & A_BOLD, 0U);
     attr_t attributes = A_BOLD;
     short pair = 0;
@@ -121,8 +121,8 @@ TEST_F(pane_printing, leaves_the_pair_set_without_bold)
 
 TEST_F(pane_printing, scrolls_characters_with_their_colours_and_bold)
 {
-    pane_printf(window.get(), 7, 0, 4, true, false, "|one");
-    pane_printf(window.get(), 5, 0, 3, false, false, "|two");
+    pane_printf(window.get(), colour::success, 0, 4, true, false, "|one");
+    pane_printf(window.get(), colour::error, 0, 3, false, false, "|two");
     status_scroll(window.get(), 1, 3, 3);
     EXPECT_EQ(row(2), " tw") << "from column 1, up to the one before the width";
     EXPECT_EQ(row(3), "|ono") << "beyond them all stays";

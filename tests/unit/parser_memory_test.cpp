@@ -5,6 +5,7 @@
 #include "data/text.hpp"
 #include "data/xml.hpp"
 #include "data/xml_index.hpp"
+#include "net/decompression.hpp"
 #include "net/directory_lines.hpp"
 #include "net/packet_input.hpp"
 #include "support/compressed.hpp"

@@ -1,5 +1,7 @@
 // pause_test.cpp - which signals reach the client's threads and children.
-#include "app/pause.hpp"
+#include "base/pause.hpp"
+#include "base/signal_door.hpp"
+#include "base/thread_start.hpp"
 
 #include <csignal>
 #include <gtest/gtest.h>

@@ -1,8 +1,9 @@
 // poll_halt_test.cpp - a cycle over the servers that stops for waiting keys, or in which one server
 // delays the others.
+#include "base/signal_door.hpp"
 #include "unit/net_fixture.hpp"
 
-#include "app/pause.hpp"
+#include "base/pause.hpp"
 #include "net/poll.hpp"
 
 #include <csignal>

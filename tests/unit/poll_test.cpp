@@ -1,6 +1,7 @@
 // poll_test.cpp - one cycle over all servers: which are read, how much, and the idle rule.
 #include "unit/net_fixture.hpp"
 
+#include "net/connection_end.hpp"
 #include "net/poll.hpp"
 #include "support/open_files.hpp"
 #include "ui/pane.hpp"

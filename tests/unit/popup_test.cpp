@@ -1,5 +1,5 @@
 // popup_test.cpp - where windows can be opened.
-#include "ui/popup.hpp"
+#include "ui/window.hpp"
 
 #include "unit/headless_screen.hpp"
 
@@ -13,7 +13,7 @@ constexpr int height = 4;
 
 WINDOW* open_at(int column, int row)
 {
-    return popup_open(width, height, column, row, true, 1, true);
+    return popup_open(width, height, column, row, true, colour::frame, true);
 }
 
 TEST(popup, is_not_opened_entirely_off_the_screen)
@@ -41,7 +41,7 @@ TEST(popup, paints_its_interior_but_not_its_edge)
 {
     constexpr int pair = 10;
     const headless_screen screen;
-    WINDOW* window = popup_open(width, height, 0, 0, false, pair, false);
+    WINDOW* window = popup_open(width, height, 0, 0, false, static_cast<colour>(pair), false);
     ASSERT_NE(window, nullptr);
     for (int row = 0; row < height; ++row) {
         for (int column = 0; column < width; ++column) {

@@ -1,7 +1,8 @@
 // protocol_document_test.cpp - the tables of docs/protocol.md and the code have the same packets.
 #include "unit/document_text.hpp"
 
-#include "net/limits.hpp"
+#include "base/limits.hpp"
+#include "net/capability_table.hpp"
 
 #include <map>
 
@@ -46,17 +47,43 @@ const kind_rows& read_received_rows()
     return rows;
 }
 
-/// The rows of the client's table: number, beeps, message.
-std::vector<std::vector<std::string>> read_dispatch_rows()
+/// What the client does about one kind of packet.
+struct dispatch_row {
+    std::string number;
+    bool has_beeps;
+    std::string message; // empty: none that the table knows
+};
+
+/// The rows of the table by which the client acts, with the replies that services/report knows.
+std::vector<dispatch_row> read_dispatch_rows()
 {
+    std::map<std::string, std::string> numbers;
+    for (const auto& name :
+         all_matches(source_text("src/net/packet_kind.hpp"), R"((received_\w+) = (\d+),)"))
+        numbers[name[0]] = name[1];
+    std::map<std::string, std::vector<std::string>> replies; // refuse or not, and the words
+    for (const auto& reply :
+         all_matches(source_text("src/services/report.cpp"),
+                     R"re(case (received_\w+):\s+return (\w+)\([^"]*"([^"]*)"\);)re"))
+        replies[reply[0]] = {reply[1], reply[2]};
     const std::string table =
-        text_between(source_text("src/net/poll.cpp"), "packet_kinds[] = {", "\n};");
-    return all_matches(table, R"re(\n    \{(\d+), (\d+), \d+,\s+(?:nullptr|"([^"]*)"),)re");
+        text_between(source_text("src/net/packet_dispatch.cpp"), "packet_rules[] = {", "\n};");
+    std::vector<dispatch_row> rows;
+    for (const auto& row :
+         all_matches(table, R"re(\{\.kind = (\w+)(,\s+\.beeps = \d+)?(?:,\s+\.pair = [\w:]+)?)re"
+                            R"re((?:,\s+\.message = "([^"]*)")?)re")) {
+        const auto reply = replies.find(row[0]);
+        if (reply == replies.end())
+            rows.push_back({numbers.at(row[0]), !row[1].empty(), row[2]});
+        else
+            rows.push_back({numbers.at(row[0]), reply->second[0] == "refuse", reply->second[1]});
+    }
+    return rows;
 }
 
 TEST(protocol_document, names_the_kinds_that_the_client_sends_and_no_others)
 {
-    const auto sent = matches_of(source_text("src/net/packet_kind.hpp"), R"(packet_\w+ = (\d+),)");
+    const auto sent = matches_of(source_text("src/net/packet_kind.hpp"), R"(sent_\w+ = (\d+),)");
     EXPECT_EQ(collect_numbers(read_sent_rows()), sent);
 }
 
@@ -64,18 +91,18 @@ TEST(protocol_document, names_the_kinds_that_the_client_acts_on_and_no_others)
 {
     std::set<std::string> received;
     for (const auto& row : read_dispatch_rows())
-        received.insert(row[0]);
+        received.insert(row.number);
     EXPECT_EQ(collect_numbers(read_received_rows()), received);
 }
 
 TEST(protocol_document, gives_the_beeps_and_the_words_of_every_kind)
 {
     for (const auto& row : read_dispatch_rows()) {
-        const auto described = read_received_rows().find(row[0]);
-        ASSERT_NE(described, read_received_rows().end()) << row[0];
+        const auto described = read_received_rows().find(row.number);
+        ASSERT_NE(described, read_received_rows().end()) << row.number;
         const std::string& text = described->second;
-        EXPECT_EQ(text.find("| beeps") != std::string::npos, row[1] != "0") << text;
-        const std::string words = row[2].empty() ? "" : "says \"" + row[2] + '"';
+        EXPECT_EQ(text.find("| beeps") != std::string::npos, row.has_beeps) << text;
+        const std::string words = row.message.empty() ? "" : "says \"" + row.message + '"';
         EXPECT_NE(text.find(words), std::string::npos) << text;
     }
 }
@@ -84,8 +111,8 @@ TEST(protocol_document, quotes_only_messages_that_the_client_shows)
 {
     std::string code;
     for (const char* file :
-         {"src/net/poll.cpp", "src/net/connection.cpp", "src/services/report.cpp",
-          "src/net/packet_input.cpp", "src/net/transmission.cpp"})
+         {"src/net/packet_dispatch.cpp", "src/net/connection_end.cpp", "src/services/report.cpp",
+          "src/net/decompression.cpp", "src/net/transmission.cpp"})
         code += source_text(file);
     for (const std::string& words :
          matches_of(read_protocol(), R"re((?:say|says|words)\s"([^"]+)")re"))
@@ -115,9 +142,13 @@ TEST(protocol_document, names_every_element_of_transmissions_and_capabilities)
     const auto shown = matches_of(source_text("src/net/transmission.cpp"), R"(tovrik/[A-Za-z/]+)");
     EXPECT_EQ(matches_of(read_protocol(), "`(tovrik/[A-Za-z/]+)`"), shown);
     const std::string section = text_between(read_protocol(), "\n## Capabilities\n", "\n## ");
-    EXPECT_EQ(matches_of(section, R"(\n\| `(\w+)` \|)"),
-              matches_of(source_text("src/net/capabilities.cpp"),
-                         R"re(document(?:\.get\(\))?, "(\w+)")re"));
+    auto read = matches_of(source_text("src/net/capabilities.cpp"),
+                           R"re(document(?:\.get\(\))?, "(\w+)")re");
+    for (const capability& offer : capability_table)
+        for (const char* element : offer.elements)
+            if (element != nullptr)
+                read.insert(element);
+    EXPECT_EQ(matches_of(section, R"(\n\| `(\w+)` \|)"), read);
 }
 
 TEST(protocol_document, gives_the_bounds_of_the_code)
@@ -129,7 +160,7 @@ TEST(protocol_document, gives_the_bounds_of_the_code)
          {std::to_string(packet_max_sent_text_bytes), std::to_string(report_max_total_bytes),
           std::to_string(report_max_size), std::string{"100,000 servers"}, std::string{"16 MiB"}})
         EXPECT_NE(read_protocol().find(bound), std::string::npos) << bound;
-    static_assert(servers_max == 100'000 && directory_max_bytes == 16UL << 20);
+    static_assert(max_servers == 100'000 && directory_max_bytes == 16UL << 20);
 }
 
 } // namespace

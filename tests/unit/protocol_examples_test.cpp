@@ -2,7 +2,7 @@
 #include "unit/connection_fixture.hpp"
 #include "unit/document_text.hpp"
 
-#include "data/settings_toggle.hpp"
+#include "app/settings_toggle.hpp"
 #include "net/capabilities.hpp"
 #include "net/poll.hpp"
 #include "services/database_update.hpp"
@@ -114,7 +114,7 @@ TEST_F(protocol_examples, a_client_introduces_itself_and_leaves)
     ASSERT_TRUE(wait_until([&] { return other.connected == 1; }));
     const server_end end = home.take();
     EXPECT_EQ(make_dump(end.await_bytes(introduction_length)), find_example("introduction"));
-    connection_leave(entry);
+    connection_end_at_exit(entry);
     expect_sent("good-bye");
 }
 

@@ -1,8 +1,8 @@
 // report_test.cpp - receiving a server's report: what is kept of it, and what is refused.
 #include "unit/net_fixture.hpp"
+#include "unit/report_replies.hpp"
 
-#include "net/limits.hpp"
-#include "services/report.hpp"
+#include "base/limits.hpp"
 #include "support/compressed.hpp"
 #include "support/temp_home.hpp"
 

@@ -1,7 +1,7 @@
 // server_registry_test.cpp - the order of the servers, which are added, and what is released.
 #include "data/server_registry.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "data/text.hpp"
 
 #include <gtest/gtest.h>

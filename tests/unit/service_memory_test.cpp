@@ -2,18 +2,19 @@
 #include "unit/failing_memory.hpp"
 #include "unit/net_fixture.hpp"
 #include "unit/own_clock.hpp"
+#include "unit/report_replies.hpp"
 
 #include "data/text.hpp"
 #include "net/transmission.hpp"
 #include "services/mailing.hpp"
 #include "services/pager.hpp"
 #include "services/pager_list.hpp"
-#include "services/report.hpp"
 #include "services/request_text.hpp"
 #include "services/server_info.hpp"
 #include "support/compressed.hpp"
 #include "support/temp_home.hpp"
 #include "ui/popup.hpp"
+#include "ui/window.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -103,7 +104,7 @@ TEST_F(services_out_of_memory, shows_no_pager_list_or_its_records_blank)
         .prepare =
             [&] {
                 popup_close();
-                app_state.popup_win = popup_open(10, 5, 2, 2, true, 1, true);
+                app_state.popup_win = popup_open(10, 5, 2, 2, true, colour::frame, true);
                 flushinp();
                 type_ahead("\033");
             },

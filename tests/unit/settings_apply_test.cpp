@@ -1,5 +1,5 @@
 // settings_apply_test.cpp - applying changed log and uplink switches.
-#include "data/settings_toggle.hpp"
+#include "app/settings_toggle.hpp"
 #include "unit/net_fixture.hpp"
 
 #include "support/temp_home.hpp"

@@ -2,7 +2,7 @@
 #include "sim_json_lines.hpp"
 #include "sim_raw_client.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 #include "sim/json_file.hpp"
 
 #include <gtest/gtest.h>
@@ -177,7 +177,7 @@ TEST_F(sim_json_files, are_refused_without_messages)
 TEST_F(sim_json_files, come_over_and_over_at_the_rate)
 {
     auto options = quick_server();
-    options.rate_a_minute = 6000;
+    options.rate_per_minute = 6000;
     options.queue_limit = 1000;
     for (const char* text : {"a", "b", "c"})
         options.replay_messages.push_back({.content = text, .time = 1752148020});

@@ -220,7 +220,7 @@ TEST(sim_json, bounds_lines_and_what_it_says_of_broken_ones)
     const auto seconds =
         std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - begin);
     EXPECT_EQ(lines.broken(), 5001U);
-    EXPECT_LE(complaints.size(), static_cast<std::size_t>(sim::max_complaints_a_second) *
+    EXPECT_LE(complaints.size(), static_cast<std::size_t>(sim::max_complaints_per_second) *
                                      static_cast<std::size_t>(seconds.count() + 2));
     EXPECT_GT(complaints.size(), 1U);
 }

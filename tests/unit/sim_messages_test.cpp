@@ -90,7 +90,7 @@ TEST(sim_messages, has_past_transmissions_to_replay_from_the_start)
 TEST(sim_messages, generates_traffic_from_its_seed)
 {
     auto options = quick_server();
-    options.rate_a_minute = 6000;
+    options.rate_per_minute = 6000;
     options.queue_limit = 1000; // a stalled machine must not leave gaps here
     options.seed = 5;
     options.fixed_time = 1752148020;
@@ -135,7 +135,7 @@ TEST(sim_messages, compresses_transmissions_where_told_so)
 TEST(sim_messages, replays_recorded_documents_in_turn)
 {
     auto options = quick_server();
-    options.rate_a_minute = 6000;
+    options.rate_per_minute = 6000;
     options.queue_limit = 1000;
     options.replay_documents = {"<?xml?>a", "<?xml?>b", "<?xml?>c"};
     sim::practice_server server{options};
@@ -152,7 +152,7 @@ TEST(sim_messages, sends_ticks_between_transmissions)
 {
     auto options = quick_server();
     options.tick_every_ms = 5;
-    options.rate_a_minute = 6000;
+    options.rate_per_minute = 6000;
     sim::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};

@@ -2,7 +2,7 @@
 #include "sim_program.hpp"
 #include "sim_raw_client.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <gtest/gtest.h>
 

@@ -128,7 +128,7 @@ TEST_P(sim_server_closing, happens_by_itself_after_a_time)
     auto options = quick_server();
     options.close_after_ms = 30;
     options.close_kind = GetParam();
-    options.rate_a_minute = 6000;
+    options.rate_per_minute = 6000;
     sim::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};

@@ -74,7 +74,7 @@ TEST_F(sim_services, store_updates)
 TEST_F(sim_services, use_updates_in_the_traffic_that_follows)
 {
     auto options = full_service();
-    options.rate_a_minute = 6000;
+    options.rate_per_minute = 6000;
     start(options);
     client->send_text(31, "ZZ\tZeppelin Lines");
     ASSERT_TRUE(client->receive_kind(35));
@@ -214,13 +214,13 @@ TEST_F(sim_services, are_offered_by_numbers_other_than_0)
 TEST_F(sim_services, take_a_bounded_number_of_entries_from_a_client)
 {
     start(full_service());
-    for (std::size_t i = 0; i < sim::max_changes_a_client; ++i)
+    for (std::size_t i = 0; i < sim::max_changes_per_client; ++i)
         ASSERT_EQ(answer_to(31, "Z" + std::to_string(i) + "\tname").kind, 35U);
     EXPECT_EQ(answer_to(31, "ZZ\tname").kind, 36U);
     EXPECT_EQ(answer_to(60, "me@here").kind, 108U);
     EXPECT_EQ(answer_to(77, "me@here\tD-AIQA\t\t").kind, 79U);
     EXPECT_EQ(answer_to(89, "me@here").kind, 89U) << "asking is free";
-    EXPECT_EQ(server->reference_entries().size(), sim::max_changes_a_client);
+    EXPECT_EQ(server->reference_entries().size(), sim::max_changes_per_client);
 }
 
 TEST_F(sim_services, forget_everything_when_the_server_stops)

@@ -136,7 +136,7 @@ TEST(sim_session, keeps_packets_whole_when_the_socket_is_full)
     for (int i = 0; i < 1000 && received.size() < expected.size(); ++i) {
         session_send(session, start, 0ms);
         if (received.empty()) {
-            EXPECT_TRUE(session.waiting_for_room);
+            EXPECT_TRUE(session.waiting_to_write);
             EXPECT_EQ(session_send_time(session), sim::never) << "only the socket can tell";
         }
         received += ends.arrived();
@@ -215,7 +215,7 @@ TEST(sim_session, reads_a_bounded_amount_in_a_turn)
     ASSERT_EQ(send(ends.peer.get(), flood.data(), flood.size(), 0), 60000);
     session_receive(*ends.session);
     EXPECT_GT(ends.session->input.size(), 0U);
-    EXPECT_LE(ends.session->input.size(), sim::max_read_bytes_a_turn + 4096);
+    EXPECT_LE(ends.session->input.size(), sim::max_read_bytes_per_turn + 4096);
 }
 
 TEST(sim_session, is_gone_when_the_client_has_hung_up)

@@ -1,7 +1,7 @@
 // socket_pair.hpp - two connected sockets: the client's end, and the test's end as the server.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <cerrno>
 #include <cstdio>

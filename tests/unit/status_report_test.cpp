@@ -2,6 +2,7 @@
 #include "unit/net_fixture.hpp"
 
 #include "net/poll.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 
 #include <csignal>
@@ -52,7 +53,7 @@ TEST_F(status_reporting, shows_blanks_for_line_feeds)
                                      {"\none", " one"},
                                      {"one\n%*two", "one %*two"}}) {
         mark();
-        status_report(2, "%s", text);
+        status_report(colour::text, "%s", text);
         EXPECT_EQ(screen.status_text(), line);
         EXPECT_EQ(screen.status_text(1), "--mark--") << text;
         expect_frame();
@@ -61,7 +62,7 @@ TEST_F(status_reporting, shows_blanks_for_line_feeds)
     for (const std::string mark_of_verbatim : {"%*", "%]"}) {
         mark();
         const std::string verbatim = "verbatim %d " + mark_of_verbatim + "\nto the end";
-        status_report(2, verbatim.c_str());
+        status_report(colour::text, verbatim.c_str());
         EXPECT_EQ(said(), (status_lines{{"verbatim %d " + mark_of_verbatim + " to the end", 2}}));
         expect_frame();
     }
@@ -70,11 +71,11 @@ TEST_F(status_reporting, shows_blanks_for_line_feeds)
 TEST_F(status_reporting, says_nothing_without_a_format_or_a_pane)
 {
     mark();
-    pane_printf(app_state.status_pane, 2, 1, status_row, false, false, nullptr);
+    pane_printf(app_state.status_pane, colour::text, 1, status_row, false, false, nullptr);
     EXPECT_EQ(said(), status_lines{});
     WINDOW* pane = std::exchange(app_state.status_pane, nullptr);
-    status_report(2, "nowhere");
-    pane_printf(nullptr, 2, 1, status_row, false, false, "nowhere");
+    status_report(colour::text, "nowhere");
+    pane_printf(nullptr, colour::text, 1, status_row, false, false, "nowhere");
     app_state.status_pane = pane;
     EXPECT_EQ(said(), status_lines{});
 }
@@ -82,7 +83,7 @@ TEST_F(status_reporting, says_nothing_without_a_format_or_a_pane)
 TEST_F(status_reporting, is_bold_for_errors_notices_and_successes_only)
 {
     for (int pair = 1; pair <= 15; ++pair) {
-        status_report(pair, "pair %d", pair);
+        status_report(static_cast<colour>(pair), "pair %d", pair);
         EXPECT_EQ(screen.pair_at(app_state.status_pane, status_row, status_column), pair);
         EXPECT_EQ(screen.is_bold_at(app_state.status_pane, status_row, status_column),
                   pair == 5 || pair == 6 || pair == 7)

@@ -2,7 +2,7 @@
 #include "net/transmission.hpp"
 #include "unit/net_fixture.hpp"
 
-#include "net/limits.hpp"
+#include "base/limits.hpp"
 
 #include <algorithm>
 

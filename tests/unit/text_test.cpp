@@ -1,7 +1,7 @@
 // text_test.cpp - the shared string functions and their oddities.
 #include "data/text.hpp"
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <gtest/gtest.h>
 

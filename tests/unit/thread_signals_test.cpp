@@ -1,5 +1,5 @@
 // thread_signals_test.cpp - which signals reach the client's own threads.
-#include "app/pause.hpp"
+#include "base/thread_start.hpp"
 #include "support/patience.hpp"
 
 #include <atomic>

@@ -4,8 +4,8 @@
 
 #include "net/poll.hpp"
 #include "support/compressed.hpp"
-#include "ui/popup.hpp"
 #include "ui/server_pane.hpp"
+#include "ui/window.hpp"
 
 namespace
 {
@@ -141,8 +141,8 @@ TEST_F(transmission, shows_control_bytes_as_stand_ins)
 
 TEST_F(transmission, closes_the_popup_that_is_open)
 {
-    app_state.popup_win = popup_open(20, 5, 30, 5, false, 1, true);
-    app_state.dialog_win = popup_open(20, 5, 32, 6, false, 1, true);
+    app_state.popup_win = popup_open(20, 5, 30, 5, false, colour::frame, true);
+    app_state.dialog_win = popup_open(20, 5, 32, 6, false, colour::frame, true);
     receive(plain_elements);
     EXPECT_EQ(app_state.popup_win, nullptr);
     EXPECT_EQ(app_state.dialog_win, nullptr);
@@ -164,7 +164,7 @@ TEST_F(transmission, brings_the_status_pane_to_the_front_unless_the_settings_pag
 {
     const int row = getbegy(app_state.status_pane) + 1;
     const int column = getbegx(app_state.status_pane) + 2;
-    const std::unique_ptr<WINDOW, releaser<delwin>> cover{newwin(1, 1, row, column)};
+    const unique_window cover{newwin(1, 1, row, column)};
     for (const std::int32_t settings_shown : {1, 0}) {
         app_state.settings_shown = settings_shown;
         mvwaddch(cover.get(), 0, 0, 'X');

@@ -1,5 +1,5 @@
 // unfinished_file_test.cpp - what a killed program leaves is removed, and nothing else.
-#include "data/unfinished_file.hpp"
+#include "base/unfinished_file.hpp"
 
 #include "support/temp_home.hpp"
 #include "unit/unprivileged.hpp"

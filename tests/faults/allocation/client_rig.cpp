@@ -3,15 +3,15 @@
 
 #include "app/app_state.hpp"
 #include "app/main_loop.hpp"
-#include "app/pause.hpp"
 #include "app/start_stop.hpp"
+#include "base/pause.hpp"
 #include "faults/allocation/virtual_time.hpp"
-#include "net/connection.hpp"
+#include "net/connect_commands.hpp"
 #include "net/directory.hpp"
 #include "net/log_files.hpp"
 #include "support/config_text.hpp"
 #include "support/loopback.hpp"
-#include "ui/pane.hpp"
+#include "ui/layout.hpp"
 #include "ui/server_pane.hpp"
 
 #include <clocale>

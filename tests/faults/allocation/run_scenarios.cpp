@@ -2,10 +2,9 @@
 #include "faults/allocation/scenarios.hpp"
 
 #include "app/app_state.hpp"
-#include "app/pause.hpp"
 #include "app/start_stop.hpp"
+#include "base/pause.hpp"
 #include "faults/allocation/virtual_time.hpp"
-#include "net/connection.hpp"
 #include "net/server_list_fetch.hpp"
 #include "support/loopback.hpp"
 #include "ui/screen.hpp"

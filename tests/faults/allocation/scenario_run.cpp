@@ -4,7 +4,6 @@
 #include "app/app_state.hpp"
 #include "app/start_stop.hpp"
 #include "faults/allocation/leak_search.hpp"
-#include "net/connection.hpp"
 #include "ui/screen.hpp"
 
 #include <algorithm>

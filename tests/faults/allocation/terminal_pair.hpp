@@ -1,7 +1,7 @@
 // terminal_pair.hpp - a pseudo-terminal of which one process holds both ends.
 #pragma once
 
-#include "data/owners.hpp"
+#include "base/owners.hpp"
 
 #include <string>
 #include <termios.h>

@@ -1,0 +1,101 @@
+// job_control.cpp - see job_control.hpp.
+//
+// Only ^X leaves in order; a signal saves nothing, but it always gives the terminal back.
+#include "app/job_control.hpp"
+
+#include "app/app_state.hpp"
+#include "base/signal_door.hpp"
+#include "ui/screen.hpp"
+#include "ui/terminal_line.hpp"
+#include "ui/terminal_rescue.hpp"
+
+#include <csignal>
+
+namespace
+{
+
+constexpr int ending_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+
+void end_connect_children()
+{
+    for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
+        const pid_t child = server_at(app_state.servers, index)->connect_pid;
+        if (child > 0)
+            kill(child, SIGKILL);
+    }
+}
+
+/// A shell that has taken the terminal back has set its modes; only the screen is still ours.
+void give_terminal_back()
+{
+    if (isendwin())
+        return;
+    if (terminal_is_lent())
+        terminal_rescue_write();
+    else
+        endwin();
+}
+
+void on_end(int signal_number)
+{
+    end_connect_children();
+    give_terminal_back();
+    signal_take_default(signal_number);
+}
+
+bool is_pending(int signal_number)
+{
+    sigset_t pending;
+    return sigpending(&pending) == 0 && sigismember(&pending, signal_number) == 1;
+}
+
+/// If the program was told to end while it was stopped, it ends before it takes the terminal over:
+/// a shell may have it.
+void take_pending_end()
+{
+    for (const int signal_number : ending_signals) {
+        if (is_pending(signal_number))
+            on_end(signal_number);
+    }
+}
+
+/// Stops again as long as the shell continues the program without giving it the terminal.
+void wait_for_terminal()
+{
+    take_pending_end();
+    while (terminal_is_lent()) {
+        signal_take_default(SIGTTOU);
+        take_pending_end();
+        // The system ignores a request to stop if nobody could continue the program.
+        if (!is_pending(SIGCONT))
+            return;
+    }
+}
+
+void on_continue(int)
+{
+    wait_for_terminal();
+    screen_resume();
+}
+
+void on_stop(int signal_number)
+{
+    endwin();
+    signal_take_default(signal_number);
+    wait_for_terminal();
+    shell_modes_note();
+    screen_resume();
+}
+
+} // namespace
+
+void job_control_init()
+{
+    for (const int signal_number : ending_signals)
+        signal_install(signal_number, on_end);
+    // Writing a log to a fifo or beyond a size limit must be an error, not the end of the program.
+    signal_silence(SIGPIPE);
+    signal_silence(SIGXFSZ);
+    signal_install(SIGTSTP, on_stop);
+    signal_install(SIGCONT, on_continue);
+}

@@ -1,0 +1,153 @@
+// file_replace.cpp - see file_replace.hpp.
+#include "base/file_replace.hpp"
+
+#include "base/owners.hpp"
+#include "base/path.hpp"
+#include "base/retry.hpp"
+#include "base/unfinished_file.hpp"
+#include "base/write_all.hpp"
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace
+{
+
+constexpr mode_t permission_bits = 07777;
+constexpr int max_links = 40;
+
+/// The file that a path leads to.
+struct replaced_file {
+    heap_text path; // after all links; null when out of memory or if the links form a circle
+    bool exists = false;
+    struct stat status = {};
+};
+
+/// The path that a link points to; null if `path` is not a link or when out of memory.
+heap_text follow_link(const char* path)
+{
+    char target[PATH_MAX];
+    const ssize_t length = readlink(path, target, sizeof target - 1);
+    if (length < 0)
+        return nullptr;
+    target[length] = '\0';
+    return path_join(target[0] == '/' ? std::string_view{} : path_folder(path), target);
+}
+
+replaced_file find_file(const char* path)
+{
+    replaced_file file;
+    heap_text current = path_join(path);
+    for (int link = 0; current && link < max_links; ++link) {
+        heap_text next = follow_link(current.get());
+        if (!next) {
+            file.exists = stat(current.get(), &file.status) == 0;
+            file.path = std::move(current);
+            break;
+        }
+        current = std::move(next);
+    }
+    return file;
+}
+
+/// Writes content at the start of an open file. True once all of it has reached the disk.
+bool write_content(int fd, std::string_view content)
+{
+    if (write_all(fd, content) != content.size())
+        return false;
+    // Pipes and devices cannot be synced, and answer EINVAL.
+    return uninterrupted([&] { return fsync(fd); }) == 0 || errno == EINVAL;
+}
+
+/// Makes the rename itself survive a loss of power.
+void sync_folder(const char* path)
+{
+    const unique_fd fd = path_folder_open(path);
+    if (fd)
+        uninterrupted([&] { return fsync(fd.get()); });
+}
+
+/// Whether an error means that the folder forbids the change, rather than that it failed.
+bool is_refused(int error)
+{
+    return error == EACCES || error == EPERM || error == EROFS || error == EBUSY;
+}
+
+/// Reserves the disk space that the content needs, so that writing cannot fail half way, and cuts a
+/// longer file. A file that cannot get the space stays as it is.
+bool set_length(int fd, std::size_t length)
+{
+    struct stat status = {};
+    if (fstat(fd, &status) != 0)
+        return false;
+    if (!S_ISREG(status.st_mode))
+        return true;
+    const auto wanted = static_cast<off_t>(length);
+    int error = 0;
+    do {
+        error = wanted > 0 ? posix_fallocate(fd, 0, wanted) : 0;
+    } while (error == EINTR);
+    const off_t agreed = error == 0 ? wanted : status.st_size;
+    return uninterrupted([&] { return ftruncate(fd, agreed); }) == 0 && error == 0;
+}
+
+bool write_in_place(const char* path, std::string_view content)
+{
+    const unique_fd fd{
+        uninterrupted([&] { return open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC); })};
+    return fd && set_length(fd.get(), content.size()) && write_content(fd.get(), content);
+}
+
+int set_owner(int fd, uid_t user, gid_t group)
+{
+    return uninterrupted([&] { return fchown(fd, user, group); });
+}
+
+/// Gives the new file the old one's mode, and its owner if that is allowed.
+bool copy_attributes(int fd, const struct stat& status)
+{
+    if (set_owner(fd, status.st_uid, status.st_gid) != 0) {
+        if (errno != EPERM)
+            return false;
+        // We may not change the owner; at least the group that may read it stays the same.
+        set_owner(fd, static_cast<uid_t>(-1), status.st_gid);
+    }
+    return uninterrupted([&] { return fchmod(fd, status.st_mode & permission_bits); }) == 0;
+}
+
+bool write_beside(const replaced_file& file, const unfinished_file& beside,
+                  std::string_view content)
+{
+    const bool is_ready = !file.exists || copy_attributes(beside.fd.get(), file.status);
+    const bool is_written = is_ready && write_content(beside.fd.get(), content);
+    const auto put_in_place = [&] { return rename(beside.name.get(), file.path.get()); };
+    if (is_written && uninterrupted(put_in_place) == 0) {
+        sync_folder(file.path.get());
+        return true;
+    }
+    const int rename_error = is_written ? errno : 0;
+    unlink(beside.name.get());
+    // Some folders let only a file's owner replace it, and a mounted file cannot be replaced.
+    return file.exists && is_refused(rename_error) && write_in_place(file.path.get(), content);
+}
+
+} // namespace
+
+bool file_replace(const char* path, std::string_view content)
+{
+    const replaced_file file = find_file(path);
+    if (!file.path)
+        return false;
+    if (file.exists && access(file.path.get(), W_OK) != 0)
+        return false;
+    if (file.exists && !S_ISREG(file.status.st_mode))
+        return write_in_place(file.path.get(), content);
+    unfinished_files_remove(file.path.get());
+    const unfinished_file beside = unfinished_file_new(file.path.get());
+    if (!beside.fd)
+        return file.exists && is_refused(errno) && write_in_place(file.path.get(), content);
+    return write_beside(file, beside, content);
+}

@@ -1,0 +1,23 @@
+// pause.cpp - see pause.hpp.
+#include "base/pause.hpp"
+
+#include "base/signal_door.hpp"
+#include "base/state_lock.hpp"
+
+#include <poll.h>
+
+void pause_init()
+{
+    signal_door_close();
+    state_lock_take();
+}
+
+void pause_for(long microseconds)
+{
+    const timespec limit = {microseconds / 1'000'000, microseconds % 1'000'000 * 1'000};
+    const sigset_t mask = signal_door_mask();
+    state_lock_release();
+    // A bare system call: a handler that interrupts it may call anything.
+    ppoll(nullptr, 0, &limit, &mask);
+    state_lock_take();
+}

@@ -1,0 +1,13 @@
+// pause.hpp - sleeping, which is the only time at which signals come in.
+//
+// The watched signals (signal_door.hpp) are blocked in the main thread at all times except inside
+// pause_for, so a handler never finds anything half done: it may draw, allocate, send, and pause
+// itself.
+#pragma once
+
+/// Blocks the watched signals in the calling thread and takes the state lock. Call once, first.
+void pause_init();
+
+/// Sleeps for `microseconds`, or less if a signal comes; the only place that lets signals in.
+/// Any window of app_state and any entry's connection may have changed on return.
+void pause_for(long microseconds);

@@ -1,0 +1,97 @@
+// terminal_rescue.cpp - see terminal_rescue.hpp.
+#include "ui/terminal_rescue.hpp"
+
+#include "app/app_state.hpp"
+#include "base/signal_door.hpp"
+#include "ui/terminal_line.hpp"
+#include "ui/terminal_type.hpp"
+
+#include <csignal>
+#include <cstdlib>
+#include <initializer_list>
+#include <unistd.h>
+
+namespace
+{
+
+/// Crashes, and other signals that end a program which did not ask for them.
+constexpr int crash_signals[] = {SIGSEGV, SIGBUS,  SIGFPE,  SIGILL,  SIGABRT,
+                                 SIGSYS,  SIGTRAP, SIGXCPU, SIGUSR1, SIGUSR2};
+
+/// What leaves the screen.
+struct rescue_bytes {
+    char bytes[256];
+    std::size_t length;
+    bool is_armed; // curses has the terminal
+};
+rescue_bytes rescue;
+
+int add_byte(int byte)
+{
+    if (rescue.length < sizeof rescue.bytes)
+        rescue.bytes[rescue.length++] = static_cast<char>(byte);
+    return byte;
+}
+
+void add_capability(terminal_text which)
+{
+    const char* sequence = terminal_capability(which);
+    if (sequence != nullptr)
+        terminal_capability_expand(sequence, add_byte);
+}
+
+void run_rescue()
+{
+    if (!rescue.is_armed)
+        return;
+    terminal_rescue_write();
+    if (app_state.has_shell_modes && !terminal_is_lent())
+        tcsetattr(STDIN_FILENO, TCSANOW, &app_state.shell_modes);
+}
+
+[[maybe_unused]] void on_crash(int signal_number)
+{
+    run_rescue();
+    signal_take_default(signal_number);
+}
+
+void install_crash_handlers()
+{
+    // The sanitizers have better handlers of their own.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    struct sigaction action = {};
+    action.sa_handler = on_crash;
+    for (const int signal_number : crash_signals)
+        sigaction(signal_number, &action, nullptr);
+#endif
+}
+
+} // namespace
+
+void terminal_rescue_arm()
+{
+    install_crash_handlers();
+    rescue.is_armed = std::atexit(run_rescue) == 0;
+}
+
+void terminal_rescue_prepare()
+{
+    rescue.length = 0;
+    for (const terminal_text which :
+         {terminal_text::attributes_off, terminal_text::first_colours, terminal_text::keypad_off,
+          terminal_text::full_screen_off, terminal_text::cursor_on})
+        add_capability(which);
+}
+
+void terminal_rescue_disarm()
+{
+    rescue.is_armed = false;
+}
+
+void terminal_rescue_write()
+{
+    signal_silence(SIGTTOU);
+    if (write(STDOUT_FILENO, rescue.bytes, rescue.length) < 0) {
+        // Nothing more can be done about it here.
+    }
+}
