@@ -13,23 +13,23 @@ const std::string header = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n"
                            "<clientconf version=\"1.02\">\n";
 const std::string trailer = "</clientconf>\n";
 
-std::string make_configuration(const std::string& elements)
+std::string make_config(const std::string& elements)
 {
     return header + elements + trailer;
 }
 
-std::string make_block(const std::string& number, const std::string& elements)
+std::string wrap(const std::string& number, const std::string& elements)
 {
     return "<Server" + number + ">\n" + elements + "</Server" + number + ">\n";
 }
 
-std::string make_server(const std::string& number, const std::string& name, const std::string& port)
+std::string define(const std::string& number, const std::string& name, const std::string& port)
 {
-    return make_block(number,
-                      "<ServerName>" + name + "</ServerName><ServerPort>" + port + "</ServerPort>");
+    return wrap(number,
+                "<ServerName>" + name + "</ServerName><ServerPort>" + port + "</ServerPort>");
 }
 
-std::vector<std::string> list_names_and_ports()
+std::vector<std::string> list_servers()
 {
     std::vector<std::string> all;
     for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
@@ -47,24 +47,22 @@ class config_loading : public config_test
 
 TEST_F(config_loading, sorts_the_servers)
 {
-    load(make_configuration(
-        make_server("1", "b.example", "2202") + make_server("2", "a.example", "2202") +
-        make_server("3", "c.example", "2203") + make_server("4", "c.example", "2202")));
-    EXPECT_EQ(list_names_and_ports(),
+    load(make_config(define("1", "b.example", "2202") + define("2", "a.example", "2202") +
+                     define("3", "c.example", "2203") + define("4", "c.example", "2202")));
+    EXPECT_EQ(list_servers(),
               (names{"c.example:2202", "c.example:2203", "b.example:2202", "a.example:2202"}));
 }
 
 TEST_F(config_loading, takes_every_field_of_a_server)
 {
-    load(
-        make_configuration(make_block("1", "<ServerName>host.example</ServerName>\n"
-                                           "<ServerPort>4000</ServerPort>\n"
-                                           "<ServerAlias>Z\xFCrich & co.</ServerAlias>\n"
-                                           "<Location>&lt;here></Location>\n"
-                                           "<Info> two\nlines </Info>\n"
-                                           "<Password>900150983cd24fb0d6963f7d28e17f72</Password>\n"
-                                           "<SubCode>42</SubCode>\n"
-                                           "<UseEMail>someone@example</UseEMail>\n")));
+    load(make_config(wrap("1", "<ServerName>host.example</ServerName>\n"
+                               "<ServerPort>4000</ServerPort>\n"
+                               "<ServerAlias>Z\xFCrich & co.</ServerAlias>\n"
+                               "<Location>&lt;here></Location>\n"
+                               "<Info> two\nlines </Info>\n"
+                               "<Password>900150983cd24fb0d6963f7d28e17f72</Password>\n"
+                               "<SubCode>42</SubCode>\n"
+                               "<UseEMail>someone@example</UseEMail>\n")));
     ASSERT_EQ(app_state.servers->count, 1);
     const server_entry* entry = server_at(app_state.servers, 0);
     EXPECT_STREQ(entry->ServerName, "host.example");
@@ -84,11 +82,10 @@ TEST_F(config_loading, takes_every_field_of_a_server)
 
 TEST_F(config_loading, leaves_absent_and_empty_fields_unset)
 {
-    load(make_configuration(
-        make_block("1", "<ServerName>empty</ServerName><ServerPort></ServerPort>"
-                        "<ServerAlias></ServerAlias><Location></Location><Info></Info>"
-                        "<Password></Password><SubCode></SubCode><UseEMail></UseEMail>") +
-        make_block("2", "<ServerName>absent</ServerName>")));
+    load(make_config(wrap("1", "<ServerName>empty</ServerName><ServerPort></ServerPort>"
+                               "<ServerAlias></ServerAlias><Location></Location><Info></Info>"
+                               "<Password></Password><SubCode></SubCode><UseEMail></UseEMail>") +
+                     wrap("2", "<ServerName>absent</ServerName>")));
     ASSERT_EQ(app_state.servers->count, 2);
     for (std::int32_t index = 0; index < 2; ++index) {
         const server_entry* entry = server_at(app_state.servers, index);
@@ -101,18 +98,16 @@ TEST_F(config_loading, leaves_absent_and_empty_fields_unset)
 
 TEST_F(config_loading, reads_ports_as_leading_digits)
 {
-    load(make_configuration(make_server("1", "i", "x") + make_server("2", "h", "22ab") +
-                            make_server("3", "g", " 7") + make_server("4", "f", "-5") +
-                            make_server("5", "e", "0x10")));
-    EXPECT_EQ(list_names_and_ports(), (names{"i:0", "h:22", "g:7", "f:-5", "e:0"}));
+    load(make_config(define("1", "i", "x") + define("2", "h", "22ab") + define("3", "g", " 7") +
+                     define("4", "f", "-5") + define("5", "e", "0x10")));
+    EXPECT_EQ(list_servers(), (names{"i:0", "h:22", "g:7", "f:-5", "e:0"}));
 }
 
 TEST_F(config_loading, keeps_the_first_of_two_equal_servers)
 {
-    load(make_configuration(
-        make_block("1", "<ServerName>a</ServerName><Info>first</Info>") +
-        make_block("2",
-                   "<ServerName>a</ServerName><ServerPort>2202</ServerPort><Info>second</Info>")));
+    load(make_config(
+        wrap("1", "<ServerName>a</ServerName><Info>first</Info>") +
+        wrap("2", "<ServerName>a</ServerName><ServerPort>2202</ServerPort><Info>second</Info>")));
     ASSERT_EQ(app_state.servers->count, 1);
     EXPECT_STREQ(server_at(app_state.servers, 0)->Info, "first");
 }
@@ -123,37 +118,37 @@ TEST_F(config_loading, keeps_the_servers_known_before)
     known->ServerName = str_dup("a");
     known->ServerPort = 1;
     ASSERT_EQ(server_add(app_state.servers, known), -1);
-    load(make_configuration(make_server("1", "a", "1") + make_server("2", "b", "1")));
-    EXPECT_EQ(list_names_and_ports(), (names{"b:1", "a:1"}));
+    load(make_config(define("1", "a", "1") + define("2", "b", "1")));
+    EXPECT_EQ(list_servers(), (names{"b:1", "a:1"}));
     EXPECT_EQ(server_at(app_state.servers, 1), known);
 }
 
 TEST_F(config_loading, reads_elements_named_server_and_a_digit_as_servers)
 {
-    load(make_configuration(make_server("12", "twelve", "1") + make_server("3x", "three", "1") +
-                            make_server("0", "nought", "1") + make_server("", "none", "1") +
-                            make_server("A", "letter", "1") + make_server("x1", "late", "1") +
-                            "<server4><ServerName>small</ServerName></server4>\n"));
-    EXPECT_EQ(list_names_and_ports(), (names{"twelve:1", "three:1", "nought:1"}));
+    load(make_config(define("12", "twelve", "1") + define("3x", "three", "1") +
+                     define("0", "nought", "1") + define("", "none", "1") +
+                     define("A", "letter", "1") + define("x1", "late", "1") +
+                     "<server4><ServerName>small</ServerName></server4>\n"));
+    EXPECT_EQ(list_servers(), (names{"twelve:1", "three:1", "nought:1"}));
 }
 
 TEST_F(config_loading, looks_for_a_blocks_elements_by_its_name_alone)
 {
-    load(make_configuration(make_server("1", "first", "1") + make_server("1", "hidden", "2") +
-                            make_server("2$", "dollar", "3")));
-    EXPECT_EQ(list_names_and_ports(), (names{"first:1", "dollar:3"}));
+    load(make_config(define("1", "first", "1") + define("1", "hidden", "2") +
+                     define("2$", "dollar", "3")));
+    EXPECT_EQ(list_servers(), (names{"first:1", "dollar:3"}));
 }
 
 TEST_F(config_loading, drops_servers_without_a_name)
 {
-    load(make_configuration(make_block("1", "<ServerPort>1</ServerPort>") +
-                            make_server("2", "", "2") + make_server("3", "named", "3")));
-    EXPECT_EQ(list_names_and_ports(), names{"named:3"});
+    load(make_config(wrap("1", "<ServerPort>1</ServerPort>") + define("2", "", "2") +
+                     define("3", "named", "3")));
+    EXPECT_EQ(list_servers(), names{"named:3"});
 }
 
 TEST_F(config_loading, finds_servers_below_the_root_element_only)
 {
-    load("<?xml?>\n<other>" + make_server("1", "a", "1") + "</other>");
+    load("<?xml?>\n<other>" + define("1", "a", "1") + "</other>");
     EXPECT_EQ(app_state.servers->count, 0);
 }
 
@@ -161,8 +156,8 @@ TEST_F(config_loading, reads_a_thousand_servers)
 {
     std::string blocks;
     for (int number = 1; number <= 1000; ++number)
-        blocks += make_server(std::to_string(number), "host", std::to_string(number));
-    load(make_configuration(blocks));
+        blocks += define(std::to_string(number), "host", std::to_string(number));
+    load(make_config(blocks));
     ASSERT_EQ(app_state.servers->count, 1000);
     EXPECT_EQ(server_at(app_state.servers, 999)->ServerPort, 1000);
 }
@@ -178,7 +173,7 @@ TEST_F(config_loading, sets_each_switch_and_draws_its_mark)
                 {"FetchOnStart", 0x80, 10}, {"SaveOnExit", 0x04, 11}};
     for (const auto& row : rows) {
         app_state.setting_flags = 0;
-        load(make_configuration("<" + std::string(row.key) + ">1</" + row.key + ">"));
+        load(make_config("<" + std::string(row.key) + ">1</" + row.key + ">"));
         EXPECT_EQ(app_state.setting_flags, row.bit) << row.key;
         for (const auto& other : rows) {
             const chtype cell = mvwinch(app_state.settings_win, other.row, 3);
@@ -200,7 +195,7 @@ TEST_F(config_loading, sets_switches_by_any_number_but_0_and_clears_none)
                 {"0x1", 0, 0}, {"", 0, 0},  {"0", 1, 1},  {"", 1, 1},   {"1", 8, 9}, {" 7 ", 0, 1}};
     for (const auto& row : rows) {
         app_state.setting_flags = row.before;
-        load(make_configuration("<ACARSLog>" + std::string(row.value) + "</ACARSLog>"));
+        load(make_config("<ACARSLog>" + std::string(row.value) + "</ACARSLog>"));
         EXPECT_EQ(app_state.setting_flags, row.after) << row.value << " on " << row.before;
     }
 }
@@ -208,7 +203,7 @@ TEST_F(config_loading, sets_switches_by_any_number_but_0_and_clears_none)
 TEST_F(config_loading, draws_a_mark_for_a_switch_that_was_on_before)
 {
     app_state.setting_flags = ContactInfo;
-    load(make_configuration("<ContactInfo>0</ContactInfo>"));
+    load(make_config("<ContactInfo>0</ContactInfo>"));
     EXPECT_EQ(mvwinch(app_state.settings_win, 4, 3) & A_CHARTEXT, static_cast<chtype>('X'));
 }
 
@@ -216,8 +211,8 @@ TEST_F(config_loading, reads_only_switches_of_the_settings_page)
 {
     app_state.checkbox_rows[0] = -1;
     app_state.checkbox_rows[2] = 0;
-    load(make_configuration("<ACARSLog>1</ACARSLog><ContactInfo>1</ContactInfo>"
-                            "<FlightStats>1</FlightStats>"));
+    load(make_config("<ACARSLog>1</ACARSLog><ContactInfo>1</ContactInfo>"
+                     "<FlightStats>1</FlightStats>"));
     EXPECT_EQ(app_state.setting_flags, FlightStats);
 }
 
@@ -226,14 +221,14 @@ TEST_F(config_loading, blanks_the_place_of_the_mark_on_a_drawn_line_without_a_sw
     app_state.checkbox_rows[1] = 3;
     app_state.setting_flags = 0xFFFFFFFF;
     mvwaddch(app_state.settings_win, 3, 3, 'X');
-    load(make_configuration("<*>1</*>"));
+    load(make_config("<*>1</*>"));
     EXPECT_EQ(mvwinch(app_state.settings_win, 3, 3) & A_CHARTEXT, static_cast<chtype>(' '));
 }
 
 TEST_F(config_loading, takes_and_shows_the_folders)
 {
-    load(make_configuration("<LogFilePath>/var/log/acars</LogFilePath>"
-                            "<ReportPath>~/reports/</ReportPath>"));
+    load(make_config("<LogFilePath>/var/log/acars</LogFilePath>"
+                     "<ReportPath>~/reports/</ReportPath>"));
     EXPECT_STREQ(app_state.setting_texts[0], "/var/log/acars");
     EXPECT_STREQ(app_state.setting_texts[1], "~/reports/");
     EXPECT_EQ(screen.row_text(app_state.settings_win, 15), " Folder for Logfiles: /var/log/acars");
@@ -247,21 +242,21 @@ TEST_F(config_loading, does_not_free_the_folder_that_was_set_before)
 {
     const heap_text before(str_dup("before"));
     app_state.setting_texts[LogFilePath] = before.get();
-    load(make_configuration("<LogFilePath>after</LogFilePath>"));
+    load(make_config("<LogFilePath>after</LogFilePath>"));
     EXPECT_STREQ(app_state.setting_texts[LogFilePath], "after");
     EXPECT_STREQ(before.get(), "before");
 }
 
 TEST_F(config_loading, leaves_unset_folders_unset)
 {
-    load(make_configuration("<LogFilePath></LogFilePath>"));
+    load(make_config("<LogFilePath></LogFilePath>"));
     EXPECT_EQ(app_state.setting_texts[0], nullptr);
     EXPECT_EQ(app_state.setting_texts[1], nullptr);
 }
 
 TEST_F(config_loading, says_what_it_loads_and_returns_to_its_folder)
 {
-    load(make_configuration(""));
+    load(make_config(""));
     // The newest line begins inside the frame; a long home folder continues beyond the pane.
     EXPECT_EQ(screen.status_text().substr(0, 28), "Loading private serverlist '");
     EXPECT_EQ(screen.pair_at(app_state.status_pane, 4, 1), 7);
@@ -272,8 +267,7 @@ TEST_F(config_loading, says_what_it_loads_and_returns_to_its_folder)
 TEST_F(config_loading, says_that_there_is_no_file_and_changes_nothing)
 {
     setenv("HOME", "/proc", 1);
-    elsewhere.write_config(
-        make_configuration(make_server("1", "a", "1") + "<ACARSLog>1</ACARSLog>"));
+    elsewhere.write_config(make_config(define("1", "a", "1") + "<ACARSLog>1</ACARSLog>"));
     app_state.setting_flags = ContactInfo;
     config_load();
     EXPECT_EQ(screen.status_text(), "No configuration found in '/proc'");
@@ -286,7 +280,7 @@ TEST_F(config_loading, says_that_there_is_no_file_and_changes_nothing)
 
 TEST_F(config_loading, uses_no_other_folder_when_home_cannot_be_entered)
 {
-    elsewhere.write_config(make_configuration(make_server("1", "a", "1")));
+    elsewhere.write_config(make_config(define("1", "a", "1")));
     for (const char* nowhere : {"/nowhere/at/all", "/dev/null", ""}) {
         setenv("HOME", nowhere, 1);
         config_load();
@@ -301,16 +295,16 @@ TEST_F(config_loading, uses_the_current_folder_without_home)
     unsetenv("HOME");
     config_load();
     EXPECT_EQ(screen.status_text(), "No configuration found in ''");
-    elsewhere.write_config(make_configuration(make_server("1", "a", "1")));
+    elsewhere.write_config(make_config(define("1", "a", "1")));
     config_load();
     EXPECT_EQ(screen.status_text(), "Loading private serverlist '/ncursesclient.conf'");
-    EXPECT_EQ(list_names_and_ports(), names{"a:1"});
+    EXPECT_EQ(list_servers(), names{"a:1"});
     EXPECT_TRUE(is_in(elsewhere));
 }
 
 TEST_F(config_loading, finds_nothing_in_a_file_without_a_declaration)
 {
-    load("<clientconf version=\"1.02\">\n<ACARSLog>1</ACARSLog>\n" + make_server("1", "a", "1") +
+    load("<clientconf version=\"1.02\">\n<ACARSLog>1</ACARSLog>\n" + define("1", "a", "1") +
          trailer);
     EXPECT_EQ(app_state.servers->count, 0);
     EXPECT_EQ(app_state.setting_flags, 0U);
@@ -338,9 +332,9 @@ TEST_F(config_loading, survives_what_is_no_configuration)
 
 TEST_F(config_loading, reads_what_precedes_a_break)
 {
-    load(header + "<FlightStats>1</FlightStats>" + make_server("1", "a", "1") +
+    load(header + "<FlightStats>1</FlightStats>" + define("1", "a", "1") +
          "<Server2><ServerName>b</Serv");
-    EXPECT_EQ(list_names_and_ports(), (names{"b:2202", "a:1"}));
+    EXPECT_EQ(list_servers(), (names{"b:2202", "a:1"}));
     EXPECT_EQ(app_state.setting_flags, FlightStats);
 }
 
@@ -351,7 +345,7 @@ TEST_F(config_loading, shows_its_values_on_a_page_that_is_in_front)
     const auto shown = [] {
         return static_cast<char>(mvwinch(curscr, statistics_row, mark_column) & A_CHARTEXT);
     };
-    const std::string text = make_configuration("<FlightStats>1</FlightStats>");
+    const std::string text = make_config("<FlightStats>1</FlightStats>");
     load(text);
     EXPECT_EQ(shown(), ' ');
     app_state.settings_shown = 1;

@@ -13,8 +13,8 @@ namespace
 class hot_key_label : public testing::Test
 {
 protected:
-    /// What stands on a row after a label was drawn there, with "*" before what is bold.
-    std::string drawn(int row, int column, const char* label) const
+    /// A row after a label was drawn in it, with "*" before each bold character.
+    std::string draw(int row, int column, const char* label) const
     {
         glyphs_attribute(window.get(), colour::text, false);
         drawn_cells = hot_key_label_draw(window.get(), row, column, label);
@@ -34,28 +34,28 @@ protected:
 
 TEST_F(hot_key_label, shows_the_letter_after_the_sign_in_bold)
 {
-    EXPECT_EQ(drawn(0, 0, "~Save it"), "*Save it");
+    EXPECT_EQ(draw(0, 0, "~Save it"), "*Save it");
     EXPECT_EQ(drawn_cells, 7);
-    EXPECT_EQ(drawn(1, 3, "Sa~ve it all"), "   Sa*ve it all");
+    EXPECT_EQ(draw(1, 3, "Sa~ve it all"), "   Sa*ve it all");
     EXPECT_EQ(drawn_cells, 11);
     EXPECT_EQ(screen.pair_at(window.get(), 1, 5), colour_number(colour::text));
 }
 
-TEST_F(hot_key_label, without_a_sign_is_plain)
+TEST_F(hot_key_label, shows_a_label_without_a_sign_plainly)
 {
-    EXPECT_EQ(drawn(2, 1, "Nothing"), " Nothing");
+    EXPECT_EQ(draw(2, 1, "Nothing"), " Nothing");
     EXPECT_EQ(drawn_cells, 7);
 }
 
 TEST_F(hot_key_label, leaves_a_letter_far_to_the_right_plain)
 {
-    EXPECT_EQ(drawn(0, 2, "abcd~efg"), "  abcd*efg") << "column 6, and 7 letters";
-    EXPECT_EQ(drawn(1, 3, "abcd~efg"), "   abcdefg") << "column 7, and 7 letters";
+    EXPECT_EQ(draw(0, 2, "abcd~efg"), "  abcd*efg") << "column 6, and 7 letters";
+    EXPECT_EQ(draw(1, 3, "abcd~efg"), "   abcdefg") << "column 7, and 7 letters";
 }
 
-TEST_F(hot_key_label, leaves_what_is_written_next_plain)
+TEST_F(hot_key_label, leaves_the_next_text_plain)
 {
-    EXPECT_EQ(drawn(0, 0, "~a"), "*a");
+    EXPECT_EQ(draw(0, 0, "~a"), "*a");
     glyphs_write(window.get(), "b");
     EXPECT_EQ(mvwinch(window.get(), 0, 1) & A_BOLD, 0U);
 }

@@ -51,17 +51,17 @@ const kind_rows& read_received_rows()
 struct dispatch_row {
     std::string number;
     bool has_beeps;
-    std::string message; // empty: none that the table knows
+    std::string message; // empty: none in the table
 };
 
-/// The rows of the table by which the client acts, with the replies that services/report knows.
+/// The rows of the client's table, with the replies that services/report handles.
 std::vector<dispatch_row> read_dispatch_rows()
 {
     std::map<std::string, std::string> numbers;
     for (const auto& name :
          all_matches(source_text("src/net/packet_kind.hpp"), R"((received_\w+) = (\d+),)"))
         numbers[name[0]] = name[1];
-    std::map<std::string, std::vector<std::string>> replies; // refuse or not, and the words
+    std::map<std::string, std::vector<std::string>> replies; // "refuse" or not, and the text
     for (const auto& reply :
          all_matches(source_text("src/services/report.cpp"),
                      R"re(case (received_\w+):\s+return (\w+)\([^"]*"([^"]*)"\);)re"))

@@ -1,4 +1,4 @@
-// report_replies.hpp - a server's replies about a report, as the dispatcher hands them on.
+// report_replies.hpp - a server's replies about a report, as the dispatcher passes them on.
 #pragma once
 
 #include "net/packet_kind.hpp"
