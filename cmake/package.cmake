@@ -12,12 +12,12 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "ncursesclient shows in a terminal what aircraft and their operators send each
 other by ACARS: pick servers from a list, connect to as many as you like, and
-every transmission is formatted, shown and, if wanted, logged.
+every transmission is formatted, shown and, if you like, logged.
 .
 The services of the servers are one key away: updates of their databases,
 daily mailings, pager lists and dated reports. A practice server, tovriksim,
-comes along to try all of it without a network.")
-# Strict permissions, whatever the umask of the one who builds.
+is included, to try everything without a network.")
+# Sets the permissions of control files whatever the umask is.
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/package_compress.cmake)
 include(CPack)
