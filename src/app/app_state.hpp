@@ -1,7 +1,8 @@
 // app_state.hpp - the one record of everything that the running program shares.
 //
-// Every room reads and writes it directly. The main thread and signal handlers use it under the
-// state lock (state_lock.hpp). A pause may replace any window: read window fields again after one.
+// Every part of the program reads and writes it directly. The main thread and signal handlers use
+// it under the state lock (state_lock.hpp). A pause may replace any window: read window fields
+// again after one.
 #pragma once
 
 #include "base/limits.hpp"

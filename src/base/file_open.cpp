@@ -27,7 +27,7 @@ constexpr way_to_open ways[] = {
 unique_file file_open(const char* name, file_use use)
 {
     const way_to_open& way = ways[static_cast<std::size_t>(use)];
-    unique_fd fd{uninterrupted(
+    unique_fd fd{retry_on_eintr(
         [&] { return open(name, way.flags | O_NONBLOCK | O_CLOEXEC, new_file_mode); })};
     unique_file file{fd ? fdopen(fd.get(), way.stream_mode) : nullptr};
     if (file)

@@ -34,13 +34,13 @@ heap_text follow_link(const char* path)
     if (length < 0)
         return nullptr;
     target[length] = '\0';
-    return path_join(target[0] == '/' ? std::string_view{} : path_folder(path), target);
+    return path_concatenate(target[0] == '/' ? std::string_view{} : path_folder(path), target);
 }
 
 replaced_file find_file(const char* path)
 {
     replaced_file file;
-    heap_text current = path_join(path);
+    heap_text current = path_concatenate(path);
     for (int link = 0; current && link < max_links; ++link) {
         heap_text next = follow_link(current.get());
         if (!next) {
@@ -59,7 +59,7 @@ bool write_content(int fd, std::string_view content)
     if (write_all(fd, content) != content.size())
         return false;
     // Pipes and devices cannot be synced, and answer EINVAL.
-    return uninterrupted([&] { return fsync(fd); }) == 0 || errno == EINVAL;
+    return retry_on_eintr([&] { return fsync(fd); }) == 0 || errno == EINVAL;
 }
 
 /// Makes the rename itself survive a loss of power.
@@ -67,7 +67,7 @@ void sync_folder(const char* path)
 {
     const unique_fd fd = path_folder_open(path);
     if (fd)
-        uninterrupted([&] { return fsync(fd.get()); });
+        retry_on_eintr([&] { return fsync(fd.get()); });
 }
 
 /// Whether an error means that the folder forbids the change, rather than that it failed.
@@ -91,19 +91,19 @@ bool set_length(int fd, std::size_t length)
         error = wanted > 0 ? posix_fallocate(fd, 0, wanted) : 0;
     } while (error == EINTR);
     const off_t agreed = error == 0 ? wanted : status.st_size;
-    return uninterrupted([&] { return ftruncate(fd, agreed); }) == 0 && error == 0;
+    return retry_on_eintr([&] { return ftruncate(fd, agreed); }) == 0 && error == 0;
 }
 
 bool write_in_place(const char* path, std::string_view content)
 {
     const unique_fd fd{
-        uninterrupted([&] { return open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC); })};
+        retry_on_eintr([&] { return open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC); })};
     return fd && set_length(fd.get(), content.size()) && write_content(fd.get(), content);
 }
 
 int set_owner(int fd, uid_t user, gid_t group)
 {
-    return uninterrupted([&] { return fchown(fd, user, group); });
+    return retry_on_eintr([&] { return fchown(fd, user, group); });
 }
 
 /// Gives the new file the old one's mode, and its owner if that is allowed.
@@ -115,7 +115,7 @@ bool copy_attributes(int fd, const struct stat& status)
         // We may not change the owner; at least the group that may read it stays the same.
         set_owner(fd, static_cast<uid_t>(-1), status.st_gid);
     }
-    return uninterrupted([&] { return fchmod(fd, status.st_mode & permission_bits); }) == 0;
+    return retry_on_eintr([&] { return fchmod(fd, status.st_mode & permission_bits); }) == 0;
 }
 
 bool write_beside(const replaced_file& file, const unfinished_file& beside,
@@ -124,7 +124,7 @@ bool write_beside(const replaced_file& file, const unfinished_file& beside,
     const bool is_ready = !file.exists || copy_attributes(beside.fd.get(), file.status);
     const bool is_written = is_ready && write_content(beside.fd.get(), content);
     const auto put_in_place = [&] { return rename(beside.name.get(), file.path.get()); };
-    if (is_written && uninterrupted(put_in_place) == 0) {
+    if (is_written && retry_on_eintr(put_in_place) == 0) {
         sync_folder(file.path.get());
         return true;
     }

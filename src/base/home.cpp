@@ -12,7 +12,7 @@ home_visit::home_visit()
     if (home == nullptr)
         return;
     // A descriptor leads back even if the former folder's path is too long or has been renamed.
-    former = unique_fd{uninterrupted([] { return open(".", O_PATH | O_DIRECTORY | O_CLOEXEC); })};
+    former = unique_fd{retry_on_eintr([] { return open(".", O_PATH | O_DIRECTORY | O_CLOEXEC); })};
     entered = chdir(home) == 0;
     there = entered;
 }

@@ -32,7 +32,7 @@ bool undo_torn_record(int log, torn_record& torn)
         return false;
     const bool is_there =
         S_ISREG(status.st_mode) && status.st_size == torn.begin + static_cast<off_t>(torn.bytes);
-    if (is_there && uninterrupted([&] { return ftruncate(log, torn.begin); }) != 0)
+    if (is_there && retry_on_eintr([&] { return ftruncate(log, torn.begin); }) != 0)
         return false;
     torn = {};
     return true;

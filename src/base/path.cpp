@@ -5,7 +5,7 @@
 
 #include <fcntl.h>
 
-heap_text path_join(std::string_view first, std::string_view second)
+heap_text path_concatenate(std::string_view first, std::string_view second)
 {
     heap_text path{static_cast<char*>(std::malloc(first.size() + second.size() + 1))};
     if (path) {
@@ -25,9 +25,9 @@ std::string_view path_folder(std::string_view path)
 unique_fd path_folder_open(const char* path)
 {
     const std::string_view folder = path_folder(path);
-    const heap_text name = path_join(folder.empty() ? "." : folder);
+    const heap_text name = path_concatenate(folder.empty() ? "." : folder);
     if (!name)
         return unique_fd{};
     return unique_fd{
-        uninterrupted([&] { return open(name.get(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); })};
+        retry_on_eintr([&] { return open(name.get(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); })};
 }

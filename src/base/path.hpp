@@ -5,8 +5,9 @@
 
 #include <string_view>
 
-/// A new path that holds `first` followed by `second`; null when out of memory.
-heap_text path_join(std::string_view first, std::string_view second = {});
+/// A new path that holds `first` followed by `second`, without a slash between them; null when out
+/// of memory.
+heap_text path_concatenate(std::string_view first, std::string_view second = {});
 
 /// The folder part of a path, with its slash; the empty text for a bare name. Borrowed from `path`.
 std::string_view path_folder(std::string_view path);

@@ -1,8 +1,8 @@
-// pause.hpp - sleeping, which is the only time at which signals come in.
+// pause.hpp - sleeping, which is when the watched signals are delivered.
 //
 // The watched signals (signal_door.hpp) are blocked in the main thread at all times except inside
-// pause_for, so a handler never finds anything half done: it may draw, allocate, send, and pause
-// itself.
+// pause_for, so a handler never sees anything half done: it may draw, allocate, send, and pause
+// itself. Only the handlers of crashes run at any moment (ui/terminal_rescue.hpp).
 #pragma once
 
 /// Blocks the watched signals in the calling thread and takes the state lock. Call once, first.

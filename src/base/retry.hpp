@@ -3,9 +3,9 @@
 
 #include <cerrno>
 
-/// The result of `call`, a function that fails with -1 and errno. It is called again as long as it
-/// fails with EINTR.
-template <typename Call> auto uninterrupted(Call call)
+/// Calls `call`, a function that fails with -1 and errno, again as long as it fails with EINTR.
+/// Its last result.
+template <typename Call> auto retry_on_eintr(Call call)
 {
     auto result = call();
     while (result == -1 && errno == EINTR)

@@ -70,7 +70,7 @@ void remove_leftover(int folder, const char* name)
 unfinished_file unfinished_file_new(const char* path)
 {
     for (int attempt = 0; attempt < max_attempts; ++attempt) {
-        heap_text name = path_join(path, suffix);
+        heap_text name = path_concatenate(path, suffix);
         if (!name)
             break;
         unique_fd fd{mkostemp(name.get(), O_CLOEXEC)};

@@ -31,7 +31,7 @@ struct collection {
 /// A new, empty list in the order of insertion; `find` and `index_of` look for the identical
 /// pointer. `capacity` slots are reserved, `grow_step` are added whenever they are used up.
 /// Owned by the caller (collection_destroy). Null if the record cannot be allocated; slots that
-/// cannot be are left for the first insertion. `free_item` is free, as in the other two kinds.
+/// cannot be are left for the first insertion. `free_item` is std::free, as in the other two kinds.
 collection* collection_new_list(std::int32_t capacity, std::int32_t grow_step);
 
 /// A new, empty collection in ascending order under `compare`, which orders by address until the

@@ -26,7 +26,7 @@ std::size_t read_bytes(const unique_fd& file, char* bytes, std::size_t capacity)
     std::size_t length = 0;
     ssize_t count = 1;
     while (length < capacity && count > 0) {
-        count = uninterrupted([&] { return read(file.get(), bytes + length, capacity - length); });
+        count = retry_on_eintr([&] { return read(file.get(), bytes + length, capacity - length); });
         length += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
     return length;
@@ -38,7 +38,7 @@ unique_fd config_open()
 {
     // If the name is a fifo's, the program must not wait for a writer.
     return unique_fd{
-        uninterrupted([] { return open(config_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC); })};
+        retry_on_eintr([] { return open(config_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC); })};
 }
 
 bool is_config_too_large(const unique_fd& file)

@@ -17,7 +17,7 @@ constexpr std::int32_t DEFAULT_SERVER_PORT = 2202;
 
 struct packet_buffer;
 
-/// One known server. Allocated zeroed, so that every text starts as none and every number as 0.
+/// One known server. Allocated zeroed, so that every text starts null and every number 0.
 /// Texts are owned, malloc'ed, NUL-terminated ISO-8859-1 bytes; null means "none".
 ///
 /// list_row has two meanings. Drawing the list sets it to the row of the server's name, which is
@@ -26,7 +26,7 @@ struct packet_buffer;
 struct server_entry {
     char* ServerName;        // host name or address to connect to; never null once registered
     char* ServerAlias;       // the name shown instead of ServerName
-    char* Location;          // where the server stands
+    char* Location;          // where the server is located
     char* Info;              // free description
     char* server_uuid;       // the identity that the connected server reported
     char* server_version;    // the version that the connected server reported
@@ -40,18 +40,18 @@ struct server_entry {
     std::uint32_t report_received;
     std::uint32_t report_total;
     std::uint32_t report_size;
-    std::uint8_t crc_check;       // each of these is 0 or 1: CRC checking announced,
-    std::uint8_t can_mail;        // mailings offered,
-    std::uint8_t connected;       // the connect has completed,
-    std::uint8_t can_modify;      // database updates allowed,
-    std::uint8_t can_report;      // reports offered,
-    std::uint8_t can_page;        // pager lists offered,
-    std::uint8_t heartbeat_sent;  // a heartbeat has gone out and was not resolved by a close
+    std::uint8_t crc_check;       // 1: the server checks CRCs
+    std::uint8_t can_mail;        // 1: it offers mailings
+    std::uint8_t connected;       // 1: the connect has completed
+    std::uint8_t can_modify;      // 1: it allows database updates
+    std::uint8_t can_report;      // 1: it offers reports
+    std::uint8_t can_page;        // 1: it offers pager lists
+    std::uint8_t heartbeat_sent;  // 1: from a heartbeat until the idle rule closes the connection
     std::FILE* log_file;          // this server's own log; null: not open
     pid_t connect_pid;            // the child that performs the current connect; 0: none
     std::time_t last_data_time;   // when the last whole packet came; kept across connections
     std::uint32_t rx_received;    // payload bytes of the current packet received so far
-    std::uint32_t rx_aux;         // cleared with each new packet
+    std::uint32_t rx_aux;         // cleared with each new packet; nothing reads it
     std::uint32_t bytes_received; // every byte read from this server, never reset
     packet_buffer* rx_packet;     // the packet being assembled; null: none under way
     log_condition log_state;      // of log_file; also when a log was lost
@@ -70,9 +70,9 @@ int server_compare(const void* a, const void* b);
 /// Unless -1 is returned the caller keeps the entry and releases it with server_entry_free.
 std::int32_t server_add(collection* servers, server_entry* entry);
 
-/// Registers an entry, or releases it if it has no name, if its like is there already, or if the
-/// list cannot grow, which server_add does not report. entry: must not be null.
-/// False in the last of these cases only: a server is lost.
+/// Registers an entry, or releases it if it has no name, if an entry with its name and port is
+/// there already, or if the list cannot grow, which server_add does not report. entry: must not be
+/// null. False in the last of these cases only: a server is lost.
 bool server_add_or_free(collection* servers, server_entry* entry);
 
 /// Releases an entry and the texts that it owns, UseEMail and SubCode excepted.

@@ -2,7 +2,7 @@
 //
 // It turns a text into a flat list of elements in document order, each with its full path, and
 // finds elements by name or path. It knows start tags, end tags and text, and nothing else: it
-// decodes no references, and takes comments, CDATA and empty-element tags for start tags. It
+// does not decode "&amp;", and takes comments, CDATA and empty-element tags for start tags. It
 // validates and writes nothing. It skips everything before the "?>" of the declaration; a text
 // without a declaration has no elements.
 #pragma once
@@ -27,18 +27,18 @@ struct xml_node {
     char* value;    // the text from the start tag to the next tag, null when empty
     xml_node* next; // in the order of the start tags; null at the end
 
-    std::uint32_t path_hash; // different hashes mean different texts, so that look-ups compare few
+    std::uint32_t path_hash; // a look-up compares a text only if its hash matches
     std::uint32_t name_hash;
 };
 
 /// Reads `text` (never null), which is not kept.
-/// The document's first node, which the caller releases with xml_free. When out of memory, the
-/// document ends early and errno is ENOMEM; null only if not even the first node was allocated.
+/// Returns the document's first node, which the caller releases with xml_free. When out of memory,
+/// the document ends early and errno is ENOMEM; null only if not even the first node was allocated.
 xml_node* xml_parse(const char* text);
 
 /// The value of the first node in document order whose name (`by_name`) or path equals `key`.
 /// By name, and by path with `want_copy`, a copy that the caller frees; by path without
-/// `want_copy`, the node's own text, good until the document is freed.
+/// `want_copy`, the node's own text, valid until the document is freed.
 /// Null if nothing matches, if the match has no value, if `document` is null, or when out of
 /// memory.
 char* xml_get(const xml_node* document, const char* key, bool by_name, bool want_copy);

@@ -1,25 +1,18 @@
 // capabilities.cpp - see capabilities.hpp.
 #include "net/capabilities.hpp"
 
-#include "app/app_state.hpp"
 #include "base/owners.hpp"
 #include "data/owned_text.hpp"
-#include "data/text.hpp"
 #include "data/xml.hpp"
 #include "net/capability_table.hpp"
 #include "net/connection_end.hpp"
-#include "net/md5.hpp"
-#include "net/packet_kind.hpp"
-#include "net/packet_output.hpp"
+#include "net/password.hpp"
 #include "ui/pane.hpp"
-#include "ui/prompt.hpp"
 
 #include <cstdlib>
 
 namespace
 {
-
-constexpr int password_size = 40;
 
 heap_text find_element(const xml_node* document, const char* name)
 {
@@ -54,20 +47,6 @@ void record_offers(server_entry& entry, const xml_node* document)
         entry.*offer.flag = is_offered(document, offer) ? 1 : 0;
 }
 
-void send_password(const server_entry& entry)
-{
-    send_packet(entry.socket_fd, sent_password, 0, 0, "%s", entry.Password);
-}
-
-void authenticate(server_entry& entry)
-{
-    status_report(colour::secondary, "Password needed for this Server");
-    if (!is_setting_on(SavePasswords) || entry.Password == nullptr)
-        return ask_password(entry);
-    status_report(colour::secondary, "Sending saved password from your configuration");
-    send_password(entry);
-}
-
 } // namespace
 
 void handle_capabilities(server_entry& entry, const char* text)
@@ -76,21 +55,8 @@ void handle_capabilities(server_entry& entry, const char* text)
     record_identity(entry, document.get());
     record_offers(entry, document.get());
     if (is_set(document.get(), "NeedAuth", false))
-        authenticate(entry);
+        password_answer(entry);
+    // Kept on purpose: this comes last, so a password is asked for and sent first; servers expect
+    // it before anything else. Test: duplicate.is_found_after_the_password_was_asked_for.
     check_duplicate_connection(entry);
-}
-
-void ask_password(server_entry& entry)
-{
-    const heap_text typed{
-        prompt_input(password_size, "Password required", hint_or_cancel, nullptr)};
-    if (!typed)
-        return;
-    char digest[33];
-    md5_hex(typed.get(), digest);
-    char* password = str_dup(digest);
-    if (password == nullptr)
-        return;
-    owned_text_replace(entry.Password, password);
-    send_password(entry);
 }

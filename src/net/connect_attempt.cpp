@@ -34,7 +34,7 @@ bool connect_in_place(int socket, const sockaddr_in& address)
 {
     const auto* general = reinterpret_cast<const sockaddr*>(&address);
     // A connect goes on after EINTR; calling it again waits for its end.
-    return uninterrupted([&] { return connect(socket, general, sizeof address); }) == 0 ||
+    return retry_on_eintr([&] { return connect(socket, general, sizeof address); }) == 0 ||
            errno == EISCONN;
 }
 
@@ -140,7 +140,7 @@ void on_connect_result(int)
     int status = 0;
     // One signal may stand for several children.
     const auto next_ended = [&] { return waitpid(-1, &status, WNOHANG); };
-    for (pid_t child; (child = uninterrupted(next_ended)) > 0;) {
+    for (pid_t child; (child = retry_on_eintr(next_ended)) > 0;) {
         server_entry* entry = find_entry(child);
         if (entry == nullptr)
             continue;

@@ -37,7 +37,7 @@ int read_header(int socket, server_entry& server)
     while (true) {
         unsigned char* rest = server.rx_packet->header + have;
         const ssize_t count =
-            uninterrupted([&] { return read(socket, rest, packet_header_bytes - have); });
+            retry_on_eintr([&] { return read(socket, rest, packet_header_bytes - have); });
         if (count <= 0)
             return drop_packet(server, packet_failed);
         have += static_cast<std::size_t>(count);
@@ -72,7 +72,7 @@ int read_payload(int socket, server_entry& server, const packet_header& header)
     // Kept on purpose: the read asks for the packet's full length even when a part of it has come,
     // so it may take bytes of the next packet along; servers pace their packets for that. Test:
     // packet_receiving.asks_for_the_whole_length_again_and_takes_bytes_that_follow.
-    const ssize_t count = uninterrupted(
+    const ssize_t count = retry_on_eintr(
         [&] { return read(socket, app_state.receive_scratch, packet_payload_length(header)); });
     if (count <= 0)
         return drop_packet(server, packet_failed);

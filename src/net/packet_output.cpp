@@ -16,7 +16,7 @@ namespace
 using owned_packet = std::unique_ptr<packet_buffer, releaser<std::free>>;
 
 /// Formats the text into the payload. Its length; -1 when out of memory.
-int format_text(packet_buffer& packet, const char* format, va_list arguments)
+int format_payload(packet_buffer& packet, const char* format, va_list arguments)
 {
     const heap_text text{static_cast<char*>(std::calloc(packet_max_payload_bytes, 1))};
     if (!text)
@@ -32,7 +32,7 @@ ssize_t send_bytes(int socket, const packet_buffer& packet, std::size_t length)
     if (wait_ready(socket, for_writing, 0) != 1)
         return 0;
     // A socket that can take only a part of the packet must not block either.
-    return uninterrupted([&] {
+    return retry_on_eintr([&] {
         return send(socket, &packet, packet_header_bytes + length, MSG_NOSIGNAL | MSG_DONTWAIT);
     });
 }
@@ -51,7 +51,7 @@ ssize_t send_packet(int socket, std::uint32_t kind, std::uint16_t param1, std::u
     if (kind <= packet_last_text_kind) {
         va_list arguments;
         va_start(arguments, format);
-        length = format_text(*packet, format, arguments);
+        length = format_payload(*packet, format, arguments);
         va_end(arguments);
         if (length < 0)
             return 0;

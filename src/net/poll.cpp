@@ -2,13 +2,10 @@
 #include "net/poll.hpp"
 
 #include "app/app_state.hpp"
-#include "net/connection_end.hpp"
+#include "net/idle_rule.hpp"
 #include "net/packet_dispatch.hpp"
 #include "net/packet_input.hpp"
-#include "net/packet_kind.hpp"
-#include "net/packet_output.hpp"
 #include "net/readiness.hpp"
-#include "ui/pane.hpp"
 
 #include <chrono>
 #include <ctime>
@@ -18,8 +15,6 @@
 namespace
 {
 
-constexpr std::time_t heartbeat_after_s = 600;
-constexpr std::time_t close_after_s = 900;
 constexpr unsigned poll_interval_s = 1;
 
 /// A cycle over many busy servers stops for a moment after this time, so that keys are read.
@@ -27,22 +22,6 @@ constexpr std::chrono::milliseconds max_run{20};
 /// But not before it has taken so many packets, so that every run gets something done.
 constexpr int packets_before_break = 16;
 constexpr suseconds_t break_us = 1'000;
-
-void apply_idle_rule(server_entry& entry, std::time_t now)
-{
-    if (entry.last_data_time + heartbeat_after_s < now && entry.heartbeat_sent == 0) {
-        send_packet(entry.socket_fd, sent_heartbeat, 0, 0, "^");
-        status_report(colour::success, "%s - no data since 10 minutes. Sending heartbeat",
-                      server_display_name(entry));
-        entry.heartbeat_sent = 1;
-    } else if (entry.last_data_time + close_after_s < now && entry.heartbeat_sent == 1) {
-        close_by_server(entry);
-        // Kept on purpose: nothing else clears this, so a second silence on a connection brings its
-        // end without a second heartbeat; servers count on one.
-        // Test: idle.closes_a_second_silence_without_a_second_heartbeat.
-        entry.heartbeat_sent = 0;
-    }
-}
 
 bool is_polled(const server_entry& entry)
 {
@@ -62,7 +41,7 @@ bool visit_server(server_entry& entry, bool may_be_ready, std::time_t now)
         const received_packet packet = packet_take(entry);
         packet_dispatch(entry, *packet);
     }
-    apply_idle_rule(entry, now);
+    idle_rule_apply(entry, now);
     return has_packet;
 }
 

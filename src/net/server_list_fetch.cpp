@@ -54,7 +54,7 @@ bool send_request(int socket)
                                      directory_host, client_version);
     const auto sent =
         static_cast<std::size_t>(std::clamp<int>(length, 0, static_cast<int>(sizeof request) - 1));
-    return uninterrupted([&] { return send(socket, request, sent, MSG_NOSIGNAL); }) >= 0;
+    return retry_on_eintr([&] { return send(socket, request, sent, MSG_NOSIGNAL); }) >= 0;
 }
 
 /// A response as far as it has come. The capacity leaves space for a terminator.
@@ -90,7 +90,7 @@ bool read_response(int socket, response_text& response)
         if (wait_ready(socket, for_reading, ready_wait_s) == -1)
             return false;
         char* end = response.bytes.get() + response.length;
-        const ssize_t count = uninterrupted([&] { return read(socket, end, block_bytes); });
+        const ssize_t count = retry_on_eintr([&] { return read(socket, end, block_bytes); });
         if (count <= 0)
             break;
         response.length += static_cast<std::size_t>(count);
@@ -208,7 +208,7 @@ void report_unable()
     beep();
 }
 
-void give_fetch_up()
+void give_up_fetch()
 {
     app_state.fetch.is_given_up = true;
     if (app_state.fetch.socket >= 0)
@@ -242,7 +242,7 @@ void server_list_fetch_finish()
         progress = app_state.fetch.progress;
     }
     if (app_state.fetch.running > 0)
-        give_fetch_up();
+        give_up_fetch();
     else
         pthread_mutex_destroy(&app_state.fetch.fetch_mutex);
 }

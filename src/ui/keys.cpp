@@ -43,7 +43,7 @@ void define_utf8_letters()
 /// Whether the terminal sends ^H for its Backspace key.
 bool is_backspace_control_h()
 {
-    const char* sequence = terminal_capability(terminal_text::backspace);
+    const char* sequence = terminal_sequence(terminal_text::backspace);
     return sequence != nullptr && std::strcmp(sequence, "\010") == 0;
 }
 

@@ -35,7 +35,7 @@ constexpr int message_column = 1;
 
 // Rows and columns within the status pane.
 constexpr int status_first_row = 1;
-constexpr int status_row = 4; // of the newest line
+constexpr int status_row = status_pane_height - 2; // of the newest line
 constexpr int status_column = 1;
 
 /// Columns to the left of a page's title and to the right of its hint.

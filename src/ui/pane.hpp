@@ -1,4 +1,4 @@
-// pane.hpp - the one way in which text reaches the panes.
+// pane.hpp - prints formatted text in the panes.
 #pragma once
 
 #include "ui/colours.hpp"
@@ -7,9 +7,10 @@
 
 /// Formats a text (cut at 4,093 characters) and writes it into a pane in a colour pair.
 /// scroll_first: scrolls the pane by one line before writing.
-/// Lines of one text are written at the same place: the second replaces the first, and from then on
-/// the pane scrolls up after each.
-/// Writing into the status pane first moves its framed lines up by one. A format that holds "%*" or
+/// Lines of one text are written at the same place: the second replaces the first; after the second
+/// and every further line the pane scrolls up.
+/// Writing into the status pane first scrolls the lines inside its frame. A format that holds "%*"
+/// or
 /// "%]" is shown as it stands. Null format, or null window (a pane that a tiny terminal has no
 /// space for): nothing happens.
 void pane_printf(WINDOW* window, colour pair, int column, int row, bool bold, bool scroll_first,

@@ -4,7 +4,8 @@
 /// The hint of prompts that Escape abandons together with what they are for.
 constexpr const char* hint_or_cancel = "RET=OK - ESC=CANCEL";
 
-/// Asks for a text. Servers go on being served meanwhile.
+/// Asks for a text. Servers are served meanwhile, unless the prompt answers a packet: then the poll
+/// cycle waits.
 /// size: of the answer with its terminator, so at most size - 1 characters are taken.
 /// question, hint: shown on the box's upper and lower frame.
 /// preset: the text to begin with, cut to fit; or null.

@@ -33,11 +33,11 @@ int add_byte(int byte)
     return byte;
 }
 
-void add_capability(terminal_text which)
+void add_sequence(terminal_text which)
 {
-    const char* sequence = terminal_capability(which);
+    const char* sequence = terminal_sequence(which);
     if (sequence != nullptr)
-        terminal_capability_expand(sequence, add_byte);
+        terminal_sequence_expand(sequence, add_byte);
 }
 
 void run_rescue()
@@ -80,7 +80,7 @@ void terminal_rescue_prepare()
     for (const terminal_text which :
          {terminal_text::attributes_off, terminal_text::first_colours, terminal_text::keypad_off,
           terminal_text::full_screen_off, terminal_text::cursor_on})
-        add_capability(which);
+        add_sequence(which);
 }
 
 void terminal_rescue_disarm()

@@ -5,7 +5,7 @@
 #include <ncurses.h>
 #include <term.h>
 
-const char* terminal_capability(terminal_text which)
+const char* terminal_sequence(terminal_text which)
 {
     if (cur_term == nullptr)
         return nullptr;
@@ -17,7 +17,7 @@ const char* terminal_capability(terminal_text which)
     return reinterpret_cast<std::intptr_t>(text) != -1 ? text : nullptr;
 }
 
-void terminal_capability_expand(const char* capability, int (*put)(int byte))
+void terminal_sequence_expand(const char* sequence, int (*put)(int byte))
 {
-    tputs(capability, 1, put);
+    tputs(sequence, 1, put);
 }

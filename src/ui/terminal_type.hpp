@@ -16,9 +16,9 @@ enum class terminal_text : std::uint8_t {
     backspace, // what the key sends
 };
 
-/// A text of the terminal's type. Null when the type has none, and before curses knows the type.
-/// Borrowed from curses.
-const char* terminal_capability(terminal_text which);
+/// The sequence that the terminal's type has for a text. Null if it has none, and before curses
+/// knows the type. Borrowed from curses.
+const char* terminal_sequence(terminal_text which);
 
-/// Expands the delays of a capability and hands its bytes to `put` one by one.
-void terminal_capability_expand(const char* capability, int (*put)(int byte));
+/// Expands the delays of a sequence and hands its bytes to `put` one by one.
+void terminal_sequence_expand(const char* sequence, int (*put)(int byte));

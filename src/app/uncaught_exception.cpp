@@ -1,4 +1,4 @@
-// terminate.cpp - what becomes of an exception that nobody catches.
+// uncaught_exception.cpp - what happens to an exception that nobody catches.
 //
 // The library's own handler writes the exception's name, and for that brings a demangler into the
 // program, a quarter of its size. The name would go to a screen that the crash handler leaves at

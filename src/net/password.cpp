@@ -1,0 +1,48 @@
+// password.cpp - see password.hpp.
+#include "net/password.hpp"
+
+#include "app/app_state.hpp"
+#include "base/owners.hpp"
+#include "data/owned_text.hpp"
+#include "data/text.hpp"
+#include "net/md5.hpp"
+#include "net/packet_kind.hpp"
+#include "net/packet_output.hpp"
+#include "ui/pane.hpp"
+#include "ui/prompt.hpp"
+
+namespace
+{
+
+constexpr int password_size = 40;
+
+void send_password(const server_entry& entry)
+{
+    send_packet(entry.socket_fd, sent_password, 0, 0, "%s", entry.Password);
+}
+
+} // namespace
+
+void password_answer(server_entry& entry)
+{
+    status_report(colour::secondary, "Password needed for this Server");
+    if (!is_setting_on(SavePasswords) || entry.Password == nullptr)
+        return ask_password(entry);
+    status_report(colour::secondary, "Sending saved password from your configuration");
+    send_password(entry);
+}
+
+void ask_password(server_entry& entry)
+{
+    const heap_text typed{
+        prompt_input(password_size, "Password required", hint_or_cancel, nullptr)};
+    if (!typed)
+        return;
+    char digest[33];
+    md5_hex(typed.get(), digest);
+    char* password = str_dup(digest);
+    if (password == nullptr)
+        return;
+    owned_text_replace(entry.Password, password);
+    send_password(entry);
+}
