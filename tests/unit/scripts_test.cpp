@@ -1,4 +1,4 @@
-// scripts_test.cpp - the scripts explain themselves, and install what they need.
+// scripts_test.cpp - the scripts explain themselves, install what they need, and find their tests.
 #include "support/command_lines.hpp"
 #include "unit/document_text.hpp"
 
@@ -78,6 +78,31 @@ TEST(scripts, ask_for_sets_that_there_are)
              all_matches(text, R"((?:install-deps |package_sets\+?=\()(--[a-z]+))"))
             EXPECT_TRUE(sets.contains(set[0])) << file.path() << ": " << set[0];
     }
+}
+
+/// The kinds of tests, by the first words of their names, as the build files name them.
+std::set<std::string> kinds_of_tests()
+{
+    std::set<std::string> kinds;
+    for (const auto& file : std::filesystem::recursive_directory_iterator{SOURCE_FOLDER "/tests"}) {
+        if (file.path().filename() != "CMakeLists.txt")
+            continue;
+        const auto path = std::filesystem::relative(file.path(), SOURCE_FOLDER);
+        for (const auto& kind :
+             all_matches(source_text(path), R"((?:TEST_PREFIX|add_test\(NAME) ([a-z0-9]+)\.)"))
+            kinds.insert(kind[0]);
+    }
+    return kinds;
+}
+
+TEST(scripts, know_what_each_kind_of_test_is_built_from)
+{
+    const std::string script = source_text("scripts/test");
+    const std::string table = text_between(script, "kind_targets=(", "\n)");
+    EXPECT_EQ(matches_of(table, R"(\[([a-z0-9]+)\]=)"), kinds_of_tests());
+    const std::string folders = text_between(script, "kind_sources=(", ")");
+    for (const auto& folder : all_matches(folders, R"(\]=([a-z0-9/]+))"))
+        EXPECT_TRUE(std::filesystem::exists(SOURCE_FOLDER "/" + folder[0])) << folder[0];
 }
 
 } // namespace
