@@ -61,11 +61,10 @@ void write_readers(std::FILE* file, const core_figures& figures)
 {
     std::fputs(
         "\n### Reading a transmission and copying 16 values out of it\n\n"
-        "All readers found the same values before they were measured. The ratio says how "
-        "many times as long as ours a reader takes. The fastest, which ours was to meet if "
-        "possible, leaves all texts where they stand in its copy of the document; ours gives "
-        "each element its whole path and copies of its texts, since that is what the client "
-        "looks for and keeps.\n\n"
+        "All readers found the same values before they were measured. The ratio is "
+        "a reader's time divided by ours. The fastest reader leaves all texts where they are "
+        "in its copy of the document. Ours gives each element its whole path and copies of its "
+        "texts, since that is what the client looks for and keeps.\n\n"
         "| document | reader | us | ratio | goal |\n|---|---|--:|--:|---|\n",
         file);
     for (const sample_document& sample : sample_documents()) {
@@ -116,14 +115,14 @@ void write_path_row(std::FILE* file, const core_figures& figures, const std::str
 
 void write_paths(std::FILE* file, const core_figures& figures)
 {
-    std::fputs("\n### The road of one transmission, from the packet to log and screen\n\n"
+    std::fputs("\n### One transmission, from the packet to the log and the screen\n\n"
                "Steps, in microseconds of CPU:\n\n"
                "| document | inflate | one pass | parse | fill template | log | screen |\n"
                "|---|--:|--:|--:|--:|--:|--:|\n",
                file);
     for (const sample_document& sample : sample_documents())
         write_steps_row(file, figures, sample.size);
-    std::fputs("\nThe whole, against the sum of inflate, one pass, log and screen:\n\n"
+    std::fputs("\nThe total, compared with the sum of inflate, one pass, log and screen:\n\n"
                "| transmission | us | unavoidable us | ratio | goal |\n|---|--:|--:|--:|---|\n",
                file);
     for (const char* kind : {"plain", "compressed", "with_statistics"}) {
@@ -222,8 +221,8 @@ void core_report_write(std::FILE* file, const core_figures& figures)
     write_readers(file, figures);
     write_paths(file, figures);
     std::fputs("\n### How cost grows\n\n"
-               "Milliseconds, and the exponent between the two largest numbers (1: in "
-               "proportion).\n\n"
+               "Milliseconds, and the growth exponent between the two largest numbers (1 "
+               "means linear).\n\n"
                "| piece | clock | number: ms | exponent | goal |\n|---|---|---|--:|---|\n",
                file);
     for (const growing_piece& piece : growing_pieces)

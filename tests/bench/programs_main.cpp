@@ -184,12 +184,13 @@ void add_notes(comparison& compared, const std::vector<compared_program>& progra
 {
     compared.notes.insert(
         compared.notes.begin(),
-        {"Medians of " + std::to_string(wanted.repetitions) +
-             " starts of each program in turns; all idle at the same time; 24 lines of 80 columns.",
+        {"Starts: medians of " + std::to_string(wanted.repetitions) +
+             " interleaved starts of each program. Idle: all programs at the same time. The "
+             "terminal has 24 lines of 80 columns.",
          "The client has " + std::to_string(configured_servers) +
              " configured servers. The floor is a bare curses program with the same windows and "
              "the same loop.",
-         "tmux counts with its server, but without the program in its pane."});
+         "The figures of tmux include its server, but not the program in its pane."});
     std::string versions;
     for (const std::string& version : package_versions(programs))
         versions += (versions.empty() ? "" : ", ") + version;
