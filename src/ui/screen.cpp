@@ -28,6 +28,13 @@ constexpr const char* author_credit = "the team";
 constexpr const char* key_line_text = "^D Disconnect, ^E Settings, ^H Help, ^I ServerInfo, "
                                       "^L Connect, ^R ServerList, ^X Exit";
 
+/// The fields of all panes and pages.
+constexpr WINDOW* application_state::*windows[] = {
+    &application_state::key_line,    &application_state::settings_win,
+    &application_state::status_pane, &application_state::message_pane,
+    &application_state::server_pane, &application_state::help_win,
+};
+
 void define_colours()
 {
     start_color();
@@ -107,11 +114,8 @@ void set_terminal_modes()
 
 void erase_windows()
 {
-    WINDOW** const windows[] = {&app_state.key_line,    &app_state.settings_win,
-                                &app_state.status_pane, &app_state.message_pane,
-                                &app_state.server_pane, &app_state.help_win};
-    for (WINDOW** window : windows)
-        window_erase(std::exchange(*window, nullptr));
+    for (const auto window : windows)
+        window_erase(std::exchange(app_state.*window, nullptr));
 }
 
 void blank_screen()
@@ -218,8 +222,8 @@ void screen_resume()
     const winsize size = terminal_size();
     if (size.ws_row != LINES || size.ws_col != COLS)
         return on_resize(SIGWINCH);
-    // After a stop that could not be seen coming, the shell has changed the terminal's modes. The
-    // next refresh sets them again only if the screen was ended.
+    // After a stop without warning, the shell has changed the terminal's modes. The next refresh
+    // sets them again only if the screen was ended.
     if (!isendwin())
         endwin();
     popup_close();
@@ -229,11 +233,8 @@ void screen_resume()
 
 void screen_clear()
 {
-    WINDOW** const panes[] = {&app_state.status_pane, &app_state.message_pane,
-                              &app_state.server_pane, &app_state.key_line,
-                              &app_state.help_win,    &app_state.settings_win};
-    for (WINDOW** pane : panes)
-        const unique_window deleted{std::exchange(*pane, nullptr)};
+    for (const auto window : windows)
+        const unique_window deleted{std::exchange(app_state.*window, nullptr)};
     blank_screen();
 }
 
