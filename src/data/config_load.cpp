@@ -54,7 +54,7 @@ bool copy_value(char*& field, const char* value)
     return field != nullptr || value == nullptr;
 }
 
-/// The elements of a server that are texts, and the fields that hold them.
+/// The texts of a server that are freed with it, and the fields that hold them.
 struct text_element {
     const char* name;
     char* server_entry::*field;
@@ -64,11 +64,18 @@ constexpr text_element text_elements[] = {
     {"ServerName", &server_entry::ServerName},
     {"ServerAlias", &server_entry::ServerAlias},
     {"Password", &server_entry::Password},
-    {"UseEMail", &server_entry::UseEMail},
-    {"SubCode", &server_entry::SubCode},
     {"Location", &server_entry::Location},
     {"Info", &server_entry::Info},
 };
+
+/// Reads the fields that stay with the program until its end: server_entry_free does not know them.
+/// False when out of memory.
+bool read_mailing_fields(server_entry& server, const xml_index& index, server_path& path)
+{
+    const bool has_email = copy_value(server.UseEMail, find_field(index, path, "UseEMail"));
+    const bool has_code = copy_value(server.SubCode, find_field(index, path, "SubCode"));
+    return has_email && has_code;
+}
 
 /// Reads one server's block. False if a server or a part of it was lost when out of memory.
 bool read_server(const xml_index& index, const char* number)
@@ -77,7 +84,7 @@ bool read_server(const xml_index& index, const char* number)
     auto* server = static_cast<server_entry*>(std::calloc(1, sizeof(server_entry)));
     if (server == nullptr)
         return false;
-    bool is_complete = true;
+    bool is_complete = read_mailing_fields(*server, index, path);
     for (const text_element& element : text_elements)
         is_complete &= copy_value(server->*element.field, find_field(index, path, element.name));
     const char* port = find_field(index, path, "ServerPort");

@@ -161,7 +161,8 @@ TEST(duplicates, the_second_connection_to_one_server_is_closed_with_good_bye)
     ASSERT_TRUE(run.say(2, "<ServerUUID>same</ServerUUID>"));
     ASSERT_TRUE(
         run.client.wait_for_status("You are already connected to this server!", pairs::error));
-    EXPECT_EQ(run.client.terminal().bells(), 1);
+    EXPECT_TRUE(run.client.terminal().wait_until([&] { return run.client.terminal().bells() == 1; },
+                                                 "the beep after the line"));
     EXPECT_EQ(run.connections[2].read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
     EXPECT_TRUE(run.connections[2].wait_for_close());
     ASSERT_TRUE(run.client.terminal().wait_until([&] { return run.client.marker(3).text == " "; },

@@ -64,7 +64,9 @@ TEST_P(fault_fetch, ends_with_its_message_and_the_next_fetch_succeeds)
     ASSERT_TRUE(
         client.wait_for_status(line, is_refused ? pairs::error : pairs::server_text, is_refused));
     EXPECT_GT(faults.hits(), 0);
-    EXPECT_EQ(client.terminal().bells(), is_refused ? 1 : 0);
+    EXPECT_TRUE(client.terminal().wait_until(
+        [&] { return client.terminal().bells() == (is_refused ? 1 : 0); },
+        "a beep after the line, if it is an error"));
     faults.set({});
     ASSERT_TRUE(fetch_answered(answer, 2));
     expect_saved({{.name = "b.example"}, settings.servers.front()});
