@@ -1,7 +1,6 @@
 // main_loop.cpp - see main_loop.hpp.
 //
-// Holds the key table, with what each command needs and what is said when a server does not offer
-// it.
+// Holds the key table, with what each command needs.
 #include "app/main_loop.hpp"
 
 #include "app/app_state.hpp"

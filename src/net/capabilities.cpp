@@ -77,6 +77,8 @@ void handle_capabilities(server_entry& entry, const char* text)
     record_offers(entry, document.get());
     if (is_set(document.get(), "NeedAuth", false))
         authenticate(entry);
+    // Kept on purpose: this comes last, so a password is asked for and sent first; servers expect
+    // it before anything else. Test: duplicate.is_found_after_the_password_was_asked_for.
     check_duplicate_connection(entry);
 }
 

@@ -62,6 +62,8 @@ server_entry* find_duplicate(const server_entry& entry)
 {
     for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
         server_entry* other = server_at(app_state.servers, index);
+        // Kept on purpose: entries count as others by their list_row alone, so two with the same
+        // one may both be connected. Test: duplicate.needs_another_connection_in_another_row.
         const bool is_same_server = other->list_row != entry.list_row && other->socket_fd != 0 &&
                                     other->server_uuid != nullptr && entry.server_uuid != nullptr &&
                                     std::strcmp(other->server_uuid, entry.server_uuid) == 0;

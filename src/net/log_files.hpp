@@ -1,6 +1,7 @@
 // log_files.hpp - the files that transmissions are logged to: one per server, or one for all.
 //
-// Files are opened for appending and written after every record; the client never rotates them.
+// Files are opened for appending, and every record is written at once; the client never rotates
+// them.
 #pragma once
 
 #include "data/server_registry.hpp"

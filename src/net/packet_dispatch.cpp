@@ -35,13 +35,13 @@ void take_closing(server_entry& entry, const packet_view&)
     close_by_server(entry);
 }
 
-/// Turns the marker, so that one sees the server live. Behind the settings page it stands still.
+/// Turns the server's marker; behind the settings page it stands still.
 void turn_marker(server_entry& entry, const packet_view&)
 {
     if (app_state.settings_shown != 0)
         return;
     const std::int32_t row = entry.list_row + 1;
-    // Kept on purpose: the marker turns between two of its positions only; users know it like that.
+    // Kept on purpose: the marker has only these two positions; users know it like that.
     // Test: dispatch.turns_the_marker_with_every_tick.
     server_marker_write(row, server_marker_read(row) == '-' ? '/' : '-');
 }

@@ -5,6 +5,6 @@
 
 /// Visits every connected server once: at most one packet, then the idle rule (a heartbeat after
 /// ten minutes of silence, the end after fifteen). Sets the next alarm. Runs on SIGALRM. A run that
-/// has taken long ends early and the next one, a moment later, goes on with the next server, so
-/// that keys are read in between.
+/// has taken long ends early, so that keys are read; the next run, a moment later, goes on with the
+/// next server.
 void poll_servers(int signal_number);

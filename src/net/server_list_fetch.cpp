@@ -208,7 +208,7 @@ void report_unable()
     beep();
 }
 
-void give_fetch_up()
+void give_up_fetch()
 {
     app_state.fetch.is_given_up = true;
     if (app_state.fetch.socket >= 0)
@@ -242,7 +242,7 @@ void server_list_fetch_finish()
         progress = app_state.fetch.progress;
     }
     if (app_state.fetch.running > 0)
-        give_fetch_up();
+        give_up_fetch();
     else
         pthread_mutex_destroy(&app_state.fetch.fetch_mutex);
 }

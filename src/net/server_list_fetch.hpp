@@ -4,8 +4,8 @@
 // network.
 #pragma once
 
-/// Starts a fetch and reports that. While one is running, none is started; a report and a beep say
-/// so.
+/// Starts a fetch and reports that. If one is running, or no thread can be started, an error is
+/// reported with a beep.
 void start_server_list_fetch();
 
 /// Waits in pauses for a fetch to end, as long as it makes progress. A fetch whose directory has

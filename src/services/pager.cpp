@@ -74,6 +74,8 @@ void pager_dialog(server_entry& entry)
         return;
     if (choice != choice_request)
         status_report(colour::server_text, "You can use '_', '?' or '*' as wildcard");
+    // Kept on purpose: unlike for mailings, what is typed is not kept in the entry; users ask for
+    // others, too. Test: pager.the_configured_address_and_code_are_offered_and_not_changed.
     heap_text email = subscriber_email_ask(entry);
     if (!email)
         return;

@@ -26,7 +26,7 @@ constexpr int name_margin = 4; // between the prompt for a file name and the ter
 
 /// The moment that stands for a day: one second past midnight. date: begins with the day; month and
 /// year may follow after slashes.
-std::time_t find_report_moment(const char* date)
+std::time_t compute_report_moment(const char* date)
 {
     std::tm moment = {};
     moment.tm_sec = 1;
@@ -75,6 +75,8 @@ void save_report(const char* text)
         beep();
         return status_report(colour::error, "Unable to save report as '%s'", name.get());
     }
+    // Kept on purpose: whether the disk took all of it is not checked; the report can be requested
+    // again. Test: report.is_reported_as_saved_even_on_a_full_disk.
     std::fputs(text, file.get());
     file.reset();
     status_report(colour::notice, "Report successfully saved as '%s'", name.get());
@@ -127,7 +129,7 @@ void report_request(server_entry& entry)
     if (std::strchr(date.get(), '/') == nullptr)
         return refuse("Wrong date format. Please use DD/MM/YYYY");
     send_packet(entry.socket_fd, sent_report_request, 0, 0, "%ld\t*#cnam#\t#cnum#\t0\t0",
-                static_cast<long>(find_report_moment(date.get())));
+                static_cast<long>(compute_report_moment(date.get())));
 }
 
 void report_reply(server_entry& entry, const packet_view& packet)

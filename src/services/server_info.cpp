@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <string_view>
 
 namespace
@@ -59,7 +60,7 @@ struct row_writer {
     }
 };
 
-const char* or_unknown(const char* text)
+const char* default_to_unknown(const char* text)
 {
     return text != nullptr ? text : "unknown";
 }
@@ -79,7 +80,7 @@ void draw_keys(WINDOW* window, const server_entry& server)
     row_writer keys{window, keys_row};
     keys.label("Special Keys: ");
     keys.key("| ");
-    for (int place = 1; place <= capability_key_count; ++place) {
+    for (int place = 1; place <= std::ssize(capability_table); ++place) {
         for (const capability& offer : capability_table) {
             if (offer.key.place == place && server.*offer.flag != 0)
                 keys.key(offer.key.label);
@@ -97,15 +98,15 @@ void draw_identity(WINDOW* window, const server_entry& server)
     name.label(" Port: ");
     name.value(port);
     name.label(" Version: ");
-    name.value(or_unknown(server.server_version));
+    name.value(default_to_unknown(server.server_version));
     row_writer location{window, location_row};
     location.label("Location: ");
-    location.value(or_unknown(server.Location));
+    location.value(default_to_unknown(server.Location));
     row_writer connection{window, connection_row};
     connection.label("Connected: ");
     connection.value(server.socket_fd != 0 ? "YES" : "NO");
     connection.label(" Unique ServerID: ");
-    connection.value(or_unknown(server.server_uuid));
+    connection.value(default_to_unknown(server.server_uuid));
 }
 
 /// Where a text that is too long for a line breaks, and where the next line begins.
@@ -130,7 +131,7 @@ void draw_info(WINDOW* window, const server_entry& server)
     // margins. Test: server_info.wraps_nothing_on_terminals_narrower_than_its_margins.
     const auto width = static_cast<unsigned>(COLS - columns_beside_info);
     int next_row = info_row;
-    std::string_view rest = or_unknown(server.Info);
+    std::string_view rest = default_to_unknown(server.Info);
     while (rest.size() > width && line.row <= last_info_row) {
         const line_break cut = find_break(rest, width);
         line.value(rest.substr(0, cut.end));

@@ -237,6 +237,19 @@ TEST_F(report, a_name_that_cannot_be_opened_is_reported)
     EXPECT_EQ(beeps(), 1U);
 }
 
+TEST_F(report, is_reported_as_saved_even_on_a_full_disk)
+{
+    std::free(app_state.setting_texts[ReportPath]);
+    app_state.setting_texts[ReportPath] = owned_text("/dev/");
+    const std::string bytes = compressed("text");
+    announce(bytes, 100);
+    type_ahead("full\n");
+    mark();
+    receive(bytes);
+    EXPECT_EQ(said(), (status_lines{{"Report successfully saved as '/dev/full'", 6}}));
+    EXPECT_EQ(beeps(), 0U);
+}
+
 TEST_F(report, belongs_to_its_own_server)
 {
     server_entry& other = add_server("two.example");
