@@ -38,7 +38,7 @@ void apply_idle_rule(server_entry& entry, std::time_t now)
     } else if (entry.last_data_time + close_after_s < now && entry.heartbeat_sent == 1) {
         close_by_server(entry);
         // Kept on purpose: nothing else clears this, so a second silence on a connection brings its
-        // end without a second heartbeat; servers count on one.
+        // end without a second heartbeat; servers count on that.
         // Test: idle.closes_a_second_silence_without_a_second_heartbeat.
         entry.heartbeat_sent = 0;
     }
