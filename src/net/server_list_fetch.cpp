@@ -148,7 +148,7 @@ bool talk_to_directory(int socket)
     return true;
 }
 
-/// Connects to the directory for the time of the talk. False as above.
+/// Fetches the list over a connection of its own. False if the fetch ends without a report.
 bool fetch_list()
 {
     const unique_fd socket{connect_server(directory_host, directory_port, nullptr)};
@@ -161,14 +161,14 @@ bool fetch_list()
     return should_report;
 }
 
-/// Shows the list, below a window that is open.
+/// Draws the list, and brings an open popup to the front again.
 void show_list()
 {
     server_list_draw();
     popup_raise();
 }
 
-/// Shows the result. From here on the next fetch may begin.
+/// Shows the result and lets the next fetch begin.
 void finish_fetch(bool should_report)
 {
     const state_lock_guard guard;
