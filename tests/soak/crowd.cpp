@@ -140,12 +140,13 @@ void crowd::take_in(member& one)
 /// One server after the other, so that each has its turn once a second.
 void crowd::send_due()
 {
+    // Taken first: whoever has stopped the talk and counts then must find nothing under way.
+    const std::lock_guard lock{guard};
     const std::int64_t now = read_clock_us();
     if (!is_talking) {
         next_due_us = now;
         return;
     }
-    const std::lock_guard lock{guard};
     for (; next_due_us <= now;
          next_due_us += us_per_second / static_cast<std::int64_t>(members.size())) {
         member& one = members[next_speaker];
