@@ -72,14 +72,24 @@ void wait_for_terminal()
     }
 }
 
+/// Whether the terminal is no longer ours: in the last phase, while a fetch is waited for.
+bool has_left_terminal()
+{
+    return app_state.terminal == nullptr;
+}
+
 void on_continue(int)
 {
+    if (has_left_terminal())
+        return;
     wait_for_terminal();
     screen_resume();
 }
 
 void on_stop(int signal_number)
 {
+    if (has_left_terminal())
+        return signal_take_default(signal_number);
     endwin();
     signal_take_default(signal_number);
     wait_for_terminal();

@@ -17,6 +17,7 @@ namespace
 {
 
 constexpr mode_t permission_bits = 07777;
+constexpr mode_t rights_of_others = S_IRWXG | S_IRWXO;
 constexpr int max_links = 40;
 
 /// The file that a path leads to.
@@ -24,6 +25,7 @@ struct replaced_file {
     heap_text path; // after all links; null when out of memory or if the links form a circle
     bool exists = false;
     struct stat status = {};
+    mode_t mode = 0; // the permissions to give it
 };
 
 /// The path that a link points to; null if `path` is not a link or when out of memory.
@@ -94,11 +96,24 @@ bool set_length(int fd, std::size_t length)
     return retry_on_eintr([&] { return ftruncate(fd, agreed); }) == 0 && error == 0;
 }
 
-bool write_in_place(const char* path, std::string_view content)
+int set_mode(int fd, mode_t mode)
+{
+    return retry_on_eintr([&] { return fchmod(fd, mode); });
+}
+
+/// Takes rights away that the content is not for. Devices and pipes keep theirs.
+bool restrict_readers(int fd, const replaced_file& file)
+{
+    const bool is_kept = (file.status.st_mode & permission_bits) == file.mode;
+    return is_kept || !S_ISREG(file.status.st_mode) || set_mode(fd, file.mode) == 0;
+}
+
+bool write_in_place(const replaced_file& file, std::string_view content)
 {
     const unique_fd fd{
-        retry_on_eintr([&] { return open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC); })};
-    return fd && set_length(fd.get(), content.size()) && write_content(fd.get(), content);
+        retry_on_eintr([&] { return open(file.path.get(), O_WRONLY | O_NONBLOCK | O_CLOEXEC); })};
+    return fd && restrict_readers(fd.get(), file) && set_length(fd.get(), content.size()) &&
+           write_content(fd.get(), content);
 }
 
 int set_owner(int fd, uid_t user, gid_t group)
@@ -106,22 +121,23 @@ int set_owner(int fd, uid_t user, gid_t group)
     return retry_on_eintr([&] { return fchown(fd, user, group); });
 }
 
-/// Gives the new file the old one's mode, and its owner if that is allowed.
-bool copy_attributes(int fd, const struct stat& status)
+/// Gives the new file its mode, and the old one's owner if that is allowed.
+bool copy_attributes(int fd, const replaced_file& file)
 {
+    const struct stat& status = file.status;
     if (set_owner(fd, status.st_uid, status.st_gid) != 0) {
         if (errno != EPERM)
             return false;
         // We may not change the owner; at least the group that may read it stays the same.
         set_owner(fd, static_cast<uid_t>(-1), status.st_gid);
     }
-    return retry_on_eintr([&] { return fchmod(fd, status.st_mode & permission_bits); }) == 0;
+    return set_mode(fd, file.mode) == 0;
 }
 
 bool write_beside(const replaced_file& file, const unfinished_file& beside,
                   std::string_view content)
 {
-    const bool is_ready = !file.exists || copy_attributes(beside.fd.get(), file.status);
+    const bool is_ready = !file.exists || copy_attributes(beside.fd.get(), file);
     const bool is_written = is_ready && write_content(beside.fd.get(), content);
     const auto put_in_place = [&] { return rename(beside.name.get(), file.path.get()); };
     if (is_written && retry_on_eintr(put_in_place) == 0) {
@@ -131,23 +147,25 @@ bool write_beside(const replaced_file& file, const unfinished_file& beside,
     const int rename_error = is_written ? errno : 0;
     unlink(beside.name.get());
     // Some folders let only a file's owner replace it, and a mounted file cannot be replaced.
-    return file.exists && is_refused(rename_error) && write_in_place(file.path.get(), content);
+    return file.exists && is_refused(rename_error) && write_in_place(file, content);
 }
 
 } // namespace
 
-bool file_replace(const char* path, std::string_view content)
+bool file_replace(const char* path, std::string_view content, file_readers readers)
 {
-    const replaced_file file = find_file(path);
+    replaced_file file = find_file(path);
     if (!file.path)
         return false;
+    const mode_t withheld = readers == file_readers::owner_only ? rights_of_others : 0;
+    file.mode = file.status.st_mode & permission_bits & ~withheld;
     if (file.exists && access(file.path.get(), W_OK) != 0)
         return false;
     if (file.exists && !S_ISREG(file.status.st_mode))
-        return write_in_place(file.path.get(), content);
+        return write_in_place(file, content);
     unfinished_files_remove(file.path.get());
     const unfinished_file beside = unfinished_file_new(file.path.get());
     if (!beside.fd)
-        return file.exists && is_refused(errno) && write_in_place(file.path.get(), content);
+        return file.exists && is_refused(errno) && write_in_place(file, content);
     return write_beside(file, beside, content);
 }

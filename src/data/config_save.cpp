@@ -8,11 +8,15 @@
 #include "data/xml.hpp"
 
 #include <cstdlib>
+#include <cstring>
+#include <initializer_list>
 #include <span>
 #include <utility>
 
 namespace
 {
+
+constexpr const char* server_indent = "        ";
 
 /// Whether the file that is about to be replaced is one that the next start would read, or missing.
 bool may_be_replaced()
@@ -35,6 +39,34 @@ const char* text_or_empty(const char* text)
     return text != nullptr ? text : "";
 }
 
+/// The password that is saved for a server; null for none. Borrowed.
+const char* find_saved_password(const server_entry& server)
+{
+    return is_setting_on(SavePasswords) ? server.Password : nullptr;
+}
+
+/// Writes a value with blanks for "<" and ">", which the next start would take for markup.
+void write_value(std::FILE* file, const char* value)
+{
+    while (true) {
+        const std::size_t length = std::strcspn(value, "<>");
+        std::fwrite(value, 1, length, file);
+        if (value[length] == '\0')
+            return;
+        std::fputc(' ', file);
+        value += length + 1;
+    }
+}
+
+void write_element(std::FILE* file, const char* indent, const char* name, const char* value)
+{
+    for (const char* part : {indent, "<", name, ">"})
+        std::fputs(part, file);
+    write_value(file, text_or_empty(value));
+    for (const char* part : {"</", name, ">\n"})
+        std::fputs(part, file);
+}
+
 void write_settings(std::FILE* file)
 {
     for (const checkbox_setting& row :
@@ -44,27 +76,31 @@ void write_settings(std::FILE* file)
                          (app_state.setting_flags & row.bit) != 0 ? 1 : 0, row.key);
     }
     for (const text_setting& row : std::span{text_setting_table}.first<setting_text_count>())
-        std::fprintf(file, "    <%s>%s</%s>\n", row.key, folder_setting(row.index), row.key);
+        write_element(file, "    ", row.key, folder_setting(row.index));
 }
 
 void write_server(std::FILE* file, const server_entry& server, int number)
 {
-    const char* password = is_setting_on(SavePasswords) ? server.Password : nullptr;
-    std::fprintf(file,
-                 "    <Server%d>\n"
-                 "        <ServerName>%s</ServerName>\n"
-                 "        <ServerPort>%d</ServerPort>\n"
-                 "        <ServerAlias>%s</ServerAlias>\n"
-                 "        <Location>%s</Location>\n"
-                 "        <Info>%s</Info>\n"
-                 "        <Password>%s</Password>\n"
-                 "        <SubCode>%s</SubCode>\n"
-                 "        <UseEMail>%s</UseEMail>\n"
-                 "    </Server%d>\n",
-                 number, server.ServerName, server_port(server), text_or_empty(server.ServerAlias),
-                 text_or_empty(server.Location), text_or_empty(server.Info),
-                 text_or_empty(password), text_or_empty(server.SubCode),
-                 text_or_empty(server.UseEMail), number);
+    std::fprintf(file, "    <Server%d>\n", number);
+    write_element(file, server_indent, "ServerName", server.ServerName);
+    std::fprintf(file, "%s<ServerPort>%d</ServerPort>\n", server_indent, server_port(server));
+    write_element(file, server_indent, "ServerAlias", server.ServerAlias);
+    write_element(file, server_indent, "Location", server.Location);
+    write_element(file, server_indent, "Info", server.Info);
+    write_element(file, server_indent, "Password", find_saved_password(server));
+    write_element(file, server_indent, "SubCode", server.SubCode);
+    write_element(file, server_indent, "UseEMail", server.UseEMail);
+    std::fprintf(file, "    </Server%d>\n", number);
+}
+
+/// Whether any server's password will be in the file.
+bool has_passwords()
+{
+    for (std::int32_t index = 0; index < app_state.servers->count; ++index) {
+        if (find_saved_password(*server_at(app_state.servers, index)) != nullptr)
+            return true;
+    }
+    return false;
 }
 
 void write_config(std::FILE* file)
@@ -111,6 +147,7 @@ void config_save()
     if (app_state.is_config_unread || !may_be_replaced())
         return;
     const config_text text = make_text();
+    const auto readers = has_passwords() ? file_readers::owner_only : file_readers::as_before;
     if (text.bytes && text.length <= config_max_bytes)
-        file_replace(config_name, {text.bytes.get(), text.length});
+        file_replace(config_name, {text.bytes.get(), text.length}, readers);
 }

@@ -16,17 +16,6 @@ void replace_in_place(char* text, const char* pattern, const char* replacement, 
         std::memcpy(match, replacement, length);
 }
 
-/// The length that `text` has once every pattern is replaced.
-std::size_t compute_replaced_length(const char* text, const char* pattern,
-                                    std::size_t pattern_length, std::size_t replacement_length)
-{
-    std::size_t length = std::strlen(text);
-    for (const char* match = std::strstr(text, pattern); match != nullptr;
-         match = std::strstr(match + pattern_length, pattern))
-        length = length - pattern_length + replacement_length;
-    return length;
-}
-
 char* append_bytes(char* end, const char* bytes, std::size_t length)
 {
     std::memcpy(end, bytes, length);
@@ -59,6 +48,17 @@ char* str_append(char* text, const char* added)
     return grown;
 }
 
+std::size_t str_replaced_length(const char* text, const char* pattern, const char* replacement)
+{
+    const std::size_t pattern_length = std::strlen(pattern);
+    const std::size_t replacement_length = replacement != nullptr ? std::strlen(replacement) : 0;
+    std::size_t length = std::strlen(text);
+    for (const char* match = std::strstr(text, pattern); match != nullptr;
+         match = std::strstr(match + pattern_length, pattern))
+        length = length - pattern_length + replacement_length;
+    return length;
+}
+
 char* str_replace(char* text, const char* pattern, const char* replacement)
 {
     if (text == nullptr || *pattern == '\0')
@@ -76,8 +76,7 @@ char* str_replace(char* text, const char* pattern, const char* replacement)
     }
 
     // Built beside the old text, so that a failed allocation leaves that one whole.
-    const std::size_t length =
-        compute_replaced_length(text, pattern, pattern_length, replacement_length);
+    const std::size_t length = str_replaced_length(text, pattern, replacement);
     auto* made = static_cast<char*>(std::malloc(length + 1));
     if (made == nullptr)
         return text;

@@ -1,8 +1,10 @@
-// text.hpp - the five string routines that the whole program shares.
+// text.hpp - the string routines that the whole program shares.
 //
 // All texts are NUL-terminated bytes without any notion of an encoding. Heap texts are malloc'ed;
 // str_append and str_replace may move theirs, so callers go on with the returned pointer.
 #pragma once
+
+#include <cstddef>
 
 /// A new copy of `text`, owned by the caller. Null for null, and when the allocation fails.
 char* str_dup(const char* text);
@@ -18,6 +20,9 @@ char* str_append(char* text, const char* added);
 /// `text` itself, unchanged. An empty pattern matches nothing. Neither `pattern` nor
 /// `replacement` may lie within `text`.
 char* str_replace(char* text, const char* pattern, const char* replacement);
+
+/// The length of what str_replace gives. text, pattern: never null; the pattern is not empty.
+std::size_t str_replaced_length(const char* text, const char* pattern, const char* replacement);
 
 /// Splits `text` in place: puts the start of each field into `fields`, of which there are
 /// `field_slots`, and ends each by a NUL. Slots beyond the last field are left untouched.

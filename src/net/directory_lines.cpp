@@ -20,9 +20,23 @@ constexpr int field_location = 3;
 constexpr int field_info = 4;
 constexpr int field_alias = 6;
 
+/// Whether a byte is one that the configuration's reader takes for markup, or a control character.
+bool is_unsafe(char character)
+{
+    const auto byte = static_cast<unsigned char>(character);
+    return byte == '<' || byte == '>' || byte < 0x20 || (byte >= 0x7F && byte < 0xA0);
+}
+
+/// Copies a field with blanks for its unsafe bytes: all of it comes from strangers, and is shown
+/// and saved.
 char* copy_field(const char* field)
 {
-    return field[0] != '\0' ? str_dup(field) : nullptr;
+    char* copy = field[0] != '\0' ? str_dup(field) : nullptr;
+    for (char* at = copy; at != nullptr && *at != '\0'; ++at) {
+        if (is_unsafe(*at))
+            *at = ' ';
+    }
+    return copy;
 }
 
 std::int32_t read_port(const char* field)

@@ -16,6 +16,7 @@
 #include "ui/server_pane.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -29,7 +30,8 @@ constexpr int ready_wait_s = 30;
 constexpr std::size_t block_bytes = 4096;
 constexpr std::size_t request_size = 512;
 constexpr long finish_round_us = 10'000;
-constexpr long max_silence_us = 5'000'000;
+constexpr std::chrono::seconds max_silence{5};
+constexpr std::chrono::seconds max_finish{20};
 constexpr int entries_per_batch = 256;
 
 /// Whether the thread may still insert and draw: not once it was given up. Under the state lock.
@@ -215,6 +217,25 @@ void give_up_fetch()
         shutdown(app_state.fetch.socket, SHUT_RDWR);
 }
 
+/// How long shutdown waits for a fetch. The time is measured and not counted in rounds, which a
+/// busy machine makes longer.
+struct fetch_patience {
+    using clock = std::chrono::steady_clock;
+    clock::time_point begin = clock::now();
+    clock::time_point last_progress = begin;
+    unsigned progress = app_state.fetch.progress;
+
+    bool may_wait()
+    {
+        const clock::time_point now = clock::now();
+        if (progress != app_state.fetch.progress) {
+            progress = app_state.fetch.progress;
+            last_progress = now;
+        }
+        return now - last_progress < max_silence && now - begin < max_finish;
+    }
+};
+
 } // namespace
 
 void start_server_list_fetch()
@@ -232,15 +253,9 @@ void start_server_list_fetch()
 
 void server_list_fetch_finish()
 {
-    unsigned progress = app_state.fetch.progress;
-    long silent_us = 0;
-    while (app_state.fetch.running > 0 && silent_us < max_silence_us) {
+    fetch_patience patience;
+    while (app_state.fetch.running > 0 && patience.may_wait())
         pause_for(finish_round_us);
-        silent_us += finish_round_us;
-        if (progress != app_state.fetch.progress)
-            silent_us = 0;
-        progress = app_state.fetch.progress;
-    }
     if (app_state.fetch.running > 0)
         give_up_fetch();
     else

@@ -8,6 +8,7 @@
 /// reported with a beep.
 void start_server_list_fetch();
 
-/// Waits in pauses for a fetch to end, as long as it makes progress. A fetch whose directory has
-/// been silent for five seconds is given up and changes nothing from then on. For shutdown.
+/// Waits in pauses for a fetch to end, as long as it makes progress. A fetch is given up after five
+/// seconds of silence, and after twenty seconds in all; it changes nothing from then on. For
+/// shutdown.
 void server_list_fetch_finish();

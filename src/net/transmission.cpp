@@ -56,15 +56,21 @@ void neutralise_percents(char* text)
         *percent = '#';
 }
 
-/// Replaces one placeholder by its value, wherever in the text it stands. marker, end: the "%" that
-/// it begins with and the one that it ends with.
-char* fill_placeholder(char* text, const char* marker, const char* end, const xml_node* document)
+/// Replaces one placeholder by its value, wherever in the text it stands. If that made the text too
+/// long, every "%" becomes "#" instead. marker, end: the "%" that it begins with and the one that
+/// it ends with.
+char* fill_placeholder(char* text, char* marker, const char* end, const xml_node* document)
 {
     const heap_text placeholder{strndup(marker, static_cast<size_t>(end - marker) + 1)};
     const heap_text path{strndup(marker + 1, static_cast<size_t>(end - marker) - 1)};
     if (!placeholder || !path)
         return text;
-    return str_replace(text, placeholder.get(), xml_get(document, path.get(), false, false));
+    const char* value = xml_get(document, path.get(), false, false);
+    if (str_replaced_length(text, placeholder.get(), value) > template_max_bytes) {
+        neutralise_percents(marker);
+        return text;
+    }
+    return str_replace(text, placeholder.get(), value);
 }
 
 void print_message(colour pair, bool scroll_first, const char* text)
@@ -130,7 +136,7 @@ char* fill_template(char* text, const xml_node* document)
         char* marker = std::strchr(text, '%');
         if (marker == nullptr)
             return text;
-        if (replaced >= template_max_replacements || std::strlen(text) > template_max_bytes) {
+        if (replaced >= template_max_replacements) {
             neutralise_percents(marker);
             return text;
         }

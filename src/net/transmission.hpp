@@ -9,9 +9,9 @@
 void present_transmission(server_entry& entry, const xml_node* document);
 
 /// Replaces every "%path%" of a text by the document's value at that path, or by nothing if there
-/// is none. A "%" without a partner becomes "#". Values may name placeholders too, so what is left
-/// after a bounded number of replacements, or in a text that has outgrown its bound, gets "#" for
-/// "%" as well.
+/// is none. A "%" without a partner becomes "#". Values may name placeholders too, so after a
+/// bounded number of replacements, and before one that would make the text longer than its bound,
+/// every "%" that is left becomes "#" as well.
 /// text: malloc'ed, may be null, may move.
 /// The filled text, which the caller owns.
 char* fill_template(char* text, const xml_node* document);

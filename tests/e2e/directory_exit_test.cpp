@@ -74,6 +74,38 @@ TEST_F(directory_exit, waits_for_a_slow_list_as_long_as_it_makes_progress)
     expect_saved_servers({first, known});
 }
 
+TEST_F(directory_exit, a_list_that_trickles_is_given_up_after_20_seconds)
+{
+    ASSERT_TRUE(start());
+    std::optional<server_connection> list = fetch();
+    ASSERT_TRUE(list);
+    ASSERT_TRUE(list->send_bytes(answer_header + directory_line(first)));
+    ASSERT_TRUE(leave());
+    const auto begin = std::chrono::steady_clock::now();
+    const auto elapsed = [&] { return std::chrono::steady_clock::now() - begin; };
+    while (elapsed() < std::chrono::seconds{60} && !list->wait_for_close(std::chrono::seconds{1}))
+        static_cast<void>(list->send_bytes("."));
+    EXPECT_LT(elapsed(), std::chrono::seconds{60});
+    EXPECT_GT(elapsed(), std::chrono::seconds{15});
+    expect_good_end();
+    expect_saved_servers({known});
+}
+
+TEST_F(directory_exit, signals_in_the_last_phase_leave_the_terminal_restored)
+{
+    ASSERT_TRUE(start());
+    std::optional<server_connection> list = fetch();
+    ASSERT_TRUE(list);
+    ASSERT_TRUE(leave());
+    for (const int signal_number : {SIGCONT, SIGTSTP, SIGCONT, SIGWINCH})
+        ASSERT_EQ(kill(client.terminal().process_id(), signal_number), 0);
+    ASSERT_TRUE(list->send_bytes(answer_header + directory_line(first)));
+    list->close();
+    expect_good_end();
+    EXPECT_FALSE(client.terminal().screen().alternate_screen());
+    expect_saved_servers({first, known});
+}
+
 TEST_F(directory_exit, a_long_list_that_is_being_added_is_saved_whole)
 {
     constexpr int count = 10'000;

@@ -22,16 +22,20 @@ std::string replace_all(const std::string& text, const std::string& placeholder,
     return made.append(text, from);
 }
 
+std::string neutralise(std::string text)
+{
+    std::replace(text.begin(), text.end(), '%', '#');
+    return text;
+}
+
 std::string fill(std::string text, const xml_node* document)
 {
     for (int count = 0;; ++count) {
         const std::size_t start = text.find('%');
         if (start == std::string::npos)
             return text;
-        if (count >= template_max_replacements || text.size() > template_max_bytes) {
-            std::replace(text.begin(), text.end(), '%', '#');
-            return text;
-        }
+        if (count >= template_max_replacements)
+            return neutralise(text);
         const std::size_t end = text.find('%', start + 1);
         if (end == std::string::npos) {
             text[start] = '#';
@@ -40,7 +44,10 @@ std::string fill(std::string text, const xml_node* document)
         const std::string placeholder = text.substr(start, end - start + 1);
         const std::string path = placeholder.substr(1, placeholder.size() - 2);
         const char* value = xml_get(document, path.c_str(), false, false);
-        text = replace_all(text, placeholder, value != nullptr ? value : "");
+        const std::string filled = replace_all(text, placeholder, value != nullptr ? value : "");
+        if (filled.size() > template_max_bytes)
+            return neutralise(text);
+        text = filled;
     }
 }
 
@@ -55,6 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(made != nullptr, "a template gives a text");
     const std::string result = made.get();
     require(result.find('%') == std::string::npos, "no placeholder is left");
+    require(result.size() <= std::max(text.size(), template_max_bytes), "the bound holds");
     require(result == fill(text, document.get()), "every placeholder has its value");
     return 0;
 }

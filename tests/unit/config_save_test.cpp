@@ -51,7 +51,7 @@ TEST_F(config_saving, writes_defaults_exactly)
 TEST_F(config_saving, writes_servers_and_settings_exactly)
 {
     server_entry* full = add_server("b.example", 4000);
-    full->ServerAlias = str_dup("Z\xFCrich & <co>");
+    full->ServerAlias = str_dup("Z\xFCrich & \"co\"");
     full->Location = str_dup("here");
     full->Info = str_dup("100% %s");
     full->Password = str_dup("900150983cd24fb0d6963f7d28e17f72");
@@ -76,7 +76,7 @@ TEST_F(config_saving, writes_servers_and_settings_exactly)
                                   "    <Server1>\n"
                                   "        <ServerName>b.example</ServerName>\n"
                                   "        <ServerPort>4000</ServerPort>\n"
-                                  "        <ServerAlias>Z\xFCrich & <co></ServerAlias>\n"
+                                  "        <ServerAlias>Z\xFCrich & \"co\"</ServerAlias>\n"
                                   "        <Location>here</Location>\n"
                                   "        <Info>100% %s</Info>\n"
                                   "        <Password>900150983cd24fb0d6963f7d28e17f72</Password>\n"
@@ -271,6 +271,45 @@ TEST_F(config_saving, keeps_mode_and_link_and_makes_new_files_private)
     EXPECT_EQ(mode_of("real"), 0644U);
     EXPECT_TRUE(std::filesystem::is_symlink(home.path_of("ncursesclient.conf")));
     EXPECT_EQ(home.files(), (std::vector<std::string>{"ncursesclient.conf", "real"}));
+}
+
+TEST_F(config_saving, lets_only_the_owner_read_passwords)
+{
+    const std::string path = home.path_of("ncursesclient.conf");
+    const auto saved_mode = [&](mode_t mode) {
+        EXPECT_EQ(chmod(path.c_str(), mode), 0);
+        save();
+        struct stat status = {};
+        EXPECT_EQ(stat(path.c_str(), &status), 0);
+        return status.st_mode & 07777;
+    };
+    save();
+    server_entry* server = add_server("a.example", 2202);
+    app_state.setting_flags = SavePasswords;
+    EXPECT_EQ(saved_mode(0644), 0644U) << "there is no password yet";
+    server->Password = str_dup("0123456789abcdef0123456789abcdef");
+    for (const mode_t mode : {0644U, 0666U, 0640U, 0604U})
+        EXPECT_EQ(saved_mode(mode), 0600U) << mode;
+    app_state.setting_flags = 0;
+    EXPECT_EQ(saved_mode(0644), 0644U) << "the password is not written";
+}
+
+TEST_F(config_saving, writes_blanks_for_what_would_be_read_as_markup)
+{
+    server_entry* server = add_server("a<b>.example", 2202);
+    server->ServerAlias = str_dup("</clientconf>");
+    server->Info = str_dup("nice</Info></Server1><Server2><ServerName>127.0.0.66</ServerName>");
+    server->UseEMail = str_dup("<me>");
+    app_state.setting_texts[ReportPath] = str_dup("<Server3>");
+    save();
+    client_settings expected;
+    expected.report_folder = " Server3 ";
+    expected.servers = {
+        {.name = "a b .example",
+         .alias = " /clientconf ",
+         .info = "nice /Info  /Server1  Server2  ServerName 127.0.0.66 /ServerName ",
+         .email = " me "}};
+    EXPECT_EQ(home.read_config(), config_text(expected));
 }
 
 TEST_F(config_saving, says_nothing_about_a_file_that_may_not_be_written)

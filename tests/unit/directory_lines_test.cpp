@@ -96,6 +96,16 @@ TEST(directory_lines, empty_fields_are_absent_texts)
     EXPECT_EQ(text_of(entry->ServerAlias), std::nullopt);
 }
 
+TEST(directory_lines, markup_and_control_characters_become_blanks)
+{
+    const std::string text = "a<b>c\x01\x1F\r\x7F\x80\x9F\xA0\xFF&\"'";
+    const owned_entry entry =
+        parse_entry(text + "\t1\t\t" + text + "\t" + text + "\t\t" + text + "\t\t");
+    ASSERT_TRUE(entry);
+    for (const char* taken : {entry->ServerName, entry->Location, entry->Info, entry->ServerAlias})
+        EXPECT_STREQ(taken, "a b c      \xA0\xFF&\"'");
+}
+
 TEST(directory_lines, only_nine_fields_make_an_entry)
 {
     std::string line = "host";

@@ -62,7 +62,8 @@ protected:
 
 TEST_F(sticky_folder, has_its_file_written_in_place)
 {
-    EXPECT_TRUE(unprivileged([this] { return file_replace(path.c_str(), new_content); }));
+    EXPECT_TRUE(unprivileged(
+        [this] { return file_replace(path.c_str(), new_content, file_readers::as_before); }));
     EXPECT_EQ(home.read_file("folder/file"), new_content);
     expect_same_file_and_no_other();
 }
@@ -72,7 +73,8 @@ TEST_F(sticky_folder, keeps_the_old_content_when_the_disk_is_full)
     EXPECT_TRUE(unprivileged([this] {
         const rlimit limit = {4096, 4096};
         std::signal(SIGXFSZ, SIG_IGN);
-        return setrlimit(RLIMIT_FSIZE, &limit) == 0 && !file_replace(path.c_str(), much);
+        return setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
+               !file_replace(path.c_str(), much, file_readers::as_before);
     }));
     EXPECT_EQ(home.read_file("folder/file"), old_content);
     expect_same_file_and_no_other();
@@ -82,7 +84,8 @@ TEST_F(sticky_folder, keeps_a_file_that_may_not_be_written)
 {
     ASSERT_EQ(chmod(path.c_str(), 0644), 0);
     before = status();
-    EXPECT_TRUE(unprivileged([this] { return !file_replace(path.c_str(), new_content); }));
+    EXPECT_TRUE(unprivileged(
+        [this] { return !file_replace(path.c_str(), new_content, file_readers::as_before); }));
     EXPECT_EQ(home.read_file("folder/file"), old_content);
     expect_same_file_and_no_other();
 }
@@ -103,7 +106,8 @@ TEST(mounted_file, is_written_in_place)
     };
     if (!in_own_mounts([] { return true; }))
         GTEST_SKIP() << "nothing may be mounted here";
-    EXPECT_TRUE(in_own_mounts([&] { return file_replace(path.c_str(), new_content); }));
+    EXPECT_TRUE(in_own_mounts(
+        [&] { return file_replace(path.c_str(), new_content, file_readers::as_before); }));
     EXPECT_EQ(home.read_file("behind"), new_content);
     EXPECT_EQ(home.read_file("file"), "");
     EXPECT_EQ(home.files(), (std::vector<std::string>{"behind", "file"}));

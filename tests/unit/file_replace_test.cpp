@@ -40,7 +40,7 @@ class file_replacing : public testing::Test
 protected:
     bool replace(const char* name, std::string_view content = new_content) const
     {
-        return file_replace(home.path_of(name).c_str(), content);
+        return file_replace(home.path_of(name).c_str(), content, file_readers::as_before);
     }
     void link_to(const std::string& target, const char* name) const
     {
@@ -79,8 +79,10 @@ TEST_F(file_replacing, keeps_the_mode_whatever_the_umask)
 
 TEST_F(file_replacing, accepts_a_bare_name_in_the_current_folder)
 {
-    EXPECT_TRUE(in_child(
-        [this] { return chdir(home.path().c_str()) == 0 && file_replace("file", new_content); }));
+    EXPECT_TRUE(in_child([this] {
+        return chdir(home.path().c_str()) == 0 &&
+               file_replace("file", new_content, file_readers::as_before);
+    }));
     EXPECT_EQ(home.read_file("file"), new_content);
 }
 
