@@ -160,6 +160,16 @@ TEST_F(settings_folders, all_slashes_at_the_end_are_removed)
     expect_saved(".//logs", "./");
 }
 
+TEST_F(settings_folders, an_unknown_character_is_a_question_mark)
+{
+    ASSERT_TRUE(client.start(settings));
+    ASSERT_TRUE(open_page());
+    ASSERT_TRUE(ask('r'));
+    client.terminal().send("a中b😀c");
+    EXPECT_TRUE(client.terminal().wait_until([&] { return edit_line().starts_with("a?b?c_ "); },
+                                             "one sign for each"));
+}
+
 TEST_F(settings_folders, escape_an_empty_line_and_a_time_out_change_nothing)
 {
     ASSERT_TRUE(client.start(settings));
