@@ -130,7 +130,6 @@ int complete_character(WINDOW* window, int byte)
 void keys_init()
 {
     set_escdelay(escape_delay_ms);
-    meta(stdscr, TRUE);
     keypad(stdscr, TRUE);
     // Without this, curses puts off drawing while keys are waiting.
     typeahead(-1);
