@@ -33,7 +33,7 @@ void give_terminal_back()
     if (terminal_is_lent())
         terminal_rescue_write();
     else
-        endwin();
+        screen_suspend();
 }
 
 void on_end(int signal_number)
@@ -90,7 +90,7 @@ void on_stop(int signal_number)
 {
     if (has_left_terminal())
         return signal_take_default(signal_number);
-    endwin();
+    screen_suspend();
     signal_take_default(signal_number);
     wait_for_terminal();
     shell_modes_note();

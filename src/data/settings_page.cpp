@@ -98,6 +98,13 @@ void blank_folder(std::size_t index)
                getmaxx(app_state.settings_win) - 1 - column);
 }
 
+/// A slash left at the end would have a link followed, and be in the names of logs.
+void trim_slashes(char* folder)
+{
+    while (std::string_view{folder}.ends_with('/'))
+        strip_trailing_slash(folder);
+}
+
 /// Asks for a folder. Null unless the answer names one that is there.
 heap_text ask_folder(const text_setting& setting)
 {
@@ -107,7 +114,7 @@ heap_text ask_folder(const text_setting& setting)
                                   app_state.setting_texts[setting.index])};
     if (!folder)
         return nullptr;
-    strip_trailing_slash(folder.get());
+    trim_slashes(folder.get());
     // Kept on purpose: a link to a folder does not count as one, and nothing says what is wrong.
     // Test: settings_key_press.refuses_anything_but_a_folder.
     struct stat status = {};

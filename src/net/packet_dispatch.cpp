@@ -148,11 +148,18 @@ void show_uptime(server_entry&, const packet_view& packet)
                   static_cast<int>(clients));
 }
 
+void give_beeps(int count)
+{
+    for (; count > 0; --count)
+        beep();
+}
+
 /// What the client does about one kind of packet: beeps, then reports the message, then calls the
 /// handler.
 struct packet_rule {
     received_packet_kind kind;
     int beeps = 0;
+    int beeps_after_message = 0;
     colour pair = colour::text;    // of the message
     const char* message = nullptr; // null: none of its own
     void (*handle)(server_entry& entry, const packet_view& packet) = nullptr; // null: nothing
@@ -191,11 +198,11 @@ constexpr packet_rule packet_rules[] = {
      .pair = colour::error,
      .message = "Your Pager Request could not be added/removed"},
     {.kind = received_password_accepted,
-     .beeps = 1,
+     .beeps_after_message = 1,
      .pair = colour::success,
      .message = "Password accepted. MessageAccess granted"},
     {.kind = received_password_refused,
-     .beeps = 1,
+     .beeps_after_message = 1,
      .pair = colour::error,
      .message = "Your password doesnt match. MessageAccess denied",
      .handle = forget_password},
@@ -234,10 +241,10 @@ void packet_dispatch(server_entry& entry, const packet_buffer& packet)
     const auto* rule = std::ranges::lower_bound(packet_rules, header.kind, {}, &packet_rule::kind);
     if (rule == std::end(packet_rules) || rule->kind != header.kind)
         return;
-    for (int beeps = 0; beeps < rule->beeps; ++beeps)
-        beep();
+    give_beeps(rule->beeps);
     if (rule->message != nullptr)
         status_report(rule->pair, "%s", rule->message);
+    give_beeps(rule->beeps_after_message);
     if (rule->handle != nullptr)
         rule->handle(entry,
                      {header, packet.payload, reinterpret_cast<const char*>(packet.payload)});

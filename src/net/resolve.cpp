@@ -95,7 +95,7 @@ void collect_key(kept_keys& kept)
 void put_keys_back(const kept_keys& kept)
 {
     for (int index = kept.count - 1; index >= 0; --index)
-        ungetch(kept.keys[index]);
+        key_give_back(kept.keys[index]);
 }
 
 /// Waits until there is an answer, or until the user wants to leave the program.

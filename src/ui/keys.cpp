@@ -6,6 +6,8 @@
 #include "ui/terminal_line.hpp"
 #include "ui/terminal_type.hpp"
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <langinfo.h>
@@ -18,6 +20,10 @@ constexpr int meta_bit = 0x80;
 constexpr int control_h = control('H');
 constexpr int max_looks = 3;
 
+/// Marks a key that is known to be whole, unlike a byte that may begin a character.
+constexpr int whole_key = 0x4000;
+constexpr int max_byte = 0xFF;
+
 bool is_utf8_locale()
 {
     return std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
@@ -27,7 +33,7 @@ void define_escaped_letters()
 {
     for (char letter = 'a'; letter <= 'z'; ++letter) {
         const char sequence[] = {'\033', letter, '\0'};
-        define_key(sequence, letter | meta_bit);
+        define_key(sequence, letter | meta_bit | whole_key);
     }
 }
 
@@ -36,7 +42,7 @@ void define_utf8_letters()
     for (int code = 0xA0; code <= 0xFF; ++code) {
         const char sequence[] = {static_cast<char>(0xC0 | (code >> 6)),
                                  static_cast<char>(0x80 | (code & 0x3F)), '\0'};
-        define_key(sequence, code);
+        define_key(sequence, code | whole_key);
     }
 }
 
@@ -75,12 +81,55 @@ int look_for_key_or_end(WINDOW* window)
     return ERR;
 }
 
+/// How many bytes follow this one if it begins a character of three or four bytes. Curses knows the
+/// characters of two bytes.
+int count_bytes_after(int byte)
+{
+    if (byte < 0xE0 || byte > 0xF4)
+        return 0;
+    return byte < 0xF0 ? 2 : 3;
+}
+
+bool is_continuation(int key)
+{
+    return key >= 0x80 && key <= 0xBF;
+}
+
+/// The next key that comes in before the deadline, or ERR.
+int wait_for_key(WINDOW* window, std::chrono::steady_clock::time_point deadline)
+{
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    wtimeout(window, std::max(0, static_cast<int>(left.count())));
+    const int key = read_typed_key(window);
+    nodelay(window, TRUE);
+    return key;
+}
+
+/// The key that starts with this byte in UTF-8. A lone byte is ALT and a letter; one that others
+/// continue is the start of a character, even if that breaks off.
+int complete_character(WINDOW* window, int byte)
+{
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds{escape_delay_ms};
+    int key = byte;
+    for (int left = count_bytes_after(byte); left > 0; --left) {
+        const int next = wait_for_key(window, deadline);
+        if (!is_continuation(next)) {
+            if (next != ERR)
+                ungetch(next);
+            return key;
+        }
+        key = key_unknown;
+    }
+    return key;
+}
+
 } // namespace
 
 void keys_init()
 {
     set_escdelay(escape_delay_ms);
-    meta(stdscr, TRUE);
     keypad(stdscr, TRUE);
     // Without this, curses puts off drawing while keys are waiting.
     typeahead(-1);
@@ -101,7 +150,16 @@ int key_read(WINDOW* window)
     const bool has_terminal = app_state.terminal != nullptr;
     if (key == ERR && has_terminal)
         key = look_for_key_or_end(reader);
+    if (is_utf8_locale())
+        key = complete_character(reader, key);
+    if (key != ERR && (key & whole_key) != 0)
+        key &= max_byte;
     return key == KEY_ENTER ? key_enter : key;
+}
+
+void key_give_back(int key)
+{
+    ungetch(key >= 0 && key <= max_byte ? key | whole_key : key);
 }
 
 int key_read_for_prompt(WINDOW* window)

@@ -106,6 +106,7 @@ bool open_key_line()
 
 void set_terminal_modes()
 {
+    meta(stdscr, TRUE);
     keypad(stdscr, TRUE);
     nodelay(stdscr, TRUE);
     cbreak();
@@ -137,7 +138,7 @@ void raise_joined_panes()
 void leave_screen()
 {
     blank_screen();
-    endwin();
+    screen_suspend();
     // At once, or keys typed meanwhile would be echoed, and a ^D taken for the end of the input.
     reset_prog_mode();
 }
@@ -217,6 +218,13 @@ void on_resize(int)
         raise(SIGWINCH);
 }
 
+void screen_suspend()
+{
+    // The end of the screen ends keypad mode by itself, but not this one.
+    meta(stdscr, FALSE);
+    endwin();
+}
+
 void screen_resume()
 {
     const winsize size = terminal_size();
@@ -225,7 +233,8 @@ void screen_resume()
     // After a stop without warning, the shell has changed the terminal's modes. The next refresh
     // sets them again only if the screen was ended.
     if (!isendwin())
-        endwin();
+        screen_suspend();
+    meta(stdscr, TRUE);
     popup_close();
     clearok(curscr, TRUE);
     redraw_all();
@@ -240,7 +249,7 @@ void screen_clear()
 
 void screen_end()
 {
-    endwin();
+    screen_suspend();
     // What curses holds goes with the program. To release it, curses would need memory, and it
     // crashes when that runs out.
     app_state.terminal = nullptr;

@@ -18,6 +18,9 @@ int screen_build();
 /// the panes are lost and the first server is selected. Runs on SIGWINCH.
 void on_resize(int signal_number);
 
+/// Gives the terminal back until screen_resume, or for good.
+void screen_suspend();
+
 /// Shows the screen again after the program was stopped, in the terminal's present size.
 void screen_resume();
 

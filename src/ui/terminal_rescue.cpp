@@ -79,7 +79,7 @@ void terminal_rescue_prepare()
     rescue.length = 0;
     for (const terminal_text which :
          {terminal_text::attributes_off, terminal_text::first_colours, terminal_text::keypad_off,
-          terminal_text::full_screen_off, terminal_text::cursor_on})
+          terminal_text::meta_off, terminal_text::full_screen_off, terminal_text::cursor_on})
         add_sequence(which);
 }
 

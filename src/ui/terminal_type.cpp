@@ -10,7 +10,7 @@ const char* terminal_sequence(terminal_text which)
     if (cur_term == nullptr)
         return nullptr;
     // Not looked up by name: curses would make a table of all names for that, 8 kB that stay.
-    const char* const texts[] = {exit_attribute_mode, orig_pair,     keypad_local,
+    const char* const texts[] = {exit_attribute_mode, orig_pair,     keypad_local, meta_off,
                                  exit_ca_mode,        cursor_normal, key_backspace};
     const char* text = texts[static_cast<std::size_t>(which)];
     // The address -1 stands for a text that the type has cancelled.

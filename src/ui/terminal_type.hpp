@@ -11,6 +11,7 @@ enum class terminal_text : std::uint8_t {
     attributes_off,
     first_colours, // those that the terminal had before
     keypad_off,
+    meta_off, // the mode of the ALT key that curses' meta switches on
     full_screen_off,
     cursor_on,
     backspace, // what the key sends

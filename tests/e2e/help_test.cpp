@@ -2,6 +2,7 @@
 #include "e2e/client_session.hpp"
 
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string_view>
@@ -251,7 +252,7 @@ TEST_F(help, bytes_of_the_text_do_not_control_the_terminal)
                                    "behind\n");
     ASSERT_TRUE(client.start({}));
     ASSERT_TRUE(open_help());
-    EXPECT_EQ(row(2), "a?[7mb?c?2Jd e f??ü");
+    EXPECT_EQ(row(2), "a?[7mb?c?2Jd    e f??ü");
     EXPECT_EQ(row(3), "behind");
     EXPECT_EQ(client.terminal().bells(), 0);
     EXPECT_FALSE(client.terminal().cell(2, 10).reverse);
@@ -278,12 +279,66 @@ TEST_F(help, very_long_lines_and_texts_show_their_end)
     EXPECT_EQ(row(2), std::string(79, 'y')) << "the blank's place";
 }
 
-TEST_F(help, only_the_first_ten_thousand_lines_are_read)
+TEST_F(help, tabs_go_to_the_next_multiple_of_8_columns)
 {
-    client.home().write_file(file, make_numbered_lines(10'001));
+    client.home().write_file(file, "\ta\n"
+                                   "\ta\n"
+                                   "1234567\tb\n"
+                                   "12345678\tc\td\n" +
+                                       std::string(85, 'x') + "\te\n" + std::string(76, 'y') +
+                                       "\tf\n");
+    ASSERT_TRUE(client.start({}));
+    ASSERT_TRUE(open_help());
+    EXPECT_EQ(row(2), "        a") << "beside the blank that goes";
+    EXPECT_EQ(row(3), "        a");
+    EXPECT_EQ(row(4), "1234567 b");
+    EXPECT_EQ(row(5), "12345678        c       d");
+    EXPECT_EQ(row(6), std::string(80, 'x'));
+    EXPECT_EQ(row(7), "xxxxx   e");
+    EXPECT_EQ(row(8), std::string(76, 'y'));
+    EXPECT_EQ(row(9), "f");
+}
+
+TEST_F(help, tabs_stop_at_the_edge_of_other_widths)
+{
+    client.home().write_file(file, std::string(90, 'x') + "\n" + std::string(98, 'y') + "\tz\n");
+    ASSERT_TRUE(client.start({}, {.rows = 24, .columns = 100}));
+    ASSERT_TRUE(open_help());
+    EXPECT_EQ(row(3), std::string(98, 'y'));
+    EXPECT_EQ(row(4), "z");
+}
+
+TEST_F(help, a_text_of_any_length_shows_its_end)
+{
+    client.home().write_file(file, make_numbered_lines(300'000));
     ASSERT_TRUE(client.start({}));
     client.terminal().send_control('h');
-    EXPECT_TRUE(client.terminal().wait_until([&] { return row(22) == "line 10000"; }, "its end"));
+    ASSERT_TRUE(client.terminal().wait_until([&] { return row(22) == "line 300000"; }, "its end"));
+    for (int number = 0; number < 22; ++number) {
+        const std::string text = "line " + std::to_string(299'978 + number);
+        EXPECT_EQ(row(number), number == 2 ? text.substr(1) : text);
+    }
+    EXPECT_EQ(row(last_row), "");
+}
+
+TEST_F(help, a_text_of_gigabytes_is_not_read_from_its_beginning)
+{
+    client.home().write_file(file, "");
+    const std::string path = client.home().path_of(file);
+    ASSERT_EQ(truncate(path.c_str(), 500'000'000'000), 0);
+    std::ofstream{path, std::ios::app} << "\n" << make_numbered_lines(40);
+    ASSERT_TRUE(client.start({}));
+    client.terminal().send_control('h');
+    ASSERT_TRUE(client.terminal().wait_until([&] { return row(22) == "line 40"; }, "its end"));
+    EXPECT_EQ(row(0), "line 18");
+}
+
+TEST_F(help, a_device_that_never_ends_shows_no_text)
+{
+    ASSERT_EQ(symlink("/dev/zero", client.home().path_of(file).c_str()), 0);
+    ASSERT_TRUE(client.start({}));
+    ASSERT_TRUE(open_help());
+    expect_title_and_hint_alone();
 }
 
 TEST_F(help, zero_bytes_end_a_line_early_and_do_no_harm)

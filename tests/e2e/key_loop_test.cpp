@@ -186,6 +186,25 @@ TEST(key_loop, keys_without_a_meaning_do_nothing)
     EXPECT_EQ(client.terminal().bells(), 0);
 }
 
+TEST(key_loop, characters_of_three_and_four_bytes_do_nothing)
+{
+    client_session client;
+    ASSERT_TRUE(client.start(with_aliases({"alpha"})));
+    client.terminal().send_control('e');
+    ASSERT_TRUE(client.terminal().wait_for_text("press ^E"));
+    const std::string before = client.terminal().screen().whole_text();
+    // Their first bytes are those of ALT with D, I, H, F, E, L, A, S, T and R.
+    client.terminal().send("中這語日奇영\xE1\x84\x80\xF3\xA0\x80\x81\xF4\x8F\xBF\xBF"
+                           "\xF2\x80\x80\x80");
+    client.terminal().send_meta('d', meta_form::utf8);
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return client.terminal().screen().whole_text() != before; }, "the mark of ALT+D"));
+    client.terminal().send_meta('d', meta_form::high_bit);
+    EXPECT_TRUE(client.terminal().wait_until(
+        [&] { return client.terminal().screen().whole_text() == before; }, "no mark at all"));
+    EXPECT_EQ(client.terminal().bells(), 0);
+}
+
 TEST(key_loop, disconnect_says_good_bye_and_blanks_the_row_above)
 {
     scripted_server first;

@@ -113,6 +113,31 @@ const typed_password typed[] = {
 
 INSTANTIATE_TEST_SUITE_P(all, typed_passwords, testing::ValuesIn(typed));
 
+TEST_F(password, is_answered_by_a_line_and_then_a_beep)
+{
+    ASSERT_TRUE(begin());
+    const struct {
+        std::uint32_t kind;
+        const char* line;
+        bool is_line_first;
+    } rows[] = {{82, "accepted", true}, {83, "doesnt", true}, {106, "allowed", false}};
+    for (const auto& row : rows) {
+        ASSERT_TRUE(connections[0].send(103, std::string(50, '~')));
+        ASSERT_TRUE(client.terminal().wait_for_text("~~~"));
+        client.terminal().take_in_everything();
+        client.terminal().forget_raw_output();
+        const int bells = client.terminal().bells();
+        ASSERT_TRUE(connections[0].send(row.kind, "x"));
+        ASSERT_TRUE(client.terminal().wait_until(
+            [&] {
+                return client.terminal().bells() == bells + 1 && client.terminal().shows(row.line);
+            },
+            row.line));
+        const std::string& written = client.terminal().raw_output();
+        EXPECT_EQ(written.find(row.line) < written.find('\a'), row.is_line_first) << row.kind;
+    }
+}
+
 TEST_F(password, is_asked_for_again_at_each_demand)
 {
     ASSERT_TRUE(begin());

@@ -136,7 +136,8 @@ TEST_F(settings_folders, anything_but_a_folder_is_refused_with_only_a_beep)
     ASSERT_TRUE(open_page());
     const std::string page = client.terminal().screen().whole_text();
     int bells = 0;
-    for (const char* refused : {"absent", "plain", "link", "/", "logs//x", "plain/", "logs "}) {
+    for (const char* refused :
+         {"absent", "plain", "link", "link//", "/", "//", "logs//x", "plain/", "logs "}) {
         SCOPED_TRACE(refused);
         ASSERT_TRUE(enter_log_folder(refused));
         ++bells;
@@ -149,14 +150,24 @@ TEST_F(settings_folders, anything_but_a_folder_is_refused_with_only_a_beep)
     expect_saved("old", "./");
 }
 
-TEST_F(settings_folders, only_one_slash_is_removed)
+TEST_F(settings_folders, all_slashes_at_the_end_are_removed)
 {
     ASSERT_TRUE(client.start(settings));
     ASSERT_TRUE(open_page());
-    ASSERT_TRUE(enter_log_folder("logs//"));
+    ASSERT_TRUE(enter_log_folder(".//logs///"));
     ASSERT_TRUE(client.terminal().wait_until(
-        [&] { return page_text(log_folder_row, log_folder_column) == "logs/"; }, "the folder"));
-    expect_saved("logs/", "./");
+        [&] { return page_text(log_folder_row, log_folder_column) == ".//logs"; }, "the folder"));
+    expect_saved(".//logs", "./");
+}
+
+TEST_F(settings_folders, an_unknown_character_is_a_question_mark)
+{
+    ASSERT_TRUE(client.start(settings));
+    ASSERT_TRUE(open_page());
+    ASSERT_TRUE(ask('r'));
+    client.terminal().send("a中b😀c");
+    EXPECT_TRUE(client.terminal().wait_until([&] { return edit_line().starts_with("a?b?c_ "); },
+                                             "one sign for each"));
 }
 
 TEST_F(settings_folders, escape_an_empty_line_and_a_time_out_change_nothing)

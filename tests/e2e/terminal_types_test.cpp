@@ -4,8 +4,10 @@
 // does: what its server receives, and what it saves.
 #include "e2e/client_session.hpp"
 
+#include <csignal>
 #include <gtest/gtest.h>
 #include <string>
+#include <string_view>
 #include <tuple>
 
 namespace
@@ -57,5 +59,84 @@ INSTANTIATE_TEST_SUITE_P(all, terminal_types,
                          testing::Combine(testing::Values("linux", "xterm-256color", "screen",
                                                           "tmux", "vt100"),
                                           testing::Values("C", "C.UTF-8")));
+
+/// A client on a terminal whose ALT key has a mode to be switched on and off.
+class meta_mode : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        client.home().write_config(config_text(with_aliases({"alpha"})));
+        how.environment = {{"TERM", "xterm-256color"}, {"CLIENT", CLIENT_BINARY}};
+    }
+    /// What the mode was set to so far: "h" for on, "l" for off.
+    std::string switches()
+    {
+        constexpr std::string_view mode = "\033[?1034";
+        const std::string& raw = client.terminal().raw_output();
+        std::string all;
+        for (std::size_t at = raw.find(mode); at != std::string::npos; at = raw.find(mode, at + 1))
+            all += raw.substr(at + mode.size(), 1);
+        return all;
+    }
+
+    client_session client;
+    client_start how;
+};
+
+TEST_F(meta_mode, is_on_while_the_client_has_the_terminal)
+{
+    ASSERT_TRUE(client.start_as_it_is(how));
+    ASSERT_TRUE(client.wait_for_keys());
+    EXPECT_EQ(switches(), "h");
+    client.terminal().resize(30, 100);
+    ASSERT_TRUE(client.wait_for_keys());
+    EXPECT_TRUE(switches().ends_with('h'));
+    client.terminal().send_control('x');
+    EXPECT_EQ(client.wait_for_exit(), 0);
+    EXPECT_TRUE(switches().ends_with("hl"));
+}
+
+TEST_F(meta_mode, is_off_after_an_end_by_a_signal)
+{
+    for (const int number : {SIGTERM, SIGHUP, SIGSEGV, SIGABRT}) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        if (number == SIGSEGV || number == SIGABRT)
+            continue; // crashes are the sanitizer's
+#endif
+        client_session other;
+        ASSERT_TRUE(other.start({}, how));
+        other.terminal().send_signal(number);
+        ASSERT_TRUE(other.wait_for_exit());
+        EXPECT_EQ(other.terminal().raw_output().find("\033[?1034h"),
+                  other.terminal().raw_output().rfind("\033[?1034h"));
+        EXPECT_NE(other.terminal().raw_output().rfind("\033[?1034l"), std::string::npos) << number;
+    }
+}
+
+TEST_F(meta_mode, is_off_while_the_client_is_stopped_and_on_again_afterwards)
+{
+    how.command = {"sh", "-mc", R"sh(
+"$CLIENT"
+echo stopped >stopped
+while [ ! -e wanted ]; do sleep 0.02; done
+fg
+)sh"};
+    ASSERT_TRUE(client.start_as_it_is(how));
+    ASSERT_TRUE(client.wait_for_keys());
+    client.terminal().send_control('z');
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return client.home().read_file("stopped").has_value(); }, "the shell goes on"));
+    client.terminal().take_in_everything();
+    EXPECT_EQ(switches(), "hl");
+    client.home().write_file("wanted", "");
+    ASSERT_TRUE(client.terminal().wait_until(
+        [&] { return client.terminal().screen().alternate_screen(); }, "the client comes back"));
+    ASSERT_TRUE(client.wait_for_keys());
+    EXPECT_TRUE(switches().ends_with('h'));
+    client.terminal().send_control('x');
+    ASSERT_TRUE(client.wait_for_exit());
+    EXPECT_TRUE(switches().ends_with("hl"));
+}
 
 } // namespace

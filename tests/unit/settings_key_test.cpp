@@ -132,16 +132,16 @@ TEST_F(settings_key_press, works_without_a_page)
     EXPECT_STREQ(app_state.setting_texts[LogFilePath], "logs");
 }
 
-TEST_F(settings_key_press, stores_folders_and_strips_one_slash)
+TEST_F(settings_key_press, stores_folders_and_strips_all_slashes_at_the_end)
 {
     answer(log_folder_key, "logs/\n");
     EXPECT_STREQ(app_state.setting_texts[LogFilePath], "logs");
     EXPECT_EQ(app_state.setting_texts[ReportPath], nullptr);
-    answer(report_folder_key, "logs//\n");
-    EXPECT_STREQ(app_state.setting_texts[ReportPath], "logs/");
+    answer(report_folder_key, ".//logs///\n");
+    EXPECT_STREQ(app_state.setting_texts[ReportPath], ".//logs");
     EXPECT_STREQ(app_state.setting_texts[LogFilePath], "logs");
     EXPECT_EQ(screen.row_text(app_state.settings_win, 15), " Folder for Logfiles: logs");
-    EXPECT_EQ(screen.row_text(app_state.settings_win, 16), " Folder for Reports: logs/");
+    EXPECT_EQ(screen.row_text(app_state.settings_win, 16), " Folder for Reports: .//logs");
     EXPECT_EQ(beeps(), 0U);
 }
 
@@ -151,7 +151,8 @@ TEST_F(settings_key_press, refuses_anything_but_a_folder)
     ASSERT_EQ(symlink("logs", "link"), 0);
     ASSERT_EQ(symlink("nowhere", "dangling"), 0);
     std::size_t refused = 0;
-    for (const char* typed : {"absent\n", "plain\n", "link\n", "dangling\n", "/\n", "plain/\n"}) {
+    for (const char* typed : {"absent\n", "plain\n", "link\n", "dangling\n", "/\n", "plain/\n",
+                              "link/\n", "link//\n", "//\n"}) {
         answer(log_folder_key, typed);
         EXPECT_EQ(app_state.setting_texts[LogFilePath], nullptr) << typed;
         EXPECT_EQ(beeps(), ++refused) << typed;
