@@ -21,7 +21,7 @@ struct modal_box {
     int made_for_columns = 0;
 };
 
-/// Opens the box, or opens it anew if the terminal's size has changed, and paints its frame and a
+/// Opens the box, or opens it again if the terminal's size has changed, and paints its frame and a
 /// blank interior. area: for the terminal's present size; a negative column or row counts as 0.
 void modal_box_fit(modal_box& box, const screen_area& area);
 

@@ -12,8 +12,8 @@
 namespace
 {
 
-constexpr int most_waiting_clients = 128;
-constexpr int most_queue_fillers = 16;
+constexpr int max_waiting_clients = 128;
+constexpr int max_queue_fillers = 16;
 constexpr std::chrono::milliseconds local_connect_time{500};
 
 } // namespace
@@ -161,7 +161,7 @@ void server_connection::reset()
 scripted_server::scripted_server(const std::string& address)
     : fd(bind_free_port(address)), bound_port(port_of(fd))
 {
-    listen(fd, most_waiting_clients);
+    listen(fd, max_waiting_clients);
 }
 
 scripted_server::~scripted_server()
@@ -210,7 +210,7 @@ int closed_port::port() const
 silent_port::silent_port(const std::string& address) : fd(bind_free_port(address))
 {
     listen(fd, 0);
-    for (int count = 0; count < most_queue_fillers; ++count) {
+    for (int count = 0; count < max_queue_fillers; ++count) {
         const int filler = begin_connect(address, port());
         if (filler < 0)
             break;

@@ -25,10 +25,10 @@ inline std::string text_between(const std::string& text, const std::string& begi
     EXPECT_NE(from, std::string::npos) << begin;
     if (from == std::string::npos)
         return {};
-    const auto behind = from + begin.size();
-    const auto to = text.find(end, behind);
+    const auto after = from + begin.size();
+    const auto to = text.find(end, after);
     EXPECT_NE(to, std::string::npos) << end;
-    return text.substr(behind, to == std::string::npos ? to : to - behind);
+    return text.substr(after, to == std::string::npos ? to : to - after);
 }
 
 /// The groups of every match, in order. A pattern without groups gives the matches themselves.

@@ -179,7 +179,7 @@ TEST(sim_traffic, is_varied_and_keeps_count)
     int uplinks = 0;
     int with_content = 0;
     std::uint32_t flights = 0;
-    std::uint32_t most_contacts = 0;
+    std::uint32_t max_contacts = 0;
     for (int i = 0; i < 1000; ++i) {
         const sim::transmission message = traffic.next(sample_time);
         labels.insert(message.label);
@@ -191,7 +191,7 @@ TEST(sim_traffic, is_varied_and_keeps_count)
         EXPECT_FALSE(message.registration.empty());
         EXPECT_GE(message.daily_flights, flights);
         flights = message.daily_flights;
-        most_contacts = std::max(most_contacts, message.contacts);
+        max_contacts = std::max(most_contacts, message.contacts);
     }
     EXPECT_GE(labels.size(), 12U);
     EXPECT_GE(operators.size(), 12U);
@@ -200,7 +200,7 @@ TEST(sim_traffic, is_varied_and_keeps_count)
     EXPECT_GT(with_content, 300);
     EXPECT_LT(with_content, 900);
     EXPECT_GT(flights, 40U);
-    EXPECT_GT(most_contacts, 10U);
+    EXPECT_GT(max_contacts, 10U);
 }
 
 } // namespace
