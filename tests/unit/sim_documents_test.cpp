@@ -191,7 +191,7 @@ TEST(sim_traffic, is_varied_and_keeps_count)
         EXPECT_FALSE(message.registration.empty());
         EXPECT_GE(message.daily_flights, flights);
         flights = message.daily_flights;
-        max_contacts = std::max(most_contacts, message.contacts);
+        max_contacts = std::max(max_contacts, message.contacts);
     }
     EXPECT_GE(labels.size(), 12U);
     EXPECT_GE(operators.size(), 12U);
