@@ -57,6 +57,8 @@ protected:
 TEST_F(prompt, is_drawn_in_the_middle_to_the_letter)
 {
     const terminal_screen& screen = client.terminal().screen();
+    // The lower frame may arrive after the upper one.
+    ASSERT_TRUE(client.terminal().wait_for_text("[ RET=OK - ESC=CANCEL ]"));
     std::string top = "┌─[ Password required ]";
     for (int column = 23; column < box_width - 1; ++column)
         top += "─";
