@@ -72,9 +72,9 @@ constexpr text_element text_elements[] = {
 /// False when out of memory.
 bool read_mailing_fields(server_entry& server, const xml_index& index, server_path& path)
 {
-    const bool has_email = copy_value(server.UseEMail, find_field(index, path, "UseEMail"));
-    const bool has_code = copy_value(server.SubCode, find_field(index, path, "SubCode"));
-    return has_email && has_code;
+    bool is_complete = copy_value(server.UseEMail, find_field(index, path, "UseEMail"));
+    is_complete &= copy_value(server.SubCode, find_field(index, path, "SubCode"));
+    return is_complete;
 }
 
 /// Reads one server's block. False if a server or a part of it was lost when out of memory.
