@@ -4,6 +4,8 @@
 #include "app/app_state.hpp"
 #include "ui/window.hpp"
 
+#include <initializer_list>
+
 namespace
 {
 
@@ -24,11 +26,10 @@ void redraw_window(WINDOW* window)
 
 void redraw_panes()
 {
-    // The status pane comes after the server list, so that its tees lie on the column they share.
-    WINDOW* const panes[] = {app_state.message_pane, app_state.server_pane, app_state.status_pane,
-                             app_state.key_line};
     const screen_batch together;
-    for (WINDOW* pane : panes)
+    // The status pane comes after the server list, so that its tees lie on the column they share.
+    for (WINDOW* pane :
+         {app_state.message_pane, app_state.server_pane, app_state.status_pane, app_state.key_line})
         redraw_window(pane);
 }
 
