@@ -10,6 +10,7 @@
 #include "ui/terminal_rescue.hpp"
 
 #include <csignal>
+#include <ctime>
 
 namespace
 {
@@ -59,11 +60,23 @@ void take_pending_end()
     }
 }
 
+/// A stop's handler answers the SIGCONT that ended the stop. Left pending, it would have the whole
+/// screen drawn a second time.
+void drop_pending_continue()
+{
+    sigset_t only;
+    sigemptyset(&only);
+    sigaddset(&only, SIGCONT);
+    const timespec at_once = {};
+    sigtimedwait(&only, nullptr, &at_once);
+}
+
 /// Stops again as long as the shell continues the program without giving it the terminal.
 void wait_for_terminal()
 {
     take_pending_end();
     while (terminal_is_lent()) {
+        drop_pending_continue();
         signal_take_default(SIGTTOU);
         take_pending_end();
         // The system ignores a request to stop if nobody could continue the program.
@@ -93,6 +106,7 @@ void on_stop(int signal_number)
     screen_suspend();
     signal_take_default(signal_number);
     wait_for_terminal();
+    drop_pending_continue();
     shell_modes_note();
     screen_resume();
 }

@@ -18,6 +18,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <unistd.h>
 #include <utility>
 
@@ -165,6 +166,17 @@ void rebuild_screen()
     screen_settle();
 }
 
+/// Curses takes a size from the environment at the start and whenever it comes back to the screen.
+/// It must not believe it where the terminal tells its own.
+void forget_claimed_size()
+{
+    winsize size = {};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0)
+        return;
+    unsetenv("LINES");
+    unsetenv("COLUMNS");
+}
+
 } // namespace
 
 void shell_modes_note()
@@ -177,6 +189,7 @@ void shell_modes_note()
 bool screen_start()
 {
     shell_modes_note();
+    forget_claimed_size();
     app_state.terminal = newterm(nullptr, stdout, stdin);
     if (app_state.terminal == nullptr)
         return false;

@@ -139,6 +139,38 @@ TEST_F(resume, is_not_needed_where_nobody_could_continue_the_client)
     EXPECT_FALSE(client.terminal().screen().cursor_visible());
 }
 
+/// Rows and columns of the terminal; the environment claims others.
+class resume_size : public testing::TestWithParam<std::pair<int, int>>
+{
+};
+
+TEST_P(resume_size, stays_that_of_the_terminal_whatever_the_environment_says)
+{
+    client_session client;
+    client_start how;
+    how.environment = {{"LINES", "17"}, {"COLUMNS", "61"}};
+    ASSERT_TRUE(client.start(with_aliases({"alpha", "beta"}), how));
+    terminal_session& terminal = client.terminal();
+    ASSERT_TRUE(wait_for_whole_screen(terminal));
+    terminal.resize(GetParam().first, GetParam().second);
+    ASSERT_TRUE(client.wait_for_polls());
+    const std::vector<screen_cell> before = all_cells(terminal.screen());
+    for (int round = 0; round < 3; ++round) {
+        terminal.forget_raw_output();
+        terminal.send_signal(round == 1 ? SIGCONT : SIGTSTP);
+        ASSERT_TRUE(terminal.wait_until(
+            [&] { return terminal.raw_output().find("\033[?1049h") != std::string::npos; },
+            "the screen is taken over again"));
+        ASSERT_TRUE(client.wait_for_polls());
+        EXPECT_TRUE(all_cells(terminal.screen()) == before) << terminal.screen().whole_text();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(terminals, resume_size,
+                         testing::Values(std::pair{24, 80}, std::pair{30, 100}, std::pair{17, 200},
+                                         std::pair{10, 30}, std::pair{2, 80}, std::pair{24, 2},
+                                         std::pair{1, 1}));
+
 /// A client under a shell with job control, which continues it for every empty line.
 class job : public testing::Test
 {
@@ -147,10 +179,9 @@ protected:
     {
         home.write_config(config_text(with_aliases({"alpha", "beta"})));
         terminal_options options{.command = {"sh", "-mc",
-                                             CLIENT_BINARY
-                                             "; stty sane; echo Stopped; read line; "
-                                             "fg; stty sane; echo Stopped; read line; "
-                                             "fg"},
+                                             CLIENT_BINARY "; stty sane; echo stop 1; read line; "
+                                                           "fg; stty sane; echo stop 2; read line; "
+                                                           "fg"},
                                  .home = ".",
                                  .folder = home.path(),
                                  .environment = clock.environment()};
@@ -162,10 +193,11 @@ protected:
 
     testing::AssertionResult stopped()
     {
+        const std::string words = "stop " + std::to_string(++stops);
         return terminal->wait_until(
             [&] {
                 return !terminal->screen().alternate_screen() &&
-                       terminal->screen().cursor_visible() && terminal->shows("Stopped") &&
+                       terminal->screen().cursor_visible() && terminal->shows(words) &&
                        (terminal->line_settings().c_lflag & (ICANON | ECHO)) == (ICANON | ECHO);
             },
             "the shell has its terminal back");
@@ -200,6 +232,7 @@ protected:
     test_clock clock{50};
     std::unique_ptr<terminal_session> terminal;
     termios modes{};
+    int stops = 0;
 };
 
 TEST_F(job, comes_back_whole_after_every_stop_from_the_keyboard)
@@ -207,9 +240,12 @@ TEST_F(job, comes_back_whole_after_every_stop_from_the_keyboard)
     for (int round = 0; round < 2; ++round) {
         terminal->send_control('z');
         ASSERT_TRUE(stopped());
+        terminal->forget_raw_output();
         ASSERT_TRUE(continued());
-        EXPECT_FALSE(terminal->shows("Stopped"));
         ASSERT_TRUE(takes_keys());
+        EXPECT_FALSE(terminal->shows("stop"));
+        EXPECT_EQ(terminal->raw_output().find("\033[?1049l"), std::string::npos)
+            << "the shell's screen does not flash up";
     }
     terminal->send_control('x');
     EXPECT_EQ(terminal->wait_for_exit(), 0);
