@@ -96,14 +96,21 @@ int receive_packet(int socket, server_entry& server)
         if (header_state != packet_complete)
             return header_state;
     }
-    const packet_header header = packet_header_read(server.rx_packet->header);
-    // Kept on purpose: a size hint without a length counts as a payload, and such a packet is only
-    // dropped when more bytes come. Test: packet_receiving.fails_on_a_size_hint_without_a_length.
-    if (header.length == 0 && header.extra == 0)
+    if (packet_is_empty(server))
         return drop_packet(server, packet_pending);
     if (wait_ready(socket, for_reading, 0) != 1)
         return packet_pending;
-    return read_payload(socket, server, header);
+    return read_payload(socket, server, packet_header_read(server.rx_packet->header));
+}
+
+bool packet_is_empty(const server_entry& server)
+{
+    if (server.rx_packet == nullptr)
+        return false;
+    const packet_header header = packet_header_read(server.rx_packet->header);
+    // Kept on purpose: a size hint without a length counts as a payload, and such a packet is only
+    // dropped when more bytes come. Test: packet_receiving.fails_on_a_size_hint_without_a_length.
+    return header.length == 0 && header.extra == 0;
 }
 
 received_packet packet_take(server_entry& server)

@@ -26,6 +26,10 @@ constexpr int packet_pending = -2;
 /// kept.
 int receive_packet(int socket, server_entry& server);
 
+/// Whether a packet is under way whose header, which may have come in part, gives no payload. The
+/// next receive_packet drops it without reading.
+bool packet_is_empty(const server_entry& server);
+
 /// Takes the packet under way out of the server's receive half, which is then ready for the next.
 /// Null if there is none.
 received_packet packet_take(server_entry& server);

@@ -50,6 +50,20 @@ TEST_F(poll_cycle, takes_one_packet_from_a_server_at_a_time)
     EXPECT_EQ(said().size(), 2U);
 }
 
+TEST_F(poll_cycle, drops_a_partial_header_next_time_though_nothing_more_came)
+{
+    server_entry& entry = add_server("one.example");
+    const server_end server = connect(entry);
+    server.send_bytes("\1\2\3");
+    poll();
+    ASSERT_NE(entry.rx_packet, nullptr);
+    poll();
+    EXPECT_EQ(entry.rx_packet, nullptr);
+    server.send({103, "whole"});
+    poll();
+    EXPECT_EQ(said(), (status_lines{{"whole", 2}}));
+}
+
 TEST_F(poll_cycle, visits_all_servers_in_the_order_of_the_list)
 {
     server_entry& low = add_server("a.example");
