@@ -3,6 +3,7 @@
 #include "e2e/client_session.hpp"
 #include "e2e/network_session.hpp"
 #include "e2e/whole_screen.hpp"
+#include "support/line_settings.hpp"
 
 #include <algorithm>
 #include <csignal>
@@ -165,6 +166,31 @@ TEST_F(interactive_shell, ends_a_stopped_client)
         ASSERT_TRUE(no_job_is_left());
         EXPECT_EQ(line_settings(), before);
     }
+    expect_shell_is_well();
+}
+
+TEST_F(interactive_shell, keeps_its_line_when_a_stopped_client_crashes)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "crashes are the sanitizer's";
+#endif
+    type("\"$CLIENT\" 2>&9");
+    ASSERT_TRUE(client_has_terminal());
+    const std::vector<pid_t> programs = children_of(terminal().process_id());
+    ASSERT_EQ(programs.size(), 1U);
+    terminal().send_control('z');
+    ASSERT_TRUE(job_is('T'));
+    ASSERT_TRUE(terminal().wait_until(
+        [&] {
+            return !terminal().screen().alternate_screen() && terminal().shows("Stopped") &&
+                   (terminal().line_settings().c_lflag & ICANON) == 0;
+        },
+        "the shell edits its next line"));
+    const termios editing = terminal().line_settings();
+    for (const int number : {SIGSEGV, SIGCONT})
+        kill(programs.front(), number);
+    ASSERT_TRUE(no_job_is_left());
+    EXPECT_EQ(line_difference(terminal().line_settings(), editing), "");
     expect_shell_is_well();
 }
 

@@ -74,10 +74,12 @@ private:
     void wait_for_polls(int count);
     void wait(const std::function<bool()>& holds, const std::string& what);
     bool comes(const std::function<bool()>& holds);
+    void slow_the_clock_down();
     int any_talking_server();
 
     client_session& client;
     soak_servers& servers;
+    int speed; // of the client's clock
     int polls_for_escape;
     std::mt19937 dice;
     std::vector<action> to_do{};

@@ -9,7 +9,9 @@
 struct terminal_screen::emulator {
     VTerm* terminal = nullptr;
     VTermScreen* screen = nullptr;
+    bool utf8 = true;
     std::string answers;
+    std::string beginning;  // of a character, whose end is still to come
     std::string unfinished; // the end of the output, which may hold half a cursor sequence
     bool cursor_visible = true;
     bool alternate = false;
@@ -24,6 +26,24 @@ constexpr std::size_t max_piece_bytes = 16384;
 
 constexpr std::string_view show_cursor = "\033[?25h";
 constexpr std::string_view hide_cursor = "\033[?25l";
+
+/// Ends a sequence in the middle.
+constexpr char cancel = '\x18';
+
+/// The length of a text without a character at its end that is not whole.
+std::size_t count_whole_bytes(std::string_view text)
+{
+    for (std::size_t back = 1; back <= std::min<std::size_t>(3, text.size()); ++back) {
+        const auto byte = static_cast<unsigned char>(text[text.size() - back]);
+        if (byte < 0x80)
+            break;
+        if (byte < 0xC0)
+            continue;
+        const std::size_t length = byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+        return length > back ? text.size() - back : text.size();
+    }
+    return text.size();
+}
 
 void append_utf8(std::string& text, std::uint32_t code)
 {
@@ -115,6 +135,7 @@ terminal_screen::terminal_screen(int rows, int columns, bool utf8)
         .sb_popline = nullptr,
     };
     inner->terminal = vterm_new(rows, columns);
+    inner->utf8 = utf8;
     vterm_set_utf8(inner->terminal, utf8 ? 1 : 0);
     vterm_output_set_callback(
         inner->terminal,
@@ -135,7 +156,10 @@ terminal_screen::~terminal_screen()
 
 void terminal_screen::feed(std::string_view output)
 {
-    for (std::string_view rest = output; !rest.empty();) {
+    const std::string all = inner->beginning.append(output);
+    const std::size_t whole = inner->utf8 ? count_whole_bytes(all) : all.size();
+    inner->beginning = all.substr(whole);
+    for (std::string_view rest{all.data(), whole}; !rest.empty();) {
         const std::string_view piece = rest.substr(0, max_piece_bytes);
         vterm_input_write(inner->terminal, piece.data(), piece.size());
         rest.remove_prefix(piece.size());
@@ -148,6 +172,12 @@ void terminal_screen::feed(std::string_view output)
         inner->cursor_visible =
             hidden == std::string::npos || (shown != std::string::npos && shown > hidden);
     inner->unfinished = recent.substr(recent.size() - std::min(recent.size(), show_cursor.size()));
+}
+
+void terminal_screen::forget_beginning()
+{
+    inner->beginning.clear();
+    vterm_input_write(inner->terminal, &cancel, 1);
 }
 
 void terminal_screen::resize(int rows, int columns)

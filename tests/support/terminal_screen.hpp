@@ -53,6 +53,9 @@ public:
 
     /// Displays what a program wrote.
     void feed(std::string_view output);
+    /// Forgets a character or a sequence of which only the beginning was displayed: what is fed
+    /// next does not continue it.
+    void forget_beginning();
     /// Changes the size; both at least 1.
     void resize(int rows, int columns);
 

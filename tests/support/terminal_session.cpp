@@ -105,6 +105,7 @@ void terminal_session::resize(int rows, int columns)
 void terminal_session::resize_unseen(int rows, int columns)
 {
     screen();
+    display.forget_beginning(); // its end will not be seen
     is_seen = false;
     program.set_size(rows, columns);
 }

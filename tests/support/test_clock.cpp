@@ -66,13 +66,23 @@ void test_clock::set_alarm_pace(int alarm_ms_per_second)
 
 void test_clock::set_speed(int speed)
 {
+    run_at(speed);
+    set_alarm_pace(1000 / speed);
+}
+
+void test_clock::stop()
+{
+    run_at(clock_stopped);
+}
+
+void test_clock::run_at(std::int64_t speed)
+{
     const std::int64_t now_ns = read_real_clock_ns();
     const std::int64_t unused = 1 - shared->speed_in_use.load();
     shared->speeds[unused].since_ns.store(now_ns);
     shared->speeds[unused].shown_ns.store(clock_shown_ns(*shared, now_ns));
     shared->speeds[unused].speed.store(speed);
     shared->speed_in_use.store(unused);
-    set_alarm_pace(1000 / speed);
 }
 
 std::int64_t test_clock::now_ms() const

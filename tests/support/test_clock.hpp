@@ -29,6 +29,10 @@ public:
     /// Makes the program's wall clock, alarms and waits run `speed` times as fast as the real
     /// clock from now on, 1 to 1000. An alarm that is already set keeps its time.
     void set_speed(int speed);
+    /// Makes the program's wall clock stand still from now on, until it gets a speed again; it can
+    /// still be set. Waits and alarms take their real time.
+    void stop();
+
     /// What the program's wall clock shows, in milliseconds since 1970.
     std::int64_t now_ms() const;
     /// How often the program has set its alarm, which it does at the end of every poll.
@@ -37,6 +41,8 @@ public:
     std::int64_t last_alarm_s() const;
 
 private:
+    void run_at(std::int64_t speed);
+
     std::string path;
     test_clock_layout* shared = nullptr;
 };

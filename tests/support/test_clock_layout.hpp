@@ -9,11 +9,15 @@ constexpr const char* clock_file_variable = "TEST_CLOCK_FILE";
 
 constexpr std::int64_t ns_per_ms = 1'000'000;
 
+/// A speed at which the wall clock does not move.
+constexpr std::int64_t clock_stopped = -1;
+
 /// From a certain moment on, the clock runs `speed` times as fast as the real one.
 struct clock_speed {
     std::atomic<std::int64_t> since_ns; // the real wall clock at that moment
     std::atomic<std::int64_t> shown_ns; // what the clock showed then, without the offset
-    std::atomic<std::int64_t> speed;    // 0: as fast as the real one, from the beginning
+    std::atomic<std::int64_t> speed;    // 0: as fast as the real one, from the beginning;
+                                        // clock_stopped: it stands still
 };
 
 struct test_clock_layout {
@@ -32,7 +36,7 @@ struct test_clock_layout {
 };
 static_assert(std::atomic<std::int64_t>::is_always_lock_free);
 
-/// The speed in effect now; at least 1.
+/// How much faster than the real clock waits pass now; at least 1.
 inline std::int64_t clock_speed_now(const test_clock_layout& clock)
 {
     const std::int64_t speed = clock.speeds[clock.speed_in_use.load()].speed.load();
@@ -44,5 +48,9 @@ inline std::int64_t clock_shown_ns(const test_clock_layout& clock, std::int64_t 
 {
     const clock_speed& used = clock.speeds[clock.speed_in_use.load()];
     const std::int64_t speed = used.speed.load();
-    return speed == 0 ? true_ns : used.shown_ns.load() + (true_ns - used.since_ns.load()) * speed;
+    if (speed == 0)
+        return true_ns;
+    const std::int64_t moved_ns =
+        speed == clock_stopped ? 0 : (true_ns - used.since_ns.load()) * speed;
+    return used.shown_ns.load() + moved_ns;
 }

@@ -2,11 +2,11 @@
 //
 // The wall clock (time, gettimeofday, clock_gettime with CLOCK_REALTIME or its coarse form) is
 // ahead by the offset in the file that TEST_CLOCK_FILE names; a test may change it at any moment.
-// It can also run faster than the real clock by a whole factor. Waits in ppoll() of a millisecond
-// or more are then shorter by the same factor; shorter waits depend on the machine, not the clock.
-// Monotonic and process clocks do not change. A second of alarm() is as long as the file says, so
-// that a program that polls once a second polls more often, or only when the test sends it SIGALRM.
-// Without the variable nothing changes.
+// It can also stand still, or run faster than the real clock by a whole factor. Waits in ppoll() of
+// a millisecond or more are then shorter by the same factor; shorter waits depend on the machine,
+// not the clock. Monotonic and process clocks do not change. A second of alarm() is as long as the
+// file says, so that a program that polls once a second polls more often, or only when the test
+// sends it SIGALRM. Without the variable nothing changes.
 //
 // Calls go straight to the kernel: the next definition of a function would be the sanitizers' own,
 // which may not be ready when the first call comes. Only ppoll() goes through them, since the

@@ -20,7 +20,7 @@ struct density {
     int write_bytes;
     int points;
 };
-constexpr density dense{8, 1'000};
+constexpr density dense{32, 250};
 constexpr density sparse{128, 80};
 
 /// Tries every point. Under a sanitizer, where processes are so large that they start slowly, it

@@ -10,6 +10,7 @@
 
 #include <arpa/inet.h>
 #include <csignal>
+#include <fcntl.h>
 #include <netdb.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -42,6 +43,22 @@ TEST_F(connection, is_begun_a_tenth_of_a_second_after_the_command)
     command_connect(local_server());
     EXPECT_TRUE(home.has_connection(default_patience));
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds{100});
+}
+
+TEST_F(connection, is_closed_in_programs_that_are_started)
+{
+    server_entry& entry = local_server();
+    command_connect(entry);
+    EXPECT_EQ(fcntl(entry.socket_fd, F_GETFD), FD_CLOEXEC);
+    EXPECT_TRUE(wait_until([&] { return entry.connected == 1; }));
+    EXPECT_EQ(fcntl(entry.socket_fd, F_GETFD), FD_CLOEXEC);
+}
+
+TEST_F(connection, of_the_directory_is_closed_in_programs_that_are_started)
+{
+    const unique_fd socket{connect_server(loopback, home.port(), nullptr)};
+    ASSERT_TRUE(socket);
+    EXPECT_EQ(fcntl(socket.get(), F_GETFD), FD_CLOEXEC);
 }
 
 TEST_F(connection, is_introduced_marked_and_reported)

@@ -163,7 +163,10 @@ TEST(variables_of_the_house, are_in_the_record_of_the_state_or_have_a_reason)
         "signal_handlers",
         "rescue",
     };
-    static const std::regex variable{R"( O \.t?(?:bss|data)\t[0-9a-f]+ (.*)\n)"};
+    // An inline variable of a header has a section of its own, named after it; a pointer that the
+    // loader fills in is kept apart as well. What the loader then makes read-only is a constant.
+    static const std::regex variable{
+        R"( O \.t?(?:bss|data)(?!\.rel\.ro)(?:\.\S+)?\t[0-9a-f]+ (?:\.hidden )?(.*)\n)"};
     std::set<std::string> found;
     for (const std::string& line :
          command_lines("LC_ALL=C objdump --syms --demangle '" CLIENT_CORE "'")) {
@@ -172,7 +175,7 @@ TEST(variables_of_the_house, are_in_the_record_of_the_state_or_have_a_reason)
             continue;
         const std::string name =
             std::regex_replace(match[1].str(), std::regex{R"(\(anonymous namespace\)::)"}, "");
-        if (!name.starts_with("guard variable"))
+        if (!name.starts_with("guard variable") && !name.starts_with("DW.ref."))
             found.insert(name);
     }
     EXPECT_EQ(found, wanted);

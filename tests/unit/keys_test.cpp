@@ -2,7 +2,9 @@
 #include "ui/keys.hpp"
 
 #include "base/owners.hpp"
+#include "unit/own_faults.hpp"
 
+#include <cerrno>
 #include <clocale>
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -153,6 +155,18 @@ TEST_F(key_reading, does_not_read_keys_that_were_given_back_as_bytes)
     for (auto key = keys.rbegin(); key != keys.rend(); ++key)
         key_give_back(*key);
     EXPECT_EQ(read_all(), keys);
+}
+
+TEST_F(key_reading, is_not_what_drawing_waits_for)
+{
+    type("abc");
+    const own_fault seen({faulty_call::poll, EINTR, "", 0, every_call});
+    for (int row = 0; row < 10; ++row) {
+        mvaddstr(row, 4, "drawn");
+        refresh();
+        EXPECT_EQ(mvwinch(curscr, row, 4) & A_CHARTEXT, chtype{'d'});
+    }
+    EXPECT_EQ(own_fault::hits(), 0) << "curses has looked whether keys wait";
 }
 
 class key_reading_in_8_bits : public key_reading

@@ -169,6 +169,23 @@ TEST_F(log_trouble, ends_with_the_log_if_it_left_a_partial_record)
     EXPECT_EQ(text(), "\none");
 }
 
+TEST_F(log_trouble, with_a_partial_record_does_not_spread_to_the_file_that_follows)
+{
+    begin();
+    {
+        const file_size_limit limit(text()->size() + 2);
+        const own_fault kept({faulty_call::set_length, EIO, "", 0, every_call});
+        log("\nlost");
+        ASSERT_EQ(text(), "\none\nl");
+        ASSERT_EQ(unlink("srv/logs.log"), 0);
+        log("\nlost too");
+    }
+    // As long as the file that was deleted, and somebody else's.
+    folder.write_file("srv/logs.log", "\nfive.");
+    log("\ntwo");
+    EXPECT_EQ(text(), "\nfive.\ntwo");
+}
+
 TEST_F(log_trouble, is_forgotten_when_the_user_closes_the_log)
 {
     begin();

@@ -2,6 +2,7 @@
 #include "net/packet_output.hpp"
 #include "net/readiness.hpp"
 
+#include "support/patience.hpp"
 #include "unit/socket_pair.hpp"
 
 #include <gtest/gtest.h>
@@ -125,6 +126,24 @@ TEST(send_packet, does_not_wait_for_space)
     }
     EXPECT_GE(shortest, 200us);
     EXPECT_LT(shortest, 100ms);
+}
+
+TEST(send_packet, does_not_wait_for_space_for_its_second_half_either)
+{
+    const socket_pair sockets;
+    const int smallest = 1;
+    setsockopt(sockets.client(), SOL_SOCKET, SO_SNDBUF, &smallest, sizeof smallest);
+    // A send that waits would wait for so long, and not for ever.
+    const timeval limit = {.tv_sec = default_patience / 1s, .tv_usec = 0};
+    setsockopt(sockets.client(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+    ASSERT_EQ(send(sockets.client(), "x", 1, 0), 1);
+    ASSERT_EQ(wait_ready(sockets.client(), for_writing, 0), 1) << "there is some space";
+    const auto begin = std::chrono::steady_clock::now();
+    const ssize_t sent =
+        send_packet(sockets.client(), 1, 0, 0, "%s", std::string(4092, 'z').c_str());
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, default_patience / 2);
+    EXPECT_GT(sent, 0);
+    EXPECT_LT(sent, 12 + 4092) << "it would have fitted, and nothing was tested";
 }
 
 TEST(send_packet, fails_without_a_signal_when_the_server_has_gone)

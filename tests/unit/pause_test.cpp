@@ -2,7 +2,10 @@
 #include "base/pause.hpp"
 #include "base/signal_door.hpp"
 #include "base/thread_start.hpp"
+#include "unit/unprivileged.hpp"
 
+#include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <semaphore>
@@ -57,6 +60,62 @@ TEST(pause, children_handle_every_signal_with_its_default)
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
+}
+
+/// What a pause lets in.
+constexpr int watched_signals[] = {SIGALRM, SIGCHLD, SIGWINCH, SIGINT, SIGTERM,
+                                   SIGHUP,  SIGQUIT, SIGTSTP,  SIGCONT};
+
+volatile std::sig_atomic_t errno_in_handler = 0;
+
+TEST(pause, lets_every_watched_signal_in_and_nothing_else_does)
+{
+    EXPECT_TRUE(in_child([] {
+        pause_init();
+        sigset_t outside;
+        pthread_sigmask(SIG_BLOCK, nullptr, &outside);
+        const sigset_t inside = signal_door_mask();
+        return std::ranges::all_of(watched_signals, [&](int number) {
+            return sigismember(&outside, number) == 1 && sigismember(&inside, number) == 0;
+        });
+    }));
+}
+
+TEST(pause, lets_signals_in_that_the_programs_parent_had_blocked)
+{
+    EXPECT_TRUE(in_child([] {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_BLOCK, &all, nullptr);
+        pause_init();
+        const sigset_t inside = signal_door_mask();
+        return std::ranges::none_of(watched_signals,
+                                    [&](int number) { return sigismember(&inside, number) == 1; });
+    }));
+}
+
+TEST(pause, keeps_the_other_signals_out_of_a_handler)
+{
+    EXPECT_TRUE(in_child([] {
+        signal_install(SIGALRM, nullptr);
+        struct sigaction action = {};
+        sigaction(SIGALRM, nullptr, &action);
+        return std::ranges::all_of(
+            watched_signals, [&](int number) { return sigismember(&action.sa_mask, number) == 1; });
+    }));
+}
+
+TEST(pause, leaves_errno_as_it_was_before_a_handler)
+{
+    EXPECT_TRUE(in_child([] {
+        signal_install(SIGALRM, [](int) {
+            errno_in_handler = errno;
+            errno = EBADF;
+        });
+        errno = ENOSPC;
+        raise(SIGALRM);
+        return errno == ENOSPC && errno_in_handler == ENOSPC;
+    }));
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "base/limits.hpp"
 #include "support/compressed.hpp"
 #include "support/temp_home.hpp"
+#include "unit/held_memory.hpp"
 
 #include <cstdlib>
 
@@ -153,11 +154,19 @@ TEST_F(report, an_empty_piece_changes_nothing_while_more_are_expected)
 
 TEST_F(report, a_new_announcement_frees_what_was_kept)
 {
+    constexpr std::size_t large = 100'000'000;
+    const std::size_t before = held_memory();
     report_header(entry, "100000000\t10");
     receive(std::string(4096, 'x'));
+    EXPECT_GE(held_memory(), is_held_memory_known ? before + large : 0);
     report_header(entry, "2000\t10");
+    EXPECT_LT(held_memory(), before + large);
     EXPECT_EQ(entry.report_received, 0U);
     receive(std::string(1999, 'x'));
+    const std::size_t with_one = held_memory();
+    for (int count = 0; count < 1000; ++count)
+        report_header(entry, "2000\t10");
+    EXPECT_LT(held_memory(), with_one + std::size_t{1000} * 2000 / 2);
     report_header(entry, "5\t10");
     EXPECT_EQ(entry.report_total, 5U);
     EXPECT_EQ(entry.report_received, 0U);

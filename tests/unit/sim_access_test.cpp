@@ -124,6 +124,30 @@ TEST(sim_access, sends_transmissions_only_after_the_right_password)
     EXPECT_EQ(client.receive()->kind, 83U);
 }
 
+TEST(sim_access, is_not_given_again_or_taken_back_by_another_password)
+{
+    auto options = quick_server();
+    options.password = "abc";
+    options.ask_identification = true;
+    options.replay_count = 2;
+    sim::practice_server server{options};
+    ASSERT_TRUE(server.start());
+    sim_raw_client client{server.port()};
+    EXPECT_EQ(next_kinds(client, 2), (std::vector<std::uint32_t>{41, 85}));
+    client.send_text(81, "900150983cd24fb0d6963f7d28e17f72");
+    client.send_text(81, "nonsense");
+    EXPECT_EQ(next_kinds(client, 2), (std::vector<std::uint32_t>{82, 83}));
+    client.send_text(85, "ncursesclient");
+    EXPECT_EQ(next_kinds(client, 4), (std::vector<std::uint32_t>{86, 27, 40, 40}));
+    for (const char* digest : {"900150983cd24fb0d6963f7d28e17f72", "nonsense"})
+        client.send_text(81, digest);
+    client.send_text(85, "ncursesclient");
+    EXPECT_EQ(next_kinds(client, 3), (std::vector<std::uint32_t>{82, 83, 86}))
+        << "nothing is replayed again";
+    EXPECT_TRUE(server.push_transmission(document));
+    EXPECT_EQ(client.receive(), (server_packet{.kind = 40, .payload = document}));
+}
+
 TEST(sim_access, announces_no_password_where_told_so)
 {
     auto options = quick_server();

@@ -127,6 +127,15 @@ TEST_F(sim_directory, takes_a_request_in_pieces_and_from_one_who_says_no_more)
     EXPECT_EQ(body_of(all_of(client)), two_lines);
 }
 
+TEST_F(sim_directory, answers_one_who_has_said_no_more_for_a_while)
+{
+    start(sim::directory_fault::none, 100);
+    sim_raw_client client{server->directory_port()};
+    ASSERT_TRUE(client.send_bytes(request));
+    shutdown(client.fd, SHUT_WR);
+    EXPECT_EQ(body_of(all_of(client)), two_lines);
+}
+
 TEST_F(sim_directory, gives_out_large_texts_whole_and_to_many)
 {
     std::string text;

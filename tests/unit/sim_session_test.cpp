@@ -164,6 +164,20 @@ TEST(sim_session, forgets_all_but_the_last_packet_when_it_closes)
     EXPECT_EQ(recv(ends.peer.get(), &byte, 1, MSG_DONTWAIT), 0) << "the stream has ended";
 }
 
+TEST(sim_session, ends_its_own_side_only_and_goes_on_listening)
+{
+    pair_of_ends ends;
+    auto& session = *ends.session;
+    session_close(session, bytes_of("end"), start + 5s);
+    session_send(session, start, 0ms);
+    EXPECT_EQ(ends.arrived(), "end");
+    EXPECT_FALSE(session.gone) << "closing now could lose what the client has not read yet";
+    ASSERT_EQ(send(ends.peer.get(), "heard", 5, MSG_NOSIGNAL), 5);
+    session_receive(session);
+    EXPECT_EQ(session.input, "heard");
+    EXPECT_FALSE(session.gone);
+}
+
 TEST(sim_session, finishes_the_packet_under_way_before_it_closes)
 {
     pair_of_ends ends;

@@ -247,6 +247,25 @@ TEST(support_terminal, kills_what_still_runs)
     EXPECT_EQ(errno, ESRCH);
 }
 
+TEST(terminal_screen, joins_a_character_that_comes_in_pieces)
+{
+    terminal_screen screen(2, 10, true);
+    for (const char byte : std::string_view{"a┌\xC3\xA4"})
+        screen.feed({&byte, 1});
+    EXPECT_EQ(screen.text(0, 0, 4), "a┌\xC3\xA4 ");
+}
+
+TEST(terminal_screen, shows_nothing_of_what_was_broken_off)
+{
+    for (const char* cut : {"\xE2", "\xE2\x94", "\xC3", "\033[2", "\033", "\033[1;3"}) {
+        terminal_screen screen(2, 10, true);
+        screen.feed(cut);
+        screen.forget_beginning();
+        screen.feed("┌B");
+        EXPECT_EQ(screen.text(0, 0, 3), "┌B ");
+    }
+}
+
 TEST(terminal_screen, takes_any_amount_of_output_at_once)
 {
     terminal_screen screen{24, 80, true};
