@@ -1,57 +1,12 @@
-// template_target.cpp - filling a template, beside filling it placeholder by placeholder in
-// std::string.
+// template_target.cpp - filling a template beside its model.
 #include "base/limits.hpp"
 #include "data/text.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/property.hpp"
+#include "models/template_model.hpp"
 #include "net/transmission.hpp"
 
 #include <algorithm>
-
-namespace
-{
-
-/// Replaces all occurrences of a placeholder at once.
-std::string replace_all(const std::string& text, const std::string& placeholder, const char* value)
-{
-    std::string made;
-    std::size_t from = 0;
-    for (std::size_t at; (at = text.find(placeholder, from)) != std::string::npos;
-         from = at + placeholder.size())
-        made.append(text, from, at - from).append(value);
-    return made.append(text, from);
-}
-
-std::string neutralise(std::string text)
-{
-    std::replace(text.begin(), text.end(), '%', '#');
-    return text;
-}
-
-std::string fill(std::string text, const xml_node* document)
-{
-    for (int count = 0;; ++count) {
-        const std::size_t start = text.find('%');
-        if (start == std::string::npos)
-            return text;
-        if (count >= template_max_replacements)
-            return neutralise(text);
-        const std::size_t end = text.find('%', start + 1);
-        if (end == std::string::npos) {
-            text[start] = '#';
-            continue;
-        }
-        const std::string placeholder = text.substr(start, end - start + 1);
-        const std::string path = placeholder.substr(1, placeholder.size() - 2);
-        const char* value = xml_get(document, path.c_str(), false, false);
-        const std::string filled = replace_all(text, placeholder, value != nullptr ? value : "");
-        if (filled.size() > template_max_bytes)
-            return neutralise(text);
-        text = filled;
-    }
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
@@ -63,6 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string result = made.get();
     require(result.find('%') == std::string::npos, "no placeholder is left");
     require(result.size() <= std::max(text.size(), template_max_bytes), "the bound holds");
-    require(result == fill(text, document.get()), "every placeholder has its value");
+    const auto value_at = [&document](const std::string& path) -> std::string {
+        const char* value = xml_get(document.get(), path.c_str(), false, false);
+        return value != nullptr ? value : "";
+    };
+    require(result == template_model_fill(text, value_at), "every placeholder has its value");
     return 0;
 }

@@ -17,6 +17,10 @@ public:
     /// Calls `act` in every pause, after signals were let in. elapsed_ms: since the start.
     void on_pause(std::function<void(long elapsed_ms)> act);
 
+    /// From now on, waiting for sockets takes no real time either: what is not ready at once is not
+    /// ready at all.
+    static void ask_sockets_at_once();
+
     /// The length of all pauses together, in milliseconds.
     static long elapsed_ms();
     /// The length of each pause, in microseconds; 0 if they differed or there was none.
