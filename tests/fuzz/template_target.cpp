@@ -28,8 +28,19 @@ std::string neutralise(std::string text)
     return text;
 }
 
+std::size_t count_nodes(const xml_node* node)
+{
+    std::size_t count = 0;
+    for (; node != nullptr; node = node->next)
+        ++count;
+    return count;
+}
+
 std::string fill(std::string text, const xml_node* document)
 {
+    const std::size_t nodes = count_nodes(document);
+    std::size_t visited = 0;
+    std::size_t searched = 0;
     for (int count = 0;; ++count) {
         const std::size_t start = text.find('%');
         if (start == std::string::npos)
@@ -41,6 +52,9 @@ std::string fill(std::string text, const xml_node* document)
             text[start] = '#';
             continue;
         }
+        if ((visited += nodes) > template_max_visited_nodes ||
+            (searched += text.size() - start) > template_max_searched_bytes)
+            return neutralise(text);
         const std::string placeholder = text.substr(start, end - start + 1);
         const std::string path = placeholder.substr(1, placeholder.size() - 2);
         const char* value = xml_get(document, path.c_str(), false, false);
