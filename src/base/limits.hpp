@@ -25,6 +25,14 @@ constexpr int template_max_replacements = 500;
 /// The longest text that a template may grow to.
 constexpr std::size_t template_max_bytes = 64UL * 1024;
 
+/// How many nodes of the document are visited for one template at most: each placeholder counts all
+/// of them.
+constexpr std::size_t template_max_visited_nodes = 256UL * 1024;
+
+/// How many bytes are searched for one template at most: each placeholder is looked for from where
+/// it stands to the end of the text.
+constexpr std::size_t template_max_searched_bytes = 2UL * 1024 * 1024;
+
 /// Size of a log file's name, its terminator included.
 constexpr std::size_t log_name_bytes = 256;
 

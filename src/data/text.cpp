@@ -16,6 +16,18 @@ void replace_in_place(char* text, const char* pattern, const char* replacement, 
         std::memcpy(match, replacement, length);
 }
 
+/// The length of a text with the replacement in place of every pattern.
+std::size_t count_replaced(const char* text, const char* pattern, const char* replacement)
+{
+    const std::size_t pattern_length = std::strlen(pattern);
+    const std::size_t replacement_length = std::strlen(replacement);
+    std::size_t length = std::strlen(text);
+    for (const char* match = std::strstr(text, pattern); match != nullptr;
+         match = std::strstr(match + pattern_length, pattern))
+        length = length - pattern_length + replacement_length;
+    return length;
+}
+
 char* append_bytes(char* end, const char* bytes, std::size_t length)
 {
     std::memcpy(end, bytes, length);
@@ -48,17 +60,6 @@ char* str_append(char* text, const char* added)
     return grown;
 }
 
-std::size_t str_replaced_length(const char* text, const char* pattern, const char* replacement)
-{
-    const std::size_t pattern_length = std::strlen(pattern);
-    const std::size_t replacement_length = replacement != nullptr ? std::strlen(replacement) : 0;
-    std::size_t length = std::strlen(text);
-    for (const char* match = std::strstr(text, pattern); match != nullptr;
-         match = std::strstr(match + pattern_length, pattern))
-        length = length - pattern_length + replacement_length;
-    return length;
-}
-
 char* str_replace(char* text, const char* pattern, const char* replacement)
 {
     if (text == nullptr || *pattern == '\0')
@@ -76,7 +77,7 @@ char* str_replace(char* text, const char* pattern, const char* replacement)
     }
 
     // Built beside the old text, so that a failed allocation leaves that one whole.
-    const std::size_t length = str_replaced_length(text, pattern, replacement);
+    const std::size_t length = count_replaced(text, pattern, replacement);
     auto* made = static_cast<char*>(std::malloc(length + 1));
     if (made == nullptr)
         return text;

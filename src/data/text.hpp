@@ -21,9 +21,6 @@ char* str_append(char* text, const char* added);
 /// `replacement` may lie within `text`.
 char* str_replace(char* text, const char* pattern, const char* replacement);
 
-/// The length of what str_replace gives. text, pattern: never null; the pattern is not empty.
-std::size_t str_replaced_length(const char* text, const char* pattern, const char* replacement);
-
 /// Splits `text` in place: puts the start of each field into `fields`, of which there are
 /// `field_slots`, and ends each by a NUL. Slots beyond the last field are left untouched.
 /// The number of fields that `text` holds; those beyond the slots are counted too, but not cut off:

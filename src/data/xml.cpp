@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -48,7 +50,15 @@ static_assert(sizeof(block) % alignof(xml_node) == 0);
 /// for the short documents of packets.
 constexpr std::size_t block_bytes = 1032 - sizeof(block);
 
+/// What malloc adds to a request at most.
+constexpr std::size_t malloc_overhead_bytes = 24;
+
+/// Documents of so many blocks leave a heap worth giving back.
+constexpr int large_document_blocks = 1000;
+
 struct reader {
+    std::size_t memory_left = 0;         // bytes that blocks may still take
+    std::size_t comparisons_left = 0;    // of end tags with places that are not theirs
     block* memory = nullptr;             // the last block
     xml_node* current = nullptr;         // the latest node; nameless while it waits for a start tag
     bool in_tag = true;                  // a "<" still waits for its ">", first the declaration's
@@ -59,11 +69,19 @@ struct reader {
     bounded_text<xml_text_limit> joined; // a text put together from its pieces
 };
 
-block* make_block(std::size_t size)
+/// Makes a block, if the text allows it. Null, with errno set, when out of memory.
+block* make_block(reader& state, std::size_t size)
 {
+    const std::size_t taken = sizeof(block) + size + malloc_overhead_bytes;
+    if (taken > state.memory_left) {
+        errno = ENOMEM;
+        return nullptr;
+    }
     auto* made = static_cast<block*>(std::malloc(sizeof(block) + size));
-    if (made != nullptr)
-        *made = {nullptr, 0, size};
+    if (made == nullptr)
+        return nullptr;
+    state.memory_left -= taken;
+    *made = {nullptr, 0, size};
     return made;
 }
 
@@ -73,7 +91,7 @@ block* find_block(reader& state, std::size_t size)
     block* last = state.memory;
     if (last->texts_begin - last->nodes_end >= size)
         return last;
-    last->next = make_block(std::max(size, block_bytes));
+    last->next = make_block(state, std::max(size, block_bytes));
     if (last->next != nullptr)
         state.memory = last->next;
     return last->next;
@@ -179,16 +197,43 @@ bool begin_tag(reader& state, const char* at)
     return true;
 }
 
-/// Leaves the element `name`. A name that does not occur in the path changes nothing.
-void leave_element(reader& state, std::string_view name)
+/// Whether an end tag may be compared with one more place. If not, errno is ENOMEM.
+bool has_comparison_left(reader& state)
+{
+    if (state.comparisons_left > 0) {
+        --state.comparisons_left;
+        return true;
+    }
+    errno = ENOMEM;
+    return false;
+}
+
+/// Leaves the element `name`. A name that does not occur in the path changes nothing. False when
+/// the end tags have been compared too often.
+bool leave_element(reader& state, std::string_view name)
 {
     // Kept on purpose: the end tag cuts the path at the first occurrence of its name, even within a
     // longer name. Test: xml_parse.follows_its_fixed_rules.
-    const std::size_t found = state.path.view().find(name);
+    const std::string_view path = state.path.view();
+    const char first = name.empty() ? '\0' : name.front();
+    std::size_t found = name.empty() ? 0 : path.find(first);
+    while (found != std::string_view::npos && !path.substr(found).starts_with(name)) {
+        if (!has_comparison_left(state))
+            return false;
+        found = path.find(first, found + 1);
+    }
     if (found == std::string_view::npos)
-        return;
-    const bool after_slash = found > 0 && state.path.bytes[found - 1] == '/';
+        return true;
+    const bool after_slash = found > 0 && path[found - 1] == '/';
     state.path.length = after_slash ? found - 1 : found;
+    return true;
+}
+
+/// Gives the latest tag's name, without what follows a blank.
+std::string_view find_name(const reader& state, bool closes)
+{
+    const std::string_view name = state.tag.substr(closes ? 1 : 0, xml_name_limit - 1);
+    return name.substr(0, name.find(' '));
 }
 
 /// At a ">": opens or closes the element that the latest tag names. tag: where it began, if this
@@ -201,12 +246,10 @@ bool end_tag(reader& state, const char* tag, const char* at)
         state.text_begin = at + 1;
     }
     const bool closes = state.tag.starts_with('/');
-    std::string_view name = state.tag.substr(closes ? 1 : 0);
-    name = name.substr(0, name.find(' ')).substr(0, xml_name_limit - 1);
-    if (closes) {
-        leave_element(state, name);
-        return true;
-    }
+    const std::string_view name = find_name(state, closes);
+    // What an end tag has left once is no longer in the path.
+    if (closes)
+        return state.has_stray_brackets || leave_element(state, name);
     if (state.path.length > 0)
         state.path.append("/");
     state.path.append(name);
@@ -255,14 +298,17 @@ void read_document(reader& state, const char* at, const char* end)
 
 xml_node* xml_parse(const char* text)
 {
+    const std::size_t length = std::strlen(text);
     reader state;
-    state.memory = make_block(block_bytes);
+    state.memory_left = xml_memory_factor * length + xml_memory_base;
+    state.comparisons_left = length + xml_comparisons_base;
+    state.memory = make_block(state, block_bytes);
     if (state.memory == nullptr)
         return nullptr;
     xml_node* document = state.current = make_node(state);
     const char* declaration_end = std::strstr(text, "?>");
     if (declaration_end != nullptr)
-        read_document(state, declaration_end + 1, declaration_end + std::strlen(declaration_end));
+        read_document(state, declaration_end + 1, text + length);
     return document;
 }
 
@@ -288,6 +334,9 @@ void xml_free(xml_node* document)
     if (document == nullptr)
         return;
     block* memory = reinterpret_cast<block*>(document) - 1;
-    while (memory != nullptr)
+    int count = 0;
+    for (; memory != nullptr; ++count)
         std::free(std::exchange(memory, memory->next));
+    if (count >= large_document_blocks)
+        malloc_trim(0);
 }

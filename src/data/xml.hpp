@@ -18,6 +18,14 @@ constexpr std::size_t xml_name_limit = 64;
 constexpr std::size_t xml_text_limit = 512;
 constexpr std::size_t xml_path_limit = 1024;
 
+/// A document takes at most this many bytes of memory for each byte of its text, and some besides.
+constexpr std::size_t xml_memory_factor = 32;
+constexpr std::size_t xml_memory_base = 64UL * 1024;
+
+/// How often end tags may be compared with a place in the path that is not theirs: once for each
+/// byte of the text, and some times besides.
+constexpr std::size_t xml_comparisons_base = 64UL * 1024;
+
 /// One element. The first node of a document with a declaration stands for the declaration itself,
 /// with empty name and path. A node without a name is the last one, and all its fields are null.
 /// Nodes and texts belong to the document and are freed with it.
@@ -33,7 +41,8 @@ struct xml_node {
 
 /// Reads `text` (never null), which is not kept.
 /// Returns the document's first node, which the caller releases with xml_free. When out of memory,
-/// the document ends early and errno is ENOMEM; null only if not even the first node was allocated.
+/// and before it would take more memory or comparisons than its text allows, the document ends
+/// early and errno is ENOMEM; null only if not even the first node was allocated.
 xml_node* xml_parse(const char* text);
 
 /// The value of the first node in document order whose name (`by_name`) or path equals `key`.
@@ -43,7 +52,8 @@ xml_node* xml_parse(const char* text);
 /// memory.
 char* xml_get(const xml_node* document, const char* key, bool by_name, bool want_copy);
 
-/// Releases all nodes and texts of `document` (may be null).
+/// Releases all nodes and texts of `document` (may be null). The memory of a large one goes back to
+/// the system.
 void xml_free(xml_node* document);
 
 /// A document that is freed at the end of its scope.

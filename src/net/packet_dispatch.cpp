@@ -14,6 +14,7 @@
 #include "net/transmission.hpp"
 #include "services/pager_list.hpp"
 #include "services/report.hpp"
+#include "ui/layout.hpp"
 #include "ui/pane.hpp"
 #include "ui/server_pane.hpp"
 
@@ -21,6 +22,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 namespace
 {
@@ -83,7 +85,31 @@ void take_capabilities(server_entry& entry, const packet_view& packet)
     handle_capabilities(entry, packet.text);
 }
 
-/// Shows a text line by line.
+/// The first line of a text, which is cut off it.
+std::string_view take_line(std::string_view& text)
+{
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(text.size(), line.size() + 1));
+    return line;
+}
+
+/// Whether the lines after one push it out of the status pane without a trace. A line that is wider
+/// than the pane changes its frame, and what is above.
+bool is_pushed_out(std::string_view line, std::string_view rest)
+{
+    const int width = layout_status_frame_column() - status_column;
+    for (int row = status_row; std::cmp_less_equal(line.size(), width); --row) {
+        if (row < status_first_row)
+            return true;
+        if (rest.empty())
+            return false;
+        line = take_line(rest);
+    }
+    return false;
+}
+
+/// Shows a text line by line. Lines that would be pushed out again are left out: there may be
+/// thousands.
 void show_server_text(server_entry&, const packet_view& packet)
 {
     if (std::string_view{packet.text}.find('\n') == std::string_view::npos)
@@ -94,9 +120,9 @@ void show_server_text(server_entry&, const packet_view& packet)
     if (!text)
         return;
     for (std::string_view rest = text.get(); !rest.empty();) {
-        const std::string_view line = rest.substr(0, rest.find('\n'));
-        status_report(colour::server_text, "%.*s", static_cast<int>(line.size()), line.data());
-        rest.remove_prefix(std::min(rest.size(), line.size() + 1));
+        const std::string_view line = take_line(rest);
+        if (!is_pushed_out(line, rest))
+            status_report(colour::server_text, "%.*s", static_cast<int>(line.size()), line.data());
     }
 }
 

@@ -19,8 +19,6 @@ constexpr unsigned poll_interval_s = 1;
 
 /// A cycle over many busy servers stops for a moment after this time, so that keys are read.
 constexpr std::chrono::milliseconds max_run{20};
-/// But not before it has taken so many packets, so that every run gets something done.
-constexpr int packets_before_break = 16;
 constexpr suseconds_t break_us = 1'000;
 
 bool is_polled(const server_entry& entry)
@@ -45,17 +43,11 @@ bool visit_server(server_entry& entry, bool may_be_ready, std::time_t now)
     return has_packet;
 }
 
-/// What one run of the cycle has done; keys wait as long as it lasts.
-struct poll_run {
-    std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
-    int packets = 0;
-
-    bool is_long() const
-    {
-        return packets >= packets_before_break &&
-               std::chrono::steady_clock::now() - begin >= max_run;
-    }
-};
+/// Whether a run of the cycle, as long as which keys wait, has lasted long.
+bool is_long(std::chrono::steady_clock::time_point begin)
+{
+    return std::chrono::steady_clock::now() - begin >= max_run;
+}
 
 /// Sets the alarm for when the key loop has had a round.
 void begin_break()
@@ -67,7 +59,7 @@ void begin_break()
 /// Visits servers from where the cycle stands. False if it broke off because keys were waiting.
 bool continue_cycle(poll_progress& cycle)
 {
-    poll_run run;
+    const auto begin = std::chrono::steady_clock::now();
     readiness ready = readiness_ask(app_state.servers, cycle.next, is_polled);
     while (cycle.next < app_state.servers->count) {
         server_entry* entry = server_at(app_state.servers, cycle.next);
@@ -75,8 +67,7 @@ bool continue_cycle(poll_progress& cycle)
         ++cycle.next;
         if (!is_polled(*entry) || !visit_server(*entry, may_be_ready, cycle.now))
             continue;
-        ++run.packets;
-        if (run.is_long() && cycle.next < app_state.servers->count)
+        if (is_long(begin) && cycle.next < app_state.servers->count)
             return false;
     }
     return true;

@@ -2,6 +2,7 @@
 #include "net/transmission.hpp"
 
 #include "app/app_state.hpp"
+#include "base/limits.hpp"
 #include "base/owners.hpp"
 #include "data/text.hpp"
 #include "net/log_files.hpp"
@@ -12,6 +13,7 @@
 #include "ui/server_pane.hpp"
 #include "ui/window.hpp"
 
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -56,21 +58,107 @@ void neutralise_percents(char* text)
         *percent = '#';
 }
 
-/// Replaces one placeholder by its value, wherever in the text it stands. If that made the text too
-/// long, every "%" becomes "#" instead. marker, end: the "%" that it begins with and the one that
-/// it ends with.
-char* fill_placeholder(char* text, char* marker, const char* end, const xml_node* document)
+/// A document that placeholders are looked up in, and how much work that may still take.
+struct lookup {
+    const xml_node* document;
+    std::size_t nodes;
+    std::size_t visits_left = template_max_visited_nodes;
+    std::size_t bytes_left = template_max_searched_bytes;
+};
+
+std::size_t count_nodes(const xml_node* document)
 {
-    const heap_text placeholder{strndup(marker, static_cast<size_t>(end - marker) + 1)};
-    const heap_text path{strndup(marker + 1, static_cast<size_t>(end - marker) - 1)};
-    if (!placeholder || !path)
+    std::size_t count = 0;
+    for (const xml_node* node = document; node != nullptr; node = node->next)
+        ++count;
+    return count;
+}
+
+/// Whether one more value may be looked up, and its placeholder be looked for in `bytes` bytes.
+bool has_work_left(lookup& values, std::size_t bytes)
+{
+    if (values.nodes > values.visits_left || bytes > values.bytes_left)
+        return false;
+    values.visits_left -= values.nodes;
+    values.bytes_left -= bytes;
+    return true;
+}
+
+/// The value that a placeholder stands for; empty if there is none.
+std::string_view find_value(const xml_node* document, char* placeholder, std::size_t length)
+{
+    placeholder[length - 1] = '\0';
+    const char* value = xml_get(document, placeholder + 1, false, false);
+    placeholder[length - 1] = '%';
+    return value != nullptr ? value : std::string_view{};
+}
+
+/// What stands in the text from the next placeholder on; empty if there is none.
+std::string_view find_next(std::string_view text, std::string_view placeholder)
+{
+    const void* found = memmem(text.data(), text.size(), placeholder.data(), placeholder.size());
+    return found != nullptr ? text.substr(static_cast<std::size_t>(static_cast<const char*>(found) -
+                                                                   text.data()))
+                            : std::string_view{};
+}
+
+/// How often a placeholder stands in a text that begins with it.
+std::size_t count_placeholders(std::string_view text, std::string_view placeholder)
+{
+    std::size_t count = 0;
+    for (; !text.empty(); text = find_next(text.substr(placeholder.size()), placeholder))
+        ++count;
+    return count;
+}
+
+/// Writes a text that begins with a placeholder to `to`, with the value in place of `count` of
+/// them. The text may lie behind `to`, with space for what is added.
+void write_values(char* to, std::string_view text, std::string_view placeholder,
+                  std::string_view value, std::size_t count)
+{
+    for (; count > 0; --count) {
+        text.remove_prefix(placeholder.size());
+        to += value.copy(to, value.size());
+        const std::string_view next = count > 1 ? find_next(text, placeholder) : std::string_view{};
+        const std::size_t between = text.size() - next.size();
+        std::memmove(to, text.data(), between);
+        to += between;
+        text.remove_prefix(between);
+    }
+    *to = '\0';
+}
+
+/// Replaces one placeholder by its value, wherever in the text it stands. If that made the text too
+/// long or were too much work, every "%" becomes "#" instead. done: the bytes before the "%" that
+/// it begins with. length: its bytes, with the "%" that it ends with.
+char* fill_placeholder(char* text, std::size_t done, std::size_t length, lookup& values)
+{
+    const heap_text copy{strndup(text + done, length)};
+    if (!copy)
         return text;
-    const char* value = xml_get(document, path.get(), false, false);
-    if (str_replaced_length(text, placeholder.get(), value) > template_max_bytes) {
-        neutralise_percents(marker);
+    const std::string_view placeholder{copy.get(), length};
+    const std::size_t rest = std::strlen(text + done);
+    if (!has_work_left(values, rest)) {
+        neutralise_percents(text + done);
         return text;
     }
-    return str_replace(text, placeholder.get(), value);
+    const std::string_view value = find_value(values.document, copy.get(), length);
+    const std::size_t count = count_placeholders({text + done, rest}, placeholder);
+    const std::size_t filled = rest - count * length + count * value.size();
+    if (done + filled > template_max_bytes) {
+        neutralise_percents(text + done);
+        return text;
+    }
+    const std::size_t added = filled > rest ? filled - rest : 0;
+    if (added > 0) {
+        auto* grown = static_cast<char*>(std::realloc(text, done + filled + 1));
+        if (grown == nullptr)
+            return text;
+        text = grown;
+        std::memmove(text + done + added, text + done, rest);
+    }
+    write_values(text + done, {text + done + added, rest}, placeholder, value, count);
+    return text;
 }
 
 void print_message(colour pair, bool scroll_first, const char* text)
@@ -129,22 +217,25 @@ void present_transmission(server_entry& entry, const xml_node* document)
 
 char* fill_template(char* text, const xml_node* document)
 {
+    lookup values{document, count_nodes(document)};
+    std::size_t done = 0; // bytes without a "%"
     for (int replaced = 0; text != nullptr; ++replaced) {
-        // Kept on purpose: the search begins at the start again, so a value may name placeholders
-        // too; servers may count on that. Test:
+        // Kept on purpose: the search begins at the value that was filled in, so a value may name
+        // placeholders too; servers may count on that. Test:
         // fill_template.replaces_placeholders_with_the_values_at_their_paths.
-        char* marker = std::strchr(text, '%');
+        char* marker = std::strchr(text + done, '%');
         if (marker == nullptr)
             return text;
         if (replaced >= template_max_replacements) {
             neutralise_percents(marker);
             return text;
         }
+        done = static_cast<std::size_t>(marker - text);
         const char* end = std::strchr(marker + 1, '%');
         if (end == nullptr)
             *marker = '#';
         else
-            text = fill_placeholder(text, marker, end, document);
+            text = fill_placeholder(text, done, static_cast<std::size_t>(end + 1 - marker), values);
     }
     return text;
 }

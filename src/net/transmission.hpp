@@ -10,8 +10,8 @@ void present_transmission(server_entry& entry, const xml_node* document);
 
 /// Replaces every "%path%" of a text by the document's value at that path, or by nothing if there
 /// is none. A "%" without a partner becomes "#". Values may name placeholders too, so after a
-/// bounded number of replacements, and before one that would make the text longer than its bound,
-/// every "%" that is left becomes "#" as well.
+/// bounded number of replacements, and before one that would make the text longer than its bound or
+/// the work larger than its bounds, every "%" that is left becomes "#" as well.
 /// text: malloc'ed, may be null, may move.
 /// The filled text, which the caller owns.
 char* fill_template(char* text, const xml_node* document);

@@ -7,6 +7,7 @@
 #include "bench/config_bench.hpp"
 #include "bench/core_report.hpp"
 #include "bench/directory_bench.hpp"
+#include "bench/hostile_bench.hpp"
 #include "bench/null_screen.hpp"
 #include "bench/poll_bench.hpp"
 #include "bench/transmission_bench.hpp"
@@ -61,6 +62,7 @@ int main(int count, char** arguments)
     config_benchmarks_add(screen.home());
     directory_benchmarks_add();
     poll_benchmarks_add();
+    hostile_benchmarks_add();
     figure_keeper keeper;
     benchmark::RunSpecifiedBenchmarks(&keeper);
     benchmark::Shutdown();

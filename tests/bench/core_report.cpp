@@ -4,6 +4,7 @@
 #include "bench/comparison_table.hpp"
 #include "bench/config_bench.hpp"
 #include "bench/directory_bench.hpp"
+#include "bench/hostile_bench.hpp"
 #include "bench/poll_bench.hpp"
 #include "bench/sample_traffic.hpp"
 #include "bench/transmission_bench.hpp"
@@ -131,6 +132,20 @@ void write_paths(std::FILE* file, const core_figures& figures)
     }
 }
 
+void write_hostile_packets(std::FILE* file, const core_figures& figures)
+{
+    constexpr double max_ms = 10;
+    const std::string prefix = hostile_bench_name;
+    std::fputs("\n### One hostile packet\n\n| packet | ms of CPU | goal |\n|---|--:|---|\n", file);
+    for (const auto& [name, values] : figures) {
+        if (!name.starts_with(prefix))
+            continue;
+        const double taken_ms = median(values).value_or(0) / 1'000;
+        std::fprintf(file, "| %s | %.2f | at most %g: %s |\n", name.c_str() + prefix.size(),
+                     taken_ms, max_ms, judge(taken_ms <= max_ms));
+    }
+}
+
 /// A function whose cost grows with a number, and its limit at one such number.
 struct growing_piece {
     const char* name;
@@ -220,6 +235,7 @@ void core_report_write(std::FILE* file, const core_figures& figures)
 {
     write_readers(file, figures);
     write_paths(file, figures);
+    write_hostile_packets(file, figures);
     std::fputs("\n### How cost grows\n\n"
                "Milliseconds, and the growth exponent between the two largest numbers (1 "
                "means linear).\n\n"

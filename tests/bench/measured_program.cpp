@@ -184,6 +184,21 @@ bool measured_program::type(std::string_view keys)
     return write(terminal_fd, keys.data(), keys.size()) == static_cast<ssize_t>(keys.size());
 }
 
+std::optional<double> measured_program::time_answer(std::string_view keys, std::string_view text)
+{
+    const std::size_t before = written();
+    const std::int64_t begin_ns = read_clock_ns();
+    if (!type(keys))
+        return std::nullopt;
+    std::unique_lock lock{guard};
+    const auto is_written = [&] {
+        return closed || output.find(text, before) != std::string::npos;
+    };
+    if (!arrived.wait_for(lock, default_patience, is_written) || closed)
+        return std::nullopt;
+    return static_cast<double>(last_read_ns - begin_ns) / 1e6;
+}
+
 /// Waits until no process of the program is left.
 bool measured_program::others_end()
 {

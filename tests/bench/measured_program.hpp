@@ -39,6 +39,9 @@ public:
     std::optional<first_screen> wait_for_screen(std::string_view last_text);
     /// Types `keys`; false if the terminal does not take all of them.
     bool type(std::string_view keys);
+    /// Types `keys` and waits until the program writes `text`. The time until then, in ms; none if
+    /// it does not come.
+    std::optional<double> time_answer(std::string_view keys, std::string_view text);
     /// Bytes that the program has written so far.
     std::size_t written();
     /// Waits until the program has written more than `before` bytes and then nothing more for a

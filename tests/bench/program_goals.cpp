@@ -8,6 +8,7 @@ namespace
 
 constexpr double max_floor_ratio = 1.3;
 constexpr double max_file_kb = 300;
+constexpr double max_answer_ms = 100;
 
 std::string format_number(const char* format, double number)
 {
@@ -47,13 +48,13 @@ void add_leaner(comparison& compared, const figure_row& row)
          "less than all others", ratio < 1});
 }
 
-void add_small_file(comparison& compared, const figure_row& row)
+/// A limit for the client alone, in the row's unit.
+void add_limit(comparison& compared, const figure_row& row, double limit)
 {
     const std::optional<double> client = row.figures[client_column];
     if (client)
-        compared.goals.push_back({row.what, format_number("%.0f kB", *client),
-                                  format_number("below %.0f kB", max_file_kb),
-                                  *client < max_file_kb});
+        compared.goals.push_back({row.what, format_number("%.0f ", *client) + row.unit,
+                                  format_number("below %.0f ", limit) + row.unit, *client < limit});
 }
 
 } // namespace
@@ -65,5 +66,7 @@ void goal_add(comparison& compared, const figure_row& row, measure_goal goal)
     if (goal == measure_goal::near_floor_leaner)
         add_leaner(compared, row);
     if (goal == measure_goal::small_file)
-        add_small_file(compared, row);
+        add_limit(compared, row, max_file_kb);
+    if (goal == measure_goal::quick_answer)
+        add_limit(compared, row, max_answer_ms);
 }

@@ -9,6 +9,7 @@ enum class measure_goal {
     near_floor,        // within 1.3 times the floor
     near_floor_leaner, // the same, and less than every other program
     small_file,        // below 300 kB
+    quick_answer,      // below 100 ms
 };
 
 /// Adds the client's result for `goal` in the row `row` to `compared`.

@@ -5,10 +5,12 @@
 // tells only whether the programs worked, not how fast they were.
 #include "base/owners.hpp"
 #include "bench/comparison_table.hpp"
+#include "bench/hostile_measures.hpp"
 #include "bench/message_measures.hpp"
 #include "bench/program_goals.hpp"
 #include "bench/program_measures.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -23,6 +25,7 @@ struct options {
     int idle_seconds = 60;
     int connections = 20;
     int messages = 20;
+    int keys = 300;
     bool with_peers = false;
     const char* markdown = nullptr; // the file's name; null: not given
 };
@@ -36,6 +39,7 @@ int fail_with_usage()
                "  --idle-seconds N  length of the idle time (60)\n"
                "  --connections N   connections of one client in the idle time (20)\n"
                "  --messages N      messages that are shown (20)\n"
+               "  --keys N          keys that are pressed beside hostile servers (300)\n"
                "  --peers           also compare with programs that people have\n"
                "  --markdown FILE   also write the tables into FILE\n",
                stderr);
@@ -52,6 +56,8 @@ int* find_number(options& wanted, const char* name)
         return &wanted.connections;
     if (std::strcmp(name, "--messages") == 0)
         return &wanted.messages;
+    if (std::strcmp(name, "--keys") == 0)
+        return &wanted.keys;
     return nullptr;
 }
 
@@ -162,6 +168,27 @@ void add_messages(comparison& compared, const message_figures& messages)
     compared.notes.emplace_back(note);
 }
 
+double find_percentile(std::vector<double> values, std::size_t percent)
+{
+    std::ranges::sort(values);
+    return values[(values.size() * percent + 99) / 100 - 1];
+}
+
+void add_keys(comparison& compared, const std::vector<double>& times)
+{
+    const auto add = [&](const char* what, measure_goal goal, std::size_t percent) {
+        add_row(compared, what, "ms", goal, [&](std::size_t column) -> std::optional<double> {
+            return column == client_column ? std::optional{find_percentile(times, percent)}
+                                           : std::nullopt;
+        });
+    };
+    add("answer to a key, median", measure_goal::none, 50);
+    add("answer to a key, 99th percentile", measure_goal::quick_answer, 99);
+    compared.notes.push_back("Answers to keys: while " + std::to_string(hostile_servers) +
+                             " servers send the most expensive packet each second, " +
+                             std::to_string(times.size()) + " keys.");
+}
+
 std::optional<double> read_size_kb(const std::string& path)
 {
     std::error_code failure;
@@ -234,12 +261,15 @@ int main(int, char** arguments)
     const auto idle =
         starts ? measure_idle(programs, wanted.connections, wanted.idle_seconds) : std::nullopt;
     const auto messages = idle ? measure_messages(programs, wanted.messages) : std::nullopt;
-    if (!messages)
+    const auto keys =
+        messages ? measure_hostile_keys(programs[client_column], wanted.keys) : std::nullopt;
+    if (!keys)
         return 1;
     add_starts(compared, *starts);
     add_idle(compared, *idle, wanted);
     add_connected(compared, *idle, wanted);
     add_messages(compared, *messages);
+    add_keys(compared, *keys);
     add_sizes(compared, programs);
     add_notes(compared, programs, wanted);
     comparison_print(compared, stdout);

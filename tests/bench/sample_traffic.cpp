@@ -11,6 +11,7 @@ namespace
 {
 
 constexpr std::uint32_t plain_kind = 40;
+constexpr std::uint32_t text_kind = 64;
 constexpr std::uint32_t compressed_kind = 204;
 constexpr int waypoints = 24;
 
@@ -121,4 +122,9 @@ packet_buffer compressed_packet(const std::string& document)
     const auto size_hint = static_cast<std::uint16_t>((document.size() + decompression_factor - 1) /
                                                       decompression_factor);
     return make_packet({compressed_kind, 0, size_hint, 0, 0}, bytes, length);
+}
+
+packet_buffer text_packet(const std::string& text)
+{
+    return make_packet({text_kind, 0, 0, 0, 0}, text.data(), text.size());
 }

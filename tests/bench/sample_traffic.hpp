@@ -22,3 +22,6 @@ packet_buffer plain_packet(const std::string& document);
 
 /// A packet with a compressed document (kind 204).
 packet_buffer compressed_packet(const std::string& document);
+
+/// A packet with a text for the user (kind 64). The text is below 4,096 bytes.
+packet_buffer text_packet(const std::string& text);

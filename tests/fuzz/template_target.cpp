@@ -4,6 +4,7 @@
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/property.hpp"
 #include "models/template_model.hpp"
+#include "models/xml_compare.hpp"
 #include "net/transmission.hpp"
 
 #include <algorithm>
@@ -22,6 +23,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const char* value = xml_get(document.get(), path.c_str(), false, false);
         return value != nullptr ? value : "";
     };
-    require(result == template_model_fill(text, value_at), "every placeholder has its value");
+    const std::size_t nodes = xml_model_copy(document.get()).size();
+    require(result == template_model_fill(text, nodes, value_at),
+            "every placeholder has its value");
     return 0;
 }

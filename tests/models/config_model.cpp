@@ -70,7 +70,7 @@ void config_model_add(config_model& config, const server_model& server)
 
 void config_model_load(config_model& config, const std::string& file)
 {
-    const xml_model document = xml_model_read(file);
+    const xml_model document = xml_model_read(file).document;
     for (const xml_model_node& node : document) {
         if (!node.name || !is_server_block(*node.name))
             continue;

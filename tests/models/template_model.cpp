@@ -15,9 +15,11 @@ std::string replace_all(const std::string& text, const std::string& old, const s
 
 } // namespace
 
-std::string template_model_fill(std::string text,
+std::string template_model_fill(std::string text, std::size_t nodes,
                                 const std::function<std::string(const std::string&)>& value_at)
 {
+    std::size_t visited = 0;
+    std::size_t searched = 0;
     for (int count = 0; count < template_model_replacements; ++count) {
         const std::size_t first = text.find('%');
         if (first == std::string::npos)
@@ -25,6 +27,10 @@ std::string template_model_fill(std::string text,
         const std::size_t second = text.find('%', first + 1);
         if (second == std::string::npos)
             return replace_all(text, "%", "#");
+        visited += nodes;
+        searched += text.size() - first;
+        if (visited > template_model_visited_nodes || searched > template_model_searched_bytes)
+            break;
         const std::string path = text.substr(first + 1, second - first - 1);
         const std::string filled = replace_all(text, '%' + path + '%', value_at(path));
         if (filled.size() > template_model_bytes)

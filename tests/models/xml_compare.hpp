@@ -5,6 +5,8 @@
 #include "data/xml_index.hpp"
 #include "models/xml_model.hpp"
 
+#include <algorithm>
+
 /// A text that may be missing.
 inline std::optional<std::string> xml_text_copy(const char* text)
 {
@@ -19,6 +21,24 @@ inline xml_model xml_model_copy(const xml_node* node)
         copy.push_back(
             {xml_text_copy(node->path), xml_text_copy(node->name), xml_text_copy(node->value)});
     return copy;
+}
+
+/// The model of a text. is_cut: its document ended early, as only a costly one may; the model then
+/// ends there too, and its last element lacks what the document's does.
+inline xml_model xml_model_beside(const xml_node* document, bool is_cut, const std::string& text)
+{
+    xml_model_reading expected = xml_model_read(text);
+    const bool is_costly =
+        expected.memory > xml_memory_base / 2 || expected.comparisons > xml_comparisons_base;
+    if (!is_cut || !is_costly)
+        return expected.document;
+    const xml_model copy = xml_model_copy(document);
+    expected.document.resize(std::min(copy.size(), expected.document.size()));
+    if (!copy.back().name)
+        expected.document.back() = {};
+    else if (!copy.back().value)
+        expected.document.back().value.reset();
+    return expected.document;
 }
 
 /// Looks a key up in all ways. Returns what should hold and does not, or else null.

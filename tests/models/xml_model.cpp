@@ -1,6 +1,8 @@
 // xml_model.cpp - see xml_model.hpp.
 #include "models/xml_model.hpp"
 
+#include <algorithm>
+
 namespace
 {
 
@@ -10,6 +12,8 @@ struct model_reader {
     std::string tag{};
     std::string text{};
     std::string path{};
+    std::size_t memory = 0;
+    std::size_t comparisons = 0;
 
     void begin_tag()
     {
@@ -18,13 +22,21 @@ struct model_reader {
         if (document.back().name) {
             if (!text.empty())
                 document.back().value = text.substr(0, xml_model_text_bytes);
+            count_memory(document.back());
             document.push_back({});
         }
         text.clear();
     }
+    void count_memory(const xml_model_node& node)
+    {
+        constexpr std::size_t node_bytes = 48;
+        memory += node_bytes + node.path->size() + node.name->size() + 3;
+        memory += node.value.value_or("").size();
+    }
     void leave_element(const std::string& name)
     {
         const std::size_t found = path.find(name);
+        comparisons += std::min(found, path.size());
         if (found == std::string::npos)
             return;
         path.resize(found);
@@ -50,13 +62,13 @@ struct model_reader {
 
 } // namespace
 
-xml_model xml_model_read(const std::string& text)
+xml_model_reading xml_model_read(const std::string& text)
 {
     model_reader reader;
     const std::string read = text.c_str();
     const std::size_t declaration = read.find("?>");
     if (declaration == std::string::npos)
-        return reader.document;
+        return {reader.document};
     for (const char byte : read.substr(declaration + 1)) {
         if (byte == '<')
             reader.begin_tag();
@@ -65,7 +77,7 @@ xml_model xml_model_read(const std::string& text)
         else
             (reader.is_in_tag ? reader.tag : reader.text) += byte;
     }
-    return reader.document;
+    return {reader.document, reader.memory, reader.comparisons};
 }
 
 std::optional<std::string> xml_model_at(const xml_model& document, const std::string& path)

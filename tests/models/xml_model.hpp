@@ -23,8 +23,15 @@ struct xml_model_node {
 /// The elements in the order of their start tags.
 using xml_model = std::vector<xml_model_node>;
 
+/// What a text is read as, and what that costs.
+struct xml_model_reading {
+    xml_model document{};
+    std::size_t memory = 0;      // bytes of the elements with their texts
+    std::size_t comparisons = 0; // of end tags with places in the path, at most
+};
+
 /// Reads a text, which ends at its first NUL.
-xml_model xml_model_read(const std::string& text);
+xml_model_reading xml_model_read(const std::string& text);
 
 /// The value of the first element at a path.
 std::optional<std::string> xml_model_at(const xml_model& document, const std::string& path);

@@ -6,6 +6,7 @@
 #include "net/report_reception.hpp"
 #include "ui/layout.hpp"
 #include "ui/pane.hpp"
+#include "ui/screen.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -86,6 +87,42 @@ TEST_F(dispatch, shows_errors_notices_and_successes_in_bold_but_not_plain_text)
     for (const auto& row : rows) {
         receive({row.kind, "text"});
         EXPECT_EQ(screen.is_bold_at(app_state.status_pane, status_row, 1), row.is_bold) << row.kind;
+    }
+}
+
+/// Every cell of the status pane, its frame included.
+std::string read_status_pane()
+{
+    std::string cells;
+    for (int row = 0; row < getmaxy(app_state.status_pane); ++row)
+        for (int column = 0; column < getmaxx(app_state.status_pane); ++column)
+            cells += static_cast<char>(mvwinch(app_state.status_pane, row, column) & A_CHARTEXT);
+    return cells;
+}
+
+TEST_F(dispatch, leaves_the_screen_that_every_line_of_a_long_text_would_leave)
+{
+    const int width = getmaxx(app_state.status_pane);
+    for (const int wide : {10, width - 3, width - 2, width - 1, width, 3 * width}) {
+        std::vector<std::string> lines;
+        for (int number = 0; number < 100; ++number)
+            lines.push_back("line " + std::to_string(number));
+        for (const std::size_t place : {1U, 20U, 23U, 97U})
+            lines[place].resize(static_cast<std::size_t>(wide), 'w');
+        std::string text;
+        mark();
+        for (const std::string& line : lines) {
+            status_report(colour::server_text, "%s", line.c_str());
+            text += line + '\n';
+        }
+        const std::string expected = read_status_pane();
+        screen_clear();
+        ASSERT_EQ(screen_build(), 1);
+        receive({64, text});
+        EXPECT_EQ(read_status_pane(), expected) << wide;
+        EXPECT_EQ(said().back().text, "line 99");
+        screen_clear();
+        ASSERT_EQ(screen_build(), 1);
     }
 }
 

@@ -26,6 +26,13 @@ suseconds_t read_alarm_us()
     return left.it_value.tv_usec;
 }
 
+/// Continues the cycle until it is over, however often a busy machine makes it stop.
+void finish_cycle()
+{
+    while (app_state.poll.next != 0)
+        poll_servers(SIGALRM);
+}
+
 /// Servers that have something to say, "s00" to "s19" in the order of the list. The first sends a
 /// list that stays open for a while.
 class long_poll_cycle : public net_test
@@ -44,16 +51,16 @@ protected:
     }
 
     static constexpr int count = 20;
-    static constexpr int before_a_break = 16;
     std::vector<server_end> ends;
 };
 
-TEST_F(long_poll_cycle, stops_for_waiting_keys_and_resumes_at_once)
+TEST_F(long_poll_cycle, stops_for_waiting_keys_after_a_single_long_packet)
 {
     poll_servers(SIGALRM);
-    EXPECT_EQ(said().back(), (status_line{"s" + std::to_string(before_a_break - 1), 2}));
+    EXPECT_EQ(said(), status_lines{});
+    EXPECT_EQ(app_state.poll.next, 1);
     EXPECT_LE(read_alarm_us(), 1'000) << "this was no break";
-    poll_servers(SIGALRM);
+    finish_cycle();
     EXPECT_EQ(said(), (status_lines{{"s16", 2}, {"s17", 2}, {"s18", 2}, {"s19", 2}}));
     EXPECT_EQ(alarm(0), 1U);
 }
@@ -62,9 +69,10 @@ TEST_F(long_poll_cycle, visits_no_server_twice)
 {
     ends[1].send({103, "more"});
     poll_servers(SIGALRM);
-    poll_servers(SIGALRM);
+    finish_cycle();
     EXPECT_EQ(said().back(), (status_line{"s19", 2}));
     poll_servers(SIGALRM);
+    finish_cycle();
     EXPECT_EQ(said().back(), (status_line{"more", 2}));
 }
 
@@ -104,16 +112,12 @@ TEST_F(halted_poll_cycle, reaches_a_server_that_was_added_meanwhile)
         ends.push_back(connect(add_server("new.example")));
         ends.back().send({103, "I am new"});
     });
+    finish_cycle();
     EXPECT_EQ(said(), (status_lines{{"I am new", 2}}));
 }
 
 TEST_F(halted_poll_cycle, does_not_stop_after_its_last_server)
 {
-    std::vector<server_end> ends;
-    for (int index = 1; index < 16; ++index) {
-        ends.push_back(connect(add_server(("y" + std::to_string(index)).c_str())));
-        ends.back().send({103, "text"});
-    }
     poll_with([] { pause_for(25'000); });
     EXPECT_EQ(app_state.poll.next, 0);
     EXPECT_GT(read_alarm_us(), 1'000) << "a cycle that is over waits for the next second";
@@ -133,6 +137,7 @@ TEST_F(halted_poll_cycle, uses_the_time_at_which_it_began)
             while (std::time(nullptr) == begin)
                 pause_for(10'000);
         });
+        finish_cycle();
     } while (app_state.poll.now != begin);
     EXPECT_EQ(said(), status_lines{});
     EXPECT_EQ(second.heartbeat_sent, 0);

@@ -54,10 +54,9 @@ TEST_F(services_out_of_memory, leaves_placeholders_that_it_cannot_fill_without_a
         .expect_after_failure =
             [&](memory_failure failure, long nth) {
                 ASSERT_TRUE(text);
-                // One placeholder takes two texts and memory for the longer or shorter result.
-                const std::string expected = failure == memory_failure::once
-                                                 ? whole
-                                                 : filled_up_to[std::min((nth - 1) / 3, 2L)];
+                // One placeholder takes a text, and memory for a longer result.
+                const std::string expected =
+                    failure == memory_failure::once ? whole : filled_up_to[std::min(nth / 2, 2L)];
                 EXPECT_EQ(text.get(), expected);
             },
         .expect_success = [&] { EXPECT_EQ(text.get(), whole); },

@@ -107,6 +107,54 @@ TEST(fill_template, fills_texts_up_to_a_bounded_length)
     EXPECT_EQ(fill(placeholder + longest + placeholder, ""), longest);
 }
 
+/// Placeholders of different values, all of them "v" below the root.
+std::string make_placeholders(std::size_t count)
+{
+    std::string text;
+    for (std::size_t number = 1; number <= count; ++number)
+        text += "%tovrik/a" + std::to_string(number) + "%";
+    return text;
+}
+
+std::string make_values(std::size_t count)
+{
+    std::string elements;
+    for (std::size_t number = 1; number <= count; ++number)
+        elements.append("<a").append(std::to_string(number)).append(">v</a>");
+    return elements;
+}
+
+TEST(fill_template, looks_up_fewer_values_in_a_very_large_document)
+{
+    constexpr std::size_t count = 10;
+    std::string elements = make_values(count);
+    for (int number = 0; number < 40'000; ++number)
+        elements += "<b></b>";
+    const std::string result = fill(make_placeholders(count), elements);
+    const std::size_t nodes = 40'000 + count + 3; // with the declaration, the root and the last one
+    const std::size_t filled = template_max_visited_nodes / nodes;
+    ASSERT_LT(filled, count);
+    EXPECT_EQ(result.substr(0, filled + 1), std::string(filled, 'v') + '#');
+    EXPECT_EQ(std::count(result.begin(), result.end(), '#'), 2 * (count - filled));
+    EXPECT_FALSE(has_percent(result));
+}
+
+TEST(fill_template, looks_through_a_long_text_for_fewer_placeholders)
+{
+    constexpr std::size_t count = 100;
+    const std::string text = make_placeholders(count) + std::string(50'000, '.');
+    const std::string result = fill(text, make_values(count));
+    std::size_t filled = 0;
+    std::size_t searched = 0;
+    for (std::size_t start = 0; searched + text.size() - start <= template_max_searched_bytes;
+         start = text.find('%', text.find('%', start) + 1) + 1, ++filled)
+        searched += text.size() - start;
+    ASSERT_LT(filled, count);
+    EXPECT_EQ(result.substr(0, filled + 1), std::string(filled, 'v') + '#');
+    EXPECT_EQ(std::count(result.begin(), result.end(), '#'), 2 * (count - filled));
+    EXPECT_FALSE(has_percent(result));
+}
+
 TEST(fill_template, makes_no_long_text_of_a_short_one)
 {
     // A value of 511 bytes in a text that names it as often as its bound allows.
