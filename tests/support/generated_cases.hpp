@@ -11,7 +11,7 @@
 /// How many cases each model is compared in.
 constexpr int generated_case_count = 20'000;
 
-/// The choices that make one case. The same seed and case give the same choices everywhere.
+/// The choices that make one case: always the same ones for the same seed and number.
 class case_choices
 {
 public:

@@ -64,9 +64,9 @@ std::string make_pieces(case_choices& choices, std::size_t most)
 /// A value as it may be in an element: without brackets, and not too long for the reader.
 std::string make_value(case_choices& choices)
 {
-    std::string made = choices.chance(40) ? choices.text("abc 12%", 6) : make_pieces(choices, 4);
+    std::string made = choices.chance(75) ? choices.text("abc 12%", 6) : make_pieces(choices, 4);
     // Long values that name themselves or each other reach the bounds.
-    if (choices.chance(2))
+    if (choices.chance(1))
         made += make_pieces(choices, 60) + std::string(choices.number(400), 'x');
     std::erase_if(made, [](char byte) { return byte == '<' || byte == '>'; });
     return made.substr(0, 500);
@@ -84,32 +84,35 @@ std::string make_document(const values& all)
     return made + '<';
 }
 
-values make_values(case_choices& choices)
+std::string make_plain_value(case_choices& choices)
+{
+    return choices.text("abc 12", 20);
+}
+
+values make_values(case_choices& choices, std::string (*make)(case_choices&))
 {
     values made;
     for (std::size_t count = choices.number(6); count > 0; --count) {
         const std::string path = choices.pick(paths);
         if (path.find(' ') == std::string::npos)
-            made[path] = make_value(choices);
+            made[path] = make(choices);
     }
     return made;
 }
 
-/// Mostly short. Some are so long that a value of a few bytes makes the difference to the bound.
-std::string make_template(case_choices& choices)
+/// So long that a value of a few bytes makes the difference to the bound.
+std::string make_long_template(case_choices& choices)
 {
-    if (choices.chance(99))
-        return make_pieces(choices, 12);
     const std::string filling(template_model_bytes - choices.number(20), 'x');
-    return filling.substr(0, filling.size() / 2) + make_pieces(choices, 3) +
-           filling.substr(filling.size() / 2);
+    return filling + '%' + make_path(choices) + '%';
 }
 
 TEST(template_model, fills_the_same)
 {
     run_generated_cases([](case_choices& choices) {
-        const values all = make_values(choices);
-        const std::string text = make_template(choices);
+        const bool is_long = choices.chance(2);
+        const values all = make_values(choices, is_long ? make_plain_value : make_value);
+        const std::string text = is_long ? make_long_template(choices) : make_pieces(choices, 12);
         const xml_document document{xml_parse(make_document(all).c_str())};
         const heap_text made{fill_template(str_dup(text.c_str()), document.get())};
         const auto value_at = [&all](const std::string& path) {
