@@ -52,10 +52,11 @@ std::string fill(std::string text, const xml_node* document)
             text[start] = '#';
             continue;
         }
-        if ((visited += nodes) > template_max_visited_nodes ||
-            (searched += text.size() - start) > template_max_searched_bytes)
-            return neutralise(text);
         const std::string placeholder = text.substr(start, end - start + 1);
+        visited += nodes * (1 + placeholder.size() / template_bytes_of_a_visit);
+        searched += text.size() - start;
+        if (visited > template_max_visited_nodes || searched > template_max_searched_bytes)
+            return neutralise(text);
         const std::string path = placeholder.substr(1, placeholder.size() - 2);
         const char* value = xml_get(document, path.c_str(), false, false);
         const std::string filled = replace_all(text, placeholder, value != nullptr ? value : "");
