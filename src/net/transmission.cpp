@@ -74,12 +74,13 @@ std::size_t count_nodes(const xml_node* document)
     return count;
 }
 
-/// Whether one more value may be looked up, and its placeholder be looked for in `bytes` bytes.
-bool has_work_left(lookup& values, std::size_t bytes)
+/// Whether one more placeholder may be looked up, and looked for in `bytes` bytes.
+bool has_work_left(lookup& values, std::size_t length, std::size_t bytes)
 {
-    if (values.nodes > values.visits_left || bytes > values.bytes_left)
+    const std::size_t visits = values.nodes * (1 + length / template_bytes_of_a_visit);
+    if (visits > values.visits_left || bytes > values.bytes_left)
         return false;
-    values.visits_left -= values.nodes;
+    values.visits_left -= visits;
     values.bytes_left -= bytes;
     return true;
 }
@@ -138,7 +139,7 @@ char* fill_placeholder(char* text, std::size_t done, std::size_t length, lookup&
         return text;
     const std::string_view placeholder{copy.get(), length};
     const std::size_t rest = std::strlen(text + done);
-    if (!has_work_left(values, rest)) {
+    if (!has_work_left(values, length, rest)) {
         neutralise_percents(text + done);
         return text;
     }

@@ -65,6 +65,19 @@ std::string make_long_text()
            repeat("%a", longest_text) + "</v>";
 }
 
+/// Paths as long as one that is looked up again and again, and different from it only at their end.
+std::string make_similar_paths()
+{
+    std::string path;
+    std::string open;
+    for (int level = 0; level < 7; ++level) {
+        const std::string name(longest_name, 'a');
+        path += name + '/';
+        open += '<' + name + '>';
+    }
+    return "<v>%" + path + "cy%%v%</v>" + make_transmission("%v%", "") + open;
+}
+
 } // namespace
 
 std::span<const hostile_document> hostile_documents()
@@ -72,7 +85,8 @@ std::span<const hostile_document> hostile_documents()
     static const hostile_document documents[] = {
         {"long_paths", fill_up("<a>", "<>")},
         {"many_nodes", fill_up(make_transmission(make_placeholders(0), ""), "<>")},
-        {"many_long_look_ups", fill_up(make_transmission(make_placeholders(0), ""), "<a>")},
+        {"deep_look_ups", fill_up(make_transmission(make_placeholders(0), ""), "<a>")},
+        {"similar_paths", fill_up(make_similar_paths(), "<by></by>")},
         {"end_tags", fill_up(make_full_path(), "</ab>")},
         {"long_text", fill_up(make_long_text(), "<a>")},
     };

@@ -27,7 +27,7 @@ std::string template_model_fill(std::string text, std::size_t nodes,
         const std::size_t second = text.find('%', first + 1);
         if (second == std::string::npos)
             return replace_all(text, "%", "#");
-        visited += nodes;
+        visited += nodes * (1 + (second - first + 1) / template_model_bytes_of_a_visit);
         searched += text.size() - first;
         if (visited > template_model_visited_nodes || searched > template_model_searched_bytes)
             break;
