@@ -135,8 +135,8 @@ void paint_bar_cells(std::int32_t selected, attr_t attributes, colour pair)
 {
     const int row = find_window_row(selected - 1 + list_first_row);
     if (app_state.server_pane != nullptr && row >= list_first_row)
-        mvwchgat(app_state.server_pane, row, list_name_column, bar_cells, attributes,
-                 colour_number(pair), nullptr);
+        mvwchgat(app_state.server_pane, row, list_name_column, bar_cells,
+                 attributes | colour_substitute(pair), colour_number(pair), nullptr);
 }
 
 void draw_bar()
