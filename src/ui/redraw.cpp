@@ -27,8 +27,9 @@ void redraw_window(WINDOW* window)
 
 void redraw_panes()
 {
-    for (WINDOW* pane :
-         {app_state.message_pane, app_state.server_pane, app_state.status_pane, app_state.key_line})
+    // No pane covers the end of the rows beside the messages. The standard screen is blank there.
+    for (WINDOW* pane : {app_state.screen, app_state.message_pane, app_state.server_pane,
+                         app_state.status_pane, app_state.key_line})
         redraw_window(pane);
 }
 

@@ -196,7 +196,11 @@ bool screen_start()
 int screen_build()
 {
     define_colours();
-    if (!open_pages() || !open_panes())
+    if (!open_pages())
+        return 0;
+    // Blank where there will be no pane, so that the pages are not seen there.
+    window_raise(app_state.screen);
+    if (!open_panes())
         return 0;
     wsetscrreg(app_state.message_pane, message_first_row, layout_message_row());
     join_frames();

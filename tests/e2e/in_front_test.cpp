@@ -279,4 +279,31 @@ TEST_F(many_ticks, behind_the_help_write_next_to_nothing)
                                                  "a marker that has turned"));
 }
 
+/// Terminals of these sizes, in rows and columns.
+class pages_of_any_size : public in_front, public testing::WithParamInterface<std::pair<int, int>>
+{
+};
+
+TEST_P(pages_of_any_size, give_back_the_screen_that_was)
+{
+    const auto& [rows, columns] = GetParam();
+    ASSERT_TRUE(begin(2, {.rows = rows, .columns = columns}));
+    ASSERT_TRUE(connection->send(plain_packet(document_of({}))));
+    ASSERT_TRUE(is_done());
+    terminal().send_key(named_key::up);
+    ASSERT_TRUE(terminal().wait_until([&] { return client.bar_row() == 1; }, "the bar"));
+    const std::vector<screen_cell> before = cells();
+    for (int row = 0; row < rows - 7; ++row)
+        EXPECT_EQ(terminal().cell(row, columns - 1).text, " ") << row;
+    for (const auto& [key, hint] : {std::pair{'h', help_hint}, {'e', settings_hint}}) {
+        ASSERT_TRUE(open(key, hint));
+        terminal().send_control(key);
+        EXPECT_TRUE(becomes(before, "the panes as they were"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(in_front, pages_of_any_size,
+                         testing::Values(std::pair{24, 80}, std::pair{30, 100},
+                                         std::pair{60, 200}));
+
 } // namespace
