@@ -44,6 +44,7 @@ struct application_state {
     WINDOW* key_line = nullptr;     // one row at the bottom
     WINDOW* popup_win = nullptr;    // the open popup
     WINDOW* dialog_win = nullptr;   // a second transient window, closed together with popup_win
+    WINDOW* modal_win = nullptr;    // the box that waits for the user; owned by who opened it
     WINDOW* settings_win = nullptr; // full screen, behind the panes until settings_shown
     WINDOW* help_win = nullptr;     // full screen, behind the panes until help_shown
 
@@ -51,8 +52,9 @@ struct application_state {
     std::int32_t selected = -1;    // 1-based row of the highlight bar; -1 before the first drawing
     std::int32_t settings_shown = 0;
     std::int32_t help_shown = 0;
-    std::uint32_t setting_flags = 0; // setting_flag bits
-    std::FILE* shared_log = nullptr; // the one log of SaveToOne; null: not open
+    bool is_help_over_settings = false; // if both are shown: the help came last
+    std::uint32_t setting_flags = 0;    // setting_flag bits
+    std::FILE* shared_log = nullptr;    // the one log of SaveToOne; null: not open
     log_condition shared_log_state = {};
     char** setting_texts = nullptr; // setting_text_count owned texts; null text: not set
     bool is_config_unread = false;  // there is a configuration that was not read completely, and

@@ -27,6 +27,7 @@ void settings_toggle()
 {
     popup_close();
     app_state.settings_shown = app_state.settings_shown != 0 ? 0 : 1;
+    app_state.is_help_over_settings = false;
     redraw_all();
     if (app_state.settings_shown == 0)
         apply_log_settings();

@@ -12,7 +12,6 @@
 #include "net/directory_lines.hpp"
 #include "net/readiness.hpp"
 #include "ui/pane.hpp"
-#include "ui/popup.hpp"
 #include "ui/server_pane.hpp"
 
 #include <algorithm>
@@ -163,20 +162,13 @@ bool fetch_list()
     return should_report;
 }
 
-/// Draws the list, and brings an open popup to the front again.
-void show_list()
-{
-    server_list_draw();
-    popup_raise();
-}
-
 /// Shows the result and lets the next fetch begin.
 void finish_fetch(bool should_report)
 {
     const state_lock_guard guard;
     const bool is_shown = should_report && may_touch_state();
     if (is_shown)
-        show_list();
+        server_list_draw();
     pthread_mutex_unlock(&app_state.fetch.fetch_mutex);
     // Kept on purpose: this is the number of all servers known, and it is reported after a failed
     // fetch as well; users see that the list is still there. Test:

@@ -29,7 +29,7 @@ constexpr int first_record_row = 2;
 constexpr int rows_around_records = 3; // frame and heading
 constexpr int fields_of_a_record = 3;
 
-/// What short values are padded to; longer ones are shown whole.
+/// What short values are padded to; longer ones push those after them to the right.
 constexpr int field_widths[fields_of_a_record] = {8, 4, 6};
 
 struct open_list {
@@ -51,6 +51,9 @@ std::string_view read_field(const char* field)
 /// The column after the field.
 int draw_field(WINDOW* window, int row, int column, std::string_view value, int width)
 {
+    // Kept on purpose: a value is shown whole up to the window's last column, even over the frame,
+    // since the end of a registration or flight number tells it from others.
+    // Test: pager_list.shows_records_of_every_form.
     const int end = glyphs_write_to_edge(window, row, column, value);
     const int padded_end = std::max(end, std::min(column + width, getmaxx(window)));
     line_blank(window, row, end, padded_end - end);

@@ -59,6 +59,13 @@ static_assert(std::ranges::adjacent_find(colour_pairs, std::ranges::greater_equa
                                          &colour_pair::name) == std::end(colour_pairs),
               "one row for each pair, in ascending order");
 
+/// What stands in for a pair's colours on a terminal without any: reverse video for the bar, which
+/// nothing else would show.
+inline attr_t colour_substitute(colour pair)
+{
+    return pair == colour::bar && !has_colors() ? A_REVERSE : A_NORMAL;
+}
+
 /// The pair's number for curses.
 constexpr short colour_number(colour pair)
 {

@@ -72,7 +72,8 @@ void glyphs_end_line(WINDOW* window)
 
 void glyphs_attribute(WINDOW* window, colour pair, bool bold)
 {
-    const int weight = bold ? static_cast<int>(A_BOLD) : 0;
+    const attr_t weight = bold ? A_BOLD : A_NORMAL;
+    const attr_t look = COLOR_PAIR(colour_number(pair)) | colour_substitute(pair) | weight;
     if (window != nullptr)
-        wattrset(window, COLOR_PAIR(colour_number(pair)) | weight);
+        wattrset(window, static_cast<int>(look));
 }

@@ -1,6 +1,7 @@
 // modal_box.cpp - see modal_box.hpp.
 #include "ui/modal_box.hpp"
 
+#include "app/app_state.hpp"
 #include "ui/curses_screen.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/redraw.hpp"
@@ -12,6 +13,7 @@ namespace
 
 void open_box(modal_box& box, const screen_area& area)
 {
+    app_state.modal_win = nullptr;
     box.window.reset();
     box.window.reset(popup_open(area.width, area.height, std::max(0, area.column),
                                 std::max(0, area.row), true, colour::frame, true));
@@ -44,11 +46,13 @@ void modal_box_write(const modal_box& box, int row, int column, colour pair, boo
 
 void modal_box_show(const modal_box& box)
 {
+    app_state.modal_win = box.window.get();
     window_raise(box.window.get());
 }
 
 void modal_box_erase(modal_box& box)
 {
+    app_state.modal_win = nullptr;
     window_erase(box.window.release());
     box = modal_box{};
 }

@@ -5,7 +5,6 @@
 #include "base/owners.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/layout.hpp"
-#include "ui/popup.hpp"
 #include "ui/window.hpp"
 
 #include <cstdarg>
@@ -85,12 +84,8 @@ void write_to_pane(WINDOW* window, const placement& place, const char* text)
         scroll_status_pane();
     glyphs_attribute(window, place.pair, place.bold);
     write_lines(window, place, text);
-    // Kept on purpose: only the settings hold text back, so notices are shown over the help.
-    // Test: pages_in_front.notices_are_shown_over_the_help_at_once.
-    if (app_state.settings_shown == 0) {
+    if (app_state.settings_shown == 0)
         window_show(window);
-        popup_raise();
-    }
     glyphs_attribute(window, place.pair, false);
 }
 

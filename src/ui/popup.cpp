@@ -11,13 +11,8 @@ void popup_close()
 {
     if (app_state.popup_win == nullptr && app_state.dialog_win == nullptr)
         return;
+    const screen_batch together;
     window_erase(std::exchange(app_state.popup_win, nullptr));
     window_erase(std::exchange(app_state.dialog_win, nullptr));
     redraw_all();
-}
-
-void popup_raise()
-{
-    window_raise(app_state.popup_win);
-    window_raise(app_state.dialog_win);
 }

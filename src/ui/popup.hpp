@@ -4,6 +4,3 @@
 /// Erases and deletes popup_win and dialog_win and repaints what they covered. Nothing happens when
 /// neither exists.
 void popup_close();
-
-/// Shows popup_win and dialog_win, where they exist, above what has been drawn under them since.
-void popup_raise();

@@ -2,6 +2,7 @@
 #include "ui/redraw.hpp"
 
 #include "app/app_state.hpp"
+#include "ui/layers.hpp"
 #include "ui/window.hpp"
 
 #include <initializer_list>
@@ -26,10 +27,9 @@ void redraw_window(WINDOW* window)
 
 void redraw_panes()
 {
-    const screen_batch together;
-    // The status pane comes after the server list, so that its tees lie on the column they share.
-    for (WINDOW* pane :
-         {app_state.message_pane, app_state.server_pane, app_state.status_pane, app_state.key_line})
+    // No pane covers the end of the rows beside the messages. The standard screen is blank there.
+    for (WINDOW* pane : {app_state.screen, app_state.message_pane, app_state.server_pane,
+                         app_state.status_pane, app_state.key_line})
         redraw_window(pane);
 }
 
@@ -37,10 +37,10 @@ void redraw_panes()
 
 void redraw_all()
 {
-    if (app_state.settings_shown != 0)
-        redraw_window(app_state.settings_win);
-    else if (app_state.help_shown != 0)
-        redraw_window(app_state.help_win);
+    const screen_batch together;
+    WINDOW* const page = layers_page_in_front();
+    if (page != nullptr)
+        redraw_window(page);
     else
         redraw_panes();
 }
@@ -48,8 +48,6 @@ void redraw_all()
 void help_toggle()
 {
     app_state.help_shown = app_state.help_shown != 0 ? 0 : 1;
-    if (app_state.help_shown != 0)
-        redraw_window(app_state.help_win);
-    else
-        redraw_all();
+    app_state.is_help_over_settings = true;
+    redraw_all();
 }

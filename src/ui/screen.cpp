@@ -118,6 +118,8 @@ void erase_windows()
 {
     for (const auto window : windows)
         window_erase(std::exchange(app_state.*window, nullptr));
+    // Its owner opens it anew, in its place on the new screen.
+    app_state.modal_win = nullptr;
 }
 
 void blank_screen()
@@ -126,13 +128,6 @@ void blank_screen()
         return;
     area_blank(stdscr, LINES, COLS, A_NORMAL);
     window_show(stdscr);
-}
-
-/// The status pane comes last, since its tees lie on the column that the two share.
-void raise_joined_panes()
-{
-    window_raise(app_state.server_pane);
-    window_raise(app_state.status_pane);
 }
 
 /// Ends the screen of the former size.
@@ -157,10 +152,6 @@ void rebuild_screen()
         // Test: screen.a_resize_brings_the_bar_back_to_the_first_server.
         app_state.selected = 1;
         server_list_draw();
-        if (app_state.settings_shown != 0 || app_state.help_shown != 0)
-            redraw_all();
-        else
-            raise_joined_panes();
         screen_memory_check();
     }
     screen_settle();
@@ -205,7 +196,11 @@ bool screen_start()
 int screen_build()
 {
     define_colours();
-    if (!open_pages() || !open_panes())
+    if (!open_pages())
+        return 0;
+    // Blank where there will be no pane, so that the pages are not seen there.
+    window_raise(app_state.screen);
+    if (!open_panes())
         return 0;
     wsetscrreg(app_state.message_pane, message_first_row, layout_message_row());
     join_frames();

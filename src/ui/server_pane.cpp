@@ -4,7 +4,6 @@
 #include "app/app_state.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/layout.hpp"
-#include "ui/redraw.hpp"
 #include "ui/window.hpp"
 
 #include <algorithm>
@@ -34,20 +33,6 @@ std::int32_t count_servers()
 std::int32_t find_last_marker_row()
 {
     return count_servers() + list_first_row;
-}
-
-bool is_page_in_front()
-{
-    return app_state.settings_shown != 0 || app_state.help_shown != 0;
-}
-
-/// Brings what was drawn to the screen. A page in front stays in front.
-void show_list()
-{
-    if (app_state.server_pane != nullptr)
-        window_show(app_state.server_pane);
-    if (is_page_in_front())
-        redraw_all();
 }
 
 /// The window's row of a list row, or -1 when that is not visible.
@@ -135,8 +120,8 @@ void paint_bar_cells(std::int32_t selected, attr_t attributes, colour pair)
 {
     const int row = find_window_row(selected - 1 + list_first_row);
     if (app_state.server_pane != nullptr && row >= list_first_row)
-        mvwchgat(app_state.server_pane, row, list_name_column, bar_cells, attributes,
-                 colour_number(pair), nullptr);
+        mvwchgat(app_state.server_pane, row, list_name_column, bar_cells,
+                 attributes | colour_substitute(pair), colour_number(pair), nullptr);
 }
 
 void draw_bar()
@@ -170,7 +155,7 @@ void server_list_draw()
     glyphs_write_at(app_state.server_pane, list_heading_row, list_marker_column, heading);
     draw_rows();
     draw_bar();
-    show_list();
+    window_show(app_state.server_pane);
 }
 
 void server_list_select(std::int32_t selected)
@@ -180,10 +165,8 @@ void server_list_select(std::int32_t selected)
     if (scroll_to_selected())
         draw_rows();
     draw_bar();
-    if (!is_page_in_front() && app_state.server_pane != nullptr)
-        touchwin(app_state.server_pane);
     // Shown now: reading the next key would show it too, but only a round later.
-    show_list();
+    window_raise(app_state.server_pane);
 }
 
 void server_marker_write(std::int32_t row, char marker)
@@ -196,7 +179,7 @@ void server_marker_write(std::int32_t row, char marker)
     const int window_row = find_window_row(row);
     if (window_row >= 0)
         glyphs_write_at(app_state.server_pane, window_row, list_marker_column, text);
-    show_list();
+    window_show(app_state.server_pane);
 }
 
 int server_row_on_screen(std::int32_t row)

@@ -4,6 +4,7 @@
 #include "app/app_state.hpp"
 #include "ui/curses_screen.hpp"
 #include "ui/glyphs.hpp"
+#include "ui/layers.hpp"
 
 WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, colour pair,
                    bool framed)
@@ -28,16 +29,17 @@ WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, col
 
 void window_show(WINDOW* window)
 {
+    // An update without a window, too, would take the terminal back after the end of the screen.
+    if (window == nullptr)
+        return;
     const screen_batch single;
-    if (window != nullptr && may_draw_at(getbegx(window), getbegy(window)))
-        wnoutrefresh(window);
+    layers_add(window);
 }
 
 void window_raise(WINDOW* window)
 {
-    if (window == nullptr)
-        return;
-    touchwin(window);
+    if (window != nullptr)
+        touchwin(window);
     window_show(window);
 }
 
@@ -56,9 +58,11 @@ void window_erase(WINDOW* window)
 {
     if (window == nullptr)
         return;
+    const screen_batch together;
     werase(window);
     window_show(window);
     delwin(window);
+    layers_add_open_windows();
 }
 
 void line_blank(WINDOW* window, int row, int column, int count)

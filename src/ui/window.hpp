@@ -17,10 +17,12 @@ using unique_window = std::unique_ptr<WINDOW, releaser<delwin>>;
 WINDOW* popup_open(int width, int height, int column, int row, bool scrolls, colour pair,
                    bool framed);
 
-/// Shows what was drawn in a window: at once, or at the end of a screen_batch.
+/// Shows what was drawn in a window, below what lies above it (layers.hpp): at once, or at the end
+/// of a screen_batch. Null is accepted.
 void window_show(WINDOW* window);
 
-/// Shows a window whole, above what has been drawn over it since. Null is accepted.
+/// Shows a window whole, above what has been drawn over it since and below what lies above it. Null
+/// is accepted.
 void window_raise(WINDOW* window);
 
 /// While one exists, windows are collected instead of shown one by one. At the end of the outermost
@@ -34,7 +36,8 @@ public:
     screen_batch& operator=(const screen_batch&) = delete;
 };
 
-/// Erases a window from the screen and deletes it. Null is accepted.
+/// Erases a window from the screen and deletes it. popup_win and dialog_win stay seen, other things
+/// that it covered are not painted again. Null is accepted.
 void window_erase(WINDOW* window);
 
 /// Writes `count` blanks at a place, in the window's current attribute. Nothing happens when the

@@ -1,16 +1,12 @@
 // pages_in_front_test.cpp - changes to the server list stay behind the settings and the help.
 #include "e2e/client_session.hpp"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 namespace
 {
-
-// Notices are shown at once, even over the help.
-constexpr std::ptrdiff_t rows_above_notices = 17;
 
 /// The rows of the screen while a page is in front.
 std::vector<std::string> read_rows(terminal_session& terminal)
@@ -56,28 +52,11 @@ TEST(pages_in_front, moving_the_bar_behind_the_help_does_not_draw_into_it)
     client.terminal().send_control('d');
     ASSERT_TRUE(
         client.terminal().wait_until([&] { return client.terminal().bells() == 1; }, "the bell"));
-    const auto is_as_before = [&] {
-        const std::vector<std::string> rows = read_rows(client.terminal());
-        return std::equal(rows.begin(), rows.begin() + rows_above_notices, before.begin());
-    };
-    EXPECT_TRUE(client.terminal().wait_until(is_as_before, "the page as it was"));
+    EXPECT_TRUE(client.terminal().wait_until([&] { return read_rows(client.terminal()) == before; },
+                                             "the page as it was"));
     client.terminal().send_control('h');
     ASSERT_TRUE(client.terminal().wait_until([&] { return client.bar_row() == 2; },
                                              "the bar on the second server"));
-}
-
-TEST(pages_in_front, notices_are_shown_over_the_help_at_once)
-{
-    scripted_server server;
-    client_session client;
-    ASSERT_TRUE(client.start(knowing(server)));
-    std::optional<server_connection> connection = client.connect_selected(server);
-    ASSERT_TRUE(connection);
-    client.terminal().send_control('h');
-    ASSERT_TRUE(client.terminal().wait_for_text("[ To exit press ^H ]"));
-    ASSERT_TRUE(connection->send(103, "for your eyes"));
-    EXPECT_TRUE(client.wait_for_status("for your eyes", pairs::plain, false));
-    EXPECT_TRUE(client.terminal().shows("[ ncurses tovrik client - Help ]"));
 }
 
 } // namespace

@@ -218,7 +218,7 @@ TEST(screen, help_covers_everything_and_uncovers_it_intact)
     const auto everything = [&] {
         std::vector<screen_cell> cells;
         for (int row = 0; row < 24; ++row)
-            for (int column = 0; column < 79; ++column) // no pane covers the whole last column
+            for (int column = 0; column < 80; ++column)
                 cells.push_back(client.terminal().cell(row, column));
         return cells;
     };

@@ -60,6 +60,29 @@ INSTANTIATE_TEST_SUITE_P(all, terminal_types,
                                                           "tmux", "vt100"),
                                           testing::Values("C", "C.UTF-8")));
 
+TEST(terminal_without_colours, shows_the_bar_in_reverse_video)
+{
+    constexpr int first_row = 2;
+    constexpr int name_column = 2;
+    constexpr int name_columns = 24;
+    client_session client;
+    ASSERT_TRUE(
+        client.start(with_aliases({"alpha", "beta"}), {.environment = {{"TERM", "vt100"}}}));
+    const auto is_bar_on = [&](int number) {
+        for (int column = 0; column < name_columns; ++column)
+            for (const int row : {first_row, first_row + 1})
+                if (client.terminal().cell(row, name_column + column).reverse !=
+                    (row == first_row + number - 1))
+                    return false;
+        return true;
+    };
+    EXPECT_TRUE(client.terminal().wait_until([&] { return is_bar_on(1); }, "the bar"));
+    client.terminal().send_key(named_key::down);
+    EXPECT_TRUE(client.terminal().wait_until([&] { return is_bar_on(2); }, "the bar below"));
+    EXPECT_TRUE(client.terminal().cell(23, 0).reverse) << "the key line, in the bar's colours";
+    EXPECT_FALSE(client.terminal().cell(first_row, 1).reverse) << "the marker beside it";
+}
+
 /// A client on a terminal whose ALT key has a mode to be switched on and off.
 class meta_mode : public testing::Test
 {
