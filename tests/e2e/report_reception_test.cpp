@@ -185,7 +185,7 @@ TEST_F(report_reception, prompts_over_a_menu_and_leaves_it)
     ASSERT_TRUE(begin());
     terminal().send_control('a');
     ASSERT_TRUE(menu_is(update_menu));
-    client.clock().jump(-100);
+    client.clock().stop();
     ASSERT_TRUE(send_report("text"));
     ASSERT_TRUE(answer(save_prompt(), "1.txt"));
     expect_saved("./1.txt", "text");
@@ -199,7 +199,7 @@ TEST_F(report_reception, prompts_over_a_prompt_and_leaves_its_text)
     ASSERT_TRUE(begin());
     terminal().send_control('o');
     ASSERT_TRUE(prompt_is({"Date of report (DD/MM/YYYY)", 12}));
-    client.clock().jump(-100);
+    client.clock().stop();
     terminal().send("16/11");
     const prompt_look typed{"Date of report (DD/MM/YYYY)", 12, or_cancel, "16/11"};
     ASSERT_TRUE(prompt_is(typed));

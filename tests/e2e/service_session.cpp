@@ -125,8 +125,6 @@ const menu_look pager_menu{38,
                            {"Add entry to your pagerlist", "Remove entry from your pagerlist",
                             "Request pagerlist from Server"}};
 
-const client_start service_test::calm_start{.start_time = 400};
-
 testing::AssertionResult service_test::begin(client_settings settings, const client_start& how,
                                              std::string_view services)
 {

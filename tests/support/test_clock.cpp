@@ -64,7 +64,7 @@ void test_clock::set_alarm_pace(int alarm_ms_per_second)
     shared->alarm_ms_per_second.store(alarm_ms_per_second);
 }
 
-void test_clock::set_speed(int speed)
+void test_clock::use_speed(int speed)
 {
     const std::int64_t now_ns = read_real_clock_ns();
     const std::int64_t unused = 1 - shared->speed_in_use.load();
@@ -72,7 +72,17 @@ void test_clock::set_speed(int speed)
     shared->speeds[unused].shown_ns.store(clock_shown_ns(*shared, now_ns));
     shared->speeds[unused].speed.store(speed);
     shared->speed_in_use.store(unused);
+}
+
+void test_clock::set_speed(int speed)
+{
+    use_speed(speed);
     set_alarm_pace(1000 / speed);
+}
+
+void test_clock::stop()
+{
+    use_speed(-1);
 }
 
 std::int64_t test_clock::now_ms() const

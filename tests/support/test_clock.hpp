@@ -29,6 +29,9 @@ public:
     /// Makes the program's wall clock, alarms and waits run `speed` times as fast as the real
     /// clock from now on, 1 to 1000. An alarm that is already set keeps its time.
     void set_speed(int speed);
+    /// Stops the program's wall clock, which only jump() and set() move from now on. Alarms and
+    /// waits go on as before. Boxes that wait for the user stay open, however slow the test is.
+    void stop();
     /// What the program's wall clock shows, in milliseconds since 1970.
     std::int64_t now_ms() const;
     /// How often the program has set its alarm, which it does at the end of every poll.
@@ -37,6 +40,8 @@ public:
     std::int64_t last_alarm_s() const;
 
 private:
+    void use_speed(int speed);
+
     std::string path;
     test_clock_layout* shared = nullptr;
 };

@@ -13,7 +13,8 @@ constexpr std::int64_t ns_per_ms = 1'000'000;
 struct clock_speed {
     std::atomic<std::int64_t> since_ns; // the real wall clock at that moment
     std::atomic<std::int64_t> shown_ns; // what the clock showed then, without the offset
-    std::atomic<std::int64_t> speed;    // 0: as fast as the real one, from the beginning
+    std::atomic<std::int64_t> speed;    // 0: as fast as the real one, from the beginning;
+                                        // below 0: it stands still
 };
 
 struct test_clock_layout {
@@ -44,5 +45,7 @@ inline std::int64_t clock_shown_ns(const test_clock_layout& clock, std::int64_t 
 {
     const clock_speed& used = clock.speeds[clock.speed_in_use.load()];
     const std::int64_t speed = used.speed.load();
-    return speed == 0 ? true_ns : used.shown_ns.load() + (true_ns - used.since_ns.load()) * speed;
+    if (speed <= 0)
+        return speed == 0 ? true_ns : used.shown_ns.load();
+    return used.shown_ns.load() + (true_ns - used.since_ns.load()) * speed;
 }
