@@ -84,9 +84,9 @@ void draw_list(open_list& list)
     modal_box_show(list.box);
 }
 
-void show_until_escape(open_list& list, std::time_t deadline)
+void show_until_escape(open_list& list, std::time_t start)
 {
-    while (std::time(nullptr) <= deadline) {
+    while (!modal_time_is_over(start)) {
         draw_list(list);
         if (key_read(app_state.server_pane) == key_escape)
             break;
@@ -99,7 +99,7 @@ void show_until_escape(open_list& list, std::time_t deadline)
 
 void pager_list_show(const char* text)
 {
-    const std::time_t deadline = std::time(nullptr) + modal_timeout_s;
+    const std::time_t start = std::time(nullptr);
     const int max_records = std::max(1, LINES - lines_without_records);
     // Kept on purpose: if there are more records, the last one kept has the rest of the text in its
     // last field; users see by it that there is more.
@@ -113,5 +113,5 @@ void pager_list_show(const char* text)
     popup_close();
     redraw_all();
     open_list list{records.get(), std::min(count, max_records)};
-    show_until_escape(list, deadline);
+    show_until_escape(list, start);
 }

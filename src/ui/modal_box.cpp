@@ -1,6 +1,7 @@
 // modal_box.cpp - see modal_box.hpp.
 #include "ui/modal_box.hpp"
 
+#include "base/elapsed.hpp"
 #include "ui/curses_screen.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/redraw.hpp"
@@ -23,6 +24,11 @@ void open_box(modal_box& box, const screen_area& area)
 }
 
 } // namespace
+
+bool modal_time_is_over(std::time_t& start)
+{
+    return elapsed_since(start, std::time(nullptr)) > modal_timeout_s;
+}
 
 void modal_box_fit(modal_box& box, const screen_area& area)
 {

@@ -21,6 +21,10 @@ struct modal_box {
     int made_for_columns = 0;
 };
 
+/// Whether a box that has waited since `start` has waited long enough. When the clock was set back
+/// behind `start`, the time begins again.
+bool modal_time_is_over(std::time_t& start);
+
 /// Opens the box, or opens it again if the terminal's size has changed, and paints its frame and a
 /// blank interior. area: for the terminal's present size; a negative column or row counts as 0.
 void modal_box_fit(modal_box& box, const screen_area& area);

@@ -31,7 +31,7 @@ struct prompt_state {
     int size; // of text
     char* text;
     int length = 0;
-    std::time_t deadline = 0;
+    std::time_t renewed_at = 0;
     modal_box box{};
 };
 
@@ -72,11 +72,6 @@ void draw(prompt_state& prompt)
     modal_box_show(prompt.box);
 }
 
-void renew_deadline(prompt_state& prompt)
-{
-    prompt.deadline = std::time(nullptr) + modal_timeout_s;
-}
-
 prompt_outcome edit(prompt_state& prompt, int key)
 {
     if (key == key_escape)
@@ -85,7 +80,7 @@ prompt_outcome edit(prompt_state& prompt, int key)
         return prompt_outcome::accepted;
     // Kept on purpose: a key that changes nothing renews the time too.
     // Test: prompt_of_a_key.keys_that_change_nothing_renew_the_time_too.
-    renew_deadline(prompt);
+    prompt.renewed_at = std::time(nullptr);
     if (key == KEY_BACKSPACE) {
         if (prompt.length > 0)
             prompt.text[--prompt.length] = '\0';
@@ -99,7 +94,7 @@ prompt_outcome edit(prompt_state& prompt, int key)
 
 prompt_outcome run(prompt_state& prompt)
 {
-    renew_deadline(prompt);
+    prompt.renewed_at = std::time(nullptr);
     while (true) {
         const int key = key_read_for_prompt(app_state.server_pane);
         if (key != ERR) {
@@ -108,7 +103,7 @@ prompt_outcome run(prompt_state& prompt)
                 return outcome;
         }
         draw(prompt);
-        if (std::time(nullptr) > prompt.deadline)
+        if (modal_time_is_over(prompt.renewed_at))
             return prompt_outcome::cancelled;
         pause_for(round_us);
     }

@@ -76,6 +76,11 @@ void own_clock::on_pause(std::function<void(long)> act)
     state.act = std::move(act);
 }
 
+void own_clock::jump(long seconds)
+{
+    state.first_us += seconds * us_a_second;
+}
+
 long own_clock::elapsed_ms()
 {
     return state.elapsed_us / us_a_millisecond;

@@ -17,6 +17,9 @@ public:
     /// Calls `act` in every pause, after signals were let in. elapsed_ms: since the start.
     void on_pause(std::function<void(long elapsed_ms)> act);
 
+    /// Moves the clock, but not the length of the pauses: forward, or back by a negative number.
+    static void jump(long seconds);
+
     /// The length of all pauses together, in milliseconds.
     static long elapsed_ms();
     /// The length of each pause, in microseconds; 0 if they differed or there was none.
