@@ -54,6 +54,7 @@ struct server_entry {
     std::uint32_t rx_aux;         // cleared with each new packet; nothing reads it
     std::uint32_t bytes_received; // every byte read from this server, never reset
     packet_buffer* rx_packet;     // the packet being assembled; null: none under way
+    std::uint8_t rx_waits;        // 1: rx_packet is whole and waits for an open box to close
     log_condition log_state;      // of log_file; also when a log was lost
 };
 

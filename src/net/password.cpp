@@ -23,10 +23,15 @@ void send_password(const server_entry& entry)
 
 } // namespace
 
+bool password_is_asked_for(const server_entry& entry)
+{
+    return !is_setting_on(SavePasswords) || entry.Password == nullptr;
+}
+
 void password_answer(server_entry& entry)
 {
     status_report(colour::secondary, "Password needed for this Server");
-    if (!is_setting_on(SavePasswords) || entry.Password == nullptr)
+    if (password_is_asked_for(entry))
         return ask_password(entry);
     status_report(colour::secondary, "Sending saved password from your configuration");
     send_password(entry);

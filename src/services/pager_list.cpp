@@ -86,6 +86,7 @@ void draw_list(open_list& list)
 
 void show_until_escape(open_list& list, std::time_t start)
 {
+    const modal_wait waiting;
     while (!modal_time_is_over(start)) {
         draw_list(list);
         if (key_read(app_state.server_pane) == key_escape)

@@ -132,6 +132,12 @@ void report_request(server_entry& entry)
                 static_cast<long>(compute_report_moment(date.get())));
 }
 
+bool report_reply_opens_box(const server_entry& entry, const packet_view& packet)
+{
+    return packet.header.kind == received_report_piece &&
+           report_reception_ends_with(entry, packet_payload_length(packet.header));
+}
+
 void report_reply(server_entry& entry, const packet_view& packet)
 {
     switch (packet.header.kind) {

@@ -49,6 +49,7 @@ char service_menu(std::span<const menu_entry> table, int width, int height, cons
     popup_close();
     redraw_all();
     open_menu menu{table, width, height, hint};
+    const modal_wait waiting;
     std::time_t start = std::time(nullptr);
     while (!modal_time_is_over(start)) {
         draw_menu(menu);

@@ -1,6 +1,7 @@
 // modal_box.cpp - see modal_box.hpp.
 #include "ui/modal_box.hpp"
 
+#include "app/app_state.hpp"
 #include "base/elapsed.hpp"
 #include "ui/curses_screen.hpp"
 #include "ui/glyphs.hpp"
@@ -28,6 +29,21 @@ void open_box(modal_box& box, const screen_area& area)
 bool modal_time_is_over(std::time_t& start)
 {
     return elapsed_since(start, std::time(nullptr)) > modal_timeout_s;
+}
+
+modal_wait::modal_wait()
+{
+    ++app_state.open_boxes;
+}
+
+modal_wait::~modal_wait()
+{
+    --app_state.open_boxes;
+}
+
+bool modal_box_is_open()
+{
+    return app_state.open_boxes > 0;
 }
 
 void modal_box_fit(modal_box& box, const screen_area& area)

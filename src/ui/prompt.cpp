@@ -94,6 +94,7 @@ prompt_outcome edit(prompt_state& prompt, int key)
 
 prompt_outcome run(prompt_state& prompt)
 {
+    const modal_wait waiting;
     prompt.renewed_at = std::time(nullptr);
     while (true) {
         const int key = key_read_for_prompt(app_state.server_pane);

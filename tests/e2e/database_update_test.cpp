@@ -297,7 +297,7 @@ TEST_F(database_update, a_server_that_hangs_up_without_a_word_does_no_harm)
     ASSERT_TRUE(client.wait_for_polls());
 }
 
-TEST_F(database_update, a_list_or_a_report_in_the_middle_of_a_prompt_leaves_its_text)
+TEST_F(database_update, a_list_in_the_middle_of_a_prompt_waits_for_its_answer)
 {
     ASSERT_TRUE(begin());
     ASSERT_TRUE(choose_request('1'));
@@ -308,13 +308,13 @@ TEST_F(database_update, a_list_or_a_report_in_the_middle_of_a_prompt_leaves_its_
     terminal().send("Luft");
     ASSERT_TRUE(prompt_is(typed));
     ASSERT_TRUE(connection->send(89, "D-AIQA\tFRA\tLH400"));
+    ASSERT_TRUE(client.wait_for_polls());
+    ASSERT_TRUE(answer(typed, "hansa"));
+    expect_sent({.kind = 31, .payload = "LH\tLufthansa"});
     ASSERT_TRUE(list_is({.rows = {"D-AIQA  |FRA |LH400 "}}));
     terminal().send("abc\r"); // taken by the list
     terminal().send_key(named_key::escape);
     ASSERT_TRUE(terminal().wait_for_no_text("Press ESC to close"));
-    ASSERT_TRUE(prompt_is(typed));
-    ASSERT_TRUE(answer(typed, "hansa"));
-    expect_sent({.kind = 31, .payload = "LH\tLufthansa"});
 }
 
 struct reply_case {
