@@ -11,6 +11,7 @@
 #include "net/decompression.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
+#include "net/server_box.hpp"
 #include "net/transmission.hpp"
 #include "services/pager_list.hpp"
 #include "services/report.hpp"
@@ -19,6 +20,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <iterator>
 #include <string_view>
 
@@ -135,9 +137,12 @@ bool may_show_list(const server_entry&, const packet_view&)
     return true;
 }
 
-void show_pager_list(server_entry&, const packet_view& packet)
+void show_pager_list(server_entry& entry, const packet_view& packet)
 {
-    pager_list_show(packet.text);
+    if (!server_box_may_open(entry, std::time(nullptr)))
+        return;
+    const bool is_closed_by_user = pager_list_show(packet.text);
+    server_box_closed(entry, is_closed_by_user, std::time(nullptr));
 }
 
 /// Shows how long a server has been up and how many clients it has.

@@ -8,8 +8,8 @@
 #include "net/md5.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
+#include "net/server_box.hpp"
 #include "ui/pane.hpp"
-#include "ui/prompt.hpp"
 
 namespace
 {
@@ -39,8 +39,7 @@ void password_answer(server_entry& entry)
 
 void ask_password(server_entry& entry)
 {
-    const heap_text typed{
-        prompt_input(password_size, "Password required", hint_or_cancel, nullptr)};
+    const heap_text typed{server_box_prompt(entry, password_size, "Password required", nullptr)};
     if (!typed)
         return;
     char digest[33];

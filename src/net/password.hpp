@@ -10,7 +10,7 @@ bool password_is_asked_for(const server_entry& entry);
 /// asks the user.
 void password_answer(server_entry& entry);
 
-/// Asks for the server's password, keeps its digest in the entry and sends it. Without an answer
-/// nothing changes. Modal: the poll cycle,
+/// Asks for the server's password in a box with its name, unless its boxes may not open now; keeps
+/// the digest in the entry and sends it. Without an answer nothing changes. Modal: the poll cycle,
 /// and with it every other server, waits for the user.
 void ask_password(server_entry& entry);

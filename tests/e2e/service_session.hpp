@@ -23,6 +23,7 @@ struct prompt_look {
     int size = 0; // of the answer with its terminator; the box is at least so wide
     std::string hint = or_cancel;
     std::string text{}; // between the frames, without the cursor
+    std::string name{}; // of the server that asks, as it is shown; empty: the user's own prompt
 };
 
 /// The expected look of a service menu.

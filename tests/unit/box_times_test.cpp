@@ -121,4 +121,18 @@ TEST_F(box_times, a_clock_that_is_set_back_gives_every_box_ten_more_seconds_at_m
     }
 }
 
+TEST_F(box_times, a_prompt_tells_who_asks_whether_it_was_left_alone)
+{
+    for (const int key : {0, static_cast<int>(key_escape), static_cast<int>(key_enter)}) {
+        own_clock clock;
+        clock.on_pause([&](long elapsed_ms) {
+            if (key != 0 && elapsed_ms >= 9'000)
+                ungetch(key);
+        });
+        prompt_asker asker{"server"};
+        EXPECT_EQ(prompt_input(10, "Question", hint, nullptr, &asker), nullptr);
+        EXPECT_EQ(asker.was_left_alone, key == 0) << key;
+    }
+}
+
 } // namespace
