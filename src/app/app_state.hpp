@@ -77,6 +77,7 @@ struct application_state {
     char* list_markers = nullptr; // the marker of each unscrolled row of the list; owned
     std::int32_t list_markers_count = 0;
     int screen_batches = 0; // how many exist now; they nest
+    int open_boxes = 0;     // prompts, menus and lists that wait for the user; they may nest
 
     application_state();
 };

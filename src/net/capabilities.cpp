@@ -33,6 +33,11 @@ bool is_offered(const xml_node* document, const capability& offer)
            (second != nullptr && is_set(document, second, offer.is_set_by_any_text));
 }
 
+bool is_password_demanded(const xml_node* document)
+{
+    return is_set(document, "NeedAuth", false);
+}
+
 void record_identity(server_entry& entry, const xml_node* document)
 {
     owned_text_replace(entry.server_version, find_element(document, "Version").release());
@@ -49,12 +54,18 @@ void record_offers(server_entry& entry, const xml_node* document)
 
 } // namespace
 
+bool capabilities_open_box(const server_entry& entry, const char* text)
+{
+    return password_is_asked_for(entry) &&
+           is_password_demanded(xml_document{xml_parse(text)}.get());
+}
+
 void handle_capabilities(server_entry& entry, const char* text)
 {
     const xml_document document{xml_parse(text)};
     record_identity(entry, document.get());
     record_offers(entry, document.get());
-    if (is_set(document.get(), "NeedAuth", false))
+    if (is_password_demanded(document.get()))
         password_answer(entry);
     // Kept on purpose: this comes last, so a password is asked for and sent first; servers expect
     // it before anything else. Test: duplicate.is_found_after_the_password_was_asked_for.

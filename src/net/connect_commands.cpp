@@ -4,6 +4,7 @@
 #include "app/app_state.hpp"
 #include "net/connect_attempt.hpp"
 #include "net/connection_end.hpp"
+#include "net/server_box.hpp"
 #include "ui/pane.hpp"
 
 void connect_selected_server()
@@ -17,6 +18,7 @@ void connect_selected_server()
         return;
     }
     entry->list_row = app_state.selected;
+    server_box_expect(*entry);
     status_report(colour::text, "Try connecting to %s:%d", server_display_name(*entry),
                   server_port(*entry));
     if (connect_server(entry->ServerName, server_port(*entry), entry) == -1)

@@ -11,6 +11,7 @@
 #include "net/decompression.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
+#include "net/server_box.hpp"
 #include "net/transmission.hpp"
 #include "services/pager_list.hpp"
 #include "services/report.hpp"
@@ -20,6 +21,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <iterator>
 #include <string_view>
 #include <utility>
@@ -78,6 +80,11 @@ void show_compressed_transmission(server_entry& entry, const packet_view& packet
         return;
     const xml_document document{xml_parse(reinterpret_cast<const char*>(text.get()))};
     present_transmission(entry, document.get());
+}
+
+bool may_ask_password(const server_entry& entry, const packet_view& packet)
+{
+    return capabilities_open_box(entry, packet.text);
 }
 
 void take_capabilities(server_entry& entry, const packet_view& packet)
@@ -151,9 +158,17 @@ void show_still_connected(server_entry& entry, const packet_view&)
     status_report(colour::notice, "You are still connected to %s", server_display_name(entry));
 }
 
-void show_pager_list(server_entry&, const packet_view& packet)
+bool may_show_list(const server_entry&, const packet_view&)
 {
-    pager_list_show(packet.text);
+    return true;
+}
+
+void show_pager_list(server_entry& entry, const packet_view& packet)
+{
+    if (!server_box_may_open(entry, std::time(nullptr)))
+        return;
+    const bool is_closed_by_user = pager_list_show(packet.text);
+    server_box_closed(entry, is_closed_by_user, std::time(nullptr));
 }
 
 /// Shows how long a server has been up and how many clients it has.
@@ -189,6 +204,7 @@ struct packet_rule {
     colour pair = colour::text;    // of the message
     const char* message = nullptr; // null: none of its own
     void (*handle)(server_entry& entry, const packet_view& packet) = nullptr; // null: nothing
+    bool (*opens_box)(const server_entry& entry, const packet_view& packet) = nullptr; // null: no
 };
 
 /// Ascending by kind, for a binary search.
@@ -206,7 +222,7 @@ constexpr packet_rule packet_rules[] = {
      .pair = colour::error,
      .message = "Your update request could not be added"},
     {.kind = received_transmission, .handle = show_transmission},
-    {.kind = received_capabilities, .handle = take_capabilities},
+    {.kind = received_capabilities, .handle = take_capabilities, .opens_box = may_ask_password},
     {.kind = received_server_text, .handle = show_server_text},
     {.kind = received_report_started, .handle = report_reply},
     {.kind = received_report_busy, .handle = report_reply},
@@ -242,7 +258,7 @@ constexpr packet_rule packet_rules[] = {
     {.kind = received_identification_refused,
      .pair = colour::error,
      .message = "Identification unknown. Client rejected"},
-    {.kind = received_pager_list, .handle = show_pager_list},
+    {.kind = received_pager_list, .handle = show_pager_list, .opens_box = may_show_list},
     {.kind = received_news, .handle = show_server_text},
     {.kind = received_closing_for_maintenance, .handle = take_closing},
     {.kind = received_closing_when_full, .handle = take_closing},
@@ -255,23 +271,42 @@ constexpr packet_rule packet_rules[] = {
     {.kind = received_still_connected, .beeps = 3, .handle = show_still_connected},
     {.kind = received_uptime, .handle = show_uptime},
     {.kind = received_compressed_transmission, .handle = show_compressed_transmission},
-    {.kind = received_report_piece, .handle = report_reply},
+    {.kind = received_report_piece, .handle = report_reply, .opens_box = report_reply_opens_box},
 };
 static_assert(std::ranges::is_sorted(packet_rules, {}, &packet_rule::kind));
 
+/// Null for unknown kinds.
+const packet_rule* find_rule(std::uint32_t kind)
+{
+    const auto* rule = std::ranges::lower_bound(packet_rules, kind, {}, &packet_rule::kind);
+    return rule != std::end(packet_rules) && rule->kind == kind ? rule : nullptr;
+}
+
+packet_view view_of(const packet_buffer& packet)
+{
+    return {packet_header_read(packet.header), packet.payload,
+            reinterpret_cast<const char*>(packet.payload)};
+}
+
 } // namespace
+
+bool packet_opens_box(const server_entry& entry, const packet_buffer& packet)
+{
+    const packet_view view = view_of(packet);
+    const packet_rule* rule = find_rule(view.header.kind);
+    return rule != nullptr && rule->opens_box != nullptr && rule->opens_box(entry, view);
+}
 
 void packet_dispatch(server_entry& entry, const packet_buffer& packet)
 {
-    const packet_header header = packet_header_read(packet.header);
-    const auto* rule = std::ranges::lower_bound(packet_rules, header.kind, {}, &packet_rule::kind);
-    if (rule == std::end(packet_rules) || rule->kind != header.kind)
+    const packet_view view = view_of(packet);
+    const packet_rule* rule = find_rule(view.header.kind);
+    if (rule == nullptr)
         return;
     give_beeps(rule->beeps);
     if (rule->message != nullptr)
         status_report(rule->pair, "%s", rule->message);
     give_beeps(rule->beeps_after_message);
     if (rule->handle != nullptr)
-        rule->handle(entry,
-                     {header, packet.payload, reinterpret_cast<const char*>(packet.payload)});
+        rule->handle(entry, view);
 }

@@ -118,5 +118,6 @@ received_packet packet_take(server_entry& server)
     received_packet packet{server.rx_packet};
     server.rx_packet = nullptr;
     server.rx_received = 0;
+    server.rx_waits = 0;
     return packet;
 }

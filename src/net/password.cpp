@@ -8,8 +8,8 @@
 #include "net/md5.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
+#include "net/server_box.hpp"
 #include "ui/pane.hpp"
-#include "ui/prompt.hpp"
 
 namespace
 {
@@ -23,10 +23,15 @@ void send_password(const server_entry& entry)
 
 } // namespace
 
+bool password_is_asked_for(const server_entry& entry)
+{
+    return !is_setting_on(SavePasswords) || entry.Password == nullptr;
+}
+
 void password_answer(server_entry& entry)
 {
     status_report(colour::secondary, "Password needed for this Server");
-    if (!is_setting_on(SavePasswords) || entry.Password == nullptr)
+    if (password_is_asked_for(entry))
         return ask_password(entry);
     status_report(colour::secondary, "Sending saved password from your configuration");
     send_password(entry);
@@ -34,8 +39,7 @@ void password_answer(server_entry& entry)
 
 void ask_password(server_entry& entry)
 {
-    const heap_text typed{
-        prompt_input(password_size, "Password required", hint_or_cancel, nullptr)};
+    const heap_text typed{server_box_prompt(entry, password_size, "Password required", nullptr)};
     if (!typed)
         return;
     char digest[33];

@@ -6,6 +6,7 @@
 #include "net/packet_dispatch.hpp"
 #include "net/packet_input.hpp"
 #include "net/readiness.hpp"
+#include "ui/modal_box.hpp"
 
 #include <chrono>
 #include <ctime>
@@ -26,15 +27,26 @@ bool is_polled(const server_entry& entry)
     return entry.socket_fd != 0 && entry.connected == 1;
 }
 
+/// Whether a packet would open a box over another one. It stays the server's next one meanwhile.
+bool has_to_wait(const server_entry& entry)
+{
+    return modal_box_is_open() &&
+           (entry.rx_waits == 1 || packet_opens_box(entry, *entry.rx_packet));
+}
+
 /// Takes a server's packet, if it has a whole one, and applies the idle rule. True if it had one.
 bool visit_server(server_entry& entry, bool may_be_ready, std::time_t now)
 {
     // Kept on purpose: the end of the stream is not taken for the end of the connection; the idle
     // rule ends that. Test: poll_cycle.does_not_react_to_the_end_of_a_connection_alone.
-    const bool has_packet = (may_be_ready || packet_is_empty(entry)) &&
-                            receive_packet(entry.socket_fd, entry) == packet_complete;
+    const bool has_packet = entry.rx_waits == 1 ||
+                            ((may_be_ready || packet_is_empty(entry)) &&
+                             receive_packet(entry.socket_fd, entry) == packet_complete);
     if (has_packet) {
         entry.last_data_time = now;
+        entry.rx_waits = has_to_wait(entry) ? 1 : 0;
+    }
+    if (has_packet && entry.rx_waits == 0) {
         // Taken out first: a packet may close its own connection, which drops what is in there.
         const received_packet packet = packet_take(entry);
         packet_dispatch(entry, *packet);

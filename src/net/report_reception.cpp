@@ -23,6 +23,11 @@ void report_reception_append(server_entry& entry, const unsigned char* bytes, st
     entry.report_received += static_cast<std::uint32_t>(taken);
 }
 
+bool report_reception_ends_with(const server_entry& entry, std::size_t length)
+{
+    return entry.report_buffer != nullptr && entry.report_total - entry.report_received <= length;
+}
+
 bool report_reception_is_complete(const server_entry& entry)
 {
     return entry.report_buffer != nullptr && entry.report_received == entry.report_total;

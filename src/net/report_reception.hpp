@@ -19,5 +19,8 @@ void report_reception_append(server_entry& entry, const unsigned char* bytes, st
 /// Whether a report is under way and all its bytes have come.
 bool report_reception_is_complete(const server_entry& entry);
 
+/// Whether the report under way is complete with a piece of this length.
+bool report_reception_ends_with(const server_entry& entry, std::size_t length);
+
 /// Drops the report under way, if there is one.
 void report_reception_drop(server_entry& entry);

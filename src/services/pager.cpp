@@ -4,6 +4,7 @@
 #include "base/owners.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
+#include "net/server_box.hpp"
 #include "services/request_text.hpp"
 #include "services/service_menu.hpp"
 #include "services/subscriber.hpp"
@@ -83,8 +84,8 @@ void pager_dialog(server_entry& entry)
     if (!typed_code)
         return;
     const auto code = static_cast<std::uint16_t>(std::strtol(typed_code.get(), nullptr, 10));
-    if (choice == choice_request)
-        send_packet(entry.socket_fd, sent_pager_list_request, code, 0, "%s", email.get());
-    else
-        change_entry(entry, choice, code, email);
+    if (choice != choice_request)
+        return change_entry(entry, choice, code, email);
+    server_box_expect(entry);
+    send_packet(entry.socket_fd, sent_pager_list_request, code, 0, "%s", email.get());
 }

@@ -87,22 +87,26 @@ void draw_list(open_list& list)
     modal_box_show(list.box);
 }
 
-void show_until_escape(open_list& list, std::time_t deadline)
+/// False if it is not closed by then.
+bool show_until_escape(open_list& list, std::time_t start)
 {
-    while (std::time(nullptr) <= deadline) {
+    const modal_wait waiting;
+    bool is_closed = false;
+    while (!is_closed && !modal_time_is_over(start)) {
         draw_list(list);
-        if (key_read(app_state.server_pane) == key_escape)
-            break;
-        pause_for(round_us);
+        is_closed = key_read(app_state.server_pane) == key_escape;
+        if (!is_closed)
+            pause_for(round_us);
     }
     modal_box_close(list.box);
+    return is_closed;
 }
 
 } // namespace
 
-void pager_list_show(const char* text)
+bool pager_list_show(const char* text)
 {
-    const std::time_t deadline = std::time(nullptr) + modal_timeout_s;
+    const std::time_t start = std::time(nullptr);
     const int max_records = std::max(1, LINES - lines_without_records);
     // Kept on purpose: if there are more records, the last one kept has the rest of the text in its
     // last field; users see by it that there is more.
@@ -111,10 +115,10 @@ void pager_list_show(const char* text)
     const std::unique_ptr<char*, releaser<std::free>> records{
         static_cast<char**>(std::calloc(static_cast<std::size_t>(max_records), sizeof(char*)))};
     if (!copy || !records)
-        return;
+        return true;
     const int count = str_split(copy.get(), records.get(), max_records, "~");
     popup_close();
     redraw_all();
     open_list list{records.get(), std::min(count, max_records)};
-    show_until_escape(list, deadline);
+    return show_until_escape(list, start);
 }

@@ -9,6 +9,7 @@
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
 #include "net/report_reception.hpp"
+#include "net/server_box.hpp"
 #include "ui/pane.hpp"
 #include "ui/prompt.hpp"
 
@@ -64,10 +65,10 @@ void refuse(const char* message)
     status_report(colour::error, "%s", message);
 }
 
-void save_report(const char* text)
+void save_report(server_entry& entry, const char* text)
 {
-    const heap_text name{prompt_input(COLS - name_margin, "Save ZOBE Style Report as...",
-                                      hint_or_cancel, folder_setting(ReportPath))};
+    const heap_text name{server_box_prompt(
+        entry, COLS - name_margin, "Save ZOBE Style Report as...", folder_setting(ReportPath))};
     if (!name)
         return;
     unique_file file = file_open(name.get(), file_use::replacing);
@@ -89,7 +90,7 @@ void finish_report(server_entry& entry)
                           entry.report_received);
     report_reception_drop(entry);
     if (text)
-        save_report(reinterpret_cast<const char*>(text.get()));
+        save_report(entry, reinterpret_cast<const char*>(text.get()));
 }
 
 /// Takes a report's announcement: "total TAB size" in decimal. Numbers out of bounds refuse it.
@@ -128,8 +129,15 @@ void report_request(server_entry& entry)
         return;
     if (std::strchr(date.get(), '/') == nullptr)
         return refuse("Wrong date format. Please use DD/MM/YYYY");
+    server_box_expect(entry);
     send_packet(entry.socket_fd, sent_report_request, 0, 0, "%ld\t*#cnam#\t#cnum#\t0\t0",
                 static_cast<long>(compute_report_moment(date.get())));
+}
+
+bool report_reply_opens_box(const server_entry& entry, const packet_view& packet)
+{
+    return packet.header.kind == received_report_piece &&
+           report_reception_ends_with(entry, packet_payload_length(packet.header));
 }
 
 void report_reply(server_entry& entry, const packet_view& packet)

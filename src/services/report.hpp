@@ -8,6 +8,9 @@
 /// server that offers reports.
 void report_request(server_entry& entry);
 
+/// Whether report_reply would ask for a file name, if what has come can be decompressed.
+bool report_reply_opens_box(const server_entry& entry, const packet_view& packet);
+
 /// Takes a server's reply about a report: that it has been started, cannot be had, or will follow
 /// in pieces, or one of the pieces. With the last piece the report is decompressed and the user is
 /// asked for a file to save it in; the poll cycle waits meanwhile.

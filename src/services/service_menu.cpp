@@ -49,8 +49,9 @@ char service_menu(std::span<const menu_entry> table, int width, int height, cons
     popup_close();
     redraw_all();
     open_menu menu{table, width, height, hint};
-    const std::time_t deadline = std::time(nullptr) + modal_timeout_s;
-    while (std::time(nullptr) <= deadline) {
+    const modal_wait waiting;
+    std::time_t start = std::time(nullptr);
+    while (!modal_time_is_over(start)) {
         draw_menu(menu);
         const int key = key_read(app_state.server_pane);
         if (key == key_escape) {

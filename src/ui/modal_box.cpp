@@ -2,6 +2,7 @@
 #include "ui/modal_box.hpp"
 
 #include "app/app_state.hpp"
+#include "base/elapsed.hpp"
 #include "ui/curses_screen.hpp"
 #include "ui/glyphs.hpp"
 #include "ui/redraw.hpp"
@@ -25,6 +26,26 @@ void open_box(modal_box& box, const screen_area& area)
 }
 
 } // namespace
+
+bool modal_time_is_over(std::time_t& start)
+{
+    return elapsed_since(start, std::time(nullptr)) > modal_timeout_s;
+}
+
+modal_wait::modal_wait()
+{
+    ++app_state.open_boxes;
+}
+
+modal_wait::~modal_wait()
+{
+    --app_state.open_boxes;
+}
+
+bool modal_box_is_open()
+{
+    return app_state.open_boxes > 0;
+}
 
 void modal_box_fit(modal_box& box, const screen_area& area)
 {

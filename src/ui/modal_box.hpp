@@ -21,6 +21,23 @@ struct modal_box {
     int made_for_columns = 0;
 };
 
+/// Whether a box that has waited since `start` has waited long enough. When the clock was set back
+/// behind `start`, the time begins again.
+bool modal_time_is_over(std::time_t& start);
+
+/// While one exists, a box waits for the user, and has every key.
+class modal_wait
+{
+public:
+    modal_wait();
+    ~modal_wait();
+    modal_wait(const modal_wait&) = delete;
+    modal_wait& operator=(const modal_wait&) = delete;
+};
+
+/// Whether any box waits for the user.
+bool modal_box_is_open();
+
 /// Opens the box, or opens it again if the terminal's size has changed, and paints its frame and a
 /// blank interior. area: for the terminal's present size; a negative column or row counts as 0.
 void modal_box_fit(modal_box& box, const screen_area& area);

@@ -195,7 +195,7 @@ TEST_F(password, a_connection_made_meanwhile_does_not_damage_the_box)
     client.terminal().send("abc");
     ASSERT_TRUE(client.terminal().wait_for_text("│ abc_"));
     EXPECT_TRUE(client.terminal().shows("┌─[ Password required ]──────────────────┐"));
-    EXPECT_TRUE(client.terminal().shows("└────────────────[ RET=OK - ESC=CANCEL ]─┘"));
+    EXPECT_TRUE(client.terminal().shows("└─[ alpha ]──────[ RET=OK - ESC=CANCEL ]─┘"));
     client.terminal().send("\r");
     EXPECT_EQ(first->read_packet(), (server_packet{.kind = 81, .payload = digest_of_abc}));
 }

@@ -66,13 +66,12 @@ TEST_F(prompt, is_drawn_in_the_middle_to_the_letter)
     EXPECT_EQ(screen.text(box_row, box_column, box_width), top + "┐");
     EXPECT_EQ(screen.text(box_row + 1, box_column, box_width),
               "│ _" + std::string(box_width - 4, ' ') + "│");
-    std::string bottom = "└";
-    for (int column = 1; column < 17; ++column)
-        bottom += "─";
     EXPECT_EQ(screen.text(box_row + 2, box_column, box_width),
-              bottom + "[ RET=OK - ESC=CANCEL ]─┘");
+              "└─[ alpha ]──────[ RET=OK - ESC=CANCEL ]─┘");
     EXPECT_EQ(screen.cell(box_row, box_column), pair_cell(pairs::frame, false, "┌"));
     EXPECT_EQ(screen.cell(box_row, box_column + 2), pair_cell(pairs::frame, true, "["));
+    EXPECT_EQ(screen.cell(box_row + 2, box_column + 4), pair_cell(pairs::frame, true, "a"));
+    EXPECT_EQ(screen.cell(box_row + 2, box_column + 11), pair_cell(pairs::frame, false, "─"));
     EXPECT_EQ(screen.cell(box_row + 2, box_column + 17), pair_cell(pairs::frame, true, "["));
     EXPECT_EQ(screen.cell(box_row + 1, box_column + 2), pair_cell(pairs::success, true, "_"));
     EXPECT_TRUE(

@@ -180,33 +180,38 @@ TEST_F(report_reception, a_refused_announcement_drops_what_came_before)
     expect_nothing_offered();
 }
 
-TEST_F(report_reception, prompts_over_a_menu_and_leaves_it)
+TEST_F(report_reception, waits_with_its_prompt_for_the_end_of_a_menu)
 {
     ASSERT_TRUE(begin());
     terminal().send_control('a');
     ASSERT_TRUE(menu_is(update_menu));
-    client.clock().jump(-100);
+    client.clock().stop();
     ASSERT_TRUE(send_report("text"));
+    ASSERT_TRUE(client.wait_for_polls());
+    terminal().send("x"); // no key of the menu
+    EXPECT_TRUE(menu_is(update_menu));
+    expect_nothing_offered();
+    terminal().send_key(named_key::escape);
     ASSERT_TRUE(answer(save_prompt(), "1.txt"));
     expect_saved("./1.txt", "text");
-    EXPECT_TRUE(menu_is(update_menu));
-    terminal().send_key(named_key::escape);
-    ASSERT_TRUE(dialog_ends(update_menu.hint));
+    ASSERT_TRUE(dialog_ends(save_question));
 }
 
-TEST_F(report_reception, prompts_over_a_prompt_and_leaves_its_text)
+TEST_F(report_reception, waits_with_its_prompt_for_the_end_of_another)
 {
     ASSERT_TRUE(begin());
     terminal().send_control('o');
     ASSERT_TRUE(prompt_is({"Date of report (DD/MM/YYYY)", 12}));
-    client.clock().jump(-100);
+    client.clock().stop();
     terminal().send("16/11");
     const prompt_look typed{"Date of report (DD/MM/YYYY)", 12, or_cancel, "16/11"};
     ASSERT_TRUE(prompt_is(typed));
     ASSERT_TRUE(send_report("text"));
-    ASSERT_TRUE(escape(save_prompt()));
+    ASSERT_TRUE(client.wait_for_polls());
+    expect_nothing_offered();
     ASSERT_TRUE(answer(typed, "/2026"));
     expect_sent({.kind = 70, .payload = "1794787201\t*#cnam#\t#cnum#\t0\t0"});
+    ASSERT_TRUE(escape(save_prompt()));
 }
 
 } // namespace

@@ -48,7 +48,7 @@ TEST_F(report_saving, starts_from_the_working_folder_without_a_folder_for_report
     const std::string line = "    <ReportPath>./</ReportPath>\n";
     file.erase(file.find(line), line.size());
     client.home().write_config(file);
-    ASSERT_TRUE(client.start_as_it_is(calm_start));
+    ASSERT_TRUE(client.start_as_it_is());
     connection = client.connect_selected(server);
     ASSERT_TRUE(connection);
     ASSERT_TRUE(send_report("text"));
@@ -171,7 +171,7 @@ TEST_F(report_saving, its_prompt_stays_whole_through_resizes_and_delays_the_serv
     ASSERT_TRUE(begin());
     ASSERT_TRUE(send_report("text"));
     ASSERT_TRUE(prompt_is(save_prompt()));
-    client.clock().jump(-100);
+    client.clock().stop();
     const std::int64_t polls = client.clock().alarms_set();
     ASSERT_TRUE(connection->send(103, "after the report"));
     terminal().send("report");

@@ -3,7 +3,7 @@
 
 prompt_look save_prompt(const std::string& text, int columns)
 {
-    return {save_question, columns - 4, or_cancel, text};
+    return {save_question, columns - 4, or_cancel, text, "alpha"};
 }
 
 std::string size_line(const std::string& size)

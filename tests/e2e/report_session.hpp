@@ -7,7 +7,7 @@
 
 constexpr const char* save_question = "Save ZOBE Style Report as...";
 
-/// The prompt for the file name, filled with this text.
+/// The prompt of server alpha for the file name, filled with this text.
 prompt_look save_prompt(const std::string& text = "./", int columns = 80);
 
 /// The status line for an announced size.

@@ -45,7 +45,7 @@ testing::AssertionResult box_is_whole(client_session& client, const std::string&
             const int column = screen.columns() / 2 - 20;
             return screen.text(row, column, 42) == "┌─[ Password required ]──────────────────┐" &&
                    screen.text(row + 1, column, 42) == middle &&
-                   screen.text(row + 2, column, 42) == "└────────────────[ RET=OK - ESC=CANCEL ]─┘";
+                   screen.text(row + 2, column, 42) == "└─[ alpha ]──────[ RET=OK - ESC=CANCEL ]─┘";
         },
         "the whole box with \"" + text + "\" in the middle");
 }

@@ -73,9 +73,11 @@ std::vector<std::string> make_prompt_rows(const prompt_look& look)
     const int width = find_prompt_width(look);
     const int question = static_cast<int>(look.question.size());
     const int hint = static_cast<int>(look.hint.size());
+    const std::string name = look.name.empty() ? "" : "[ " + look.name + " ]";
     return {"┌─[ " + look.question + " ]" + times(width - question - 5, "─") + "┐",
             "│ " + pad_to_width(look.text + "_", width - 1) + "│",
-            "└" + times(width - hint - 5, "─") + "[ " + look.hint + " ]─┘"};
+            "└─" + name + times(width - hint - 6 - count_cells(name), "─") + "[ " + look.hint +
+                " ]─┘"};
 }
 
 std::vector<std::string> make_menu_rows(const menu_look& look)
@@ -125,8 +127,6 @@ const menu_look pager_menu{38,
                            {"Add entry to your pagerlist", "Remove entry from your pagerlist",
                             "Request pagerlist from Server"}};
 
-const client_start service_test::calm_start{.start_time = 400};
-
 testing::AssertionResult service_test::begin(client_settings settings, const client_start& how,
                                              std::string_view services)
 {
@@ -148,12 +148,14 @@ testing::AssertionResult service_test::prompt_is(const prompt_look& look)
     const int width = find_prompt_width(look);
     const int hint_first = width - static_cast<int>(look.hint.size()) - 4;
     const int question_end = 2 + static_cast<int>(look.question.size()) + 4;
+    const int name_end = look.name.empty() ? 0 : 2 + count_cells(look.name) + 4;
     const cell_check check = [&](const screen_cell& seen, int row, int column) {
         if (row == 1 && column >= 2 && column <= width)
             return has_look(seen, pairs::success, true);
         const bool is_question = row == 0 && column >= 2 && column < question_end;
         const bool is_hint = row == 2 && column >= hint_first && column < width;
-        return has_look(seen, pairs::frame, is_question || is_hint);
+        const bool is_name = row == 2 && column >= 2 && column < name_end;
+        return has_look(seen, pairs::frame, is_question || is_hint || is_name);
     };
     const auto holds = [&] {
         const terminal_screen& screen = terminal().screen();

@@ -23,6 +23,7 @@ struct prompt_look {
     int size = 0; // of the answer with its terminator; the box is at least so wide
     std::string hint = or_cancel;
     std::string text{}; // between the frames, without the cursor
+    std::string name{}; // of the server that asks, as it is shown; empty: the user's own prompt
 };
 
 /// The expected look of a service menu.
@@ -47,7 +48,7 @@ protected:
     /// Starts a client that knows the server, connects to it and makes it offer `services`.
     /// `settings` for the first server stay, except its port.
     [[nodiscard]] testing::AssertionResult begin(client_settings settings = {},
-                                                 const client_start& how = calm_start,
+                                                 const client_start& how = {},
                                                  std::string_view services = every_service);
 
     terminal_session& terminal()
@@ -82,9 +83,6 @@ protected:
     /// Waits until the first rows and columns of a box, as strings of cells, are at a place.
     [[nodiscard]] testing::AssertionResult shows_at(int row, int column,
                                                     const std::vector<std::string>& rows);
-
-    /// Allows moving the clock back by many seconds, so that boxes stay open however slow the test.
-    static const client_start calm_start;
 
     scripted_server server;
     client_session client;

@@ -57,8 +57,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         idle_pause();
     };
     keys_type(keys);
+    prompt_asker asker{question};
     const heap_text answer{prompt_input(max, question.c_str(), hint.c_str(),
-                                        preset.empty() ? nullptr : preset.c_str())};
+                                        preset.empty() ? nullptr : preset.c_str(), &asker)};
     const std::size_t capacity = max > 0 ? static_cast<std::size_t>(max) - 1 : 0;
     const std::string typed = answer ? answer.get() : "";
     require(!answer || !typed.empty(), "an answer is not empty");

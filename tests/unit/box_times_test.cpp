@@ -7,6 +7,9 @@
 #include "ui/keys.hpp"
 #include "ui/prompt.hpp"
 
+#include <functional>
+#include <utility>
+
 namespace
 {
 
@@ -92,6 +95,44 @@ TEST_F(box_times, every_key_renews_the_time_of_a_prompt)
         prompt(2, {{10'500, KEY_BACKSPACE}, {21'000, 'a'}, {31'500, 'b'}, {42'000, key_enter}}),
         "a");
     EXPECT_EQ(prompt(2, {{11'001, 'a'}}), "(none)");
+}
+
+TEST_F(box_times, a_clock_that_is_set_back_gives_every_box_ten_more_seconds_at_most)
+{
+    constexpr long far_back_s = -1'000'000;
+    const std::pair<const char*, std::function<void()>> boxes[] = {
+        {"a menu", [] { menu(); }},
+        {"a list", [] { pager_list_show("D-AIQA\tFRA\tLH400"); }},
+        {"a prompt", [] { prompt_input(10, "Question", hint, nullptr); }},
+    };
+    for (const auto& [name, open] : boxes) {
+        SCOPED_TRACE(name);
+        own_clock clock;
+        bool has_jumped = false;
+        clock.on_pause([&](long elapsed_ms) {
+            if (elapsed_ms >= 8'000 && !std::exchange(has_jumped, true))
+                own_clock::jump(far_back_s);
+            ASSERT_LT(elapsed_ms, 30'000) << (ungetch(key_escape), "it stays open");
+        });
+        open();
+        EXPECT_TRUE(has_jumped);
+        EXPECT_GE(own_clock::elapsed_ms(), 18'000);
+        EXPECT_LE(own_clock::elapsed_ms(), 19'100);
+    }
+}
+
+TEST_F(box_times, a_prompt_tells_who_asks_whether_it_was_left_alone)
+{
+    for (const int key : {0, static_cast<int>(key_escape), static_cast<int>(key_enter)}) {
+        own_clock clock;
+        clock.on_pause([&](long elapsed_ms) {
+            if (key != 0 && elapsed_ms >= 9'000)
+                ungetch(key);
+        });
+        prompt_asker asker{"server"};
+        EXPECT_EQ(prompt_input(10, "Question", hint, nullptr, &asker), nullptr);
+        EXPECT_EQ(asker.was_left_alone, key == 0) << key;
+    }
 }
 
 } // namespace

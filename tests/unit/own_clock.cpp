@@ -84,6 +84,11 @@ void own_clock::ask_sockets_at_once()
     state.are_sockets_asked_at_once = true;
 }
 
+void own_clock::jump(long seconds)
+{
+    state.first_us += seconds * us_a_second;
+}
+
 long own_clock::elapsed_ms()
 {
     return state.elapsed_us / us_a_millisecond;

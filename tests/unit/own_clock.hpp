@@ -20,6 +20,8 @@ public:
     /// From now on, waiting for sockets takes no real time either: what is not ready at once is not
     /// ready at all.
     static void ask_sockets_at_once();
+    /// Moves the clock, but not the length of the pauses: forward, or back by a negative number.
+    static void jump(long seconds);
 
     /// The length of all pauses together, in milliseconds.
     static long elapsed_ms();

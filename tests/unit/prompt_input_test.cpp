@@ -48,7 +48,7 @@ class prompt_box : public net_test
 protected:
     /// The box on the terminal when the prompt first looks for a key.
     static rows_of_box box(int max, const char* question, const char* hint_text,
-                           const char* preset = nullptr)
+                           const char* preset = nullptr, prompt_asker* asker = nullptr)
     {
         rows_of_box rows;
         own_clock clock;
@@ -57,7 +57,7 @@ protected:
                 rows.push_back(terminal_row(row));
             ungetch(key_escape);
         });
-        EXPECT_EQ(prompt_input(max, question, hint_text, preset), nullptr);
+        EXPECT_EQ(prompt_input(max, question, hint_text, preset, asker), nullptr);
         return rows;
     }
 
@@ -118,6 +118,39 @@ TEST_F(prompt_box, has_its_cursor_on_the_frame_when_its_line_is_full)
         box(16, "Question", "hint", "fifteen letters"),
         (rows_of_box{make_blanks(17) + "+-[ Question ]---+", make_blanks(17) + "| fifteen letters_",
                      make_blanks(17) + "+-------[ hint ]-+"}));
+}
+
+/// The lower frame of a box for 31 characters with this name on it.
+std::string make_named_frame(const std::string& name)
+{
+    return make_blanks(10) + "+-[ " + name + " ]" + std::string(17 - name.size(), '-') +
+           "[ hint ]-+";
+}
+
+TEST_F(prompt_box, names_who_asks_beside_the_hint_as_far_as_it_fits)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"me", "me"},
+        {"sixteen letters!", "sixteen letters!"},
+        {"seventeen letters", "seventeen le~ers"},
+        {"\033[2J\n\x9B%s", "?[2J ?%s"},
+    };
+    for (const auto& [name, shown] : rows) {
+        prompt_asker asker{name};
+        EXPECT_EQ(box(31, "Question", "hint", nullptr, &asker).back(), make_named_frame(shown));
+    }
+}
+
+TEST_F(prompt_box, leaves_out_a_name_that_has_no_space)
+{
+    prompt_asker asker{"server"};
+    EXPECT_EQ(box(19, "Question", "hint", nullptr, &asker).back(),
+              make_blanks(16) + "+-[ ~ver ]-[ hint ]-+");
+    EXPECT_EQ(box(18, "Question", "hint", nullptr, &asker).back(),
+              make_blanks(16) + "+---------[ hint ]-+");
+    prompt_asker nobody{""};
+    EXPECT_EQ(box(18, "Question", "hint", nullptr, &nobody).back(),
+              make_blanks(16) + "+---------[ hint ]-+");
 }
 
 class prompt_keys : public net_test
