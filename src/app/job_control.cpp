@@ -29,12 +29,10 @@ void end_connect_children()
 /// A shell that has taken the terminal back has set its modes; only the screen is still ours.
 void give_terminal_back()
 {
-    if (isendwin())
-        return;
-    if (terminal_is_lent())
-        terminal_rescue_write();
-    else
+    if (!terminal_is_lent())
         screen_suspend();
+    else if (!isendwin())
+        terminal_rescue_write();
 }
 
 void on_end(int signal_number)
