@@ -54,9 +54,11 @@ bool follow_terminal()
 
 void send_update()
 {
+    const bool is_behind = !terminal_output_carry();
     terminal_output_choose();
     doupdate();
-    terminal_output_hurry();
+    if (!is_behind)
+        terminal_output_hurry();
 }
 
 bool follow_through_first_update()

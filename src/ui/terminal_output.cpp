@@ -74,8 +74,11 @@ ssize_t write_at_once(const char* bytes, std::size_t length)
     const int line_fd = app_state.output.line_fd;
     if (line_fd >= 0)
         return write(line_fd, bytes, length);
+    std::size_t written = 0;
     errno = EAGAIN;
-    return is_ready(0) ? write(STDOUT_FILENO, bytes, 1) : -1;
+    while (written < length && is_ready(0) && write(STDOUT_FILENO, bytes + written, 1) == 1)
+        ++written;
+    return written > 0 ? static_cast<ssize_t>(written) : -1;
 }
 
 /// Hands the terminal a piece of the store. False if it takes nothing now.

@@ -25,8 +25,8 @@ void terminal_output_choose();
 /// is dropped when it grows beyond a bound.
 bool terminal_output_carry();
 
-/// The same, and gives it a moment for an update that is larger than the line's buffers. Call after
-/// each update.
+/// The same, and gives it a moment to take an update that is larger than the line's buffers. Call
+/// after the update of a terminal that was not behind.
 void terminal_output_hurry();
 
 /// Gives the terminal everything, as long as it goes on taking it, and five seconds at most. False

@@ -5,9 +5,11 @@
 #include "e2e/network_session.hpp"
 #include "e2e/shell_session.hpp"
 #include "e2e/whole_screen.hpp"
+#include "support/faults.hpp"
 #include "support/line_settings.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
@@ -172,6 +174,26 @@ TEST_F(unread_terminal, takes_keys_and_leaves_in_order)
         EXPECT_EQ(connection.read_packet(), (server_packet{.kind = 2, .payload = "Good Bye"}));
 }
 
+TEST_F(unread_terminal, holds_nothing_up_where_it_cannot_be_opened_again)
+{
+    program_faults faults;
+    faults.set(
+        {.call = faulty_call::open, .error = EACCES, .name = "/dev/tty", .failing = every_call});
+    client_start how = wide_terminal;
+    how.environment = faults.environment(CLOCK_PRELOAD);
+    ASSERT_NO_FATAL_FAILURE(begin(how));
+    EXPECT_EQ(faults.hits(), 1);
+    ASSERT_TRUE(fill(terminal()));
+    ASSERT_TRUE(log_message(0, "UNSEEN"));
+    terminal().release_output();
+    ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = "UNSEEN"})));
+    EXPECT_TRUE(is_current(terminal()));
+    ASSERT_TRUE(fill(terminal()));
+    terminal().send_signal(SIGTERM);
+    ASSERT_TRUE(ends_unread(end_limit));
+    EXPECT_EQ(line_difference(terminal().line_settings(), terminal().initial_line_settings()), "");
+}
+
 TEST_F(unread_terminal, shows_a_larger_screen_when_it_is_read_again)
 {
     ASSERT_NO_FATAL_FAILURE(begin({.rows = 24, .columns = 80}));
@@ -300,7 +322,7 @@ TEST_F(unread_terminal, is_not_made_by_the_key_that_stops_output_elsewhere)
 {
     ASSERT_NO_FATAL_FAILURE(begin());
     EXPECT_NE(terminal().initial_line_settings().c_iflag & IXON, 0U);
-    EXPECT_EQ(terminal().line_settings().c_iflag & IXON, 0U);
+    ASSERT_EQ(terminal().line_settings().c_iflag & IXON, 0U);
     const std::vector<screen_cell> cells = all_cells(terminal().screen());
     terminal().send_control('s');
     ASSERT_TRUE(terminal().wait_for_keys_read());
