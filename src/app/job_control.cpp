@@ -30,8 +30,10 @@ void end_connect_children()
 void give_terminal_back()
 {
     if (!terminal_is_lent())
-        screen_suspend();
-    else if (!isendwin())
+        return screen_suspend();
+    // Writing must not stop a program that is told to end.
+    signal_silence(SIGTTOU);
+    if (!isendwin())
         terminal_rescue_write();
 }
 

@@ -43,6 +43,7 @@ void run_rescue()
 {
     if (!rescue.is_armed)
         return;
+    signal_silence(SIGTTOU);
     terminal_rescue_write();
     if (!terminal_is_lent())
         terminal_modes_give_back();
@@ -89,6 +90,5 @@ void terminal_rescue_disarm()
 
 void terminal_rescue_write()
 {
-    signal_silence(SIGTTOU);
     terminal_output_write(rescue.bytes, rescue.length);
 }

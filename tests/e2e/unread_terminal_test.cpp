@@ -41,8 +41,14 @@ testing::AssertionResult fill(terminal_session& terminal)
 }
 
 /// What is on the screen is what the client draws when it draws everything.
-testing::AssertionResult is_current(terminal_session& terminal)
+testing::AssertionResult is_current(client_session& client)
 {
+    terminal_session& terminal = client.terminal();
+    terminal.take_in_everything();
+    // An update that was put off is made before the next pause, and polls come in pauses.
+    if (testing::AssertionResult polled = client.wait_for_polls(); !polled)
+        return polled;
+    terminal.take_in_everything();
     const std::vector<screen_cell> cells = all_cells(terminal.screen());
     terminal.forget_raw_output();
     terminal.send_signal(SIGSTOP);
@@ -116,6 +122,13 @@ protected:
             flight + " is in the log");
     }
 
+    /// A resize takes the messages away, so what comes after it waits for it.
+    testing::AssertionResult takes_size()
+    {
+        return terminal().wait_until([&] { return has_heard(terminal().process_id(), SIGWINCH); },
+                                     "a size is taken");
+    }
+
     /// Waits for the end of a client whose output nobody reads.
     testing::AssertionResult ends_unread(std::chrono::milliseconds limit = default_patience)
     {
@@ -158,7 +171,7 @@ TEST_F(unread_terminal, holds_neither_messages_nor_answers_up_for_a_minute)
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = "NEWEST"})));
     EXPECT_TRUE(
         wait_for_last_status(client, "bravo - no data since 10 minutes. Sending heartbeat"));
-    EXPECT_TRUE(is_current(terminal()));
+    EXPECT_TRUE(is_current(client));
 }
 
 TEST_F(unread_terminal, takes_keys_and_leaves_in_order)
@@ -187,7 +200,7 @@ TEST_F(unread_terminal, holds_nothing_up_where_it_cannot_be_opened_again)
     ASSERT_TRUE(log_message(0, "UNSEEN"));
     terminal().release_output();
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = "UNSEEN"})));
-    EXPECT_TRUE(is_current(terminal()));
+    EXPECT_TRUE(is_current(client));
     ASSERT_TRUE(fill(terminal()));
     terminal().send_signal(SIGTERM);
     ASSERT_TRUE(ends_unread(end_limit));
@@ -199,11 +212,12 @@ TEST_F(unread_terminal, shows_a_larger_screen_when_it_is_read_again)
     ASSERT_NO_FATAL_FAILURE(begin({.rows = 24, .columns = 80}));
     ASSERT_TRUE(fill(terminal()));
     terminal().resize(40, 132);
+    ASSERT_TRUE(takes_size());
     ASSERT_TRUE(log_message(0, "LARGER"));
     terminal().release_output();
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = "LARGER"})));
     EXPECT_EQ(frame_fault(terminal().screen()), "");
-    EXPECT_TRUE(is_current(terminal()));
+    EXPECT_TRUE(is_current(client));
 }
 
 TEST_F(unread_terminal, collects_no_endless_output)
@@ -213,16 +227,16 @@ TEST_F(unread_terminal, collects_no_endless_output)
     ASSERT_TRUE(fill(terminal()));
     for (int number = 0; number < 120; ++number) {
         terminal().resize_unseen(50 + number % 10, 200);
-        ASSERT_TRUE(terminal().wait_until(
-            [&] { return has_heard(terminal().process_id(), SIGWINCH); }, "a size is taken"));
+        ASSERT_TRUE(takes_size());
     }
     EXPECT_LT(bytes_kept(terminal().process_id()), enough_bytes);
     terminal().resize(60, 200);
+    ASSERT_TRUE(takes_size());
     ASSERT_TRUE(log_message(0, "AFTER"));
     terminal().release_output();
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = "AFTER"})));
     EXPECT_EQ(frame_fault(terminal().screen()), "");
-    EXPECT_TRUE(is_current(terminal()));
+    EXPECT_TRUE(is_current(client));
 }
 
 TEST_F(unread_terminal, gets_a_whole_screen_when_it_reads_slowly)
@@ -245,7 +259,7 @@ TEST_F(unread_terminal, gets_a_whole_screen_when_it_reads_slowly)
         },
         "a message, and all panes are whole", patience(60)));
     terminal().release_output();
-    EXPECT_TRUE(is_current(terminal()));
+    EXPECT_TRUE(is_current(client));
 }
 
 std::string name_of_signal(const testing::TestParamInfo<int>& about)
