@@ -36,6 +36,17 @@ struct poll_progress {
     std::time_t now = 0;   // when the cycle began
 };
 
+/// Curses' output on its way to the terminal (terminal_output.hpp).
+struct terminal_output {
+    int curses_fd = -1;     // where curses writes; -1: the standard output itself
+    int store_fd = -1;      // the store, a file in memory; -1: there is none
+    int line_fd = -1;       // the terminal, opened anew, never waits; -1: it could not be opened
+    off_t taken = 0;        // bytes of the store that the terminal has taken
+    off_t kept = 0;         // end of what stays in the store, after whole sequences
+    bool is_stored = false; // curses_fd is the store, otherwise the terminal
+    bool has_lost = false;  // output was dropped since the screen was last drawn whole
+};
+
 struct application_state {
     WINDOW* screen = nullptr;       // the standard screen
     WINDOW* status_pane = nullptr;  // six framed lines at the bottom right: notices and errors
@@ -71,10 +82,15 @@ struct application_state {
 
     SCREEN* terminal = nullptr;   // what curses allocated for the terminal
     termios shell_modes = {};     // the terminal's modes before curses changed them
+    termios client_modes = {};    // the ones that the client needs
     bool has_shell_modes = false; // they could be read
-    bool is_screen_lost = false;  // a resize ran out of memory; nothing may be drawn
-    std::int32_t list_scroll = 0; // rows that the server list is scrolled up by
-    char* list_markers = nullptr; // the marker of each unscrolled row of the list; owned
+    bool has_line = false;        // the terminal has the client's modes, as far as is known
+    terminal_output output;
+    bool is_update_due = false;     // the terminal was behind when the screen was to be updated
+    void (*pause_work)() = nullptr; // what is done before every pause; null: nothing
+    bool is_screen_lost = false;    // a resize ran out of memory; nothing may be drawn
+    std::int32_t list_scroll = 0;   // rows that the server list is scrolled up by
+    char* list_markers = nullptr;   // the marker of each unscrolled row of the list; owned
     std::int32_t list_markers_count = 0;
     int screen_batches = 0; // how many exist now; they nest
     int open_boxes = 0;     // prompts, menus and lists that wait for the user; they may nest

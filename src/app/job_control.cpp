@@ -29,12 +29,12 @@ void end_connect_children()
 /// A shell that has taken the terminal back has set its modes; only the screen is still ours.
 void give_terminal_back()
 {
-    if (isendwin())
-        return;
-    if (terminal_is_lent())
+    if (!terminal_is_lent())
+        return screen_suspend();
+    // Writing must not stop a program that is told to end.
+    signal_silence(SIGTTOU);
+    if (!isendwin())
         terminal_rescue_write();
-    else
-        screen_suspend();
 }
 
 void on_end(int signal_number)

@@ -15,6 +15,7 @@
 #include "ui/popup.hpp"
 #include "ui/screen.hpp"
 #include "ui/server_pane.hpp"
+#include "ui/terminal_output.hpp"
 #include "ui/terminal_rescue.hpp"
 #include "ui/window.hpp"
 
@@ -95,6 +96,7 @@ bool app_start()
     }
     if (!show_first_screen()) {
         // The terminal stays as curses set it, so that what it shows can still be read.
+        terminal_output_finish();
         terminal_rescue_disarm();
         return fail_start("Unable to init ncurses windows\n");
     }

@@ -1,6 +1,7 @@
 // pause.cpp - see pause.hpp.
 #include "base/pause.hpp"
 
+#include "app/app_state.hpp"
 #include "base/signal_door.hpp"
 #include "base/state_lock.hpp"
 
@@ -14,6 +15,8 @@ void pause_init()
 
 void pause_for(long microseconds)
 {
+    if (app_state.pause_work != nullptr)
+        app_state.pause_work();
     const timespec limit = {microseconds / 1'000'000, microseconds % 1'000'000 * 1'000};
     const sigset_t mask = signal_door_mask();
     state_lock_release();

@@ -2,6 +2,7 @@
 #include "ui/curses_screen.hpp"
 
 #include "app/app_state.hpp"
+#include "ui/terminal_output.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -51,14 +52,32 @@ bool follow_terminal()
     return fit_windows(size.ws_row, size.ws_col);
 }
 
+void send_update()
+{
+    const bool is_behind = !terminal_output_carry();
+    terminal_output_choose();
+    doupdate();
+    if (!is_behind)
+        terminal_output_hurry();
+}
+
 bool follow_through_first_update()
 {
     if (!follow_terminal() || !has_memory_for_screen())
         return false;
     // In its first update after endwin, curses asks for the size itself, and takes over one that
     // has changed since. This must not happen while there are windows of ours.
-    doupdate();
+    send_update();
     return follow_terminal();
+}
+
+/// The terminal may have missed anything, the mode of its screen included.
+void renew_screen()
+{
+    screen_leave();
+    meta(stdscr, TRUE);
+    clearok(curscr, TRUE);
+    screen_update();
 }
 
 } // namespace
@@ -79,10 +98,37 @@ void screen_memory_check()
     app_state.is_screen_lost = !has_memory_for_screen();
 }
 
+void screen_update()
+{
+    if (!may_draw())
+        return;
+    // The first update after the end of the screen begins it again, for what is written next.
+    app_state.is_update_due = !terminal_output_carry() && !isendwin();
+    if (app_state.is_update_due)
+        return;
+    send_update();
+}
+
+void screen_catch_up()
+{
+    if (app_state.terminal == nullptr || !terminal_output_carry() || !may_draw())
+        return;
+    if (terminal_output_take_loss())
+        renew_screen();
+    else if (app_state.is_update_due)
+        screen_update();
+}
+
+void screen_leave()
+{
+    // The end of the screen ends keypad mode by itself, but not this one.
+    meta(stdscr, FALSE);
+    endwin();
+}
+
 void screen_settle()
 {
-    if (may_draw())
-        doupdate();
+    screen_update();
 }
 
 winsize terminal_size()

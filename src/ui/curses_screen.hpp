@@ -18,6 +18,18 @@ bool may_draw_at(int column, int row);
 /// survive running out of it in them. Call before the first update of a new screen.
 void screen_memory_check();
 
+/// Updates the terminal: sends it what has changed. As long as it is behind with its output, this
+/// is put off.
+void screen_update();
+
+/// Gives a terminal that is behind what it takes, and the update that was put off once it has all.
+/// If output had to be dropped, the screen is drawn whole. Done before every pause.
+void screen_catch_up();
+
+/// Ends the screen for curses, until the next update begins it anew. The terminal's modes may have
+/// been given back.
+void screen_leave();
+
 /// Has curses make the tables by which it finds lines that moved, while there is known to be memory
 /// for them. Call after the first update of a new screen.
 void screen_settle();

@@ -13,6 +13,8 @@
 #include "ui/popup.hpp"
 #include "ui/redraw.hpp"
 #include "ui/server_pane.hpp"
+#include "ui/terminal_line.hpp"
+#include "ui/terminal_output.hpp"
 #include "ui/terminal_rescue.hpp"
 #include "ui/window.hpp"
 
@@ -134,9 +136,9 @@ void blank_screen()
 void leave_screen()
 {
     blank_screen();
-    screen_suspend();
+    screen_leave();
     // At once, or keys typed meanwhile would be echoed, and a ^D taken for the end of the input.
-    reset_prog_mode();
+    terminal_modes_take();
 }
 
 /// Builds a screen of the new size and shows it. If there is no memory for that, it is lost.
@@ -168,11 +170,29 @@ void forget_claimed_size()
     unsetenv("COLUMNS");
 }
 
+bool start_curses()
+{
+    std::FILE* stream = terminal_output_open();
+    app_state.terminal = newterm(nullptr, stream, stdin);
+    if (app_state.terminal == nullptr)
+        terminal_output_close(stream);
+    return app_state.terminal != nullptr;
+}
+
+/// Curses keeps the modes as well, for when it writes to the terminal itself.
+void set_line_modes()
+{
+    def_prog_mode();
+    cbreak();
+    terminal_modes_complete();
+    def_prog_mode();
+}
+
 } // namespace
 
 void shell_modes_note()
 {
-    app_state.has_shell_modes = tcgetattr(STDIN_FILENO, &app_state.shell_modes) == 0;
+    terminal_modes_note();
     if (app_state.terminal != nullptr)
         def_shell_mode();
 }
@@ -181,12 +201,13 @@ bool screen_start()
 {
     shell_modes_note();
     forget_claimed_size();
-    app_state.terminal = newterm(nullptr, stdout, stdin);
-    if (app_state.terminal == nullptr)
+    if (!start_curses())
         return false;
+    set_line_modes();
     terminal_rescue_prepare();
+    terminal_output_choose();
+    app_state.pause_work = screen_catch_up;
     app_state.screen = stdscr;
-    def_prog_mode();
     use_legacy_coding(1);
     set_terminal_modes();
     keys_init();
@@ -228,9 +249,11 @@ void on_resize(int)
 
 void screen_suspend()
 {
-    // The end of the screen ends keypad mode by itself, but not this one.
-    meta(stdscr, FALSE);
-    endwin();
+    if (!isendwin())
+        screen_leave();
+    if (!terminal_output_finish())
+        terminal_rescue_write();
+    terminal_modes_give_back();
 }
 
 void screen_resume()
@@ -241,7 +264,8 @@ void screen_resume()
     // After a stop without warning, the shell has changed the terminal's modes. The next refresh
     // sets them again only if the screen was ended.
     if (!isendwin())
-        screen_suspend();
+        screen_leave();
+    terminal_modes_take();
     meta(stdscr, TRUE);
     popup_close();
     clearok(curscr, TRUE);

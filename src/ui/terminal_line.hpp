@@ -1,4 +1,4 @@
-// terminal_line.hpp - the terminal's line: whether it is still there, and whose turn it is.
+// terminal_line.hpp - the terminal's line: whether it is still there, whose turn it is, its modes.
 #pragma once
 
 #include <cstdint>
@@ -20,3 +20,18 @@ bool terminal_is_lent();
 /// Stops, under a shell that controls jobs, until it is this program's turn to use the terminal.
 /// Call before signals are held back.
 void terminal_wait_for_turn();
+
+/// Notes the terminal's present modes, which are the ones given back. Call just before it gets the
+/// client's.
+void terminal_modes_note();
+
+/// Completes the modes that curses has just set, and takes the result for the client's modes: ^S
+/// does not stop the output, and ^Q is a key as well.
+void terminal_modes_complete();
+
+/// Gives the terminal the client's modes. Never waits for its output.
+void terminal_modes_take();
+
+/// Gives the terminal the modes that were noted, unless it has them. Never waits for its output.
+/// May be called while the program crashes.
+void terminal_modes_give_back();

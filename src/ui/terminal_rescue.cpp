@@ -1,15 +1,14 @@
 // terminal_rescue.cpp - see terminal_rescue.hpp.
 #include "ui/terminal_rescue.hpp"
 
-#include "app/app_state.hpp"
 #include "base/signal_door.hpp"
 #include "ui/terminal_line.hpp"
+#include "ui/terminal_output.hpp"
 #include "ui/terminal_type.hpp"
 
 #include <csignal>
 #include <cstdlib>
 #include <initializer_list>
-#include <unistd.h>
 
 namespace
 {
@@ -44,9 +43,10 @@ void run_rescue()
 {
     if (!rescue.is_armed)
         return;
+    signal_silence(SIGTTOU);
     terminal_rescue_write();
-    if (app_state.has_shell_modes && !terminal_is_lent())
-        tcsetattr(STDIN_FILENO, TCSANOW, &app_state.shell_modes);
+    if (!terminal_is_lent())
+        terminal_modes_give_back();
 }
 
 [[maybe_unused]] void on_crash(int signal_number)
@@ -90,8 +90,5 @@ void terminal_rescue_disarm()
 
 void terminal_rescue_write()
 {
-    signal_silence(SIGTTOU);
-    if (write(STDOUT_FILENO, rescue.bytes, rescue.length) < 0) {
-        // Nothing more can be done about it here.
-    }
+    terminal_output_write(rescue.bytes, rescue.length);
 }

@@ -14,5 +14,6 @@ void terminal_rescue_prepare();
 /// Leaves the terminal alone from now on.
 void terminal_rescue_disarm();
 
-/// Leaves the screen without any help from curses. May be called at any moment.
+/// Leaves the screen without any help from curses, if the terminal takes output. May be called at
+/// any moment.
 void terminal_rescue_write();

@@ -50,8 +50,8 @@ screen_batch::screen_batch()
 
 screen_batch::~screen_batch()
 {
-    if (--app_state.screen_batches == 0 && may_draw())
-        doupdate();
+    if (--app_state.screen_batches == 0)
+        screen_update();
 }
 
 void window_erase(WINDOW* window)

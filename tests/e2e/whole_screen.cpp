@@ -75,7 +75,7 @@ bool shows_title(const terminal_screen& screen)
 
 } // namespace
 
-std::string screen_fault(const terminal_screen& screen)
+std::string frame_fault(const terminal_screen& screen)
 {
     const int status_top = screen.rows() - 7;
     const int bottom = screen.rows() - 2;
@@ -85,9 +85,13 @@ std::string screen_fault(const terminal_screen& screen)
     std::string key_line{keys.substr(0, static_cast<std::size_t>(screen.columns()))};
     key_line.resize(static_cast<std::size_t>(screen.columns()), ' ');
     all.expect(bottom + 1, 0, key_line, screen.columns());
-    if (all.fault.empty() && !shows_title(screen))
-        all.fault = "the title is not in the status pane";
     return all.fault;
+}
+
+std::string screen_fault(const terminal_screen& screen)
+{
+    const std::string fault = frame_fault(screen);
+    return fault.empty() && !shows_title(screen) ? "the title is not in the status pane" : fault;
 }
 
 testing::AssertionResult wait_for_whole_screen(terminal_session& terminal)

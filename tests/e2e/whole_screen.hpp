@@ -7,8 +7,11 @@
 #include <string>
 #include <vector>
 
-/// The first thing wrong with the frames, the tees, the heading, the key line or the title of a
-/// screen of at least 10 rows and 80 columns; empty if nothing is.
+/// The first thing wrong with the frames, the tees, the heading or the key line of a screen of at
+/// least 10 rows and 80 columns; empty if nothing is.
+std::string frame_fault(const terminal_screen& screen);
+
+/// The same, and the title must be in the status pane, as long as other lines leave it there.
 std::string screen_fault(const terminal_screen& screen);
 
 /// Waits until nothing is wrong with them.

@@ -3,11 +3,15 @@
 
 #include "support/patience.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <poll.h>
 #include <pty.h>
 #include <sys/eventfd.h>
@@ -68,7 +72,7 @@ pty_process::pty_process(const program_start& start)
     size.ws_row = static_cast<unsigned short>(start.rows);
     size.ws_col = static_cast<unsigned short>(start.columns);
     error_fd = memfd_create("standard error", MFD_CLOEXEC);
-    stop_fd = eventfd(0, EFD_CLOEXEC);
+    wake_fd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     int program_fd = -1;
     if (openpty(&terminal_fd, &program_fd, nullptr, nullptr, &size) == 0) {
         tcgetattr(program_fd, &found_settings);
@@ -95,31 +99,62 @@ pty_process::~pty_process()
     if (!ended_with)
         waitpid(child, nullptr, 0);
     hang_up();
-    close(stop_fd);
+    close(wake_fd);
     close(error_fd);
+}
+
+bool pty_process::read_output(std::size_t limit)
+{
+    char bytes[16384];
+    const ssize_t length = ::read(terminal_fd, bytes, std::min(limit, sizeof bytes));
+    if (length < 0 && (errno == EAGAIN || errno == EINTR))
+        return true;
+    if (length <= 0)
+        return false; // EIO
+    pending.append(bytes, static_cast<std::size_t>(length));
+    arrived.notify_all();
+    return true;
 }
 
 void pty_process::drain()
 {
-    for (;;) {
-        pollfd watched[] = {{terminal_fd, POLLIN, 0}, {stop_fd, POLLIN, 0}};
-        if (poll(watched, 2, -1) < 0 && errno != EINTR)
+    for (bool watches = true;;) {
+        pollfd watched[] = {{wake_fd, POLLIN, 0}, {terminal_fd, POLLIN, 0}};
+        if (poll(watched, watches ? 2 : 1, -1) < 0 && errno != EINTR)
             break;
-        if (watched[1].revents != 0)
-            break;
-        char bytes[16384];
-        const ssize_t length = ::read(terminal_fd, bytes, sizeof bytes);
-        if (length < 0 && (errno == EAGAIN || errno == EINTR))
-            continue;
-        if (length <= 0)
-            break; // EIO: the other side is closed everywhere
         const std::lock_guard lock{guard};
-        pending.append(bytes, static_cast<std::size_t>(length));
-        arrived.notify_all();
+        eventfd_t ignored = 0;
+        eventfd_read(wake_fd, &ignored);
+        watches = !is_held;
+        if (is_stopping || (watches && !read_output(SIZE_MAX)))
+            break;
     }
     const std::lock_guard lock{guard};
     closed = true;
     arrived.notify_all();
+}
+
+void pty_process::hold_output(bool held)
+{
+    const std::lock_guard lock{guard};
+    is_held = held;
+    eventfd_write(wake_fd, 1);
+}
+
+void pty_process::read_held(std::size_t count)
+{
+    const std::lock_guard lock{guard};
+    static_cast<void>(read_output(count));
+}
+
+bool pty_process::has_room_for_output() const
+{
+    const int program_fd = program_side_open();
+    pollfd watched{program_fd, POLLOUT, 0};
+    const bool has_room = program_fd >= 0 && poll(&watched, 1, 0) > 0;
+    if (program_fd >= 0)
+        close(program_fd);
+    return has_room;
 }
 
 bool pty_process::write(std::string_view bytes)
@@ -141,6 +176,22 @@ bool pty_process::write(std::string_view bytes)
 int pty_process::program_side_open() const
 {
     return ioctl(terminal_fd, TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC);
+}
+
+bool pty_process::is_behind() const
+{
+    // The client keeps such output in a file in memory, and goes back to its start when it is done.
+    const std::string process = "/proc/" + std::to_string(tcgetpgrp(terminal_fd));
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(process + "/fd", ignored)) {
+        if (!read_symlink(entry.path(), ignored).string().starts_with("/memfd:screen"))
+            continue;
+        std::ifstream file(process + "/fdinfo/" + entry.path().filename().string());
+        long place = 0;
+        if (std::string name; file >> name >> place && name == "pos:" && place != 0)
+            return true;
+    }
+    return false;
 }
 
 bool pty_process::has_unread_input() const
@@ -190,7 +241,11 @@ void pty_process::hang_up()
 {
     if (terminal_fd < 0)
         return;
-    eventfd_write(stop_fd, 1);
+    {
+        const std::lock_guard lock{guard};
+        is_stopping = true;
+        eventfd_write(wake_fd, 1);
+    }
     drainer.join();
     close(terminal_fd);
     terminal_fd = -1;

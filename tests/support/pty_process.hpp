@@ -1,7 +1,8 @@
 // pty_process.hpp - a program with a pseudo-terminal as its input and output.
 //
 // Owns the process group, the terminal's descriptor, and a thread that empties the terminal all
-// the time, so that a program never blocks because a test is busy elsewhere.
+// the time, so that a program never blocks because a test is busy elsewhere. A test may hold the
+// thread back, as a terminal that reads nothing.
 // Does not interpret what the program writes.
 #pragma once
 
@@ -43,8 +44,16 @@ public:
     /// Writes `mark` to the terminal as a program would: it comes out after everything that the
     /// program has written or begun to write. False once the program's side is closed.
     bool write_after_program(std::string_view mark);
+    /// Whether the program in front has output that it could not write yet, or is writing it.
+    bool is_behind() const;
     /// Whether typed bytes are waiting for the program to read them.
     bool has_unread_input() const;
+    /// Leaves the terminal unread from now on, or reads it again.
+    void hold_output(bool held);
+    /// Reads up to `count` bytes from a terminal that is held.
+    void read_held(std::size_t count);
+    /// Whether the terminal takes another byte from the program.
+    bool has_room_for_output() const;
     /// True once the program's side of the terminal is closed and all its output has been taken.
     bool output_ended();
     /// Tells the kernel the new size; the kernel sends SIGWINCH to the foreground process group.
@@ -72,13 +81,17 @@ public:
 
 private:
     void drain();
+    /// Reads what is there. False once the other side is closed everywhere.
+    bool read_output(std::size_t limit);
     /// A descriptor of the program's side of the terminal, or -1. The caller closes it.
     int program_side_open() const;
 
     pid_t child = -1;
     int terminal_fd = -1;
     int error_fd = -1;
-    int stop_fd = -1;
+    int wake_fd = -1; // wakes the thread after a change of the two below
+    bool is_held = false;
+    bool is_stopping = false;
     termios found_settings{};
     std::optional<int> ended_with;
     std::mutex guard;

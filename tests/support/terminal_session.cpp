@@ -15,6 +15,9 @@ namespace
 /// Conditions may depend on files and sockets too, so they are checked at least this often.
 constexpr std::chrono::milliseconds max_check_interval{20};
 
+/// A stopped program does not finish its output.
+constexpr std::chrono::milliseconds max_time_behind = patience(1);
+
 /// Sent through the terminal after the program's output, and removed again at this end.
 constexpr std::string_view output_mark = "\033_everything-before-this\033\\";
 
@@ -110,6 +113,26 @@ void terminal_session::resize_unseen(int rows, int columns)
     program.set_size(rows, columns);
 }
 
+void terminal_session::hold_output()
+{
+    take_in_everything();
+    program.hold_output(true);
+    is_held = true;
+    screen();
+}
+
+void terminal_session::release_output()
+{
+    program.hold_output(false);
+    is_held = false;
+}
+
+void terminal_session::read_held_output(std::size_t count)
+{
+    program.read_held(count);
+    screen();
+}
+
 void terminal_session::hang_up()
 {
     take_in_everything();
@@ -134,6 +157,11 @@ void terminal_session::show(const std::string& output)
 
 void terminal_session::take_in_everything()
 {
+    if (is_held) // A mark would not come through.
+        return;
+    const auto deadline = std::chrono::steady_clock::now() + max_time_behind;
+    while (program.is_behind() && std::chrono::steady_clock::now() < deadline)
+        take_in(std::chrono::milliseconds{1});
     const bool marked = program.write_after_program(output_mark);
     std::string output;
     std::size_t place = std::string::npos;

@@ -59,6 +59,19 @@ public:
     /// The same, but until the next resize what the program writes is thrown away.
     void resize_unseen(int rows, int columns);
 
+    /// Stops reading what the program writes, as a terminal after ^S or behind a line that is down.
+    /// Until the output is released, waits see the screen as it was.
+    void hold_output();
+    /// Reads again.
+    void release_output();
+    /// Reads up to `count` bytes while the output is held.
+    void read_held_output(std::size_t count);
+    /// Whether the terminal takes another byte from the program: always soon, unless it is held.
+    bool has_room_for_output() const
+    {
+        return program.has_room_for_output();
+    }
+
     /// Takes the terminal away for good; the screen keeps what it shows.
     void hang_up();
 
@@ -98,6 +111,12 @@ public:
     [[nodiscard]] std::optional<int>
     wait_for_exit(std::chrono::milliseconds limit = default_patience);
 
+    /// The wait status if the program has ended, whether or not its output was taken.
+    std::optional<int> exit_status()
+    {
+        return program.wait_status();
+    }
+
     /// Whether a row contains `text` now.
     bool shows(std::string_view text);
     /// Every byte that the program wrote to the terminal since the start or forget_raw_output.
@@ -121,4 +140,5 @@ private:
     pty_process program;
     std::string raw;
     bool is_seen = true;
+    bool is_held = false;
 };
