@@ -54,6 +54,7 @@ private:
     testing::AssertionResult is_given_back();
     testing::AssertionResult has_written_like_curses();
     testing::AssertionResult shows_characters_only();
+    void skip_output();
     testing::AssertionResult leave();
     testing::AssertionResult has_ended_as_expected();
     testing::AssertionResult left_no_temporary_file();

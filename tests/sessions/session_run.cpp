@@ -45,15 +45,21 @@ testing::AssertionResult random_session::signal(const session_action& action)
 
 testing::AssertionResult random_session::stop(const session_action& action)
 {
-    if (action.number != 0)
+    const bool is_by_key = action.number != 0;
+    if (is_by_key)
         client.terminal().send({&stop_key, 1});
     else
         kill(program, SIGTSTP);
     const std::string name = "stopped-" + std::to_string(figures.stops);
-    testing::AssertionResult stopped =
-        wait_for([&] { return control.read_file(name).has_value(); }, "the client stops");
-    is_stopped = bool{stopped};
-    return stopped ? is_given_back() : stopped;
+    if (testing::AssertionResult stopped =
+            wait_for([&] { return control.read_file(name).has_value(); }, "the client stops");
+        !stopped)
+        return stopped;
+    is_stopped = true;
+    // With the key, the system throws away what was on its way to the terminal.
+    if (is_by_key)
+        skip_output();
+    return is_given_back();
 }
 
 testing::AssertionResult random_session::bring_back(const session_action&)
