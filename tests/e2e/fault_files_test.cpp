@@ -140,9 +140,9 @@ INSTANTIATE_TEST_SUITE_P(
         fault_row{.behaviour = "make_EACCES_and_everything_EINTR_in_place",
                   .wanted = {faulty_call::make_unique, EACCES},
                   .line = "new",
-                  .besides = {{faulty_call::open, EINTR, "", 0, 3},
-                              {faulty_call::set_length, EINTR, "", 0, 3},
-                              {faulty_call::write, EINTR, "", 0, 3},
+                  .besides = {{faulty_call::open, EINTR, "ncursesclient.conf", 0, 3},
+                              {faulty_call::set_length, EINTR, "ncursesclient.conf", 0, 3},
+                              {faulty_call::write, EINTR, "ncursesclient.conf", 0, 3},
                               {faulty_call::sync, EINTR, "", 0, 2}}}),
     fault_name);
 
