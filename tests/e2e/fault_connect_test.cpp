@@ -18,7 +18,7 @@ class fault_connecting : public fault_session
 
 TEST_P(fault_connecting, is_refused_with_its_message)
 {
-    faults.set(GetParam().wanted);
+    break_calls();
     ASSERT_NO_FATAL_FAILURE(connect_second());
     ASSERT_TRUE(wait_for_hit());
     ASSERT_TRUE(client.wait_for_status(fill_in_server(GetParam().line), GetParam().pair));
@@ -44,7 +44,20 @@ INSTANTIATE_TEST_SUITE_P(
         fault_row{"connect_ENETUNREACH", {faulty_call::connect, ENETUNREACH}, no_connection},
         fault_row{"connect_EIO", {faulty_call::connect, EIO}, no_connection},
         fault_row{"fork_EAGAIN", {faulty_call::fork, EAGAIN}, no_connection},
-        fault_row{"fork_ENOMEM", {faulty_call::fork, ENOMEM}, no_connection}),
+        fault_row{"fork_ENOMEM", {faulty_call::fork, ENOMEM}, no_connection},
+        fault_row{.behaviour = "socket_EMFILE_on_a_slow_screen",
+                  .wanted = {faulty_call::socket, EMFILE},
+                  .line = no_socket,
+                  .besides = {{faulty_call::write, short_count, "/pts/", 0, 500},
+                              {faulty_call::poll, EINTR, "", 0, 20},
+                              {faulty_call::pause, EINTR, "", 0, 20}}},
+        fault_row{.behaviour = "fork_EAGAIN_and_everything_EINTR",
+                  .wanted = {faulty_call::fork, EAGAIN},
+                  .line = no_connection,
+                  .besides = {{faulty_call::wait, EINTR, "", 0, 3},
+                              {faulty_call::poll, EINTR, "", 0, 20},
+                              {faulty_call::read, EINTR, "", 0, 10},
+                              {faulty_call::write, EINTR, "", 0, 10}}}),
     fault_name);
 
 class fault_survived : public fault_session
@@ -53,7 +66,7 @@ class fault_survived : public fault_session
 
 TEST_P(fault_survived, does_not_prevent_a_connection)
 {
-    faults.set(GetParam().wanted);
+    break_calls();
     ASSERT_NO_FATAL_FAILURE(connect_second());
     std::optional<server_connection> second = servers[1].accept();
     ASSERT_TRUE(second);
@@ -75,7 +88,21 @@ INSTANTIATE_TEST_SUITE_P(
                     fault_row{"pause_EINTR", {faulty_call::pause, EINTR, "", 0, 500}},
                     fault_row{"read_EINTR", {faulty_call::read, EINTR, "socket:", 0, 10}},
                     fault_row{"read_short", {faulty_call::read, short_count, "socket:", 0, 200}},
-                    fault_row{"tty_read_EINTR", {faulty_call::read, EINTR, "/pts/", 0, 10}}),
+                    fault_row{"tty_read_EINTR", {faulty_call::read, EINTR, "/pts/", 0, 10}},
+                    fault_row{.behaviour = "everything_EINTR",
+                              .wanted = {faulty_call::connect, EINTR, "", 0, 3},
+                              .besides = {{faulty_call::wait, EINTR, "", 0, 3},
+                                          {faulty_call::send, EINTR, "", 0, 2},
+                                          {faulty_call::poll, EINTR, "", 0, 20},
+                                          {faulty_call::pause, EINTR, "", 0, 100},
+                                          {faulty_call::read, EINTR, "socket:", 0, 10},
+                                          {faulty_call::read, EINTR, "/pts/", 0, 10},
+                                          {faulty_call::write, EINTR, "/pts/", 0, 10}}},
+                    fault_row{.behaviour = "no_log_no_memory_to_poll_and_a_slow_screen",
+                              .wanted = {faulty_call::poll, ENOMEM, "", 0, 2},
+                              .besides = {{faulty_call::read, short_count, "socket:", 0, 200},
+                                          {faulty_call::write, short_count, "/pts/", 0, 500},
+                                          {faulty_call::open, EMFILE, ".log", 0, 3}}}),
     fault_name);
 
 } // namespace

@@ -18,7 +18,7 @@ class fault_logging : public fault_session
 
 TEST_P(fault_logging, loses_whole_records_with_one_message)
 {
-    faults.set(GetParam().wanted);
+    break_calls();
     ASSERT_TRUE(first->send(plain_packet(document_of({.flight = "DURING"}))));
     ASSERT_TRUE(wait_for_message_rows(client, lines_of({.flight = "DURING"})));
     ASSERT_TRUE(wait_for_hit());
@@ -40,7 +40,19 @@ INSTANTIATE_TEST_SUITE_P(
         fault_row{"write_EDQUOT", {faulty_call::write, EDQUOT, "ACARS.log"}, unwritable},
         fault_row{"write_EINTR", {faulty_call::write, EINTR, "ACARS.log", 0, 3}},
         fault_row{"write_short", {faulty_call::write, short_count, "ACARS.log", 0, 100}},
-        fault_row{"tty_write_EINTR", {faulty_call::write, EINTR, "/pts/", 0, 3}}),
+        fault_row{"tty_write_EINTR", {faulty_call::write, EINTR, "/pts/", 0, 3}},
+        fault_row{.behaviour = "write_short_then_ENOSPC_on_a_slow_screen",
+                  .wanted = {faulty_call::write, ENOSPC, "ACARS.log", 20},
+                  .line = unwritable,
+                  .besides = {{faulty_call::write, short_count, "ACARS.log", 0, 20},
+                              {faulty_call::write, short_count, "/pts/", 0, every_call},
+                              {faulty_call::poll, EINTR, "", 0, 20}}},
+        fault_row{.behaviour = "write_EIO_and_a_length_that_stays",
+                  .wanted = {faulty_call::write, EIO, "ACARS.log"},
+                  .line = unwritable,
+                  .besides = {{faulty_call::set_length, EINTR, "ACARS.log", 0, 3},
+                              {faulty_call::read, EINTR, "", 0, 20},
+                              {faulty_call::pause, EINTR, "", 0, 100}}}),
     fault_name);
 
 /// The first connection, which each test makes, opens the log.
@@ -55,7 +67,7 @@ protected:
 
 TEST_P(fault_opening, is_reported_and_costs_only_the_log)
 {
-    faults.set(GetParam().wanted);
+    break_calls();
     first = client.connect_selected(servers[0]);
     ASSERT_TRUE(first);
     ASSERT_TRUE(client.wait_for_status(GetParam().line, GetParam().pair));
@@ -87,7 +99,7 @@ TEST_P(fault_saving, keeps_the_old_configuration)
 {
     const std::string before = config_text(settings) + "the old file\n";
     client.home().write_config(before);
-    faults.set(GetParam().wanted);
+    break_calls();
     client.quit();
     EXPECT_GT(faults.hits(), 0);
     EXPECT_EQ(client.home().read_config(),
@@ -110,7 +122,28 @@ INSTANTIATE_TEST_SUITE_P(
         fault_row{"write_EINTR", {faulty_call::write, EINTR, "unfinished", 0, 3}, "new"},
         fault_row{
             "write_short", {faulty_call::write, short_count, "unfinished", 0, every_call}, "new"},
-        fault_row{"sync_EINTR", {faulty_call::sync, EINTR, "", 0, 2}, "new"}),
+        fault_row{"sync_EINTR", {faulty_call::sync, EINTR, "", 0, 2}, "new"},
+        fault_row{.behaviour = "everything_EINTR",
+                  .wanted = {faulty_call::sync, EINTR, "", 0, 2},
+                  .line = "new",
+                  .besides = {{faulty_call::open, EINTR, "", 0, 3},
+                              {faulty_call::read, EINTR, "", 0, 3},
+                              {faulty_call::write, EINTR, "", 0, 3},
+                              {faulty_call::write, short_count, "unfinished", 0, every_call},
+                              {faulty_call::set_owner, EINTR, "", 0, 2},
+                              {faulty_call::set_mode, EINTR, "", 0, 2},
+                              {faulty_call::rename, EINTR, "", 0, 2},
+                              {faulty_call::send, EINTR, "", 0, 2}}},
+        fault_row{.behaviour = "rename_EACCES_and_no_space_in_place",
+                  .wanted = {faulty_call::rename, EACCES},
+                  .besides = {{faulty_call::set_length, ENOSPC, "ncursesclient.conf"}}},
+        fault_row{.behaviour = "make_EACCES_and_everything_EINTR_in_place",
+                  .wanted = {faulty_call::make_unique, EACCES},
+                  .line = "new",
+                  .besides = {{faulty_call::open, EINTR, "ncursesclient.conf", 0, 3},
+                              {faulty_call::set_length, EINTR, "ncursesclient.conf", 0, 3},
+                              {faulty_call::write, EINTR, "ncursesclient.conf", 0, 3},
+                              {faulty_call::sync, EINTR, "", 0, 2}}}),
     fault_name);
 
 /// A client that is killed while it exits.

@@ -25,6 +25,13 @@ void fault_session::SetUp()
     transmit_from_first("BEFORE");
 }
 
+void fault_session::break_calls()
+{
+    faults.set(GetParam().wanted);
+    for (const fault& other : GetParam().besides)
+        faults.add(other);
+}
+
 void fault_session::connect_second()
 {
     ASSERT_TRUE(select_row(client, 2));

@@ -7,16 +7,18 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 inline const std::string log_opened = "Logfile 'logs/ACARS.log' successfully opened";
 
-/// One fault, and what the user sees of it.
+/// What goes wrong, and what the user sees of it.
 struct fault_row {
     std::string behaviour; // the test's name
     fault wanted;
-    std::string line{};      // of the status pane; "%s" is the second server's alias and port
-    int pair = pairs::error; // of that line
-    bool is_by_name = false; // the second server is known by a host name
+    std::string line{};           // of the status pane; "%s" is the second server's alias and port
+    int pair = pairs::error;      // of that line
+    bool is_by_name = false;      // the second server is known by a host name
+    std::vector<fault> besides{}; // what fails at the same time and is not seen
 };
 
 inline void PrintTo(const fault_row& row, std::ostream* out)
@@ -36,6 +38,8 @@ protected:
     void SetUp() override;
     /// Starts the client; nothing is connected and nothing fails yet.
     void start();
+    /// Makes calls fail as the row says.
+    void break_calls();
     /// Whatever failed: the first server's transmissions arrive and are logged whole, the second
     /// server can be connected, and the client leaves in order with its configuration saved.
     void expect_nothing_else_harmed();

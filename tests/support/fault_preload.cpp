@@ -1,5 +1,5 @@
-// fault_preload.cpp - makes system calls fail when a test says so; loaded into the program with
-// LD_PRELOAD or linked to a test.
+// fault_preload.cpp - makes system calls fail, or signals come before them, when a test says so;
+// loaded into the program with LD_PRELOAD or linked to a test.
 //
 // A test says so in the file that TEST_FAULT_FILE names, or in what fault_layout_in_use() returns.
 // Calls go straight to the kernel where possible: the next definition of a function may belong to a
@@ -28,9 +28,11 @@ namespace
 
 fault_layout own_layout;
 fault_layout* layout = &own_layout;
+long own_id = 0;
 
 __attribute__((constructor)) void attach()
 {
+    own_id = syscall(SYS_getpid);
     const char* name = std::getenv(fault_file_variable);
     const long fd = name == nullptr ? -1 : syscall(SYS_openat, AT_FDCWD, name, O_RDWR | O_CLOEXEC);
     if (fd < 0)
@@ -42,48 +44,60 @@ __attribute__((constructor)) void attach()
         layout = static_cast<fault_layout*>(mapped);
 }
 
-bool is_named(const char* path)
+bool is_named(const char* name, const char* path)
 {
-    return layout->name[0] == '\0' || std::strstr(path, layout->name) != nullptr;
+    return *name == '\0' || std::strstr(path, name) != nullptr;
 }
 
-bool is_named(int fd)
+bool is_named(const char* name, int fd)
 {
-    if (layout->name[0] == '\0')
+    if (*name == '\0')
         return true;
     char link[32];
     char path[512] = {};
     std::snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
-    return syscall(SYS_readlinkat, AT_FDCWD, link, path, sizeof path - 1) > 0 && is_named(path);
+    return syscall(SYS_readlinkat, AT_FDCWD, link, path, sizeof path - 1) > 0 &&
+           is_named(name, path);
 }
 
-/// Counts a call, and kills the process here if the test wants that.
+/// Whether the test wants a signal before this call.
+bool is_signal_due(int step)
+{
+    const int first = layout->signal_at;
+    const int every = layout->signal_every;
+    return first != 0 &&
+           (step == first || (step > first && every > 0 && (step - first) % every == 0));
+}
+
+/// Counts a call, and sends the process here what the test wants.
 void count_step()
 {
-    if (layout->kill_at == 0)
+    if (layout->kill_at == 0 && layout->signal_at == 0)
         return;
-    if (++layout->steps == layout->kill_at)
-        syscall(SYS_kill, syscall(SYS_getpid), SIGKILL);
+    const long id = syscall(SYS_getpid);
+    const int step = ++layout->steps;
+    if (step == layout->kill_at)
+        syscall(SYS_kill, id, SIGKILL);
+    if (id == own_id && is_signal_due(step)) {
+        ++layout->signals;
+        syscall(SYS_kill, id, layout->signal_number.load());
+    }
 }
 
 /// How this call fails: an errno, short_count or end_of_file; 0 if it succeeds. what: a path or a
-/// descriptor.
-template <typename T> int take_fault(faulty_call call, T what)
+/// descriptor; nothing for calls that act on no file.
+template <typename... T> int take_fault(faulty_call call, T... what)
 {
     count_step();
-    if (layout->call != static_cast<int>(call) || !is_named(what))
-        return 0;
-    if (layout->skipped.fetch_sub(1) > 0 || layout->failing.fetch_sub(1) <= 0)
-        return 0;
-    ++layout->hits;
-    return layout->error;
-}
-
-/// The same for calls that act on no file.
-int take_fault(faulty_call call)
-{
-    const char* nothing = layout->name;
-    return take_fault(call, nothing);
+    for (fault_slot& slot : layout->faults) {
+        if (slot.call != static_cast<int>(call) || !(is_named(slot.name, what) && ...))
+            continue;
+        if (slot.skipped.fetch_sub(1) > 0 || slot.failing.fetch_sub(1) <= 0)
+            continue;
+        ++slot.hits;
+        return slot.error;
+    }
+    return 0;
 }
 
 /// How a wait fails; a wait for several descriptors goes by the first.

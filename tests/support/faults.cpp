@@ -1,22 +1,59 @@
 // faults.cpp - see faults.hpp.
 #include "support/faults.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <sys/mman.h>
 #include <unistd.h>
 
+namespace
+{
+
+void fill(fault_slot& slot, const fault& wanted)
+{
+    slot.call = static_cast<int>(faulty_call::none);
+    slot.skipped = wanted.skipped;
+    slot.failing = wanted.failing;
+    slot.error = wanted.error;
+    slot.hits = 0;
+    const std::size_t length = wanted.name.copy(slot.name, sizeof slot.name - 1);
+    slot.name[length] = '\0';
+    slot.call = static_cast<int>(wanted.call);
+}
+
+bool is_free(const fault_slot& slot)
+{
+    return slot.call == static_cast<int>(faulty_call::none);
+}
+
+} // namespace
+
 void fault_set(fault_layout& layout, const fault& wanted)
 {
-    layout.call = static_cast<int>(faulty_call::none);
-    layout.skipped = wanted.skipped;
-    layout.failing = wanted.failing;
-    layout.error = wanted.error;
-    layout.hits = 0;
-    const std::size_t length = wanted.name.copy(layout.name, sizeof layout.name - 1);
-    layout.name[length] = '\0';
-    layout.call = static_cast<int>(wanted.call);
+    for (fault_slot& slot : layout.faults)
+        fill(slot, {});
+    fill(layout.faults[0], wanted);
+}
+
+void fault_add(fault_layout& layout, const fault& wanted)
+{
+    fault_slot* const slot = std::ranges::find_if(layout.faults, is_free);
+    if (slot == std::end(layout.faults)) {
+        std::fputs("too many faults\n", stderr);
+        std::abort();
+    }
+    fill(*slot, wanted);
+}
+
+int fault_hits(const fault_layout& layout)
+{
+    int hits = 0;
+    for (const fault_slot& slot : layout.faults)
+        hits += slot.hits;
+    return hits;
 }
 
 program_faults::program_faults()
@@ -50,6 +87,26 @@ void program_faults::set(const fault& wanted)
     fault_set(*shared, wanted);
 }
 
+void program_faults::add(const fault& wanted)
+{
+    fault_add(*shared, wanted);
+}
+
+void program_faults::send_before_calls(int signal_number, int step, int every)
+{
+    shared->signal_at = 0;
+    shared->signal_number = signal_number;
+    shared->signal_every = every;
+    shared->signals = 0;
+    shared->steps = 0;
+    shared->signal_at = signal_number == 0 ? 0 : step;
+}
+
+int program_faults::signals() const
+{
+    return shared->signals;
+}
+
 void program_faults::kill_at(int step)
 {
     shared->steps = 0;
@@ -58,7 +115,7 @@ void program_faults::kill_at(int step)
 
 int program_faults::hits() const
 {
-    return shared->hits;
+    return fault_hits(*shared);
 }
 
 long program_faults::wait_limit_us() const

@@ -28,7 +28,7 @@ public:
 
     static int hits()
     {
-        return fault_layout_in_use()->hits;
+        return fault_hits(*fault_layout_in_use());
     }
 };
 
