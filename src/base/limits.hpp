@@ -27,7 +27,7 @@ constexpr std::size_t template_max_bytes = 64UL * 1024;
 
 /// How many nodes of the document are visited for one template at most: each placeholder counts all
 /// of them, and once more for every so many bytes that it is long.
-constexpr std::size_t template_max_visited_nodes = 256UL * 1024;
+constexpr std::size_t template_max_visited_nodes = 128UL * 1024;
 constexpr std::size_t template_bytes_of_a_visit = 64;
 
 /// How many bytes are searched for one template at most: each placeholder is looked for from where

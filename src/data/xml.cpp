@@ -50,13 +50,18 @@ static_assert(sizeof(block) % alignof(xml_node) == 0);
 /// for the short documents of packets.
 constexpr std::size_t block_bytes = 1032 - sizeof(block);
 
+/// A large document has larger blocks: its nodes lie closer together, and are visited quicker.
+constexpr std::size_t max_block_bytes = 64UL * 1024;
+constexpr std::size_t growth_divisor = 8;
+
 /// What malloc adds to a request at most.
 constexpr std::size_t malloc_overhead_bytes = 24;
 
 /// Documents of so many blocks leave a heap worth giving back.
-constexpr int large_document_blocks = 1000;
+constexpr int large_document_blocks = 60;
 
 struct reader {
+    std::size_t memory_taken = 0;        // bytes of the blocks
     std::size_t memory_left = 0;         // bytes that blocks may still take
     std::size_t comparisons_left = 0;    // of end tags with places that are not theirs
     block* memory = nullptr;             // the last block
@@ -81,8 +86,14 @@ block* make_block(reader& state, std::size_t size)
     if (made == nullptr)
         return nullptr;
     state.memory_left -= taken;
+    state.memory_taken += taken;
     *made = {nullptr, 0, size};
     return made;
+}
+
+std::size_t choose_block_bytes(const reader& state)
+{
+    return std::clamp(state.memory_taken / growth_divisor, block_bytes, max_block_bytes);
 }
 
 /// Finds a block with `size` free bytes: the last one, or a new one. Null when out of memory.
@@ -91,7 +102,7 @@ block* find_block(reader& state, std::size_t size)
     block* last = state.memory;
     if (last->texts_begin - last->nodes_end >= size)
         return last;
-    last->next = make_block(state, std::max(size, block_bytes));
+    last->next = make_block(state, std::max(size, choose_block_bytes(state)));
     if (last->next != nullptr)
         state.memory = last->next;
     return last->next;
