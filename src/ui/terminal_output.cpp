@@ -131,7 +131,7 @@ long read_clock_ms()
 }
 
 /// Gives the terminal everything, within both limits. True if nothing is left.
-bool carry_for(int limit_ms, int limit_at_standstill_ms)
+bool pass_within(int limit_ms, int limit_at_standstill_ms)
 {
     const long begin_ms = read_clock_ms();
     long moved_ms = begin_ms;
@@ -204,7 +204,7 @@ bool terminal_output_carry()
 
 bool terminal_output_finish()
 {
-    const bool is_all = carry_for(finish_limit_ms, standstill_ms);
+    const bool is_all = pass_within(finish_limit_ms, standstill_ms);
     if (!is_all)
         clear_store(max_backlog_bytes);
     return is_all;
@@ -212,7 +212,7 @@ bool terminal_output_finish()
 
 void terminal_output_hurry()
 {
-    carry_for(update_limit_ms, update_limit_ms);
+    pass_within(update_limit_ms, update_limit_ms);
 }
 
 bool terminal_output_take_loss()
