@@ -233,10 +233,9 @@ testing::AssertionResult random_session::kept_its_servers()
     if (control.read_file(end_file) != "0\n")
         return testing::AssertionFailure() << "a signal has changed the configuration:\n" << saved;
     for (const server_settings& server : settings.servers) {
-        const std::string indent(8, ' ');
-        const std::string block = indent + "<ServerName>" + server.name + "</ServerName>\n" +
-                                  indent + "<ServerPort>" + server.port + "</ServerPort>\n" +
-                                  indent + "<ServerAlias>" + server.alias + "</ServerAlias>\n";
+        std::string block = "<ServerName>" + server.name + "</ServerName>\n";
+        block += "        <ServerPort>" + server.port + "</ServerPort>\n";
+        block += "        <ServerAlias>" + server.alias + "</ServerAlias>\n";
         if (saved.find(block) == std::string::npos)
             return testing::AssertionFailure() << server.alias << " is not in\n" << saved;
     }
