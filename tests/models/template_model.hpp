@@ -8,7 +8,7 @@
 // The bounds of a template, after which every "%" that is left becomes "#".
 constexpr int template_model_replacements = 500;
 constexpr std::size_t template_model_bytes = 65'536;
-constexpr std::size_t template_model_visited_nodes = 262'144;
+constexpr std::size_t template_model_visited_nodes = 131'072;
 constexpr std::size_t template_model_bytes_of_a_visit = 64;
 constexpr std::size_t template_model_searched_bytes = 2'097'152;
 
