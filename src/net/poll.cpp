@@ -39,9 +39,9 @@ bool visit_server(server_entry& entry, bool may_be_ready, std::time_t now)
 {
     // Kept on purpose: the end of the stream is not taken for the end of the connection; the idle
     // rule ends that. Test: poll_cycle.does_not_react_to_the_end_of_a_connection_alone.
-    const bool has_packet = entry.rx_waits == 1 ||
-                            ((may_be_ready || packet_is_empty(entry)) &&
-                             receive_packet(entry.socket_fd, entry) == packet_complete);
+    const bool has_packet =
+        entry.rx_waits == 1 || ((may_be_ready || packet_is_empty(entry)) &&
+                                receive_packet(entry.socket_fd, entry) == packet_complete);
     if (has_packet) {
         entry.last_data_time = now;
         entry.rx_waits = has_to_wait(entry) ? 1 : 0;

@@ -12,6 +12,7 @@
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
+#include <termios.h>
 #include <unistd.h>
 #include <utility>
 
@@ -34,26 +35,44 @@ constexpr off_t max_backlog_bytes = 256LL * 1024;
 /// A store that was larger gives its memory back.
 constexpr off_t max_idle_store_bytes = 64LL * 1024;
 
-/// More than an update of any screen. A limit for the size of files below this could cut one.
-constexpr rlim_t max_store_bytes = 16UL * 1024 * 1024;
+/// More than an update of any screen. A limit for the size of files below this could cut one. Out
+/// of memory, curses may write without end; the store takes no more than this.
+constexpr off_t max_store_bytes = 16LL * 1024 * 1024;
 
 constexpr std::size_t piece_bytes = 4096;
 
 bool has_room_for_store()
 {
     rlimit limit = {};
-    return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur >= max_store_bytes;
+    return getrlimit(RLIMIT_FSIZE, &limit) != 0 ||
+           limit.rlim_cur >= static_cast<rlim_t>(max_store_bytes);
+}
+
+/// Takes a descriptor over to one above the standard ones, any of which may have been closed.
+unique_fd move_above_standard(int fd)
+{
+    const unique_fd low{fd};
+    return unique_fd{low ? fcntl(low.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1) : -1};
+}
+
+/// Makes an empty store that cannot grow beyond its bound. None if the system has none to give.
+unique_fd make_store()
+{
+    unique_fd store = move_above_standard(memfd_create("screen", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    const bool is_bounded = store && ftruncate(store.get(), max_store_bytes) == 0 &&
+                            fcntl(store.get(), F_ADD_SEALS, F_SEAL_GROW) == 0;
+    return is_bounded ? std::move(store) : unique_fd{};
 }
 
 /// Opens the terminal of the standard output once more. To write without waiting is a property of
 /// an opened file, and others, such as the shell, share the one that the program was given.
-int open_line()
+unique_fd open_line()
 {
     std::array<char, 256> name = {"/dev/tty"};
     const bool is_own = tcgetsid(STDOUT_FILENO) == getsid(0);
     if (!is_own && ttyname_r(STDOUT_FILENO, name.data(), name.size()) != 0)
-        return -1;
-    return open(name.data(), O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+        return unique_fd{};
+    return move_above_standard(open(name.data(), O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
 }
 
 /// Whether the terminal takes a byte. It may take no more than that.
@@ -103,8 +122,10 @@ bool pass_piece(off_t stored)
 void clear_store(off_t stored)
 {
     terminal_output& output = app_state.output;
+    if (stored >= max_store_bytes)
+        output.has_lost = true;
     if (stored > max_idle_store_bytes)
-        static_cast<void>(!ftruncate(output.store_fd, 0));
+        fallocate(output.store_fd, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, max_store_bytes);
     lseek(output.store_fd, 0, SEEK_SET);
     output.taken = 0;
     output.kept = 0;
@@ -154,14 +175,14 @@ std::FILE* terminal_output_open()
     if (isatty(STDOUT_FILENO) == 0)
         return stdout;
     terminal_output& output = app_state.output;
-    unique_fd store{memfd_create("screen", MFD_CLOEXEC)};
+    unique_fd store = make_store();
     unique_fd terminal{store ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1) : -1};
     std::FILE* stream = terminal ? fdopen(terminal.get(), "w") : nullptr;
     if (stream == nullptr)
         return stdout;
     output.curses_fd = terminal.release();
     output.store_fd = store.release();
-    output.line_fd = open_line();
+    output.line_fd = open_line().release();
     return stream;
 }
 
@@ -205,9 +226,12 @@ bool terminal_output_carry()
 bool terminal_output_finish()
 {
     const bool is_all = pass_within(finish_limit_ms, standstill_ms);
-    if (!is_all)
+    if (!is_all) {
         clear_store(max_backlog_bytes);
-    return is_all;
+        // What the system holds for the terminal as well, which has no space for more otherwise.
+        tcflush(STDOUT_FILENO, TCOFLUSH);
+    }
+    return is_all && !app_state.output.has_lost;
 }
 
 void terminal_output_hurry()

@@ -48,7 +48,7 @@ INSTANTIATE_TEST_SUITE_P(
         fault_row{.behaviour = "socket_EMFILE_on_a_slow_screen",
                   .wanted = {faulty_call::socket, EMFILE},
                   .line = no_socket,
-                  .besides = {{faulty_call::write, short_count, "/pts/", 0, 500},
+                  .besides = {{faulty_call::write, short_count, "/dev/tty", 0, 500},
                               {faulty_call::poll, EINTR, "", 0, 20},
                               {faulty_call::pause, EINTR, "", 0, 20}}},
         fault_row{.behaviour = "fork_EAGAIN_and_everything_EINTR",
@@ -97,11 +97,11 @@ INSTANTIATE_TEST_SUITE_P(
                                           {faulty_call::pause, EINTR, "", 0, 100},
                                           {faulty_call::read, EINTR, "socket:", 0, 10},
                                           {faulty_call::read, EINTR, "/pts/", 0, 10},
-                                          {faulty_call::write, EINTR, "/pts/", 0, 10}}},
+                                          {faulty_call::write, EINTR, "/dev/tty", 0, 10}}},
                     fault_row{.behaviour = "no_log_no_memory_to_poll_and_a_slow_screen",
                               .wanted = {faulty_call::poll, ENOMEM, "", 0, 2},
                               .besides = {{faulty_call::read, short_count, "socket:", 0, 200},
-                                          {faulty_call::write, short_count, "/pts/", 0, 500},
+                                          {faulty_call::write, short_count, "/dev/tty", 0, 500},
                                           {faulty_call::open, EMFILE, ".log", 0, 3}}}),
     fault_name);
 

@@ -39,16 +39,16 @@ TEST_P(fault_screen, is_whole_at_every_size_and_given_back)
 INSTANTIATE_TEST_SUITE_P(
     all, fault_screen,
     testing::Values(fault_row{"write_short",
-                              {faulty_call::write, short_count, "/pts/", 0, every_call}},
-                    fault_row{"write_EINTR", {faulty_call::write, EINTR, "/pts/", 0, 100}},
-                    fault_row{"write_EAGAIN", {faulty_call::write, EAGAIN, "/pts/", 0, 20}},
+                              {faulty_call::write, short_count, "/dev/tty", 0, every_call}},
+                    fault_row{"write_EINTR", {faulty_call::write, EINTR, "/dev/tty", 0, 100}},
+                    fault_row{"write_EAGAIN", {faulty_call::write, EAGAIN, "/dev/tty", 0, 20}},
                     fault_row{.behaviour = "write_short_and_EINTR",
-                              .wanted = {faulty_call::write, EINTR, "/pts/", 500, 100},
-                              .besides = {{faulty_call::write, EAGAIN, "/pts/", 1000, 20},
-                                          {faulty_call::write, short_count, "/pts/", 0, 3000}}},
+                              .wanted = {faulty_call::write, EINTR, "/dev/tty", 500, 100},
+                              .besides = {{faulty_call::write, EAGAIN, "/dev/tty", 1000, 20},
+                                          {faulty_call::write, short_count, "/dev/tty", 0, 3000}}},
                     fault_row{.behaviour = "read_EINTR_and_write_short",
                               .wanted = {faulty_call::read, EINTR, "/pts/", 0, 40},
-                              .besides = {{faulty_call::write, short_count, "/pts/", 0, 1000},
+                              .besides = {{faulty_call::write, short_count, "/dev/tty", 0, 1000},
                                           {faulty_call::pause, EINTR, "", 0, 200}}}),
     fault_name);
 

@@ -79,9 +79,10 @@ int open_flags(pid_t process, int fd)
     return 0;
 }
 
-/// How large the file is in which a process keeps its output.
+/// How much memory the file takes in which a process keeps its output.
 off_t bytes_kept(pid_t process)
 {
+    constexpr off_t block_bytes = 512;
     off_t bytes = 0;
     std::error_code ignored;
     for (const auto& entry :
@@ -89,7 +90,7 @@ off_t bytes_kept(pid_t process)
         struct stat status = {};
         if (read_symlink(entry.path(), ignored).string().starts_with("/memfd:screen") &&
             stat(entry.path().c_str(), &status) == 0)
-            bytes = std::max(bytes, status.st_size);
+            bytes = std::max<off_t>(bytes, status.st_blocks * block_bytes);
     }
     return bytes;
 }

@@ -17,6 +17,7 @@
 #include <pthread.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -119,6 +120,7 @@ std::time_t __real_time(std::time_t* result);
 int __real_poll(pollfd* fds, nfds_t count, int limit);
 int __real_ppoll(pollfd* fds, nfds_t count, const timespec* limit, const sigset_t* mask);
 unsigned __real_alarm(unsigned seconds);
+int __real_setitimer(__itimer_which_t which, const itimerval* wanted, itimerval* before);
 pid_t __real_fork();
 pid_t __real_waitpid(pid_t child, int* status, int options);
 int __real_kill(pid_t process, int signal_number);
@@ -163,6 +165,11 @@ int __wrap_ppoll(pollfd* fds, nfds_t count, const timespec* limit, const sigset_
 unsigned __wrap_alarm(unsigned seconds)
 {
     return world.is_active ? 0 : __real_alarm(seconds);
+}
+
+int __wrap_setitimer(__itimer_which_t which, const itimerval* wanted, itimerval* before)
+{
+    return world.is_active ? 0 : __real_setitimer(which, wanted, before);
 }
 
 pid_t __wrap_fork()
