@@ -73,7 +73,8 @@ void glyphs_end_line(WINDOW* window)
 void glyphs_attribute(WINDOW* window, colour pair, bool bold)
 {
     const attr_t weight = bold ? A_BOLD : A_NORMAL;
-    const attr_t look = COLOR_PAIR(colour_number(pair)) | colour_substitute(pair) | weight;
+    const auto colours = static_cast<attr_t>(COLOR_PAIR(colour_number(pair)));
+    const attr_t look = colours | colour_substitute(pair) | weight;
     if (window != nullptr)
         wattrset(window, static_cast<int>(look));
 }
