@@ -209,7 +209,7 @@ void terminal_output_choose()
 
 bool terminal_output_carry()
 {
-    terminal_output& output = app_state.output;
+    const terminal_output& output = app_state.output;
     const off_t stored = output.is_stored ? lseek(output.store_fd, 0, SEEK_CUR) : 0;
     if (stored <= 0)
         return true;
