@@ -5,7 +5,6 @@
 
 #include "base/pause.hpp"
 #include "net/md5.hpp"
-#include "net/poll.hpp"
 #include "ui/keys.hpp"
 
 #include <csignal>
@@ -212,10 +211,10 @@ TEST_F(capabilities, ask_again_after_a_refusal)
     server.send(demand);
     server.send({83, "x"});
     server.send(demand);
-    poll_servers(SIGALRM);
-    poll_servers(SIGALRM);
+    poll_all();
+    poll_all();
     type_ahead("abc\n");
-    poll_servers(SIGALRM);
+    poll_all();
     EXPECT_EQ(server.take_packets(), (wire_packets{{81, "refused"}, {81, abc_digest}}));
 }
 
@@ -308,8 +307,8 @@ TEST_F(duplicate, ends_within_the_cycle_that_finds_it)
 {
     server.send({41, make_capability_xml("<ServerUUID>same</ServerUUID>")});
     server.send({103, "never read"});
-    poll_servers(SIGALRM);
-    poll_servers(SIGALRM);
+    poll_all();
+    poll_all();
     EXPECT_EQ(entry.socket_fd, 0);
     EXPECT_EQ(entry.rx_packet, nullptr);
     EXPECT_EQ(said().back().text, "You are already connected to this server!");

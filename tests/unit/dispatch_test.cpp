@@ -2,7 +2,6 @@
 #include "unit/net_fixture.hpp"
 
 #include "net/packet_dispatch.hpp"
-#include "net/poll.hpp"
 #include "net/report_reception.hpp"
 #include "ui/layout.hpp"
 #include "ui/pane.hpp"
@@ -26,7 +25,7 @@ protected:
     {
         mark();
         server.send(packet);
-        poll_servers(SIGALRM);
+        poll_all();
     }
 
     server_entry& entry;
@@ -134,7 +133,7 @@ TEST_F(dispatch, ignores_every_other_kind)
     mark();
     const auto ignored = [&](std::uint32_t kind) {
         server.send({kind, "some text"});
-        poll_servers(SIGALRM);
+        poll_all();
         EXPECT_EQ(said(), status_lines{}) << kind;
         EXPECT_EQ(server.take_bytes(), "") << kind;
         ASSERT_NE(entry.socket_fd, 0) << kind;

@@ -5,6 +5,7 @@
 
 #include "base/pause.hpp"
 #include "net/log_files.hpp"
+#include "net/poll.hpp"
 #include "ui/layout.hpp"
 #include "ui/pane.hpp"
 #include "ui/screen.hpp"
@@ -258,6 +259,13 @@ server_end net_test::connect(server_entry& entry) const
     }
     server_marker_write(entry.list_row + 1, marker_connected);
     return server_end{ends[1]};
+}
+
+void net_test::poll_all()
+{
+    do
+        poll_servers(SIGALRM);
+    while (app_state.poll.next != 0);
 }
 
 void net_test::mark()

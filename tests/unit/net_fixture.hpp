@@ -103,6 +103,9 @@ protected:
     /// leave it.
     server_end connect(server_entry& entry) const;
 
+    /// Polls every connected server once, with the breaks that a busy machine brings.
+    static void poll_all();
+
     /// said() and beeps() count from here.
     void mark();
     /// The lines of the status pane since the mark, oldest first; the last four at most.

@@ -3,13 +3,11 @@
 
 #include "app/app_state.hpp"
 #include "net/connection_end.hpp"
-#include "net/poll.hpp"
 #include "support/open_files.hpp"
 #include "ui/pane.hpp"
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <ctime>
 #include <string>
@@ -23,20 +21,12 @@ const status_line closed_line = {"Connection closed by server", 5};
 
 class poll_cycle : public net_test
 {
-protected:
-    /// Runs a whole cycle, with the breaks that a busy machine brings.
-    static void poll()
-    {
-        do
-            poll_servers(SIGALRM);
-        while (app_state.poll.next != 0);
-    }
 };
 
 TEST_F(poll_cycle, arms_the_next_alarm)
 {
     alarm(0);
-    poll();
+    poll_all();
     EXPECT_EQ(alarm(0), 1U);
 }
 
@@ -46,11 +36,11 @@ TEST_F(poll_cycle, takes_one_packet_from_a_server_at_a_time)
     const server_end server = connect(entry);
     server.send({103, "first"});
     server.send({103, "second"});
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{{"first", 2}}));
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{{"first", 2}, {"second", 2}}));
-    poll();
+    poll_all();
     EXPECT_EQ(said().size(), 2U);
 }
 
@@ -59,12 +49,12 @@ TEST_F(poll_cycle, drops_a_partial_header_next_time_though_nothing_more_came)
     server_entry& entry = add_server("one.example");
     const server_end server = connect(entry);
     server.send_bytes("\1\2\3");
-    poll();
+    poll_all();
     ASSERT_NE(entry.rx_packet, nullptr);
-    poll();
+    poll_all();
     EXPECT_EQ(entry.rx_packet, nullptr);
     server.send({103, "whole"});
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{{"whole", 2}}));
 }
 
@@ -77,7 +67,7 @@ TEST_F(poll_cycle, visits_all_servers_in_the_order_of_the_list)
     const char* const names[] = {"a", "b", "c"};
     for (std::size_t index = 0; index < std::size(ends); ++index)
         ends[index].send({103, names[index]});
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{{"c", 2}, {"b", 2}, {"a", 2}}));
 }
 
@@ -94,7 +84,7 @@ TEST_F(poll_cycle, is_quick_with_a_thousand_silent_servers)
     auto quickest = std::chrono::nanoseconds::max();
     for (int cycle = 0; cycle < 20; ++cycle) {
         const auto begin = std::chrono::steady_clock::now();
-        poll();
+        poll_all();
         quickest =
             std::min<std::chrono::nanoseconds>(quickest, std::chrono::steady_clock::now() - begin);
     }
@@ -112,7 +102,7 @@ TEST_F(poll_cycle, continues_after_a_server_that_closes)
     const server_end high_end = connect(high);
     high_end.send({3, "bye"});
     low_end.send({103, "still here"});
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{closed_line, {"still here", 2}}));
     EXPECT_EQ(high.socket_fd, 0);
     EXPECT_NE(low.socket_fd, 0);
@@ -125,7 +115,7 @@ TEST_F(poll_cycle, skips_a_server_whose_connect_is_pending)
     entry.connected = 0;
     entry.last_data_time = 0;
     server.send({103, "early"});
-    poll();
+    poll_all();
     EXPECT_EQ(said(), status_lines{});
     EXPECT_EQ(server.take_bytes(), "");
     EXPECT_EQ(entry.bytes_received, 0U);
@@ -136,7 +126,7 @@ TEST_F(poll_cycle, skips_a_server_without_a_socket_although_it_was_connected_onc
     server_entry& entry = add_server("one.example");
     entry.connected = 1;
     entry.last_data_time = 1;
-    poll();
+    poll_all();
     EXPECT_EQ(said(), status_lines{});
     EXPECT_EQ(entry.heartbeat_sent, 0);
     EXPECT_EQ(entry.last_data_time, 1);
@@ -147,7 +137,7 @@ TEST_F(poll_cycle, frees_a_packet_after_dispatch_and_is_ready_for_the_next)
     server_entry& entry = add_server("one.example");
     const server_end server = connect(entry);
     server.send({103, "text"});
-    poll();
+    poll_all();
     EXPECT_EQ(entry.rx_packet, nullptr);
     EXPECT_EQ(entry.rx_received, 0U);
     EXPECT_EQ(entry.bytes_received, 16U);
@@ -161,7 +151,7 @@ TEST_F(poll_cycle, notes_the_time_of_every_whole_packet_of_any_kind)
     entry.heartbeat_sent = 1;
     const std::time_t before = std::time(nullptr);
     server.send({199, "x"});
-    poll();
+    poll_all();
     EXPECT_GE(entry.last_data_time, before);
     EXPECT_LE(entry.last_data_time, std::time(nullptr));
     EXPECT_NE(entry.socket_fd, 0);
@@ -173,16 +163,16 @@ TEST_F(poll_cycle, does_not_count_half_a_packet_or_one_without_payload_as_data)
     const server_end server = connect(entry);
     const std::time_t noted = entry.last_data_time = std::time(nullptr) - 30;
     server.send({3, ""});
-    poll();
+    poll_all();
     EXPECT_EQ(entry.rx_packet, nullptr);
     server.send_bytes(wire_bytes({103, "in two parts"}).substr(0, 15));
-    poll();
+    poll_all();
     EXPECT_NE(entry.rx_packet, nullptr);
     EXPECT_EQ(entry.last_data_time, noted);
     EXPECT_NE(entry.socket_fd, 0);
     EXPECT_EQ(said(), status_lines{});
     server.send_bytes(wire_bytes({103, "in two parts"}).substr(15));
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{{"in two parts", 2}}));
 }
 
@@ -191,14 +181,14 @@ TEST_F(poll_cycle, does_not_react_to_the_end_of_a_connection_alone)
     server_entry& entry = add_server("one.example");
     server_end server = connect(entry);
     server.close();
-    poll();
-    poll();
+    poll_all();
+    poll_all();
     EXPECT_EQ(said(), status_lines{});
     EXPECT_NE(entry.socket_fd, 0);
     EXPECT_EQ(entry.rx_packet, nullptr);
     entry.last_data_time = std::time(nullptr) - 1'000;
-    poll();
-    poll();
+    poll_all();
+    poll_all();
     EXPECT_EQ(said().back(), closed_line);
     EXPECT_EQ(entry.socket_fd, 0);
 }
@@ -221,7 +211,7 @@ protected:
             mark();
             now = std::time(nullptr);
             entry.last_data_time = now - age_s;
-            poll();
+            poll_all();
         } while (std::time(nullptr) != now);
     }
 
@@ -244,8 +234,8 @@ TEST_F(idle, sends_one_heartbeat_after_ten_minutes)
     EXPECT_EQ(said(), (status_lines{heartbeat_line}));
     EXPECT_EQ(server.take_packets(), (wire_packets{heartbeat}));
     EXPECT_EQ(entry.heartbeat_sent, 1);
-    poll();
-    poll();
+    poll_all();
+    poll_all();
     EXPECT_EQ(said().size(), 1U);
     EXPECT_EQ(server.take_packets(), wire_packets{});
     EXPECT_NE(entry.socket_fd, 0);
@@ -275,7 +265,7 @@ TEST_F(idle, sends_the_heartbeat_first_however_long_the_silence_was)
 {
     poll_at_age(5'000, 0);
     EXPECT_EQ(said(), (status_lines{heartbeat_line}));
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{heartbeat_line, closed_line}));
     EXPECT_EQ(server.take_packets(), (wire_packets{heartbeat}));
     EXPECT_TRUE(server.is_ended());
@@ -286,14 +276,14 @@ TEST_F(idle, closes_a_second_silence_without_a_second_heartbeat)
     poll_at_age(601, 0);
     server.take_bytes();
     server.send({103, "awake"});
-    poll();
+    poll_all();
     EXPECT_EQ(entry.heartbeat_sent, 1);
     entry.last_data_time = std::time(nullptr) - 700;
-    poll();
+    poll_all();
     EXPECT_EQ(server.take_packets(), wire_packets{});
     EXPECT_NE(entry.socket_fd, 0);
     entry.last_data_time = std::time(nullptr) - 910;
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{heartbeat_line, {"awake", 2}, closed_line}));
     EXPECT_EQ(server.take_packets(), wire_packets{});
 }
@@ -303,7 +293,7 @@ TEST_F(idle, applies_in_the_cycle_that_brought_a_packet_too)
     // The packet's own time counts, so nothing is idle any more.
     entry.last_data_time = 0;
     server.send({103, "just in time"});
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{{"just in time", 2}}));
     EXPECT_EQ(server.take_packets(), wire_packets{});
 }
@@ -317,18 +307,18 @@ TEST_F(idle, counts_from_the_data_of_the_previous_connection)
     server = connect(entry);
     entry.last_data_time = kept;
     mark();
-    poll();
+    poll_all();
     EXPECT_EQ(server.take_packets(), (wire_packets{heartbeat}));
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{heartbeat_line, closed_line}));
 }
 
 TEST_F(idle, treats_a_server_that_never_sent_anything_as_silent_at_once)
 {
     entry.last_data_time = 0;
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{heartbeat_line}));
-    poll();
+    poll_all();
     EXPECT_EQ(said(), (status_lines{heartbeat_line, closed_line}));
 }
 
@@ -336,7 +326,7 @@ TEST_F(idle, heartbeat_stays_noted_when_the_server_closes)
 {
     entry.heartbeat_sent = 1;
     server.send({3, "bye"});
-    poll();
+    poll_all();
     EXPECT_EQ(entry.socket_fd, 0);
     EXPECT_EQ(entry.heartbeat_sent, 1);
 }

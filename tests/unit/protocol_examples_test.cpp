@@ -4,7 +4,6 @@
 
 #include "app/settings_toggle.hpp"
 #include "net/capabilities.hpp"
-#include "net/poll.hpp"
 #include "services/database_update.hpp"
 #include "services/mailing.hpp"
 #include "services/pager.hpp"
@@ -93,7 +92,7 @@ protected:
     {
         mark();
         server.send_bytes(parse_dump(find_example(name)));
-        poll_servers(SIGALRM);
+        poll_all();
     }
 
     server_entry& entry;
@@ -124,10 +123,10 @@ TEST_F(protocol_examples, a_client_answers_questions_and_silence)
     handle_capabilities(entry, "<?xml?><tovrik><NeedAuth>1</NeedAuth></tovrik>");
     expect_sent("password");
     server.send({85, "?"});
-    poll_servers(SIGALRM);
+    poll_all();
     expect_sent("identification");
     entry.last_data_time = 0;
-    poll_servers(SIGALRM);
+    poll_all();
     expect_sent("heartbeat");
 }
 

@@ -1,11 +1,9 @@
 // status_report_test.cpp - one report is one line of the status pane, whatever a server sends.
 #include "unit/net_fixture.hpp"
 
-#include "net/poll.hpp"
 #include "ui/layout.hpp"
 #include "ui/pane.hpp"
 
-#include <csignal>
 #include <utility>
 
 namespace
@@ -99,12 +97,12 @@ TEST_F(status_reporting, keeps_the_frame_whole_around_a_servers_lines)
     for (const auto& [kind, pair] : {std::pair{103U, 2}, {108U, 5}}) {
         mark();
         server.send({kind, "line one\nline two\n\nline four"});
-        poll_servers(SIGALRM);
+        poll_all();
         EXPECT_EQ(said(), (status_lines{{"line one line two  line four", pair}}));
         expect_frame();
     }
     server.send({103, std::string(20, '\n') + "below"});
-    poll_servers(SIGALRM);
+    poll_all();
     EXPECT_EQ(screen.status_text(), std::string(20, ' ') + "below");
     expect_frame();
 }

@@ -2,7 +2,6 @@
 #include "net/transmission.hpp"
 #include "unit/net_fixture.hpp"
 
-#include "net/poll.hpp"
 #include "support/compressed.hpp"
 #include "ui/server_pane.hpp"
 #include "ui/window.hpp"
@@ -23,7 +22,7 @@ protected:
     void receive(const std::string& elements) const
     {
         server.send({40, transmission_xml(elements)});
-        poll_servers(SIGALRM);
+        poll_all();
     }
 
     /// The message pane's rows `first` to `last`.
@@ -104,7 +103,7 @@ TEST_F(transmission, has_empty_fields_without_any_element)
     receive("");
     EXPECT_EQ(message_rows(bottom_row - 5, bottom_row - 1), expected);
     server.send({40, "no document at all"});
-    poll_servers(SIGALRM);
+    poll_all();
     EXPECT_EQ(message_rows(bottom_row - 5, bottom_row - 1), expected);
     EXPECT_EQ(message_row(bottom_row - 11), expected[0]);
 }
@@ -179,7 +178,7 @@ TEST_F(transmission, may_be_compressed)
     const std::string xml = transmission_xml(plain_elements);
     const auto hint = static_cast<std::uint16_t>(xml.size() / 4 + 1);
     server.send({204, compressed(xml), hint});
-    poll_servers(SIGALRM);
+    poll_all();
     EXPECT_EQ(message_rows(bottom_row - 5, bottom_row - 1), plain_rows);
     EXPECT_EQ(said(), status_lines{});
 }
@@ -199,7 +198,7 @@ TEST_F(transmission, is_dropped_when_it_cannot_be_decompressed)
     for (const auto& row : rows) {
         mark();
         server.send(row.packet);
-        poll_servers(SIGALRM);
+        poll_all();
         EXPECT_EQ(said(), (status_lines{{row.line, 5}}));
         EXPECT_EQ(beeps(), 1U);
     }
@@ -295,7 +294,7 @@ TEST_F(statistics, stay_until_the_next_transmission)
 {
     receive(plain_elements + flights);
     server.send({103, "something else"});
-    poll_servers(SIGALRM);
+    poll_all();
     EXPECT_NE(app_state.dialog_win, nullptr);
     receive(plain_elements);
     EXPECT_EQ(app_state.dialog_win, nullptr);

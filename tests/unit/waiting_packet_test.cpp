@@ -3,10 +3,8 @@
 
 #include "net/connection_end.hpp"
 #include "net/packet_input.hpp"
-#include "net/poll.hpp"
 #include "ui/modal_box.hpp"
 
-#include <csignal>
 #include <ctime>
 
 namespace
@@ -16,16 +14,11 @@ namespace
 class waiting_packet : public net_test
 {
 protected:
-    static void poll()
-    {
-        poll_servers(SIGALRM);
-    }
-
     /// Polls once while a box is open.
     static void poll_under_a_box()
     {
         const modal_wait box;
-        poll();
+        poll_all();
     }
 
     /// What kind of packet waits; -1 for none.
@@ -59,11 +52,11 @@ TEST_F(waiting_packet, is_the_servers_next_one_and_delays_nobody_else)
     EXPECT_EQ(kind_that_waits(entry), 89);
     EXPECT_EQ(said(), (status_lines{{"first", 2}, {"second", 2}}));
     type_ahead("\033");
-    poll();
+    poll_all();
     EXPECT_EQ(kind_that_waits(entry), -1);
     EXPECT_EQ(entry.rx_packet, nullptr);
     EXPECT_EQ(wgetch(app_state.server_pane), ERR) << "a list was open and took the key";
-    poll();
+    poll_all();
     EXPECT_EQ(said().back(), (status_line{"behind it", 2}));
 }
 
@@ -84,7 +77,7 @@ TEST_F(waiting_packet, is_a_demand_for_a_password_that_has_to_be_typed)
     EXPECT_EQ(kind_that_waits(entry), 41);
     EXPECT_EQ(entry.can_page, 0);
     type_ahead("abc\n");
-    poll();
+    poll_all();
     EXPECT_EQ(entry.can_page, 1);
     EXPECT_EQ(server.take_packets(), (wire_packets{{81, "900150983cd24fb0d6963f7d28e17f72"}}));
 }
@@ -101,7 +94,7 @@ TEST_F(waiting_packet, is_the_last_piece_of_a_report)
     poll_under_a_box();
     EXPECT_EQ(kind_that_waits(entry), 205);
     EXPECT_EQ(entry.report_received, 3U);
-    poll(); // these bytes are no report
+    poll_all(); // these bytes are no report
     EXPECT_EQ(entry.report_buffer, nullptr);
 }
 
@@ -123,9 +116,9 @@ TEST_F(waiting_packet, goes_with_its_connection)
     close_by_server(entry);
     EXPECT_EQ(entry.rx_waits, 0);
     const server_end again = connect(entry);
-    poll();
+    poll_all();
     again.send({103, "a new connection"});
-    poll();
+    poll_all();
     EXPECT_EQ(said().back(), (status_line{"a new connection", 2}));
 }
 
