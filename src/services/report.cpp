@@ -136,8 +136,7 @@ void report_request(server_entry& entry)
 
 bool report_reply_opens_box(const server_entry& entry, const packet_view& packet)
 {
-    return packet.header.kind == received_report_piece &&
-           report_reception_ends_with(entry, packet_payload_length(packet.header));
+    return report_reception_ends_with(entry, packet_payload_length(packet.header));
 }
 
 void report_reply(server_entry& entry, const packet_view& packet)

@@ -8,7 +8,8 @@
 /// server that offers reports.
 void report_request(server_entry& entry);
 
-/// Whether report_reply would ask for a file name, if what has come can be decompressed.
+/// Whether report_reply would ask for a file name after this piece of a report, if what has come
+/// can be decompressed.
 bool report_reply_opens_box(const server_entry& entry, const packet_view& packet);
 
 /// Takes a server's reply about a report: that it has been started, cannot be had, or will follow
