@@ -8,6 +8,7 @@
 /// Blocks the watched signals in the calling thread and takes the state lock. Call once, first.
 void pause_init();
 
-/// Sleeps for `microseconds`, or less if a signal comes; the only place that lets signals in.
+/// Does app_state.pause_work, if there is any, and sleeps for `microseconds`, or less if a signal
+/// comes; the only place that lets signals in.
 /// Any window of app_state and any entry's connection may have changed on return.
 void pause_for(long microseconds);
