@@ -4,6 +4,7 @@
 #include "app/app_state.hpp"
 #include "bench/sample_traffic.hpp"
 #include "bench/xml_readers.hpp"
+#include "data/template.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
 #include "net/decompression.hpp"

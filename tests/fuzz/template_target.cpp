@@ -1,11 +1,11 @@
 // template_target.cpp - filling a template beside its model.
 #include "base/limits.hpp"
+#include "data/template.hpp"
 #include "data/text.hpp"
 #include "fuzz/fuzz_input.hpp"
 #include "fuzz/property.hpp"
 #include "models/template_model.hpp"
 #include "models/xml_compare.hpp"
-#include "net/transmission.hpp"
 
 #include <algorithm>
 

@@ -4,6 +4,7 @@
 #include "unit/own_clock.hpp"
 #include "unit/report_replies.hpp"
 
+#include "data/template.hpp"
 #include "data/text.hpp"
 #include "net/transmission.hpp"
 #include "services/mailing.hpp"

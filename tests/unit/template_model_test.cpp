@@ -2,9 +2,9 @@
 #include "models/template_model.hpp"
 #include "models/xml_compare.hpp"
 
+#include "data/template.hpp"
 #include "data/text.hpp"
 #include "data/xml.hpp"
-#include "net/transmission.hpp"
 #include "support/generated_cases.hpp"
 
 #include <gtest/gtest.h>

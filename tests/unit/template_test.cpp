@@ -1,5 +1,5 @@
 // template_test.cpp - filling the placeholders of a text from a document.
-#include "net/transmission.hpp"
+#include "data/template.hpp"
 #include "unit/net_fixture.hpp"
 
 #include "base/limits.hpp"
