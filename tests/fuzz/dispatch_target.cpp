@@ -8,11 +8,9 @@
 #include "fuzz/property.hpp"
 #include "fuzz/stand_ins.hpp"
 #include "net/log_files.hpp"
-#include "net/poll.hpp"
 #include "support/compressed.hpp"
 
 #include <algorithm>
-#include <csignal>
 #include <vector>
 
 namespace
@@ -85,7 +83,7 @@ void handle_packet(fuzz_server& server, fuzz_input& input)
     // A packet longer than can be kept takes several reads.
     const std::size_t reads = packet.bytes.size() / packet_max_payload_bytes + 1;
     for (std::size_t read = 0; read < reads; ++read)
-        poll_servers(SIGALRM);
+        servers_poll();
     server.is_in_step = server.is_in_step && !packet.takes_next;
     const bool may_close =
         !server.is_in_step || std::ranges::find(close_kinds, packet.kind) != std::end(close_kinds);

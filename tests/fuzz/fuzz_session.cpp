@@ -5,9 +5,11 @@
 #include "base/limits.hpp"
 #include "fuzz/property.hpp"
 #include "net/packet_kind.hpp"
+#include "net/poll.hpp"
 #include "ui/server_pane.hpp"
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <ctime>
 #include <sys/socket.h>
@@ -126,6 +128,13 @@ std::string packet_bytes(unsigned kind, unsigned extra, unsigned param1, unsigne
     return make_number_bytes(kind, 4) + make_number_bytes(static_cast<unsigned>(sent.size()), 2) +
            make_number_bytes(extra, 2) + make_number_bytes(param1, 2) +
            make_number_bytes(param2, 2) + std::string{sent};
+}
+
+void servers_poll()
+{
+    do
+        poll_servers(SIGALRM);
+    while (app_state.poll.next != 0);
 }
 
 void servers_check()

@@ -36,6 +36,10 @@ private:
 std::string packet_bytes(unsigned kind, unsigned extra, unsigned param1, unsigned param2,
                          std::string_view payload);
 
+/// Polls every server, in as many runs of the cycle as a busy machine breaks it into, so that an
+/// input does the same wherever it is replayed.
+void servers_poll();
+
 /// Requires that the list of servers is sorted, without duplicates, and that the selection is
 /// inside it.
 void servers_check();

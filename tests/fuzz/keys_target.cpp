@@ -8,7 +8,6 @@
 #include "fuzz/property.hpp"
 #include "fuzz/stand_ins.hpp"
 #include "net/connect_attempt.hpp"
-#include "net/poll.hpp"
 
 #include <algorithm>
 #include <csignal>
@@ -45,7 +44,7 @@ struct key_session {
     {
         if (std::exchange(is_polling, true))
             return;
-        poll_servers(SIGALRM);
+        servers_poll();
         is_polling = false;
     }
     void send_packet()

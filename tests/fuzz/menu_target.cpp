@@ -6,13 +6,10 @@
 #include "fuzz/fuzz_session.hpp"
 #include "fuzz/property.hpp"
 #include "fuzz/stand_ins.hpp"
-#include "net/poll.hpp"
 #include "services/database_update.hpp"
 #include "services/mailing.hpp"
 #include "services/pager.hpp"
 #include "services/report.hpp"
-
-#include <csignal>
 
 namespace
 {
@@ -42,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (sent < packets && world.pauses % 3 == 0) {
             ++sent;
             connection.send(packet_bytes(kind, 0, 0, 0, "a passing text\nof two lines"));
-            poll_servers(SIGALRM);
+            servers_poll();
         }
         if (world.pauses % 16 == 1)
             screen_check();
