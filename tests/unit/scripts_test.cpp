@@ -10,6 +10,16 @@ namespace
 
 const std::string scripts_folder = SOURCE_FOLDER "/scripts/";
 
+/// The scripts that people run. Those in folders are parts of others.
+std::vector<std::string> script_names()
+{
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator{scripts_folder})
+        if (file.is_regular_file())
+            names.push_back(file.path().filename());
+    return names;
+}
+
 /// What a script says of itself, whole. It must end by itself before it does anything.
 std::string help_of(const std::string& script)
 {
@@ -39,8 +49,7 @@ std::set<std::string> package_sets()
 
 TEST(scripts, tell_their_use)
 {
-    for (const auto& file : std::filesystem::directory_iterator{scripts_folder}) {
-        const std::string name = file.path().filename();
+    for (const std::string& name : script_names()) {
         EXPECT_NE(help_of(name).find("\n  scripts/" + name), std::string::npos) << name;
     }
 }
@@ -72,11 +81,11 @@ TEST(scripts, install_little_for_the_programs_and_more_by_options)
 TEST(scripts, ask_for_sets_that_there_are)
 {
     const std::set<std::string> sets = package_sets();
-    for (const auto& file : std::filesystem::directory_iterator{scripts_folder}) {
-        const std::string text = source_text("scripts/" + file.path().filename().string());
+    for (const std::string& name : script_names()) {
+        const std::string text = source_text("scripts/" + name);
         for (const auto& set :
              all_matches(text, R"((?:install-deps |package_sets\+?=\()(--[a-z]+))"))
-            EXPECT_TRUE(sets.contains(set[0])) << file.path() << ": " << set[0];
+            EXPECT_TRUE(sets.contains(set[0])) << name << ": " << set[0];
     }
 }
 
