@@ -89,6 +89,23 @@ TEST(scripts, ask_for_sets_that_there_are)
     }
 }
 
+TEST(demo, sends_so_seldom_that_a_window_can_be_read_before_a_message_closes_it)
+{
+    const std::string rates = text_between(source_text("scripts/demo"), "\nheathrow_rate", "\n");
+    int per_minute = 0;
+    for (const auto& rate : all_matches(rates, R"(=(\d+))"))
+        per_minute += std::stoi(rate[0]);
+    EXPECT_GT(per_minute, 0);
+    EXPECT_LE(per_minute, 12);
+}
+
+TEST(demo, names_its_servers_so_that_their_rows_fit_into_80_columns)
+{
+    const std::string script = source_text("scripts/demo");
+    for (const std::string& alias : matches_of(script, R"(<ServerAlias>([^<]+)<)"))
+        EXPECT_LE(("Successfully connected " + alias + ":65535. Handle #99").size(), 52U);
+}
+
 /// The kinds of tests, by the first words of their names, as the build files name them.
 std::set<std::string> kinds_of_tests()
 {
