@@ -2,6 +2,7 @@
 #include "demo/demo_actions.hpp"
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <set>
 
@@ -12,6 +13,7 @@ constexpr int first_server_row = 2;
 constexpr int servers = 3;
 constexpr int wanted_records = 6;
 constexpr const char* password = "tovrik";
+constexpr const char* port_variable = "DEMO_DIRECTORY_PORT";
 
 int count_occurrences(const std::string& text, const std::string& part)
 {
@@ -38,6 +40,16 @@ bool connect_row(terminal_session& session, int row)
 }
 
 } // namespace
+
+terminal_options demo_terminal(const std::string& client, const std::string& home)
+{
+    const char* port = std::getenv(port_variable);
+    return {.command = {client},
+            .rows = demo_rows,
+            .columns = demo_columns,
+            .home = home,
+            .environment = {{port_variable, port != nullptr ? port : ""}}};
+}
 
 bool demo_fail(const char* what)
 {

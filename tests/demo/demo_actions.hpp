@@ -12,6 +12,9 @@ constexpr int demo_rows = 30;
 constexpr int demo_columns = 100;
 constexpr std::chrono::seconds traffic_patience{90};
 
+/// The demo's client in a terminal. client: its program. home: relative to the working folder.
+terminal_options demo_terminal(const std::string& client, const std::string& home);
+
 /// Tells which part of the demo failed. Always false.
 bool demo_fail(const char* what);
 

@@ -62,10 +62,7 @@ int main(int count, char** arguments)
         std::fputs("usage: demo_shot CLIENT HOME\n", stderr);
         return 2;
     }
-    terminal_session session{{.command = {arguments[1]},
-                              .rows = demo_rows,
-                              .columns = demo_columns,
-                              .home = arguments[2]}};
+    terminal_session session{demo_terminal(arguments[1], arguments[2])};
     const bool is_good = session.wait_for_text("^H Help") && demo_fetch(session) &&
                          demo_connect(session) && demo_messages_seen(session) &&
                          demo_go_to(session, "Frankfurt") && look_at_server(session) &&

@@ -156,10 +156,7 @@ int main(int count, char** arguments)
         std::fputs("usage: demo_shots CLIENT HOME FOLDER\n", stderr);
         return 2;
     }
-    terminal_session session{{.command = {arguments[1]},
-                              .rows = demo_rows,
-                              .columns = demo_columns,
-                              .home = arguments[2]}};
+    terminal_session session{demo_terminal(arguments[1], arguments[2])};
     photographer camera{session, arguments[3]};
     const bool is_good = session.wait_for_text("^H Help") && demo_fetch(session) &&
                          demo_connect(session) && demo_messages_seen(session) &&

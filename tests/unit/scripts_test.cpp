@@ -10,6 +10,16 @@ namespace
 
 const std::string scripts_folder = SOURCE_FOLDER "/scripts/";
 
+/// The scripts that people run. Those in folders are parts of others.
+std::vector<std::string> script_names()
+{
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator{scripts_folder})
+        if (file.is_regular_file())
+            names.push_back(file.path().filename());
+    return names;
+}
+
 /// What a script says of itself, whole. It must end by itself before it does anything.
 std::string help_of(const std::string& script)
 {
@@ -39,8 +49,7 @@ std::set<std::string> package_sets()
 
 TEST(scripts, tell_their_use)
 {
-    for (const auto& file : std::filesystem::directory_iterator{scripts_folder}) {
-        const std::string name = file.path().filename();
+    for (const std::string& name : script_names()) {
         EXPECT_NE(help_of(name).find("\n  scripts/" + name), std::string::npos) << name;
     }
 }
@@ -72,12 +81,29 @@ TEST(scripts, install_little_for_the_programs_and_more_by_options)
 TEST(scripts, ask_for_sets_that_there_are)
 {
     const std::set<std::string> sets = package_sets();
-    for (const auto& file : std::filesystem::directory_iterator{scripts_folder}) {
-        const std::string text = source_text("scripts/" + file.path().filename().string());
+    for (const std::string& name : script_names()) {
+        const std::string text = source_text("scripts/" + name);
         for (const auto& set :
              all_matches(text, R"((?:install-deps |package_sets\+?=\()(--[a-z]+))"))
-            EXPECT_TRUE(sets.contains(set[0])) << file.path() << ": " << set[0];
+            EXPECT_TRUE(sets.contains(set[0])) << name << ": " << set[0];
     }
+}
+
+TEST(demo, sends_so_seldom_that_a_window_can_be_read_before_a_message_closes_it)
+{
+    const std::string rates = text_between(source_text("scripts/demo"), "\nheathrow_rate", "\n");
+    int per_minute = 0;
+    for (const auto& rate : all_matches(rates, R"(=(\d+))"))
+        per_minute += std::stoi(rate[0]);
+    EXPECT_GT(per_minute, 0);
+    EXPECT_LE(per_minute, 12);
+}
+
+TEST(demo, names_its_servers_so_that_their_rows_fit_into_80_columns)
+{
+    const std::string script = source_text("scripts/demo");
+    for (const std::string& alias : matches_of(script, R"(<ServerAlias>([^<]+)<)"))
+        EXPECT_LE(("Successfully connected " + alias + ":65535. Handle #99").size(), 52U);
 }
 
 /// The kinds of tests, by the first words of their names, as the build files name them.
