@@ -41,6 +41,8 @@ TEST(scripts, tell_their_use)
 {
     for (const auto& file : std::filesystem::directory_iterator{scripts_folder}) {
         const std::string name = file.path().filename();
+        if (file.is_directory())
+            continue;
         EXPECT_NE(help_of(name).find("\n  scripts/" + name), std::string::npos) << name;
     }
 }
@@ -73,6 +75,8 @@ TEST(scripts, ask_for_sets_that_there_are)
 {
     const std::set<std::string> sets = package_sets();
     for (const auto& file : std::filesystem::directory_iterator{scripts_folder}) {
+        if (file.is_directory())
+            continue;
         const std::string text = source_text("scripts/" + file.path().filename().string());
         for (const auto& set :
              all_matches(text, R"((?:install-deps |package_sets\+?=\()(--[a-z]+))"))
