@@ -5,10 +5,28 @@ target_compile_options(project_options INTERFACE
   # gcc 12 gives this one about assignments inside its own std::string.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 
+# Times after 2038 and files above 2 GiB on processors of 32 bits, in everything that is built.
+include(CheckTypeSize)
+set(CMAKE_EXTRA_INCLUDE_FILES time.h)
+check_type_size(time_t TIME_BYTES LANGUAGE CXX)
+set(CMAKE_EXTRA_INCLUDE_FILES)
+if(TIME_BYTES LESS 8)
+  add_compile_definitions(_TIME_BITS=64 _FILE_OFFSET_BITS=64)
+endif()
+
 if(NCURSESCLIENT_HARDENING)
+  # Processors have different means against jumps to places that are no targets.
+  include(CheckCXXCompilerFlag)
+  set(processor_hardening "")
+  foreach(flag -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
+    string(MAKE_C_IDENTIFIER "COMPILER_HAS${flag}" has_flag)
+    check_cxx_compiler_flag(${flag} ${has_flag})
+    if(${has_flag})
+      list(APPEND processor_hardening ${flag})
+    endif()
+  endforeach()
   target_compile_options(project_options INTERFACE
-    -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong -fstack-clash-protection
-    -fcf-protection -fPIE)
+    -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong ${processor_hardening} -fPIE)
   target_link_options(project_options INTERFACE
     -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 endif()

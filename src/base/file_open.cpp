@@ -5,6 +5,8 @@
 
 #include <fcntl.h>
 
+static_assert(sizeof(off_t) >= 8, "files may be large");
+
 namespace
 {
 

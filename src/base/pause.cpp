@@ -2,10 +2,9 @@
 #include "base/pause.hpp"
 
 #include "app/app_state.hpp"
+#include "base/ppoll.hpp"
 #include "base/signal_door.hpp"
 #include "base/state_lock.hpp"
-
-#include <poll.h>
 
 void pause_init()
 {
@@ -21,6 +20,6 @@ void pause_for(long microseconds)
     const sigset_t mask = signal_door_mask();
     state_lock_release();
     // A bare system call: a handler that interrupts it may call anything.
-    ppoll(nullptr, 0, &limit, &mask);
+    ppoll_call(nullptr, 0, &limit, &mask);
     state_lock_take();
 }

@@ -3,6 +3,7 @@
 
 #include "app/app_state.hpp"
 #include "base/owners.hpp"
+#include "base/ppoll.hpp"
 #include "base/retry.hpp"
 #include "base/signal_door.hpp"
 #include "data/text.hpp"
@@ -48,7 +49,7 @@ bool connect_in_place(int socket, const sockaddr_in& address)
     signals_reset_in_child();
     // The delay gives the parent time to note the child's id before the result comes.
     const timespec delay = {0, child_delay_ns};
-    ppoll(nullptr, 0, &delay, nullptr);
+    ppoll_call(nullptr, 0, &delay, nullptr);
     _exit(connect_in_place(socket, address) ? child_connected : child_failed);
 }
 

@@ -1,6 +1,7 @@
 // readiness.cpp - see readiness.hpp.
 #include "net/readiness.hpp"
 
+#include "base/ppoll.hpp"
 #include "base/retry.hpp"
 
 #include <new>
@@ -33,7 +34,7 @@ int wait_ready(int socket, int direction, int seconds)
     pollfd watched = {socket, static_cast<short>(direction == for_writing ? POLLOUT : POLLIN), 0};
     if (socket <= 0)
         return -1;
-    const int ready = retry_on_eintr([&] { return ppoll(&watched, 1, &limit, nullptr); });
+    const int ready = retry_on_eintr([&] { return ppoll_call(&watched, 1, &limit, nullptr); });
     if (ready < 0 || (watched.revents & POLLNVAL) != 0)
         return -1;
     return ready > 0 ? 1 : 0;

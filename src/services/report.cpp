@@ -130,8 +130,8 @@ void report_request(server_entry& entry)
     if (std::strchr(date.get(), '/') == nullptr)
         return refuse("Wrong date format. Please use DD/MM/YYYY");
     server_box_expect(entry);
-    send_packet(entry.socket_fd, sent_report_request, 0, 0, "%ld\t*#cnam#\t#cnum#\t0\t0",
-                static_cast<long>(compute_report_moment(date.get())));
+    send_packet(entry.socket_fd, sent_report_request, 0, 0, "%lld\t*#cnam#\t#cnum#\t0\t0",
+                static_cast<long long>(compute_report_moment(date.get())));
 }
 
 bool report_reply_opens_box(const server_entry& entry, const packet_view& packet)

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <ctime>
 #include <fcntl.h>
 #include <poll.h>
@@ -144,21 +145,21 @@ void bound_store(off_t stored)
     output.has_lost = true;
 }
 
-long read_clock_ms()
+std::int64_t read_clock_ms()
 {
     timespec now = {};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * 1'000 + now.tv_nsec / 1'000'000;
+    return std::int64_t{now.tv_sec} * 1'000 + now.tv_nsec / 1'000'000;
 }
 
 /// Gives the terminal everything, within both limits. True if nothing is left.
 bool pass_within(int limit_ms, int limit_at_standstill_ms)
 {
-    const long begin_ms = read_clock_ms();
-    long moved_ms = begin_ms;
+    const std::int64_t begin_ms = read_clock_ms();
+    std::int64_t moved_ms = begin_ms;
     off_t taken = app_state.output.taken;
     while (!terminal_output_carry()) {
-        const long now_ms = read_clock_ms();
+        const std::int64_t now_ms = read_clock_ms();
         if (std::exchange(taken, app_state.output.taken) != taken)
             moved_ms = now_ms;
         if (now_ms - moved_ms > limit_at_standstill_ms || now_ms - begin_ms > limit_ms)
@@ -246,7 +247,7 @@ bool terminal_output_take_loss()
 
 void terminal_output_write(const char* bytes, std::size_t length)
 {
-    const long begin_ms = read_clock_ms();
+    const std::int64_t begin_ms = read_clock_ms();
     while (length > 0) {
         const ssize_t written = write_at_once(bytes, length);
         if (written > 0) {

@@ -35,7 +35,8 @@ bool is_server_block(const std::string& name)
 /// A number beyond 32 bits is taken for the nearest one within.
 long read_number(const std::string& text)
 {
-    return std::clamp(std::strtol(text.c_str(), nullptr, 10), -2'147'483'648L, 2'147'483'647L);
+    return static_cast<long>(
+        std::clamp(std::strtoll(text.c_str(), nullptr, 10), -2'147'483'648LL, 2'147'483'647LL));
 }
 
 std::string blank_brackets(const std::optional<std::string>& text)

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 
 /// The calls that can be made to fail. Calls with the same purpose share a name.
 enum class faulty_call : int {
@@ -65,5 +66,6 @@ struct fault_layout {
     std::atomic<int> signal_every;  // the steps from one signal to the next; 0: it is sent once
     std::atomic<int> signals;       // that were sent
 
-    std::atomic<long> limit_us; // how long the latest ppoll on a descriptor was allowed to wait
+    std::atomic<std::int64_t>
+        limit_us; // how long the latest ppoll on a descriptor was allowed to wait
 };

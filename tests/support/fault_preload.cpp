@@ -5,6 +5,7 @@
 // Calls go straight to the kernel where possible: the next definition of a function may belong to a
 // sanitizer that is not ready when the first call comes.
 #include "support/fault_layout.hpp"
+#include "support/long_times.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -19,6 +20,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -134,6 +136,24 @@ template <typename T> T find_next(const char* name)
     return reinterpret_cast<T>(dlsym(RTLD_NEXT, name));
 }
 
+int read_status(int fd, struct stat* status)
+{
+    // On 32 bits, the system's record differs from the C library's.
+    if constexpr (sizeof(long) < sizeof(status->st_size))
+        return find_next<int (*)(int, struct stat*)>(long_times::fstat)(fd, status);
+    else
+        return static_cast<int>(syscall(SYS_fstat, fd, status));
+}
+
+int set_length(int fd, off_t length)
+{
+    // On 32 bits, the length fills two of the system's words.
+    if constexpr (sizeof(long) < sizeof length)
+        return find_next<int (*)(int, off_t)>(long_times::ftruncate)(fd, length);
+    else
+        return static_cast<int>(syscall(SYS_ftruncate, fd, length));
+}
+
 } // namespace
 
 extern "C" {
@@ -173,7 +193,8 @@ int ppoll(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* 
     if (count > 0 && limit != nullptr)
         layout->limit_us = limit->tv_sec * 1'000'000 + limit->tv_nsec / 1'000;
     using call = int (*)(pollfd*, nfds_t, const timespec*, const sigset_t*);
-    return fault != 0 ? fail(fault) : find_next<call>("ppoll")(watched, count, limit, mask);
+    return fault != 0 ? fail(fault)
+                      : find_next<call>(long_times::ppoll)(watched, count, limit, mask);
 }
 
 int __ppoll_chk(pollfd* watched, nfds_t count, const timespec* limit, const sigset_t* mask, size_t)
@@ -189,13 +210,14 @@ ssize_t send(int fd, const void* bytes, size_t length, int flags)
 
 int fstat(int fd, struct stat* status) noexcept
 {
-    return call_kernel(take_fault(faulty_call::status, fd), SYS_fstat, fd, status);
+    const int fault = take_fault(faulty_call::status, fd);
+    return fault != 0 ? fail(fault) : read_status(fd, status);
 }
 
 // The thread sanitizer's fstat precedes ours and calls this one.
 int __fxstat(int, int fd, struct stat* status) noexcept
 {
-    return call_kernel(take_fault(faulty_call::status, fd), SYS_fstat, fd, status);
+    return fstat(fd, status);
 }
 
 ssize_t read(int fd, void* bytes, size_t length)
@@ -243,10 +265,21 @@ int __openat_2(int folder, const char* path, int flags)
     return openat(folder, path, flags, 0);
 }
 
+int __open64_2(const char* path, int flags)
+{
+    return openat(AT_FDCWD, path, flags, 0);
+}
+
+int __openat64_2(int folder, const char* path, int flags)
+{
+    return openat(folder, path, flags, 0);
+}
+
 int mkostemp(char* path, int flags)
 {
     const int fault = take_fault(faulty_call::make_unique, static_cast<const char*>(path));
-    return fault != 0 ? fail(fault) : find_next<int (*)(char*, int)>("mkostemp")(path, flags);
+    return fault != 0 ? fail(fault)
+                      : find_next<int (*)(char*, int)>(long_times::mkostemp)(path, flags);
 }
 
 // Under its own name the function would hide the struct of the same name.
@@ -269,14 +302,15 @@ int fchmod(int fd, mode_t mode) noexcept
 
 int ftruncate(int fd, off_t length) noexcept
 {
-    return call_kernel(take_fault(faulty_call::set_length, fd), SYS_ftruncate, fd, length);
+    const int fault = take_fault(faulty_call::set_length, fd);
+    return fault != 0 ? fail(fault) : set_length(fd, length);
 }
 
 int posix_fallocate(int fd, off_t offset, off_t length)
 {
     const int fault = take_fault(faulty_call::set_length, fd);
     using call = int (*)(int, off_t, off_t);
-    return fault != 0 ? fault : find_next<call>("posix_fallocate")(fd, offset, length);
+    return fault != 0 ? fault : find_next<call>(long_times::posix_fallocate)(fd, offset, length);
 }
 
 int fsync(int fd)

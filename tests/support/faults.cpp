@@ -118,7 +118,7 @@ int program_faults::hits() const
     return fault_hits(*shared);
 }
 
-long program_faults::wait_limit_us() const
+std::int64_t program_faults::wait_limit_us() const
 {
     return shared->limit_us;
 }

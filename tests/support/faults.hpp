@@ -53,7 +53,7 @@ public:
     /// How many calls have failed since the last set().
     int hits() const;
     /// How long the program's latest ppoll on a descriptor was allowed to wait.
-    long wait_limit_us() const;
+    std::int64_t wait_limit_us() const;
 
 private:
     std::string path;

@@ -24,7 +24,7 @@ case_choices::case_choices(std::uint64_t seed, int number)
 
 std::size_t case_choices::number(std::size_t most)
 {
-    return engine() % (most + 1);
+    return static_cast<std::size_t>(engine() % (most + 1ULL));
 }
 
 bool case_choices::chance(unsigned percent)

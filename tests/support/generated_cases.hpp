@@ -9,8 +9,8 @@
 #include <vector>
 
 /// How many cases each model is compared in. What is compared has one thread alone, so the thread
-/// sanitizer, which makes it slow, sees few.
-#if defined(__SANITIZE_THREAD__)
+/// sanitizer, which makes it slow, sees few, and so does an emulator.
+#if defined(__SANITIZE_THREAD__) || defined(EMULATOR)
 constexpr int generated_case_count = 1'000;
 #else
 constexpr int generated_case_count = 20'000;

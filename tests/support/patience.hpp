@@ -1,7 +1,7 @@
 // patience.hpp - how long the tests wait for something before they fail.
 //
 // Every wait ends as soon as its condition holds. The limits only bound a failing test, so they are
-// generous, and longer still under sanitizers.
+// generous, and longer still under sanitizers and emulators.
 #pragma once
 
 #include <chrono>
@@ -9,7 +9,7 @@
 /// How much slower than an ordinary build this one may be.
 constexpr int patience_factor()
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(EMULATOR)
     return 3;
 #else
     return 1;

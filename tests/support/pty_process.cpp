@@ -1,6 +1,7 @@
 // pty_process.cpp - a program with a pseudo-terminal as its input and output.
 #include "support/pty_process.hpp"
 
+#include "support/emulator.hpp"
 #include "support/patience.hpp"
 
 #include <algorithm>
@@ -66,7 +67,9 @@ std::vector<char*> collect_pointers(const std::vector<std::string>& texts)
 
 pty_process::pty_process(const program_start& start)
 {
-    const std::vector<char*> command = collect_pointers(start.command);
+    std::vector<std::string> program = start.command;
+    emulator_add(program);
+    const std::vector<char*> command = collect_pointers(program);
     const std::vector<char*> environment = collect_pointers(start.environment);
     winsize size{};
     size.ws_row = static_cast<unsigned short>(start.rows);

@@ -11,12 +11,14 @@
 // Calls go straight to the kernel: the next definition of a function would be the sanitizers' own,
 // which may not be ready when the first call comes. Only ppoll() goes through them, since the
 // thread sanitizer runs handlers only in the waits that it knows.
+#include "support/long_times.hpp"
 #include "support/test_clock_layout.hpp"
 
 #include <cstdlib>
 #include <ctime>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <linux/time_types.h>
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
@@ -36,7 +38,7 @@ ppoll_function next_ppoll = nullptr;
 
 __attribute__((constructor)) void attach()
 {
-    next_ppoll = reinterpret_cast<ppoll_function>(dlsym(RTLD_NEXT, "ppoll"));
+    next_ppoll = reinterpret_cast<ppoll_function>(dlsym(RTLD_NEXT, long_times::ppoll));
     const char* name = std::getenv(clock_file_variable);
     const int fd = name == nullptr ? -1 : open(name, O_RDWR | O_CLOEXEC);
     if (fd < 0)
@@ -57,14 +59,14 @@ timespec to_timespec(std::int64_t ns)
 {
     timespec time{};
     time.tv_sec = ns / ns_per_second;
-    time.tv_nsec = ns % ns_per_second;
+    time.tv_nsec = static_cast<long>(ns % ns_per_second);
     return time;
 }
 
 timespec read_shifted_clock(clockid_t clock)
 {
     timespec now{};
-    syscall(SYS_clock_gettime, clock, &now);
+    syscall(long_times::sys_clock_gettime, clock, &now);
     if (shared == nullptr)
         return now;
     return to_timespec(clock_shown_ns(*shared, to_ns(now)) + shared->offset_ms.load() * ns_per_ms);
@@ -93,7 +95,7 @@ time_t time(time_t* result) noexcept
 int clock_gettime(clockid_t clock, timespec* result) noexcept
 {
     if (clock != CLOCK_REALTIME && clock != CLOCK_REALTIME_COARSE)
-        return static_cast<int>(syscall(SYS_clock_gettime, clock, result));
+        return static_cast<int>(syscall(long_times::sys_clock_gettime, clock, result));
     *result = read_shifted_clock(clock);
     return 0;
 }
@@ -111,10 +113,10 @@ unsigned alarm(unsigned seconds) noexcept
     const std::int64_t pace =
         shared == nullptr ? ms_per_second : shared->alarm_ms_per_second.load();
     const std::int64_t wanted_ms = pace * seconds;
-    itimerval wanted{};
-    itimerval previous{};
-    wanted.it_value.tv_sec = wanted_ms / ms_per_second;
-    wanted.it_value.tv_usec = wanted_ms % ms_per_second * 1000;
+    __kernel_old_itimerval wanted{}; // the system's own, which differs from itimerval on 32 bits
+    __kernel_old_itimerval previous{};
+    wanted.it_value.tv_sec = static_cast<__kernel_long_t>(wanted_ms / ms_per_second);
+    wanted.it_value.tv_usec = static_cast<__kernel_long_t>(wanted_ms % ms_per_second * 1000);
     syscall(SYS_setitimer, ITIMER_REAL, &wanted, &previous);
     if (shared != nullptr && seconds > 0) {
         shared->last_alarm_s.store(seconds);

@@ -204,8 +204,11 @@ signal_guard::signal_guard()
 {
     pthread_sigmask(SIG_BLOCK, nullptr, &mask_before);
     is_owner = sigismember(&mask_before, SIGALRM) == 0;
-    if (is_owner)
-        pause_init();
+    if (!is_owner)
+        return;
+    pause_init();
+    // A poll sets the alarm, which rings in a later pause where everything takes long.
+    signal(SIGALRM, [](int) {});
 }
 
 signal_guard::~signal_guard()

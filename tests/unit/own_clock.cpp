@@ -9,22 +9,22 @@ namespace
 {
 
 constexpr long long start_us = 1'700'000'000'000'000;
-constexpr long us_a_second = 1'000'000;
-constexpr long us_a_millisecond = 1'000;
+constexpr long long us_a_second = 1'000'000;
+constexpr long long us_a_millisecond = 1'000;
 
 struct clock_state {
     bool is_used = false;
     bool are_sockets_asked_at_once = false;
-    long first_us = 0;
-    long elapsed_us = 0;
-    long pause_us = -1; // of every pause so far; -1: no pause yet, 0: not all the same
+    long long first_us = 0;
+    long long elapsed_us = 0;
+    long long pause_us = -1; // of every pause so far; -1: no pause yet, 0: not all the same
     std::function<void(long)> act{};
 };
 clock_state state;
 
 void record_pause(const timespec& limit)
 {
-    const long length = limit.tv_sec * us_a_second + limit.tv_nsec / 1'000;
+    const long long length = limit.tv_sec * us_a_second + limit.tv_nsec / 1'000;
     state.elapsed_us += length;
     state.pause_us = state.pause_us == -1 || state.pause_us == length ? length : 0;
 }
@@ -91,10 +91,10 @@ void own_clock::jump(long seconds)
 
 long own_clock::elapsed_ms()
 {
-    return state.elapsed_us / us_a_millisecond;
+    return static_cast<long>(state.elapsed_us / us_a_millisecond);
 }
 
 long own_clock::pause_us()
 {
-    return state.pause_us > 0 ? state.pause_us : 0;
+    return state.pause_us > 0 ? static_cast<long>(state.pause_us) : 0;
 }

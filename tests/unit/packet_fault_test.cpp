@@ -106,7 +106,7 @@ class packet_waits : public packet_faults
 
 TEST_F(packet_waits, last_200_microseconds_beside_the_seconds_asked_for)
 {
-    const std::atomic<long>& limit_us = fault_layout_in_use()->limit_us;
+    const std::atomic<std::int64_t>& limit_us = fault_layout_in_use()->limit_us;
     for (const int seconds : {30, 1, 0}) {
         EXPECT_EQ(wait_ready(sockets.client(), for_writing, seconds), 1);
         EXPECT_EQ(limit_us, seconds * 1'000'000 + 200);

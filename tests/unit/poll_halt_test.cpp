@@ -19,11 +19,11 @@ namespace
 {
 
 /// The time until the alarm rings; less than a second.
-suseconds_t read_alarm_us()
+long read_alarm_us()
 {
     itimerval left{};
     getitimer(ITIMER_REAL, &left);
-    return left.it_value.tv_usec;
+    return static_cast<long>(left.it_value.tv_usec);
 }
 
 /// Continues the cycle until it is over, however often a busy machine makes it stop.

@@ -1,6 +1,7 @@
 // sim_program.hpp - a run of tovriksim, for the tests of the program.
 #pragma once
 
+#include "support/emulator.hpp"
 #include "support/loopback.hpp"
 #include "support/patience.hpp"
 
@@ -29,6 +30,7 @@ public:
         EXPECT_EQ(pipe2(out, O_CLOEXEC), 0);
         EXPECT_EQ(pipe2(errors, O_CLOEXEC), 0);
         options.insert(options.begin(), TOVRIKSIM_BINARY);
+        emulator_add(options);
         std::vector<char*> arguments;
         for (std::string& option : options)
             arguments.push_back(option.data());
@@ -37,7 +39,7 @@ public:
         if (pid == 0) {
             dup2(out[1], STDOUT_FILENO);
             dup2(errors[1], STDERR_FILENO);
-            execv(arguments[0], arguments.data());
+            execvp(arguments[0], arguments.data());
             _exit(127);
         }
         close(out[1]);

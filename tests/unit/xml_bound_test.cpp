@@ -84,7 +84,8 @@ TEST(xml_memory, never_exceeds_32_times_the_text_and_64_kib)
                                   "<a b>\n",
                                   "<>\n</a>>",
                                   "<" + name + "><></>"};
-    for (const std::size_t size : {0UL, 500UL, 4'096UL, largest_inflated}) {
+    for (const std::size_t size :
+         std::initializer_list<std::size_t>{0, 500, 4'096, largest_inflated}) {
         for (const std::string& piece : pieces) {
             for (const std::string& start : {std::string{}, std::string{"<a>"}, make_full_path()}) {
                 const std::string text = declaration + start + repeat(piece, size);
