@@ -2,6 +2,7 @@
 #include "support/terminal_screen.hpp"
 
 #include <algorithm>
+#include <cstdint>
 #include <ostream>
 #include <utility>
 #include <vterm.h>
