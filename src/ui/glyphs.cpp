@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cwchar>
 
 namespace
 {
@@ -32,6 +33,16 @@ int write_up_to(WINDOW* window, int row, int column, int end, std::string_view t
 }
 
 } // namespace
+
+/// Takes the place of the C library's function, which curses asks how many cells a character takes
+/// (-1: it cannot be shown). Letters from 0xA0 take one in every locale. The C library says -1 of
+/// those that the locale's set lacks, and ncurses 6.5 then shows blanks, whatever
+/// use_legacy_coding was told.
+int wcwidth(wchar_t code) noexcept
+{
+    const wchar_t text[] = {code, L'\0'};
+    return code >= 0xA0 && code <= 0xFF ? 1 : wcswidth(text, 1);
+}
 
 void glyphs_write(WINDOW* window, std::string_view text)
 {

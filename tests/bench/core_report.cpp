@@ -214,13 +214,22 @@ void write_growth(std::FILE* file, const core_figures& figures, const growing_pi
     std::fputs(" |\n", file);
 }
 
+/// Whether a run ended with an error. Versions of the library differ in how they say so.
+template <typename run_record> bool is_failed(const run_record& run)
+{
+    if constexpr (requires { run.error_occurred; })
+        return run.error_occurred;
+    else
+        return run.skipped != decltype(run.skipped){};
+}
+
 } // namespace
 
 void figure_keeper::ReportRuns(const std::vector<Run>& runs)
 {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {
-        failed = failed || run.error_occurred;
+        failed = failed || is_failed(run);
         if (run.run_type != Run::RT_Iteration)
             continue;
         const bool by_wall_clock = !run.run_name.time_type.empty();

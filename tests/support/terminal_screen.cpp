@@ -2,6 +2,7 @@
 #include "support/terminal_screen.hpp"
 
 #include <algorithm>
+#include <cstdint>
 #include <ostream>
 #include <utility>
 #include <vterm.h>
@@ -114,26 +115,21 @@ std::ostream& operator<<(std::ostream& out, const screen_cell& cell)
 terminal_screen::terminal_screen(int rows, int columns, bool utf8)
     : inner(std::make_unique<emulator>())
 {
-    static constexpr VTermScreenCallbacks callbacks = {
-        .damage = nullptr,
-        .moverect = nullptr,
-        .movecursor = nullptr,
-        .settermprop =
-            [](VTermProp property, VTermValue* value, void* user) {
-                auto& self = *static_cast<emulator*>(user);
-                if (property == VTERM_PROP_ALTSCREEN)
-                    self.alternate = value->boolean != 0;
-                return 1;
-            },
-        .bell =
-            [](void* user) {
-                ++static_cast<emulator*>(user)->bells;
-                return 1;
-            },
-        .resize = nullptr,
-        .sb_pushline = nullptr,
-        .sb_popline = nullptr,
-    };
+    // Which others there are differs between versions of the library.
+    static constexpr VTermScreenCallbacks callbacks = [] {
+        VTermScreenCallbacks made = {};
+        made.settermprop = [](VTermProp property, VTermValue* value, void* user) {
+            auto& self = *static_cast<emulator*>(user);
+            if (property == VTERM_PROP_ALTSCREEN)
+                self.alternate = value->boolean != 0;
+            return 1;
+        };
+        made.bell = [](void* user) {
+            ++static_cast<emulator*>(user)->bells;
+            return 1;
+        };
+        return made;
+    }();
     inner->terminal = vterm_new(rows, columns);
     inner->utf8 = utf8;
     vterm_set_utf8(inner->terminal, utf8 ? 1 : 0);

@@ -4,6 +4,8 @@
 #include "ui/glyphs.hpp"
 #include "ui/window.hpp"
 
+#include <clocale>
+#include <cwchar>
 #include <gtest/gtest.h>
 
 namespace
@@ -67,6 +69,31 @@ TEST_F(glyphs, end_at_the_edge)
     EXPECT_TRUE(cells(1, 10) == std::wstring(10, L' '));
     EXPECT_EQ(glyphs_write_to_edge(window.get(), 1, 12, "abc"), 12);
     EXPECT_EQ(glyphs_write_to_edge(window.get(), 1, 0, "abc"), 3);
+}
+
+TEST_F(glyphs, have_one_cell_each_for_curses_where_the_locale_knows_no_letters)
+{
+    std::setlocale(LC_CTYPE, "C");
+    for (wchar_t letter = 0xA0; letter <= 0xFF; ++letter) {
+        // Curses refuses further characters in a cell whose first one takes none.
+        const wchar_t cell_text[] = {letter, L'\u0301', 0};
+        cchar_t cell;
+        EXPECT_EQ(setcchar(&cell, cell_text, A_NORMAL, 0, nullptr), OK) << static_cast<int>(letter);
+    }
+}
+
+TEST_F(glyphs, have_the_width_that_the_c_library_gives_other_characters)
+{
+    std::setlocale(LC_CTYPE, "C.UTF-8");
+    EXPECT_EQ(wcwidth(L'\0'), 0);
+    EXPECT_EQ(wcwidth(L'\n'), -1);
+    EXPECT_EQ(wcwidth(L'a'), 1);
+    EXPECT_EQ(wcwidth(L'\x80'), -1);
+    EXPECT_EQ(wcwidth(L'\u0301'), 0) << "a combining accent";
+    EXPECT_EQ(wcwidth(L'\u2500'), 1) << "a line of a frame";
+    EXPECT_EQ(wcwidth(L'\u6F22'), 2) << "an ideograph";
+    std::setlocale(LC_CTYPE, "C");
+    EXPECT_EQ(wcwidth(L'\u2500'), -1);
 }
 
 TEST_F(glyphs, draw_nothing_without_a_window)

@@ -10,12 +10,19 @@ namespace
 
 const std::string scripts_folder = SOURCE_FOLDER "/scripts/";
 
+/// Files that scripts read have no use of their own.
+bool is_program(const std::filesystem::directory_entry& file)
+{
+    const auto may_run = file.status().permissions() & std::filesystem::perms::owner_exec;
+    return file.is_regular_file() && may_run != std::filesystem::perms::none;
+}
+
 /// The scripts that people run. Those in folders are parts of others.
 std::vector<std::string> script_names()
 {
     std::vector<std::string> names;
     for (const auto& file : std::filesystem::directory_iterator{scripts_folder})
-        if (file.is_regular_file())
+        if (is_program(file))
             names.push_back(file.path().filename());
     return names;
 }
@@ -49,9 +56,10 @@ std::set<std::string> package_sets()
 
 TEST(scripts, tell_their_use)
 {
-    for (const std::string& name : script_names()) {
+    const std::vector<std::string> names = script_names();
+    EXPECT_GT(names.size(), 10U);
+    for (const std::string& name : names)
         EXPECT_NE(help_of(name).find("\n  scripts/" + name), std::string::npos) << name;
-    }
 }
 
 TEST(scripts, install_packages_of_any_version)
@@ -81,11 +89,13 @@ TEST(scripts, install_little_for_the_programs_and_more_by_options)
 TEST(scripts, ask_for_sets_that_there_are)
 {
     const std::set<std::string> sets = package_sets();
-    for (const std::string& name : script_names()) {
-        const std::string text = source_text("scripts/" + name);
+    for (const auto& file : std::filesystem::recursive_directory_iterator{scripts_folder}) {
+        if (!file.is_regular_file())
+            continue;
+        const std::string text = source_text(std::filesystem::relative(file.path(), SOURCE_FOLDER));
         for (const auto& set :
-             all_matches(text, R"((?:install-deps |package_sets\+?=\()(--[a-z]+))"))
-            EXPECT_TRUE(sets.contains(set[0])) << name << ": " << set[0];
+             all_matches(text, R"((?:install-deps"? |package_sets\+?=\()(--[a-z]+))"))
+            EXPECT_TRUE(sets.contains(set[0])) << file.path() << ": " << set[0];
     }
 }
 

@@ -2,8 +2,12 @@
 #include "faults/allocation/known_faults.hpp"
 
 #include <algorithm>
+#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ncurses.h>
+#include <sstream>
 #include <string_view>
 
 namespace
@@ -14,7 +18,7 @@ constexpr std::string_view crash_mark = "crash:";
 constexpr std::string_view sometimes_mark = "sometimes:";
 
 /// The rest of each line that begins with the mark.
-std::vector<std::string> read_marked_lines(const char* file_name, std::string_view mark)
+std::vector<std::string> read_marked_lines(const std::string& file_name, std::string_view mark)
 {
     std::ifstream file{file_name};
     std::vector<std::string> found;
@@ -23,6 +27,22 @@ std::vector<std::string> read_marked_lines(const char* file_name, std::string_vi
             found.push_back(line.substr(mark.size()));
     }
     return found;
+}
+
+/// The lists of crashes: that of the curses that runs, such as "ncurses-6.4.txt", and that of the C
+/// library.
+std::vector<std::string> crash_lists()
+{
+    const std::string folder = FAULTS_FOLDER "/library_crashes/";
+    std::istringstream words{curses_version()}; // such as "ncurses 6.4.20221231"
+    std::string name;
+    std::string version;
+    words >> name >> version;
+    version.resize(std::min(version.size(), version.rfind('.')));
+    const std::string own = folder + name + '-' + version + ".txt";
+    if (!std::filesystem::exists(own))
+        std::fprintf(stderr, "no list of crashes for this curses: %s\n", own.c_str());
+    return {own, folder + "glibc.txt"};
 }
 
 bool is_program(const frame_name& frame)
@@ -53,11 +73,13 @@ std::vector<known_leak> known_leaks_read()
 std::vector<known_crash> known_crashes_read()
 {
     std::vector<known_crash> known;
-    for (const std::string_view mark : {crash_mark, sometimes_mark}) {
-        for (const std::string& line :
-             read_marked_lines(FAULTS_FOLDER "/library_crashes.txt", mark)) {
-            const std::size_t blank = line.find(' ');
-            known.push_back({line.substr(0, blank), line.substr(blank + 1), mark == crash_mark});
+    for (const std::string& list : crash_lists()) {
+        for (const std::string_view mark : {crash_mark, sometimes_mark}) {
+            for (const std::string& line : read_marked_lines(list, mark)) {
+                const std::size_t blank = line.find(' ');
+                known.push_back(
+                    {line.substr(0, blank), line.substr(blank + 1), mark == crash_mark});
+            }
         }
     }
     return known;

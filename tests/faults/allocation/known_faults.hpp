@@ -15,7 +15,7 @@ struct known_leak {
 std::vector<known_leak> known_leaks_read();
 
 /// A library that does not survive a failed allocation of its own: "crash:SCENARIO PLACE", or
-/// "sometimes:SCENARIO PLACE", in library_crashes.txt.
+/// "sometimes:SCENARIO PLACE", in the folder library_crashes.
 struct known_crash {
     std::string scenario;
     std::string place; // of the allocation, as library_place gives it
