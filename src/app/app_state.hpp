@@ -89,6 +89,7 @@ struct application_state {
     bool is_update_due = false;     // the terminal was behind when the screen was to be updated
     void (*pause_work)() = nullptr; // what is done before every pause; null: nothing
     bool is_screen_lost = false;    // a resize ran out of memory; nothing may be drawn
+    int screen_number = 1;          // grows with every resize
     std::int32_t list_scroll = 0;   // rows that the server list is scrolled up by
     char* list_markers = nullptr;   // the marker of each unscrolled row of the list; owned
     std::int32_t list_markers_count = 0;

@@ -19,8 +19,7 @@ void open_box(modal_box& box, const screen_area& area)
     box.window.reset(popup_open(area.width, area.height, std::max(0, area.column),
                                 std::max(0, area.row), true, colour::frame, true));
     // On a lost screen there is no box. It is opened on the next one.
-    box.made_for_lines = may_draw() ? LINES : 0;
-    box.made_for_columns = COLS;
+    box.made_on_screen = may_draw() ? app_state.screen_number : 0;
     if (box.window)
         keypad(box.window.get(), TRUE);
 }
@@ -49,7 +48,8 @@ bool modal_box_is_open()
 
 void modal_box_fit(modal_box& box, const screen_area& area)
 {
-    if (!may_draw() || box.made_for_lines != LINES || box.made_for_columns != COLS)
+    // Sizes would not tell a screen from the one before the last, on which the window was cut down.
+    if (!may_draw() || box.made_on_screen != app_state.screen_number)
         open_box(box, area);
     if (!box.window)
         return;

@@ -17,8 +17,7 @@ constexpr std::time_t modal_timeout_s = 10;
 
 struct modal_box {
     unique_window window;   // null on a terminal too small for it
-    int made_for_lines = 0; // the terminal's size when the window was made
-    int made_for_columns = 0;
+    int made_on_screen = 0; // the number of the screen that the window was made on; 0: none
 };
 
 /// Whether a box that has waited since `start` has waited long enough. When the clock was set back
@@ -38,7 +37,7 @@ public:
 /// Whether any box waits for the user.
 bool modal_box_is_open();
 
-/// Opens the box, or opens it again if the terminal's size has changed, and paints its frame and a
+/// Opens the box, or opens it again if the terminal was resized, and paints its frame and a
 /// blank interior. area: for the terminal's present size; a negative column or row counts as 0.
 void modal_box_fit(modal_box& box, const screen_area& area);
 

@@ -145,6 +145,7 @@ void leave_screen()
 void rebuild_screen()
 {
     app_state.screen = stdscr;
+    ++app_state.screen_number;
     clearok(curscr, TRUE);
     set_terminal_modes();
     {

@@ -5,6 +5,7 @@
 #include "base/signal_door.hpp"
 #include "ui/curses_screen.hpp"
 #include "ui/keys.hpp"
+#include "ui/modal_box.hpp"
 #include "ui/pane.hpp"
 #include "ui/redraw.hpp"
 #include "ui/server_pane.hpp"
@@ -167,6 +168,24 @@ TEST_F(resized_screen, never_changes_a_window_in_its_height_alone)
         EXPECT_EQ(LINES, rows);
         EXPECT_EQ(changes_of_height_alone, 0) << rows << " x " << columns;
     }
+}
+
+TEST_F(resized_screen, has_its_box_whole_after_two_resizes_at_once)
+{
+    constexpr screen_area area = {20, 3, 30, 10};
+    modal_box box;
+    modal_box_fit(box, area);
+    modal_box_show(box);
+    resize(1, 1);
+    resize(24, 160);
+    modal_box_fit(box, area);
+    modal_box_write(box, 1, 1, colour::text, false, "waits");
+    modal_box_show(box);
+    ASSERT_TRUE(box.window);
+    EXPECT_EQ(getmaxx(box.window.get()), area.width);
+    EXPECT_EQ(getmaxy(box.window.get()), area.height);
+    EXPECT_NE(read_shown().find("waits"), std::string::npos);
+    modal_box_close(box);
 }
 
 TEST_F(resized_screen, has_at_least_two_columns)
