@@ -162,7 +162,8 @@ TEST(connect, keys_typed_during_a_look_up_take_effect_afterwards)
     listed_servers servers(1);
     client_session client;
     client_settings settings = servers.settings();
-    settings.servers.push_back({.name = std::string(70, 'a').append("."), .port = "7", .alias = "zulu"});
+    settings.servers.push_back(
+        {.name = std::string(70, 'a').append("."), .port = "7", .alias = "zulu"});
     ASSERT_TRUE(client.start(settings));
     const int row = client.server_row(1).find("zulu") != std::string::npos ? 1 : 2;
     ASSERT_TRUE(select_row(client, row));
