@@ -48,6 +48,18 @@ int open_directory_listener()
     return listener;
 }
 
+/// Whether the newest line of the status pane is this text.
+bool is_status(std::string_view text)
+{
+    WINDOW* pane = app_state.status_pane;
+    for (std::size_t at = 0; pane != nullptr && at < text.size(); ++at) {
+        const chtype cell = mvwinch(pane, status_row, status_column + static_cast<int>(at));
+        if (static_cast<char>(cell & A_CHARTEXT) != text[at])
+            return false;
+    }
+    return pane != nullptr;
+}
+
 void wait_a_moment()
 {
     const timespec moment = {0, 100'000};
@@ -269,15 +281,15 @@ void rig_directory_serve(const client_rig& rig)
     }
 }
 
-bool rig_status_is(std::string_view text)
+bool rig_wait_for_status(std::string_view text)
 {
-    WINDOW* pane = app_state.status_pane;
-    for (std::size_t at = 0; pane != nullptr && at < text.size(); ++at) {
-        const chtype cell = mvwinch(pane, status_row, status_column + static_cast<int>(at));
-        if (static_cast<char>(cell & A_CHARTEXT) != text[at])
-            return false;
+    for (int moments = 0; moments < max_moments; ++moments) {
+        rig_poll();
+        if (is_status(text))
+            return true;
+        wait_a_moment();
     }
-    return pane != nullptr;
+    return false;
 }
 
 void rig_threads_wait()

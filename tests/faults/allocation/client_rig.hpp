@@ -77,8 +77,9 @@ void rig_send(const client_rig& rig, std::size_t index, std::string_view bytes);
 /// Answers every fetch of the list in progress and waits until all have ended.
 void rig_directory_serve(const client_rig& rig);
 
-/// Whether the newest line of the status pane is this text.
-bool rig_status_is(std::string_view text);
+/// Polls the servers until the newest line of the status pane is this text. Returns false if it
+/// never is.
+bool rig_wait_for_status(std::string_view text);
 
 /// Waits until no other thread is left.
 void rig_threads_wait();

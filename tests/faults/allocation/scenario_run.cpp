@@ -17,7 +17,6 @@
 namespace
 {
 
-constexpr int max_polls = 5;
 constexpr const char* notice_text = "memory is there again";
 constexpr std::size_t notice_server = 1;
 
@@ -44,12 +43,8 @@ void check_notice(const client_rig& rig, std::size_t index, run_report& report)
     std::memcpy(bytes, header, sizeof header);
     std::memcpy(bytes + sizeof header, notice_text, std::strlen(notice_text));
     rig_send(rig, index, {bytes, sizeof header + std::strlen(notice_text)});
-    for (int polls = 0; polls < max_polls; ++polls) {
-        rig_poll();
-        if (rig_status_is(notice_text))
-            return;
-    }
-    run_complain(report, "server %zu is not heard any more", index);
+    if (!rig_wait_for_status(notice_text))
+        run_complain(report, "server %zu is not heard any more", index);
 }
 
 void check_windows(run_report& report)
