@@ -15,24 +15,28 @@ namespace
 
 constexpr std::size_t help_column = 28;
 
+// Lines of 79 characters at most: terminals have 80, and newer versions of the library break longer
+// ones once more.
 constexpr const char* description =
-    "A small ACARS message server to practise with. It sends made-up or recorded messages, or\n"
-    "those of your receiver, to any number of clients. It answers all of their services and\n"
-    "keeps what they ask it to keep, in memory, until it ends.\n";
+    "A small ACARS message server to practise with. It sends made-up or recorded\n"
+    "messages, or those of your receiver, to any number of clients. It answers all\n"
+    "of their services and keeps what they ask it to keep, in memory, until it ends.\n";
 
 constexpr const char* help_footer =
-    "A replay file contains XML documents, one after another. Each begins with a line that\n"
-    "starts with \"<?xml\" and ends before the next such line; white space at its end is\n"
-    "dropped. A document whose BlockID is a letter counts as an uplink. After the last\n"
-    "document the file starts over.\n"
+    "A replay file contains XML documents, one after another. Each begins with a\n"
+    "line that starts with \"<?xml\" and ends before the next such line; white space\n"
+    "at its end is dropped. A document whose BlockID is a letter counts as an\n"
+    "uplink. After the last document the file starts over.\n"
     "\n"
-    "Receivers may send JSON of VHF messages (one flat object each), VDL2 and HFDL frames.\n"
-    "With --json-udp, or a pipe as --json-file, messages are made up only if --rate is given.\n"
+    "Receivers may send JSON of VHF messages (one flat object each), VDL2 and HFDL\n"
+    "frames. With --json-udp, or a pipe as --json-file, messages are made up only if\n"
+    "--rate is given.\n"
     "\n"
-    "A report contains the messages that were sent on its day in this machine's time zone,\n"
-    "and those that are dated with it.\n"
+    "A report contains the messages that were sent on its day in this machine's time\n"
+    "zone, and those that are dated with it.\n"
     "\n"
-    "Exit status: 0 after SIGTERM or SIGINT, 1 if it cannot serve, 2 for wrong options.";
+    "Exit status: 0 after SIGTERM or SIGINT, 1 if it cannot serve, 2 for wrong\n"
+    "options.";
 
 std::string unescape_line_feeds(std::string text)
 {

@@ -66,7 +66,8 @@ void add_place_options(CLI::App& app, command_line& line)
         ->type_name("N")
         ->capture_default_str();
     app.add_option("--pace-ms", line.server.pace_ms,
-                   "Pause after each packet to a client; clients take one a second")
+                   "Pause after each packet to a client; clients take\n"
+                   "one a second")
         ->check(limit_number(0, max_pace_ms))
         ->type_name("MS")
         ->capture_default_str();
@@ -76,25 +77,29 @@ void add_traffic_options(CLI::App& app, command_line& line)
 {
     app.option_defaults()->group("Messages");
     app.add_option("--rate", line.server.rate_per_minute,
-                   "Transmissions a minute; those beyond the pace are dropped")
+                   "Transmissions a minute; those beyond the pace are\n"
+                   "dropped")
         ->check(limit_number(0, sim::max_rate_per_minute))
         ->type_name("N")
         ->capture_default_str();
     app.add_option("--seed", line.server.seed,
-                   "Seed of made-up messages; the same seed gives the same messages")
+                   "Seed of made-up messages; the same seed gives the\n"
+                   "same messages")
         ->check(limit_number(0, max_seed))
         ->type_name("N")
         ->capture_default_str();
     app.add_option("--fixed-time", line.fixed_time,
-                   "Date of made-up messages, in seconds since 1970 (default: now)")
+                   "Date of made-up messages, in seconds since 1970\n"
+                   "(default: now)")
         ->check(limit_number(0, sim::max_time_s))
         ->type_name("S");
     app.add_flag("--compressed", line.server.compressed, "Send transmissions compressed");
     app.add_option("--replay", line.replay_path,
-                   "Send the documents of this file instead of made-up messages")
+                   "Send the documents of this file instead of made-up\n"
+                   "messages")
         ->type_name("FILE");
     app.add_option("--announce-replay", line.server.replay_count,
-                   "First send this many recent transmissions, up to 1000")
+                   "First send so many recent transmissions, up to 1000")
         ->check(limit_number(0, sim::max_replay_count))
         ->type_name("N");
 }
@@ -122,7 +127,8 @@ void add_identity_options(CLI::App& app, command_line& line)
     add_capability(app, "--mailing", offered.mailing, "Offer daily mailings");
     add_capability(app, "--db-modify", offered.db_modify, "Offer database updates");
     add_capability(app, "--modify-flags", offered.modify_flags,
-                   "Offer database updates by the other capability, ModifyFlags");
+                   "Offer database updates by the other capability,\n"
+                   "ModifyFlags");
     add_capability(app, "--reports", offered.reports, "Offer reports");
     add_capability(app, "--pager", offered.pager, "Offer pager lists");
 }
@@ -131,12 +137,14 @@ void add_json_options(CLI::App& app, command_line& line)
 {
     app.option_defaults()->group("Messages of receivers, one JSON object per line");
     app.add_option("--json-udp", line.server.json_udp_port,
-                   "UDP port to receive them on, at the --bind address; 0: any free one")
+                   "UDP port to receive them on, at the --bind address;\n"
+                   "0: any free one")
         ->check(limit_number(0, max_port))
         ->type_name("PORT");
     app.add_option("--json-file", line.json_path,
-                   "File to send them from, at --rate and repeatedly; from a pipe,\n"
-                   "each is sent as it comes. \"-\" is standard input")
+                   "File to send them from, at --rate and repeatedly;\n"
+                   "from a pipe, each is sent as it comes. \"-\" is\n"
+                   "standard input")
         ->excludes("--replay")
         ->type_name("FILE");
 }
@@ -145,7 +153,8 @@ void add_directory_options(CLI::App& app, command_line& line)
 {
     app.option_defaults()->group("Directory of servers");
     app.add_option("--http-port", line.server.directory_port,
-                   "TCP port to serve the directory on, by HTTP; 0: any free one")
+                   "TCP port to serve the directory on, by HTTP; 0: any\n"
+                   "free one")
         ->check(limit_number(0, max_port))
         ->type_name("PORT");
     app.add_option("--directory", line.directory_path,
@@ -159,8 +168,8 @@ void add_service_options(CLI::App& app, command_line& line)
 {
     app.option_defaults()->group("Answers of services");
     app.add_option("--report-answer", line.server.reports,
-                   "Answer to requests for reports: real, busy, empty, corrupt,\n"
-                   "tight or unfinished")
+                   "Answer to requests for reports: real, busy, empty,\n"
+                   "corrupt, tight or unfinished")
         ->transform(CLI::CheckedTransformer(report_answers).description(""))
         ->type_name("HOW")
         ->default_str("real");
@@ -198,7 +207,8 @@ void add_end_options(CLI::App& app, command_line& line)
 {
     app.option_defaults()->group("End of connections");
     app.add_option("--close-after", line.close_after_s,
-                   "Seconds after which a connection is closed; 0: never")
+                   "Seconds after which a connection is closed;\n"
+                   "0: never")
         ->check(limit_number(0, max_interval_s))
         ->type_name("S");
     app.add_option("--close-kind", line.server.close_kind,

@@ -5,6 +5,8 @@
 #include "base/limits.hpp"
 #include "sim_program.hpp"
 
+#include <sstream>
+
 namespace
 {
 
@@ -17,12 +19,20 @@ TEST(manual_pages, name_every_option_of_the_practice_server)
     sim_program asked({"--help"});
     const std::string help = asked.rest();
     ASSERT_EQ(asked.status(), 0);
-    const auto options = matches_of(help, R"(\n  (?:-\w,)?--([a-z-]+)[ \n])");
+    const auto options = matches_of(help, R"(\n +(?:-\w, *)?--([a-z-]+)[ \n])");
     EXPECT_EQ(matches_of(source_text(sim_page), R"(\n\.It (?:Fl h , )?Fl Fl ([a-z-]+))"), options);
     const std::string readme =
         text_between(source_text("README.md"), "\n## The practice server\n", "\n## ");
     for (const std::string& option : matches_of(readme, R"([` ]--([a-z-]+)[ `])"))
         EXPECT_TRUE(options.contains(option)) << option;
+}
+
+TEST(help_of_the_practice_server, fits_terminals_of_80_columns)
+{
+    sim_program asked({"--help"});
+    std::istringstream help{asked.rest()};
+    for (std::string line; std::getline(help, line);)
+        EXPECT_LT(line.size(), 80U) << line;
 }
 
 TEST(manual_pages, give_the_defaults_of_the_practice_server)
@@ -31,7 +41,7 @@ TEST(manual_pages, give_the_defaults_of_the_practice_server)
     const std::string help = asked.rest();
     const std::string page = source_text(sim_page);
     // After "=" or in brackets, depending on the version of the library that prints it.
-    const auto defaults = all_matches(help, R"(\n  --([a-z-]+) [A-Z]+(?:=| \[)([^\s\]]+))");
+    const auto defaults = all_matches(help, R"(\n +--([a-z-]+) [A-Z]+(?:=| \[)([^\s\]]+))");
     EXPECT_GT(defaults.size(), 5U);
     for (const auto& option : defaults) {
         const std::string entry = text_between(page, "\n.It Fl Fl " + option[0] + " Ar ", "\n.It ");
