@@ -325,8 +325,9 @@ TEST_F(dispatch, shows_the_uptime_of_a_server)
     };
     for (const auto& row : rows) {
         receive({153, row.text});
-        const status_lines expected =
-            row.line != nullptr ? status_lines{{row.line, 11}} : status_lines{};
+        status_lines expected;
+        if (row.line != nullptr)
+            expected.push_back({row.line, 11});
         EXPECT_EQ(said(), expected) << row.text;
     }
 }

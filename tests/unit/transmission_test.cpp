@@ -183,23 +183,33 @@ TEST_F(transmission, may_be_compressed)
     EXPECT_EQ(said(), status_lines{});
 }
 
+/// What zlib says where there is room for nothing: -3 or, in newer versions, -5.
+int error_without_room(const std::string& bytes)
+{
+    Bytef none = 0;
+    uLongf length = 0;
+    return uncompress(&none, &length, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size());
+}
+
 TEST_F(transmission, is_dropped_when_it_cannot_be_decompressed)
 {
     const std::string xml = transmission_xml(plain_elements);
     const struct {
         wire_packet packet;
-        const char* line;
+        int error;
     } rows[] = {
-        {{204, compressed(xml), 10}, "Unable to decompress binary paket. Err: -5"},
-        {{204, compressed(xml), 0}, "Unable to decompress binary paket. Err: -3"},
-        {{204, "not compressed", 100}, "Unable to decompress binary paket. Err: -3"},
-        {{204, compressed(xml).substr(0, 60), 1000}, "Unable to decompress binary paket. Err: -3"},
+        {{204, compressed(xml), 10}, -5},
+        {{204, compressed(xml), 0}, error_without_room(compressed(xml))},
+        {{204, "not compressed", 100}, -3},
+        {{204, compressed(xml).substr(0, 60), 1000}, -3},
     };
     for (const auto& row : rows) {
         mark();
         server.send(row.packet);
         poll_all();
-        EXPECT_EQ(said(), (status_lines{{row.line, 5}}));
+        const std::string line =
+            "Unable to decompress binary paket. Err: " + std::to_string(row.error);
+        EXPECT_EQ(said(), (status_lines{{line, 5}}));
         EXPECT_EQ(beeps(), 1U);
     }
     EXPECT_EQ(message_rows(1, bottom_row), texts(static_cast<std::size_t>(bottom_row)));
