@@ -93,7 +93,11 @@ TEST_F(hardening, an_overrun_of_a_buffer_of_known_size_ends_the_program)
 {
     const text_lines used = run_readelf("--dyn-syms", program);
     const text_lines own = run_readelf("--symbols", own_code);
-    for (const char* checked : {" __vsnprintf_chk", " __snprintf_chk", " __fprintf_chk"}) {
+    std::vector<std::string> calls = {" __vsnprintf_chk"};
+#ifndef __clang__ // for which glibc 2.36 checks no calls with any number of arguments
+    calls.insert(calls.end(), {" __snprintf_chk", " __fprintf_chk"});
+#endif
+    for (const std::string& checked : calls) {
         EXPECT_TRUE(has_line(used, checked)) << checked;
         EXPECT_TRUE(has_line(own, checked)) << checked;
     }

@@ -86,7 +86,7 @@ std::string headless_screen::status_text(int back) const
 
 int headless_screen::pair_at(WINDOW* window, int row, int column) const
 {
-    return PAIR_NUMBER(mvwinch(window, row, column));
+    return PAIR_NUMBER(static_cast<int>(mvwinch(window, row, column)));
 }
 
 bool headless_screen::is_bold_at(WINDOW* window, int row, int column) const

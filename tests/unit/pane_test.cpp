@@ -127,8 +127,8 @@ TEST_F(pane_printing, scrolls_characters_with_their_colours_and_bold)
     EXPECT_EQ(row(2), " tw") << "from column 1, up to the one before the width";
     EXPECT_EQ(row(3), "|ono") << "beyond them all stays";
     EXPECT_EQ(row(4), "|") << "blank for as many cells as the width, from column 1";
-    EXPECT_EQ(PAIR_NUMBER(mvwinch(window.get(), 2, 1)), 5);
-    EXPECT_EQ(PAIR_NUMBER(mvwinch(window.get(), 3, 1)), 7);
+    EXPECT_EQ(screen.pair_at(window.get(), 2, 1), 5);
+    EXPECT_EQ(screen.pair_at(window.get(), 3, 1), 7);
     EXPECT_NE(mvwinch(window.get(), 3, 1) & A_BOLD, 0U);
     EXPECT_EQ(mvwinch(window.get(), 3, 3) & A_BOLD, 0U);
 }

@@ -46,7 +46,7 @@ protected:
         const int row = look.height > 1 ? look.height - 3 : 0;
         const chtype inside = mvwinch(window, row, look.width - 2);
         EXPECT_EQ(inside & A_CHARTEXT, chtype{' '});
-        EXPECT_EQ(PAIR_NUMBER(inside), look.pair);
+        EXPECT_EQ(PAIR_NUMBER(static_cast<int>(inside)), look.pair);
         EXPECT_EQ(inside & A_BOLD, 0U);
     }
 };

@@ -8,8 +8,8 @@ namespace
 constexpr int first_row = 2;
 constexpr int second_row = 3;
 constexpr int name_column = 2;
-constexpr short name_pair = 2;
-constexpr short bar_pair = 8;
+constexpr int name_pair = 2;
+constexpr int bar_pair = 8;
 
 class server_list_selection : public net_test
 {
@@ -21,9 +21,9 @@ protected:
     }
 
     /// The pair of a name's first character on the terminal.
-    static short shown_pair(int row)
+    int shown_pair(int row) const
     {
-        return static_cast<short>(PAIR_NUMBER(mvwinch(curscr, row, name_column)));
+        return screen.pair_at(curscr, row, name_column);
     }
 };
 

@@ -60,7 +60,7 @@ TEST_F(status_reporting, shows_blanks_for_line_feeds)
     for (const std::string mark_of_verbatim : {"%*", "%]"}) {
         mark();
         const std::string verbatim = "verbatim %d " + mark_of_verbatim + "\nto the end";
-        status_report(colour::text, verbatim.c_str());
+        status_report(colour::text, verbatim.c_str(), 7);
         EXPECT_EQ(said(), (status_lines{{"verbatim %d " + mark_of_verbatim + " to the end", 2}}));
         expect_frame();
     }
