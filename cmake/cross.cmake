@@ -1,5 +1,5 @@
 # Toolchain of a build for another processor, with the libraries of a Debian that lies in a folder;
-# scripts/cross-build makes both. The programs of such a build run under qemu.
+# scripts/cross makes both. The programs of such a build run under qemu.
 #
 #   CROSS_TYPE   the GNU name of the processor and its system, such as aarch64-linux-gnu
 #   CROSS_ROOT   the folder of its Debian
