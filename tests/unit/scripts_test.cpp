@@ -51,7 +51,7 @@ std::set<std::string> packages_of(const std::string& set)
 /// The options of install-deps that choose a set, as its help lists them.
 std::set<std::string> package_sets()
 {
-    return matches_of(help_of("install-deps"), R"(\n +(--[a-z]+) )");
+    return matches_of(help_of("install-deps"), R"(\n +(--[a-z+]+) )");
 }
 
 TEST(scripts, tell_their_use)
@@ -64,7 +64,9 @@ TEST(scripts, tell_their_use)
 
 TEST(scripts, install_packages_of_any_version)
 {
-    for (const std::string& set : package_sets())
+    std::set<std::string> sets = package_sets();
+    sets.erase("--libc++"); // the newest version, which has no name without its number
+    for (const std::string& set : sets)
         for (const std::string& package : packages_of(set))
             EXPECT_FALSE(std::regex_search(package, std::regex{"-[0-9][0-9.]*(-|$)"})) << package;
 }
@@ -94,7 +96,7 @@ TEST(scripts, ask_for_sets_that_there_are)
             continue;
         const std::string text = source_text(std::filesystem::relative(file.path(), SOURCE_FOLDER));
         for (const auto& set :
-             all_matches(text, R"((?:install-deps"? |package_sets\+?=\()(--[a-z]+))"))
+             all_matches(text, R"((?:install-deps"? |package_sets\+?=\()(--[a-z+]+))"))
             EXPECT_TRUE(sets.contains(set[0])) << file.path() << ": " << set[0];
     }
 }
