@@ -112,6 +112,23 @@ TEST_F(interactive_shell, has_its_line_back_while_the_client_is_stopped_and_afte
     expect_shell_is_well();
 }
 
+TEST_F(interactive_shell, brings_back_a_client_that_a_script_started)
+{
+    // The script stops at once, so its shell may take the terminal while the client still leaves it.
+    type("bash -c '\"$CLIENT\" 2>&9; exit'");
+    ASSERT_TRUE(client_has_terminal());
+    for (int round = 0; round < 5; ++round) {
+        terminal().send_control('z');
+        ASSERT_TRUE(terminal().wait_for_text("Stopped"));
+        EXPECT_EQ(line_settings(), before);
+        type("fg");
+        ASSERT_TRUE(client_has_terminal());
+    }
+    terminal().send_control('x');
+    ASSERT_TRUE(no_job_is_left());
+    expect_shell_is_well();
+}
+
 TEST_F(interactive_shell, keeps_its_line_from_a_client_started_in_the_background)
 {
     type("(while [ ! -e wanted ]; do sleep 0.02; done; exec \"$CLIENT\" 2>&9) &");
