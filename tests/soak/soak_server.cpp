@@ -25,7 +25,7 @@ constexpr int introduction_packets = 2;
 constexpr int polls_to_read = 2;
 constexpr int shortest_interval_ms = 1000;
 constexpr int one_side_packet_in = 6;
-constexpr std::size_t max_burst_bytes = 64 * 1024;
+constexpr std::size_t max_burst_bytes = 64UL * 1024;
 
 /// Takes a received packet from the start of `inbox`; false if it is not complete.
 bool take_packet(std::string& inbox, server_packet& packet)

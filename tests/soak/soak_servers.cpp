@@ -25,6 +25,7 @@ soak_servers::soak_servers(const soak_options& options, const test_clock& client
     : clock(client_clock), last_wild(options.kind == soak_kind::steady ? -1 : last_wild_server)
 {
     std::vector<unique_fd> listeners;
+    listeners.reserve(static_cast<std::size_t>(options.servers));
     for (int index = 0; index < options.servers; ++index)
         listeners.emplace_back(bind_free_port("127.0.0.1"));
     std::ranges::sort(listeners, {}, [](const unique_fd& fd) { return port_of(fd.get()); });

@@ -60,7 +60,7 @@ std::string format_number(const char* format, std::int64_t number)
 
 acars_message make_transmission(int server, std::int64_t number)
 {
-    std::minstd_rand dice(static_cast<unsigned>(server * 7919 + number % 1'000'003 + 1));
+    std::minstd_rand dice(static_cast<unsigned>(server * 7919L + number % 1'000'003 + 1));
     dice.discard(2);
     acars_message message{
         .registration = format_number("S%03ld", server),

@@ -91,9 +91,9 @@ TEST(sim_report, shows_the_messages_of_its_day)
 TEST(sim_report, takes_messages_that_are_dated_or_were_sent_on_its_day)
 {
     sim::message_archive archive;
-    archive.add(sample_message("D-AIQA"), sample_time + 100 * 86400, {});
+    archive.add(sample_message("D-AIQA"), sample_time + 100L * 86400, {});
     EXPECT_NE(archive.report_of({10, 7, 2025}, ""), "");
-    EXPECT_NE(archive.report_of(sim::local_day(sample_time + 100 * 86400), ""), "");
+    EXPECT_NE(archive.report_of(sim::local_day(sample_time + 100L * 86400), ""), "");
 }
 
 TEST(sim_report, is_bounded_and_says_so)

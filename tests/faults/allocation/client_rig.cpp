@@ -117,7 +117,9 @@ int count_threads()
 {
     int count = 0;
     DIR* tasks = opendir("/proc/self/task");
-    while (tasks != nullptr && readdir(tasks) != nullptr)
+    if (tasks == nullptr)
+        return max_moments; // asked again in a moment
+    while (readdir(tasks) != nullptr)
         ++count;
     closedir(tasks);
     return count - 2; // "." and ".."

@@ -40,8 +40,8 @@ void check_notice(const client_rig& rig, std::size_t index, run_report& report)
 {
     static constexpr unsigned char header[] = {103, 0, 0, 0, 21, 0, 0, 0, 0, 0, 0, 0};
     char bytes[64];
-    std::memcpy(bytes, header, sizeof header);
-    std::memcpy(bytes + sizeof header, notice_text, std::strlen(notice_text));
+    std::copy_n(header, sizeof header, bytes);
+    std::copy_n(notice_text, std::strlen(notice_text), bytes + sizeof header);
     rig_send(rig, index, {bytes, sizeof header + std::strlen(notice_text)});
     if (!rig_wait_for_status(notice_text))
         run_complain(report, "server %zu is not heard any more", index);
@@ -123,7 +123,8 @@ void run_complain(run_report& report, const char* format, ...)
     va_start(arguments, format);
     std::vsnprintf(report.complaints + length, reported_text_bytes - length - 1, format, arguments);
     va_end(arguments);
-    std::strcat(report.complaints, "; ");
+    const std::size_t end = std::strlen(report.complaints);
+    std::snprintf(report.complaints + end, reported_text_bytes - end, "; ");
 }
 
 void scenario_run(client_rig& rig, const scenario& which, failure_plan plan, long nth,
