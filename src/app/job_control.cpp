@@ -104,8 +104,8 @@ void on_stop(int signal_number)
     if (has_left_terminal())
         return signal_take_default(signal_number);
     screen_suspend();
-    // The stop may be over already: when a script's shell has taken the terminal back first, setting
-    // its modes stopped the program, until the shell gave it the terminal again.
+    // The stop may be over already: when a script's shell has taken the terminal back first,
+    // setting its modes stopped the program, until the shell gave it the terminal again.
     if (!is_pending(SIGCONT))
         signal_take_default(signal_number);
     wait_for_terminal();

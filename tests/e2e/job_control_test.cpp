@@ -114,7 +114,8 @@ TEST_F(interactive_shell, has_its_line_back_while_the_client_is_stopped_and_afte
 
 TEST_F(interactive_shell, brings_back_a_client_that_a_script_started)
 {
-    // The script stops at once, so its shell may take the terminal while the client still leaves it.
+    // The script stops at once, so its shell may take the terminal while the client still leaves
+    // it.
     type("bash -c '\"$CLIENT\" 2>&9; exit'");
     ASSERT_TRUE(client_has_terminal());
     for (int round = 0; round < 5; ++round) {
