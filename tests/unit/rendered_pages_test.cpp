@@ -56,8 +56,8 @@ std::vector<std::string> read_words(const std::string& source)
 std::string render_page(const std::string& command, const std::string& page)
 {
     std::string text;
-    for (const std::string& line :
-         command_lines(command + " '" + page + "' | LC_ALL=C.UTF-8 col -b"))
+    const std::string whole = command + " '" + page + "' | LC_ALL=C.UTF-8 col -b";
+    for (const std::string& line : command_lines(whole))
         text += line;
     // groff breaks long words with a hyphen of its own.
     return keep_plain_signs(std::regex_replace(text, std::regex{"\u2010\n *"}, ""));
