@@ -152,8 +152,8 @@ TEST_F(settings_page, every_hot_key_works_in_every_form_and_is_saved)
         for (const auto& [letter, row] : switch_rows) {
             terminal.send_meta(letter, typed.form);
             ASSERT_TRUE(terminal.wait_until(
-                [&, row = row] {
-                    return terminal.cell(row, 3) == pair_cell(pairs::success, true, "X");
+                [&, mark_row = row] {
+                    return terminal.cell(mark_row, 3) == pair_cell(pairs::success, true, "X");
                 },
                 std::string{"the mark of "} + letter));
         }
