@@ -17,7 +17,7 @@ bool receive_model::is_ready() const
 
 std::string receive_model::read(std::size_t most)
 {
-    const std::string bytes = stream.substr(0, most);
+    std::string bytes = stream.substr(0, most);
     stream.erase(0, bytes.size());
     bytes_received += bytes.size();
     return bytes;

@@ -65,7 +65,7 @@ struct model_reader {
 xml_model_reading xml_model_read(const std::string& text)
 {
     model_reader reader;
-    const std::string read = text.c_str();
+    const std::string read = text.substr(0, text.find('\0'));
     const std::size_t declaration = read.find("?>");
     if (declaration == std::string::npos)
         return {reader.document};
