@@ -90,6 +90,14 @@ protected:
         EXPECT_EQ(terminal().error_text(), "");
     }
 
+    /// Leaves the client in front by its own key.
+    void expect_client_leaves()
+    {
+        terminal().send_control('x');
+        ASSERT_TRUE(no_job_is_left());
+        expect_shell_is_well();
+    }
+
     client_session client;
     std::string before;
     int lines_asked = 0;
@@ -107,9 +115,7 @@ TEST_F(interactive_shell, has_its_line_back_while_the_client_is_stopped_and_afte
         type("fg");
         ASSERT_TRUE(client_has_terminal());
     }
-    terminal().send_control('x');
-    ASSERT_TRUE(no_job_is_left());
-    expect_shell_is_well();
+    expect_client_leaves();
 }
 
 TEST_F(interactive_shell, brings_back_a_client_that_a_script_started)
@@ -125,9 +131,7 @@ TEST_F(interactive_shell, brings_back_a_client_that_a_script_started)
         type("fg");
         ASSERT_TRUE(client_has_terminal());
     }
-    terminal().send_control('x');
-    ASSERT_TRUE(no_job_is_left());
-    expect_shell_is_well();
+    expect_client_leaves();
 }
 
 TEST_F(interactive_shell, keeps_its_line_from_a_client_started_in_the_background)
@@ -145,9 +149,7 @@ TEST_F(interactive_shell, keeps_its_line_from_a_client_started_in_the_background
     EXPECT_FALSE(terminal().screen().alternate_screen());
     type("fg");
     ASSERT_TRUE(client_has_terminal());
-    terminal().send_control('x');
-    ASSERT_TRUE(no_job_is_left());
-    expect_shell_is_well();
+    expect_client_leaves();
 }
 
 TEST_F(interactive_shell, cannot_run_a_stopped_client_in_the_background)
@@ -165,9 +167,7 @@ TEST_F(interactive_shell, cannot_run_a_stopped_client_in_the_background)
     EXPECT_EQ(line_settings(), before);
     type("fg");
     ASSERT_TRUE(client_has_terminal());
-    terminal().send_control('x');
-    ASSERT_TRUE(no_job_is_left());
-    expect_shell_is_well();
+    expect_client_leaves();
 }
 
 TEST_F(interactive_shell, ends_a_stopped_client)

@@ -31,8 +31,11 @@ TEST(help_of_the_practice_server, fits_terminals_of_80_columns)
 {
     sim_program asked({"--help"});
     std::istringstream help{asked.rest()};
-    for (std::string line; std::getline(help, line);)
+    ASSERT_EQ(asked.status(), 0);
+    int lines = 0;
+    for (std::string line; std::getline(help, line); ++lines)
         EXPECT_LT(line.size(), 80U) << line;
+    EXPECT_GT(lines, 24);
 }
 
 TEST(manual_pages, give_the_defaults_of_the_practice_server)
