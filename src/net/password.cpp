@@ -5,7 +5,7 @@
 #include "base/owners.hpp"
 #include "data/owned_text.hpp"
 #include "data/text.hpp"
-#include "net/md5.hpp"
+#include "base/md5.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
 #include "net/server_box.hpp"

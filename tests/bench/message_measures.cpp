@@ -4,8 +4,8 @@
 #include "base/owners.hpp"
 #include "bench/measured_program.hpp"
 #include "bench/server_park.hpp"
-#include "sim/traffic_generator.hpp"
-#include "sim/transmission.hpp"
+#include "server/messages/transmission.hpp"
+#include "server/practice/traffic_generator.hpp"
 #include "support/patience.hpp"
 
 #include <algorithm>
@@ -107,7 +107,7 @@ struct message_round {
     server_park park{1};
     message_reader client;
     std::list<message_reader> others{};
-    sim::traffic_generator traffic{traffic_seed};
+    tovrik::traffic_generator traffic{traffic_seed};
     std::size_t logged = 0;
 };
 
@@ -140,7 +140,7 @@ bool wait_until_shown(message_reader& reader)
 std::string pass_message(message_round& round)
 {
     round.client.before = round.client.running->written();
-    const std::string document = sim::transmission_xml(round.traffic.next(traffic_time));
+    const std::string document = tovrik::transmission_xml(round.traffic.next(traffic_time));
     if (!round.park.connections.front().send(transmission_kind, document))
         return {};
     const std::string text = read_log_after(round.client.home, round.logged);

@@ -1,8 +1,8 @@
 // demo_road_test.cpp - the path of a message from end to end, with practice servers as in the demo.
 #include "e2e/network_session.hpp"
 
-#include "sim/practice_server.hpp"
-#include "sim/transmission.hpp"
+#include "server/messages/transmission.hpp"
+#include "server/practice/practice_server.hpp"
 
 namespace
 {
@@ -10,9 +10,9 @@ namespace
 constexpr const char* addresses[] = {"127.0.0.9", "127.0.0.8"};
 
 /// Options of a busy server: greetings, ticks, and traffic for as long as the test runs.
-sim::server_options make_busy_options(std::size_t index)
+tovrik::server_options make_busy_options(std::size_t index)
 {
-    sim::server_options options;
+    tovrik::server_options options;
     options.bind_address = addresses[index];
     options.pace_ms = 60;
     options.rate_per_minute = 600;
@@ -24,7 +24,7 @@ sim::server_options make_busy_options(std::size_t index)
     return options;
 }
 
-client_settings make_settings(const std::vector<std::unique_ptr<sim::practice_server>>& servers)
+client_settings make_settings(const std::vector<std::unique_ptr<tovrik::practice_server>>& servers)
 {
     client_settings settings;
     for (std::size_t index = 0; index < servers.size(); ++index)
@@ -46,11 +46,11 @@ std::size_t count_occurrences(const std::string& text, const std::string& part)
 class demo_road : public testing::Test
 {
 protected:
-    void begin(client_settings settings, const sim::server_options& first,
-               const sim::server_options& second)
+    void begin(client_settings settings, const tovrik::server_options& first,
+               const tovrik::server_options& second)
     {
-        for (const sim::server_options& options : {first, second}) {
-            servers.push_back(std::make_unique<sim::practice_server>(options));
+        for (const tovrik::server_options& options : {first, second}) {
+            servers.push_back(std::make_unique<tovrik::practice_server>(options));
             ASSERT_TRUE(servers.back()->start()) << servers.back()->error();
         }
         settings.servers = make_settings(servers).servers;
@@ -70,7 +70,7 @@ protected:
         return count_occurrences(client.home().read_file("logs/ACARS.log").value_or(""), text);
     }
 
-    std::vector<std::unique_ptr<sim::practice_server>> servers;
+    std::vector<std::unique_ptr<tovrik::practice_server>> servers;
     client_session client;
 };
 
@@ -112,9 +112,9 @@ TEST_F(demo_road, live_messages_of_two_servers_are_shown_and_logged)
 
 TEST_F(demo_road, forwarded_messages_arrive_unchanged)
 {
-    sim::server_options plain = make_busy_options(0);
+    tovrik::server_options plain = make_busy_options(0);
     plain.rate_per_minute = 0;
-    sim::server_options compressed = make_busy_options(1);
+    tovrik::server_options compressed = make_busy_options(1);
     compressed.rate_per_minute = 0;
     ASSERT_NO_FATAL_FAILURE(begin({}, plain, compressed));
     ASSERT_NO_FATAL_FAILURE(connect_both());
@@ -127,18 +127,18 @@ TEST_F(demo_road, forwarded_messages_arrive_unchanged)
             "the greetings are over");
     };
     ASSERT_TRUE(greeted());
-    const sim::transmission message{.mode = "X",
-                                    .registration = "G-ABCD",
-                                    .label = "5Z",
-                                    .block_id = "7",
-                                    .message_number = "M99A",
-                                    .flight_number = "BA0042",
-                                    .content = "ALL IS WELL\nON BOARD",
-                                    .from = "LHR",
-                                    .to = "CDG",
-                                    .aircraft = "B744",
-                                    .operator_name = "British Airways",
-                                    .time = 1'700'000'000};
+    const tovrik::transmission message{.mode = "X",
+                                       .registration = "G-ABCD",
+                                       .label = "5Z",
+                                       .block_id = "7",
+                                       .message_number = "M99A",
+                                       .flight_number = "BA0042",
+                                       .content = "ALL IS WELL\nON BOARD",
+                                       .from = "LHR",
+                                       .to = "CDG",
+                                       .aircraft = "B744",
+                                       .operator_name = "British Airways",
+                                       .time = 1'700'000'000};
     const acars_message shown{.mode = "X",
                               .registration = "G-ABCD",
                               .aircraft = "B744",
@@ -156,7 +156,7 @@ TEST_F(demo_road, forwarded_messages_arrive_unchanged)
                               .hour = "22",
                               .minute = "13"};
     for (const auto& server : servers)
-        ASSERT_TRUE(server->push_transmission(sim::transmission_xml(message)));
+        ASSERT_TRUE(server->push_transmission(tovrik::transmission_xml(message)));
     std::vector<std::string> both = lines_of(shown);
     both.emplace_back("");
     for (const std::string& line : lines_of(shown))
@@ -166,10 +166,10 @@ TEST_F(demo_road, forwarded_messages_arrive_unchanged)
 
 TEST_F(demo_road, a_protected_server_accepts_the_right_password)
 {
-    sim::server_options guarded = make_busy_options(0);
+    tovrik::server_options guarded = make_busy_options(0);
     guarded.password = "abc";
     guarded.ask_identification = false;
-    sim::server_options open = make_busy_options(1);
+    tovrik::server_options open = make_busy_options(1);
     open.rate_per_minute = 0;
     ASSERT_NO_FATAL_FAILURE(begin({}, guarded, open));
     client.terminal().send_control('l');
@@ -188,7 +188,7 @@ TEST_F(demo_road, a_protected_server_accepts_the_right_password)
 
 TEST_F(demo_road, a_server_that_closes_can_be_connected_again)
 {
-    sim::server_options open = make_busy_options(1);
+    tovrik::server_options open = make_busy_options(1);
     ASSERT_NO_FATAL_FAILURE(begin({}, make_busy_options(0), open));
     ASSERT_NO_FATAL_FAILURE(connect_both());
     ASSERT_TRUE(client.terminal().wait_for_text("ACARS mode: "));

@@ -1,7 +1,7 @@
 // example_config_test.cpp - the example configuration on a screen of 80 columns: every row fits.
 #include "e2e/client_session.hpp"
 
-#include "sim/practice_server.hpp"
+#include "server/practice/practice_server.hpp"
 
 #include <fstream>
 #include <iterator>
@@ -38,9 +38,9 @@ std::string element_of(const std::string& example, const std::string& name)
 
 TEST(example_configuration, fits_into_the_rows_of_80_columns)
 {
-    sim::server_options options;
+    tovrik::server_options options;
     options.rate_per_minute = 0;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start()) << server.error();
     const std::string example = read_example(server.port());
     client_session client;

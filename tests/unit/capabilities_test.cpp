@@ -3,8 +3,8 @@
 #include "net/capabilities.hpp"
 #include "unit/net_fixture.hpp"
 
+#include "base/md5.hpp"
 #include "base/pause.hpp"
-#include "net/md5.hpp"
 #include "ui/keys.hpp"
 
 #include <csignal>

@@ -35,8 +35,8 @@ TEST(documents, name_files_that_are_there)
 {
     for (const char* document : documents) {
         const std::string text = source_text(document);
-        for (const auto& path :
-             all_matches(text, R"(`((?:src|sim|tests|share|scripts|docs)(?:/[a-z0-9_.]+)+)[` ])"))
+        for (const auto& path : all_matches(
+                 text, R"(`((?:src|server|tests|share|scripts|docs)(?:/[a-z0-9_.]+)+)[` ])"))
             EXPECT_TRUE(std::filesystem::exists(SOURCE_FOLDER "/" + path[0]))
                 << document << ": " << path[0];
     }

@@ -64,7 +64,7 @@ class house : public testing::TestWithParam<const char*>
 {
 };
 
-INSTANTIATE_TEST_SUITE_P(folder, house, testing::Values("src", "sim"),
+INSTANTIATE_TEST_SUITE_P(folder, house, testing::Values("src", "server"),
                          [](const auto& folder) { return std::string{folder.param}; });
 
 TEST_P(house, functions_are_short)
@@ -146,7 +146,7 @@ TEST_P(house, private_functions_begin_with_their_verb)
 
 TEST(files_of_the_house, are_short)
 {
-    for (const char* folder : {"src", "sim", "tests"})
+    for (const char* folder : {"src", "server", "tests"})
         for (const auto& [file, lines] : sources_below(folder))
             EXPECT_LE(lines.size(), 400U) << file;
 }

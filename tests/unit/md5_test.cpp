@@ -1,5 +1,5 @@
 // md5_test.cpp - digests against published vectors and against an independent tool's results.
-#include "net/md5.hpp"
+#include "base/md5.hpp"
 
 #include <gtest/gtest.h>
 

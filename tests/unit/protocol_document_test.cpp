@@ -121,7 +121,7 @@ TEST(protocol_document, quotes_only_messages_that_the_client_shows)
 
 TEST(protocol_document, knows_every_kind_of_the_practice_server_with_its_sender)
 {
-    const std::string code = source_text("sim/packet.hpp");
+    const std::string code = source_text("server/protocol/packet.hpp");
     const std::string kind_line = R"(constexpr std::uint32_t \w+ = (\d+);)";
     const auto from_client =
         matches_of(text_between(code, "// From a client.\n", "// From either"), kind_line);

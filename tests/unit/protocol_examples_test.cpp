@@ -4,12 +4,12 @@
 
 #include "app/settings_toggle.hpp"
 #include "net/capabilities.hpp"
+#include "server/protocol/packet.hpp"
+#include "server/storage/pager_lists.hpp"
 #include "services/database_update.hpp"
 #include "services/mailing.hpp"
 #include "services/pager.hpp"
 #include "services/report.hpp"
-#include "sim/packet.hpp"
-#include "sim/pager_lists.hpp"
 #include "support/temp_home.hpp"
 
 #include <cstdio>
@@ -174,23 +174,23 @@ TEST_F(protocol_examples, a_client_reports_its_uplink_setting)
 
 TEST_F(protocol_examples, a_practice_server_sends_the_same)
 {
-    const auto plain = sim::plain_transmission(document_shown);
+    const auto plain = tovrik::plain_transmission(document_shown);
     ASSERT_TRUE(plain);
     const struct {
         const char* name;
-        sim::packet packet;
+        tovrik::packet packet;
     } rows[] = {
-        {"tick", {.kind = sim::kind::tick, .payload = "^"}},
-        {"closing", {.kind = sim::kind::closing, .payload = "Good Bye"}},
-        {"uptime", {.kind = sim::kind::uptime, .payload = "90061\t12\tPractice"}},
-        {"replay", sim::replay_announcement_packet(70'000)},
+        {"tick", {.kind = tovrik::kind::tick, .payload = "^"}},
+        {"closing", {.kind = tovrik::kind::closing, .payload = "Good Bye"}},
+        {"uptime", {.kind = tovrik::kind::uptime, .payload = "90061\t12\tPractice"}},
+        {"replay", tovrik::replay_announcement_packet(70'000)},
         {"transmission", *plain},
         {"pager-list",
-         {.kind = sim::kind::pager_list,
-          .payload = sim::pager_list_text({{"D-AIQA", "LH400", "FRA"}, {"", "BA117", ""}})}},
+         {.kind = tovrik::kind::pager_list,
+          .payload = tovrik::pager_list_text({{"D-AIQA", "LH400", "FRA"}, {"", "BA117", ""}})}},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(make_dump(sim::encode_packet(row.packet)), find_example(row.name)) << row.name;
+        EXPECT_EQ(make_dump(tovrik::encode_packet(row.packet)), find_example(row.name)) << row.name;
 }
 
 TEST_F(protocol_examples, a_client_takes_capabilities)
@@ -213,9 +213,9 @@ TEST_F(protocol_examples, a_client_shows_transmissions_of_both_kinds)
         wclear(app_state.message_pane);
     }
     const std::string compressed = parse_dump(find_example("compressed-transmission"));
-    const auto made = sim::compressed_transmission(document_shown);
+    const auto made = tovrik::compressed_transmission(document_shown);
     ASSERT_TRUE(made);
-    EXPECT_EQ(sim::decode_header(compressed).extra, made->extra);
+    EXPECT_EQ(tovrik::decode_header(compressed).extra, made->extra);
 }
 
 TEST_F(protocol_examples, a_client_shows_replays_uptimes_ticks_and_the_end)

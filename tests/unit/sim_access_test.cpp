@@ -23,7 +23,7 @@ std::string value_of(const std::string& xml, const char* name)
 
 TEST(sim_access, tells_its_capabilities_at_once)
 {
-    sim::practice_server server; // at its ordinary pace: the first packet waits for nothing
+    tovrik::practice_server server; // at its ordinary pace: the first packet waits for nothing
     ASSERT_TRUE(server.start()) << server.error();
     sim_raw_client client{server.port()};
     const auto first = client.receive();
@@ -36,8 +36,8 @@ TEST(sim_access, tells_its_capabilities_at_once)
 
 TEST(sim_access, has_an_identity_that_stays_and_that_no_other_has)
 {
-    sim::practice_server one{quick_server()};
-    sim::practice_server other{quick_server()};
+    tovrik::practice_server one{quick_server()};
+    tovrik::practice_server other{quick_server()};
     ASSERT_TRUE(one.start() && other.start());
     std::vector<std::string> identities;
     for (const auto port : {one.port(), one.port(), other.port()}) {
@@ -59,7 +59,7 @@ TEST(sim_access, welcomes_in_a_fixed_order)
     options.name = "here";
     options.capabilities.server_uuid = "given";
     options.capabilities.pager = "1";
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     const auto capabilities = client.receive();
@@ -84,7 +84,7 @@ TEST(sim_access, never_sends_a_packet_that_clients_would_discard)
     options.send_uptime = true;
     options.replay_count = 1;
     options.tick_every_ms = 5;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     client.send_text(81, "wrong");
@@ -105,7 +105,7 @@ TEST(sim_access, sends_transmissions_only_after_the_right_password)
 {
     auto options = quick_server();
     options.password = "abc";
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     const auto capabilities = client.receive();
@@ -130,7 +130,7 @@ TEST(sim_access, is_not_given_again_or_taken_back_by_another_password)
     options.password = "abc";
     options.ask_identification = true;
     options.replay_count = 2;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     EXPECT_EQ(next_kinds(client, 2), (std::vector<std::uint32_t>{41, 85}));
@@ -153,7 +153,7 @@ TEST(sim_access, announces_no_password_where_told_so)
     auto options = quick_server();
     options.password = "abc";
     options.capabilities.need_auth = "0";
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     EXPECT_EQ(value_of(client.receive()->payload, "NeedAuth"), "0");
@@ -164,7 +164,7 @@ TEST(sim_access, sends_transmissions_only_to_clients_that_it_knows)
     auto options = quick_server();
     options.ask_identification = true;
     options.known_clients = {"ncursesclient", "other"};
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     EXPECT_EQ(next_kinds(client, 2), (std::vector<std::uint32_t>{41, 85}));
@@ -179,7 +179,7 @@ TEST(sim_access, sends_transmissions_only_to_clients_that_it_knows)
 
 TEST(sim_access, answers_a_heartbeat)
 {
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     client.send_text(148, "^");

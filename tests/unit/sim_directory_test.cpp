@@ -1,9 +1,9 @@
 // sim_directory_test.cpp - the practice server's directory of servers over HTTP.
 #include "sim_raw_client.hpp"
 
-#include "sim/directory_answer.hpp"
-#include "sim/limits.hpp"
-#include "sim/text_fields.hpp"
+#include "server/base/limits.hpp"
+#include "server/base/text_fields.hpp"
+#include "server/practice/directory_answer.hpp"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ constexpr const char* two_lines = "one.example\t2202\t\tBerlin\tfirst\t\tOne\t\t
 class sim_directory : public testing::Test
 {
 protected:
-    void start(sim::directory_fault fault = sim::directory_fault::none, int delay_ms = 0,
+    void start(tovrik::directory_fault fault = tovrik::directory_fault::none, int delay_ms = 0,
                std::optional<std::string> text = two_lines)
     {
         auto options = quick_server();
@@ -31,7 +31,7 @@ protected:
         options.directory_answers = fault;
         options.directory_delay_ms = delay_ms;
         options.name = "practice";
-        server = std::make_unique<sim::practice_server>(options);
+        server = std::make_unique<tovrik::practice_server>(options);
         ASSERT_TRUE(server->start());
         ASSERT_NE(server->directory_port(), 0);
     }
@@ -65,7 +65,7 @@ protected:
         return end == std::string::npos ? "no header end" : answer.substr(end + 4);
     }
 
-    std::unique_ptr<sim::practice_server> server;
+    std::unique_ptr<tovrik::practice_server> server;
 };
 
 TEST_F(sim_directory, gives_its_text_to_both_versions_of_http)
@@ -80,10 +80,11 @@ TEST_F(sim_directory, gives_its_text_to_both_versions_of_http)
 
 TEST_F(sim_directory, names_the_server_itself_where_told_nothing_else)
 {
-    start(sim::directory_fault::none, 0, std::nullopt);
+    start(tovrik::directory_fault::none, 0, std::nullopt);
     const std::string line = body_of(answer_to(request));
     ASSERT_TRUE(line.ends_with('\n'));
-    const auto fields = sim::split_fields(std::string_view{line}.substr(0, line.size() - 1), '\t');
+    const auto fields =
+        tovrik::split_fields(std::string_view{line}.substr(0, line.size() - 1), '\t');
     ASSERT_EQ(fields.size(), 9U);
     EXPECT_EQ(fields[0], "127.0.0.1");
     EXPECT_EQ(fields[1], std::to_string(server->port()));
@@ -108,7 +109,7 @@ TEST_F(sim_directory, refuses_what_it_does_not_have_or_understand)
                 {"get /tovrikserver.main HTTP/1.0\r\n\r\n", "400 Bad Request"},
                 {"\r\n\r\n", "400 Bad Request"},
                 {std::string("\0\xff\r\n\r\n", 6), "400 Bad Request"},
-                {std::string(sim::max_directory_request_bytes + 1, 'x'), "400 Bad Request"}};
+                {std::string(tovrik::max_directory_request_bytes + 1, 'x'), "400 Bad Request"}};
     for (const auto& row : rows) {
         const std::string answer = answer_to(row.bytes);
         EXPECT_TRUE(answer.starts_with("HTTP/1.0 " + std::string{row.status} + "\r\n"))
@@ -129,7 +130,7 @@ TEST_F(sim_directory, takes_a_request_in_pieces_and_from_one_who_says_no_more)
 
 TEST_F(sim_directory, answers_one_who_has_said_no_more_for_a_while)
 {
-    start(sim::directory_fault::none, 100);
+    start(tovrik::directory_fault::none, 100);
     sim_raw_client client{server->directory_port()};
     ASSERT_TRUE(client.send_bytes(request));
     shutdown(client.fd, SHUT_WR);
@@ -141,7 +142,7 @@ TEST_F(sim_directory, gives_out_large_texts_whole_and_to_many)
     std::string text;
     while (text.size() < 5'000'000)
         text += "host" + std::to_string(text.size()) + "\t2202\t\tplace\tinfo\t\talias\t\t\n";
-    start(sim::directory_fault::none, 0, text);
+    start(tovrik::directory_fault::none, 0, text);
     std::vector<sim_raw_client> clients;
     clients.reserve(5);
     for (int i = 0; i < 5; ++i) {
@@ -154,7 +155,7 @@ TEST_F(sim_directory, gives_out_large_texts_whole_and_to_many)
 
 TEST_F(sim_directory, serves_its_clients_while_it_is_asked_and_flooded)
 {
-    start(sim::directory_fault::endless);
+    start(tovrik::directory_fault::endless);
     sim_raw_client reader{server->directory_port()};
     ASSERT_TRUE(reader.send_bytes(request));
     sim_raw_client client{server->port()};
@@ -167,8 +168,8 @@ TEST_F(sim_directory, hangs_up_on_more_than_it_takes)
 {
     start();
     std::vector<sim_raw_client> silent;
-    silent.reserve(sim::max_directory_connections);
-    for (std::size_t i = 0; i < sim::max_directory_connections; ++i)
+    silent.reserve(tovrik::max_directory_connections);
+    for (std::size_t i = 0; i < tovrik::max_directory_connections; ++i)
         silent.emplace_back(server->directory_port());
     sim_raw_client last{server->directory_port()};
     EXPECT_TRUE(last.ends());
@@ -182,7 +183,7 @@ TEST_F(sim_directory, hangs_up_on_more_than_it_takes)
 
 TEST_F(sim_directory, can_be_endless)
 {
-    start(sim::directory_fault::endless);
+    start(tovrik::directory_fault::endless);
     sim_raw_client client{server->directory_port()};
     ASSERT_TRUE(client.send_bytes(request));
     std::string text;
@@ -200,7 +201,7 @@ TEST_F(sim_directory, can_be_endless)
 
 TEST_F(sim_directory, can_lack_its_header_end)
 {
-    start(sim::directory_fault::no_header_end);
+    start(tovrik::directory_fault::no_header_end);
     const std::string answer = answer_to(request);
     EXPECT_EQ(answer.find("\r\n\r\n"), std::string::npos) << answer;
     EXPECT_TRUE(answer.ends_with(two_lines)) << answer;
@@ -208,14 +209,14 @@ TEST_F(sim_directory, can_lack_its_header_end)
 
 TEST_F(sim_directory, can_be_late)
 {
-    start(sim::directory_fault::none, 50);
+    start(tovrik::directory_fault::none, 50);
     EXPECT_EQ(body_of(answer_to(request)), two_lines);
 }
 
 TEST_F(sim_directory, lets_a_client_go_that_leaves_before_its_answer)
 {
-    start(sim::directory_fault::none, 3'600'000);
-    for (std::size_t i = 0; i < 2 * sim::max_directory_connections; ++i) {
+    start(tovrik::directory_fault::none, 3'600'000);
+    for (std::size_t i = 0; i < 2 * tovrik::max_directory_connections; ++i) {
         sim_raw_client client{server->directory_port()};
         ASSERT_TRUE(client.send_bytes(request));
         const linger at_once{1, 0};
@@ -234,7 +235,7 @@ TEST_F(sim_directory, lets_a_client_go_that_leaves_before_its_answer)
 
 TEST_F(sim_directory, can_be_silent_until_the_server_stops)
 {
-    start(sim::directory_fault::silent);
+    start(tovrik::directory_fault::silent);
     sim_raw_client client{server->directory_port()};
     ASSERT_TRUE(client.send_bytes(request));
     EXPECT_FALSE(wait_for_socket(client.fd, POLLIN, std::chrono::milliseconds{200}));
@@ -248,7 +249,7 @@ TEST_F(sim_directory, says_why_it_cannot_listen)
     start();
     auto options = quick_server();
     options.directory_port = server->directory_port();
-    sim::practice_server second{options};
+    tovrik::practice_server second{options};
     EXPECT_FALSE(second.start());
     EXPECT_EQ(second.error(),
               "cannot listen on 127.0.0.1:" + std::to_string(server->directory_port()) +
@@ -257,13 +258,13 @@ TEST_F(sim_directory, says_why_it_cannot_listen)
 
 TEST(sim_directory_text, has_nine_fields_in_every_line)
 {
-    EXPECT_EQ(sim::directory_text_error(two_lines), "");
-    EXPECT_EQ(sim::directory_text_error("a\tb\tc\td\te\tf\tg\th\ti"), "");
-    EXPECT_EQ(sim::directory_text_error(""), "holds no line");
-    EXPECT_EQ(sim::directory_text_error(std::string{two_lines} + "\n"),
+    EXPECT_EQ(tovrik::directory_text_error(two_lines), "");
+    EXPECT_EQ(tovrik::directory_text_error("a\tb\tc\td\te\tf\tg\th\ti"), "");
+    EXPECT_EQ(tovrik::directory_text_error(""), "holds no line");
+    EXPECT_EQ(tovrik::directory_text_error(std::string{two_lines} + "\n"),
               "line 3 does not have nine fields");
-    EXPECT_EQ(sim::directory_text_error("a\tb\n"), "line 1 does not have nine fields");
-    EXPECT_EQ(sim::directory_text_error("a\tb\tc\td\te\tf\tg\th\ti\tj\n"),
+    EXPECT_EQ(tovrik::directory_text_error("a\tb\n"), "line 1 does not have nine fields");
+    EXPECT_EQ(tovrik::directory_text_error("a\tb\tc\td\te\tf\tg\th\ti\tj\n"),
               "line 1 does not have nine fields");
 }
 

@@ -1,9 +1,9 @@
 // sim_documents_test.cpp - the practice server's documents, read with the client's own reader.
-#include "sim/capabilities.hpp"
-#include "sim/packet.hpp"
-#include "sim/traffic_generator.hpp"
-#include "sim/transmission.hpp"
-#include "sim/xml_text.hpp"
+#include "server/messages/transmission.hpp"
+#include "server/practice/traffic_generator.hpp"
+#include "server/protocol/capabilities.hpp"
+#include "server/protocol/packet.hpp"
+#include "server/protocol/xml_text.hpp"
 #include "unit/sim_sample_message.hpp"
 
 #include "data/xml.hpp"
@@ -25,9 +25,9 @@ std::string value_of(const std::string& xml, const char* key, bool by_name = fal
     return value ? value.get() : "";
 }
 
-sim::transmission full_message()
+tovrik::transmission full_message()
 {
-    sim::transmission message = sample_message();
+    tovrik::transmission message = sample_message();
     message.contacts = 12;
     message.daily_flights = 34;
     return message;
@@ -66,7 +66,7 @@ TEST(sim_documents, carries_every_field_of_a_message_at_its_path)
 
 TEST(sim_documents, leaves_out_what_is_not_known)
 {
-    const std::string xml = sim::transmission_xml({.mode = "2", .time = sample_time});
+    const std::string xml = tovrik::transmission_xml({.mode = "2", .time = sample_time});
     for (const char* name : {"AircraftReg", "MessageContent", "Authorized", "Operator", "Contacts",
                              "ContactData", "From"})
         EXPECT_EQ(xml.find("<" + std::string{name} + ">"), std::string::npos) << name;
@@ -75,8 +75,8 @@ TEST(sim_documents, leaves_out_what_is_not_known)
 
 TEST(sim_documents, replaces_what_the_reader_or_a_template_would_take_for_something_else)
 {
-    EXPECT_EQ(sim::value_text("a<b>c%d\x1b[0m\x9f\ne\xe9"), "a(b)c/d [0m \ne\xe9");
-    EXPECT_EQ(sim::value_text(std::string(600, 'x')).size(), 511U);
+    EXPECT_EQ(tovrik::value_text("a<b>c%d\x1b[0m\x9f\ne\xe9"), "a(b)c/d [0m \ne\xe9");
+    EXPECT_EQ(tovrik::value_text(std::string(600, 'x')).size(), 511U);
 }
 
 TEST(sim_documents, calls_a_message_with_a_letter_as_block_id_an_uplink)
@@ -92,12 +92,12 @@ TEST(sim_documents, calls_a_message_with_a_letter_as_block_id_an_uplink)
                  {"<BlockID>", false},
                  {"", false}};
     for (const auto& row : cases)
-        EXPECT_EQ(sim::is_uplink(row.xml), row.uplink) << row.xml;
+        EXPECT_EQ(tovrik::is_uplink(row.xml), row.uplink) << row.xml;
 }
 
 TEST(sim_documents, names_every_capability_that_has_a_text)
 {
-    sim::capability_texts texts;
+    tovrik::capability_texts texts;
     texts.version = "2.1";
     texts.server_uuid = "abc-1";
     texts.crc_check = "yes";
@@ -107,7 +107,7 @@ TEST(sim_documents, names_every_capability_that_has_a_text)
     texts.reports = "4";
     texts.pager = "5";
     texts.need_auth = "6";
-    const std::string xml = sim::capabilities_xml(texts);
+    const std::string xml = tovrik::capabilities_xml(texts);
     EXPECT_TRUE(xml.starts_with("<?xml version=\"1.0\""));
     const struct {
         const char* name;
@@ -121,10 +121,10 @@ TEST(sim_documents, names_every_capability_that_has_a_text)
 
 TEST(sim_documents, leaves_out_a_capability_without_a_text)
 {
-    sim::capability_texts texts;
+    tovrik::capability_texts texts;
     texts.crc_check = "";
     texts.pager = std::nullopt;
-    const std::string xml = sim::capabilities_xml(texts);
+    const std::string xml = tovrik::capabilities_xml(texts);
     EXPECT_NE(xml.find("<CRCCheck></CRCCheck>"), std::string::npos);
     EXPECT_EQ(xml.find("<Pager>"), std::string::npos);
     EXPECT_EQ(value_of(xml, "CRCCheck", true), "");
@@ -132,9 +132,9 @@ TEST(sim_documents, leaves_out_a_capability_without_a_text)
 
 TEST(sim_traffic, is_the_same_for_the_same_seed_and_differs_for_another)
 {
-    sim::traffic_generator first{42};
-    sim::traffic_generator again{42};
-    sim::traffic_generator other{43};
+    tovrik::traffic_generator first{42};
+    tovrik::traffic_generator again{42};
+    tovrik::traffic_generator other{43};
     int different = 0;
     for (int i = 0; i < 200; ++i) {
         const std::string xml = transmission_xml(first.next(sample_time));
@@ -147,8 +147,8 @@ TEST(sim_traffic, is_the_same_for_the_same_seed_and_differs_for_another)
 /// Saved screens depend on it: a change of the generator must be meant.
 TEST(sim_traffic, begins_seed_1_with_a_known_message)
 {
-    sim::traffic_generator traffic{1};
-    const sim::transmission message = traffic.next(sample_time);
+    tovrik::traffic_generator traffic{1};
+    const tovrik::transmission message = traffic.next(sample_time);
     EXPECT_EQ(message.registration + "|" + message.aircraft + "|" + message.operator_name + "|" +
                   message.label + "|" + message.block_id + "|" + message.flight_number + "|" +
                   message.from + "-" + message.to + "|" + message.content,
@@ -157,11 +157,11 @@ TEST(sim_traffic, begins_seed_1_with_a_known_message)
 
 TEST(sim_traffic, reaches_the_client_whole_whatever_it_says)
 {
-    sim::traffic_generator traffic{7};
+    tovrik::traffic_generator traffic{7};
     for (int i = 0; i < 3000; ++i) {
-        const sim::transmission message = traffic.next(sample_time + std::time_t{i} * 60);
+        const tovrik::transmission message = traffic.next(sample_time + std::time_t{i} * 60);
         const std::string xml = transmission_xml(message);
-        ASSERT_TRUE(sim::plain_transmission(xml)) << xml;
+        ASSERT_TRUE(tovrik::plain_transmission(xml)) << xml;
         ASSERT_EQ(value_of(xml, "tovrik/ACARS/Authorized/MessageContent"), message.content);
         ASSERT_EQ(value_of(xml, "tovrik/ACARS/AircraftReg"), message.registration);
         ASSERT_EQ(value_of(xml, "tovrik/FlightRouting/To"), message.to);
@@ -173,7 +173,7 @@ TEST(sim_traffic, reaches_the_client_whole_whatever_it_says)
 
 TEST(sim_traffic, is_varied_and_keeps_count)
 {
-    sim::traffic_generator traffic{3};
+    tovrik::traffic_generator traffic{3};
     std::set<std::string> labels;
     std::set<std::string> operators;
     int uplinks = 0;
@@ -181,10 +181,10 @@ TEST(sim_traffic, is_varied_and_keeps_count)
     std::uint32_t flights = 0;
     std::uint32_t max_contacts = 0;
     for (int i = 0; i < 1000; ++i) {
-        const sim::transmission message = traffic.next(sample_time);
+        const tovrik::transmission message = traffic.next(sample_time);
         labels.insert(message.label);
         operators.insert(message.operator_name);
-        const bool uplink = sim::is_uplink(transmission_xml(message));
+        const bool uplink = tovrik::is_uplink(transmission_xml(message));
         uplinks += uplink;
         with_content += !message.content.empty();
         EXPECT_EQ(uplink, message.message_number.empty());

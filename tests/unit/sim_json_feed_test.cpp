@@ -3,7 +3,7 @@
 #include "sim_raw_client.hpp"
 
 #include "base/owners.hpp"
-#include "sim/json_file.hpp"
+#include "server/inputs/json_file.hpp"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ protected:
         sender = unique_fd{socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
     }
 
-    static sim::server_options options()
+    static tovrik::server_options options()
     {
         auto chosen = quick_server();
         chosen.json_udp_port = 0;
@@ -48,7 +48,7 @@ protected:
                   static_cast<ssize_t>(bytes.size()));
     }
 
-    sim::practice_server server;
+    tovrik::practice_server server;
     std::unique_ptr<sim_raw_client> client;
     unique_fd sender;
 };
@@ -90,8 +90,8 @@ TEST_F(sim_json_feed, dates_a_message_without_a_time_with_its_arrival)
     EXPECT_EQ(server.push_json(R"({"text":"x"})"), 1U);
     const std::time_t after = std::time(nullptr);
     const std::string xml = client->receive()->payload;
-    EXPECT_TRUE(xml == sim::transmission_xml({.content = "x", .time = before}) ||
-                xml == sim::transmission_xml({.content = "x", .time = after}))
+    EXPECT_TRUE(xml == tovrik::transmission_xml({.content = "x", .time = before}) ||
+                xml == tovrik::transmission_xml({.content = "x", .time = after}))
         << xml;
 }
 
@@ -111,7 +111,7 @@ TEST(sim_json_stream, passes_lines_on_as_they_come_and_outlives_its_end)
     unique_fd writing{ends[1]};
     auto options = quick_server();
     options.json_stream_fd = reading.get();
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_TRUE(client.receive());
@@ -134,7 +134,7 @@ TEST(sim_json_stream, refuses_what_cannot_be_waited_for)
     const unique_fd file{open("/dev/null", O_RDONLY | O_CLOEXEC)};
     auto options = quick_server();
     options.json_stream_fd = file.get();
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     EXPECT_FALSE(server.start());
     EXPECT_EQ(server.error(), "cannot wait for JSON: Operation not permitted");
 }
@@ -154,7 +154,7 @@ TEST_F(sim_json_files, are_read_but_for_their_broken_lines)
 {
     std::vector<std::string> complaints;
     const std::string path = written(std::string{flat} + "\nbroken\n" + vdl2);
-    const auto file = sim::open_json_file(
+    const auto file = tovrik::open_json_file(
         path, [&complaints](const std::string& text) { complaints.push_back(text); });
     unlink(path.c_str());
     EXPECT_EQ(file.error, "");
@@ -167,11 +167,11 @@ TEST_F(sim_json_files, are_read_but_for_their_broken_lines)
 TEST_F(sim_json_files, are_refused_without_messages)
 {
     const std::string path = written("{}\nbroken\n");
-    EXPECT_EQ(sim::open_json_file(path, {}).error, path + ": holds no message");
+    EXPECT_EQ(tovrik::open_json_file(path, {}).error, path + ": holds no message");
     unlink(path.c_str());
-    EXPECT_EQ(sim::open_json_file("/nowhere/at/all", {}).error,
+    EXPECT_EQ(tovrik::open_json_file("/nowhere/at/all", {}).error,
               "/nowhere/at/all: No such file or directory");
-    EXPECT_NE(sim::open_json_file("/tmp", {}).error, "");
+    EXPECT_NE(tovrik::open_json_file("/tmp", {}).error, "");
 }
 
 TEST_F(sim_json_files, come_over_and_over_at_the_rate)
@@ -181,7 +181,7 @@ TEST_F(sim_json_files, come_over_and_over_at_the_rate)
     options.queue_limit = 1000;
     for (const char* text : {"a", "b", "c"})
         options.replay_messages.push_back({.content = text, .time = 1752148020});
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_TRUE(client.receive());

@@ -1,8 +1,8 @@
 // sim_json_lines.hpp - lines of JSON as receivers print them, for the tests of both halves.
 #pragma once
 
-#include "sim/json_message.hpp"
-#include "sim/transmission.hpp"
+#include "server/inputs/json_message.hpp"
+#include "server/messages/transmission.hpp"
 
 #include <gtest/gtest.h>
 
@@ -25,10 +25,10 @@ inline constexpr const char* hfdl =
     R"(","blk_id":"A","msg_text":""}}}}})";
 
 /// The one message of a line.
-inline sim::transmission only_part(const std::string& line)
+inline tovrik::transmission only_part(const std::string& line)
 {
-    const auto read = sim::read_json_message(line);
+    const auto read = tovrik::read_json_message(line);
     EXPECT_EQ(read.error, "") << line;
     EXPECT_EQ(read.parts.size(), 1U) << line;
-    return read.parts.empty() ? sim::transmission{} : read.parts.front();
+    return read.parts.empty() ? tovrik::transmission{} : read.parts.front();
 }

@@ -1,11 +1,11 @@
 // sim_json_test.cpp - messages of receivers, read from their JSON.
 #include "sim_json_lines.hpp"
 
-#include "sim/carried_text.hpp"
-#include "sim/json_lines.hpp"
-#include "sim/json_message.hpp"
-#include "sim/limits.hpp"
-#include "sim/transmission.hpp"
+#include "server/base/limits.hpp"
+#include "server/inputs/json_lines.hpp"
+#include "server/inputs/json_message.hpp"
+#include "server/messages/carried_text.hpp"
+#include "server/messages/transmission.hpp"
 
 #include "data/xml.hpp"
 
@@ -20,31 +20,31 @@ namespace
 TEST(sim_json, reads_the_flat_form)
 {
     const auto message = only_part(flat);
-    const sim::transmission expected{.mode = "2",
-                                     .registration = "N827NW",
-                                     .label = "H1",
-                                     .block_id = "9",
-                                     .message_number = "D52A",
-                                     .flight_number = "NW0183",
-                                     .content = "LINE ONE\nLINE TWO",
-                                     .from = "EGLL",
-                                     .to = "OERK",
-                                     .time = 1752154097};
+    const tovrik::transmission expected{.mode = "2",
+                                        .registration = "N827NW",
+                                        .label = "H1",
+                                        .block_id = "9",
+                                        .message_number = "D52A",
+                                        .flight_number = "NW0183",
+                                        .content = "LINE ONE\nLINE TWO",
+                                        .from = "EGLL",
+                                        .to = "OERK",
+                                        .time = 1752154097};
     EXPECT_EQ(transmission_xml(message), transmission_xml(expected));
 }
 
 TEST(sim_json, reads_frames_of_vdl2_and_hfdl)
 {
-    const sim::transmission by_vdl2{.mode = "2",
-                                    .registration = "N8713M",
-                                    .label = "H1",
-                                    .block_id = "1",
-                                    .message_number = "D45A",
-                                    .flight_number = "WN0655",
-                                    .content = "HELLO",
-                                    .time = 1791076482};
+    const tovrik::transmission by_vdl2{.mode = "2",
+                                       .registration = "N8713M",
+                                       .label = "H1",
+                                       .block_id = "1",
+                                       .message_number = "D45A",
+                                       .flight_number = "WN0655",
+                                       .content = "HELLO",
+                                       .time = 1791076482};
     EXPECT_EQ(transmission_xml(only_part(vdl2)), transmission_xml(by_vdl2));
-    const sim::transmission by_hfdl{
+    const tovrik::transmission by_hfdl{
         .mode = "2", .registration = "N8713M", .label = "_d", .block_id = "A", .time = 1791076482};
     EXPECT_EQ(transmission_xml(only_part(hfdl)), transmission_xml(by_hfdl));
 }
@@ -86,7 +86,7 @@ TEST(sim_json, ignores_what_is_no_message)
          {"{}", R"({"app":"receiver"})", R"({"vdl2":{}})", R"({"vdl2":{"avlc":{"acars":null}}})",
           R"({"vdl2":{"avlc":{"cmd":"RR"}}})", R"({"vdl2":7})", R"({"hfdl":{"lpdu":{}}})",
           R"({"hfdl":{"lpdu":{"hfnpdu":[]}}})", R"({"vdl2":{"avlc":[1]},"text":"x"})"}) {
-        const auto read = sim::read_json_message(line);
+        const auto read = tovrik::read_json_message(line);
         const bool null_acars = std::string{line}.find("null") != std::string::npos;
         EXPECT_EQ(read.error.empty(), !null_acars) << line;
         EXPECT_TRUE(read.parts.empty()) << line;
@@ -109,14 +109,14 @@ TEST(sim_json, says_what_is_broken)
         {R"({"vdl2":{"avlc":{"acars":"x"}}})", "its acars member is no object"},
         {R"({"tail":")" + std::string(65, 'x') + R"("})", "a field is longer than 64 bytes"}};
     for (const auto& row : rows) {
-        const auto read = sim::read_json_message(row.line);
+        const auto read = tovrik::read_json_message(row.line);
         EXPECT_EQ(read.error, row.error) << row.line.substr(0, 40);
         EXPECT_TRUE(read.parts.empty());
     }
     std::string deep;
     for (int i = 0; i < 9000; ++i)
         deep += R"({"a":)";
-    EXPECT_EQ(sim::read_json_message(deep + "1" + std::string(9000, '}')).error, "");
+    EXPECT_EQ(tovrik::read_json_message(deep + "1" + std::string(9000, '}')).error, "");
 }
 
 TEST(sim_json, brings_texts_into_latin_1)
@@ -133,13 +133,13 @@ TEST(sim_json, brings_texts_into_latin_1)
                 {"\xff", "?"},
                 {"\xc3", "?"}};
     for (const auto& row : rows)
-        EXPECT_EQ(sim::latin1_text(row.utf8), row.text) << row.utf8;
-    EXPECT_EQ(sim::latin1_text(std::string_view{"a\0b", 3}), "a b");
-    EXPECT_EQ(sim::as_utf8("M\xfcnchen"), "M\xc3\xbcnchen") << "taken for Latin 1";
-    EXPECT_EQ(sim::as_utf8("M\xc3\xbcnchen"), "M\xc3\xbcnchen");
+        EXPECT_EQ(tovrik::latin1_text(row.utf8), row.text) << row.utf8;
+    EXPECT_EQ(tovrik::latin1_text(std::string_view{"a\0b", 3}), "a b");
+    EXPECT_EQ(tovrik::as_utf8("M\xfcnchen"), "M\xc3\xbcnchen") << "taken for Latin 1";
+    EXPECT_EQ(tovrik::as_utf8("M\xc3\xbcnchen"), "M\xc3\xbcnchen");
     for (const char* not_utf8 : {"\xc0\x80", "\xe0\x80\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80",
                                  "\xf8\x88\x80\x80\x80", "\xe2\x82"})
-        EXPECT_NE(sim::as_utf8(not_utf8), not_utf8);
+        EXPECT_NE(tovrik::as_utf8(not_utf8), not_utf8);
     EXPECT_EQ(only_part("{\"text\":\"M\xfcnchen\"}").content, "M\xfcnchen");
 }
 
@@ -149,21 +149,21 @@ TEST(sim_json, cuts_content_at_lines_where_it_can)
     std::string content = line;
     for (int i = 0; i < 11; ++i)
         content += "\n" + line;
-    const auto parts = sim::content_parts(content);
+    const auto parts = tovrik::content_parts(content);
     ASSERT_EQ(parts.size(), 3U);
     EXPECT_EQ(parts[0] + "\n" + parts[1] + "\n" + parts[2], content);
 
-    const std::string long_line(sim::max_value_bytes * 2 + 7, 'y');
-    const auto pieces = sim::content_parts("\n" + long_line + "\nend\n\n");
+    const std::string long_line(tovrik::max_value_bytes * 2 + 7, 'y');
+    const auto pieces = tovrik::content_parts("\n" + long_line + "\nend\n\n");
     std::string together;
     for (const auto& piece : pieces) {
-        EXPECT_LE(piece.size(), sim::max_value_bytes);
+        EXPECT_LE(piece.size(), tovrik::max_value_bytes);
         together += piece;
     }
     EXPECT_EQ(together, "\n" + long_line + "\nend");
-    EXPECT_EQ(sim::content_parts(std::string(sim::max_value_bytes, 'z')).size(), 1U);
-    EXPECT_EQ(sim::content_parts(std::string(sim::max_value_bytes, 'z') + "\nx").size(), 2U);
-    EXPECT_EQ(sim::content_parts("\n\n"), std::vector<std::string>{""});
+    EXPECT_EQ(tovrik::content_parts(std::string(tovrik::max_value_bytes, 'z')).size(), 1U);
+    EXPECT_EQ(tovrik::content_parts(std::string(tovrik::max_value_bytes, 'z') + "\nx").size(), 2U);
+    EXPECT_EQ(tovrik::content_parts("\n\n"), std::vector<std::string>{""});
 }
 
 TEST(sim_json, loses_nothing_of_a_long_text_on_the_way_to_the_clients_reader)
@@ -171,7 +171,7 @@ TEST(sim_json, loses_nothing_of_a_long_text_on_the_way_to_the_clients_reader)
     std::string text;
     for (int i = 0; i < 2000; ++i)
         text += static_cast<char>('A' + i % 26);
-    const auto read = sim::read_json_message(R"({"label":"H1","text":")" + text + R"("})");
+    const auto read = tovrik::read_json_message(R"({"label":"H1","text":")" + text + R"("})");
     ASSERT_GT(read.parts.size(), 3U);
     std::string together;
     for (const auto& part : read.parts) {
@@ -190,7 +190,7 @@ TEST(sim_json, replaces_markup_and_percent_signs)
 
 TEST(sim_json, makes_lines_of_bytes_however_they_come)
 {
-    sim::json_lines lines{{}};
+    tovrik::json_lines lines{{}};
     const std::string bytes = "{\"text\":\"a\"}\r\n\n  \n{\"text\":\"b\"}\n{\"text\":\"c\"}";
     std::string heard;
     for (const char c : bytes) {
@@ -207,7 +207,8 @@ TEST(sim_json, makes_lines_of_bytes_however_they_come)
 TEST(sim_json, bounds_lines_and_what_it_says_of_broken_ones)
 {
     std::vector<std::string> complaints;
-    sim::json_lines lines{[&complaints](const std::string& text) { complaints.push_back(text); }};
+    tovrik::json_lines lines{
+        [&complaints](const std::string& text) { complaints.push_back(text); }};
     for (int i = 0; i < 3; ++i)
         EXPECT_TRUE(lines.take(std::string(60000, 'x')).empty());
     EXPECT_EQ(lines.take("\n{\"text\":\"a\"}\n").size(), 1U) << "the next line is read again";
@@ -220,7 +221,7 @@ TEST(sim_json, bounds_lines_and_what_it_says_of_broken_ones)
     const auto seconds =
         std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - begin);
     EXPECT_EQ(lines.broken(), 5001U);
-    EXPECT_LE(complaints.size(), static_cast<std::size_t>(sim::max_complaints_per_second) *
+    EXPECT_LE(complaints.size(), static_cast<std::size_t>(tovrik::max_complaints_per_second) *
                                      static_cast<std::size_t>(seconds.count() + 2));
     EXPECT_GT(complaints.size(), 1U);
 }

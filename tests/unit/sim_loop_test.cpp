@@ -2,8 +2,9 @@
 // rests when the system has no descriptor left, and leaves signals and addresses to others.
 #include "sim_raw_client.hpp"
 
-#include "sim/limits.hpp"
-#include "sim/server_core.hpp"
+#include "server/base/limits.hpp"
+#include "server/practice/directory.hpp"
+#include "server/services/server_loop.hpp"
 
 #include <gtest/gtest.h>
 
@@ -24,10 +25,10 @@ using namespace std::chrono_literals;
 
 TEST(sim_loop, sleeps_until_what_is_next_is_due)
 {
-    const sim::server_options options = quick_server();
-    sim::server_core core{options};
-    constexpr sim::time_point now{1000s};
-    EXPECT_EQ(core_wait_ms(core, now), -1) << "nothing is ever due";
+    const tovrik::service_options options;
+    const tovrik::server_core core{options};
+    constexpr tovrik::time_point now{1000s};
+    EXPECT_EQ(loop_wait_ms(core, tovrik::never, now), -1) << "nothing is ever due";
     const struct {
         std::chrono::nanoseconds until;
         int wait_ms;
@@ -35,9 +36,9 @@ TEST(sim_loop, sleeps_until_what_is_next_is_due)
                 {1999us, 2},     {0ns, 0},   {-5ms, 0}, {59'999ms + 1us, 60'000},
                 {3'600s, 60'000}};
     for (const auto& row : rows) {
-        core.next_transmission =
-            now + std::chrono::duration_cast<sim::steady_clock::duration>(row.until);
-        EXPECT_EQ(core_wait_ms(core, now), row.wait_ms) << row.until.count() << " ns";
+        const auto next =
+            now + std::chrono::duration_cast<tovrik::steady_clock::duration>(row.until);
+        EXPECT_EQ(loop_wait_ms(core, next, now), row.wait_ms) << row.until.count() << " ns";
     }
 }
 
@@ -68,10 +69,10 @@ private:
 
 TEST(sim_listener, rests_while_the_system_is_short_of_descriptors)
 {
-    sim::tcp_listener listener;
+    tovrik::tcp_listener listener;
     ASSERT_EQ(listener_open(listener, "127.0.0.1", 0), "");
     const unique_fd epoll{epoll_create1(EPOLL_CLOEXEC)};
-    ASSERT_TRUE(sim::watch(epoll.get(), EPOLL_CTL_ADD, listener.socket.get(), EPOLLIN));
+    ASSERT_TRUE(tovrik::watch(epoll.get(), EPOLL_CTL_ADD, listener.socket.get(), EPOLLIN));
     const auto is_woken = [&] {
         epoll_event event;
         return epoll_wait(epoll.get(), &event, 1, 0) == 1;
@@ -79,28 +80,28 @@ TEST(sim_listener, rests_while_the_system_is_short_of_descriptors)
     const sim_raw_client waiting{listener.port};
     ASSERT_TRUE(wait_for_socket(listener.socket.get(), POLLIN, default_patience));
     ASSERT_TRUE(is_woken());
-    const sim::time_point before = sim::steady_clock::now();
+    const tovrik::time_point before = tovrik::steady_clock::now();
     {
         const no_more_descriptors shortage;
         EXPECT_FALSE(listener_accept(listener, epoll.get()));
     }
     EXPECT_FALSE(is_woken()) << "the client that waits would wake the loop again and again";
-    const sim::time_point resume_at = listener.accept_again_at;
-    EXPECT_GE(resume_at, before + std::chrono::milliseconds{sim::accept_retry_ms});
-    EXPECT_NE(resume_at, sim::never);
+    const tovrik::time_point resume_at = listener.accept_again_at;
+    EXPECT_GE(resume_at, before + std::chrono::milliseconds{tovrik::accept_retry_ms});
+    EXPECT_NE(resume_at, tovrik::never);
     listener_resume(listener, epoll.get(), resume_at - 1ms);
     EXPECT_FALSE(is_woken());
     listener_resume(listener, epoll.get(), resume_at);
     EXPECT_TRUE(is_woken());
-    EXPECT_EQ(listener.accept_again_at, sim::never);
+    EXPECT_EQ(listener.accept_again_at, tovrik::never);
     EXPECT_TRUE(listener_accept(listener, epoll.get()));
 }
 
 TEST(sim_directory_connection, is_closed_by_the_client_so_that_nothing_sent_is_lost)
 {
-    sim::server_options options = quick_server();
+    tovrik::server_options options = quick_server();
     options.directory_port = 0;
-    sim::directory_service directory;
+    tovrik::directory_service directory;
     const unique_fd epoll{epoll_create1(EPOLL_CLOEXEC)};
     ASSERT_EQ(directory_open(directory, options, epoll.get(), 2202), "");
     sim_raw_client client{directory.listener.port};
@@ -109,7 +110,7 @@ TEST(sim_directory_connection, is_closed_by_the_client_so_that_nothing_sent_is_l
         ASSERT_EQ(epoll_wait(epoll.get(), &event, 1, static_cast<int>(default_patience.count())),
                   1);
         directory_on_event(directory, options, epoll.get(), event.data.fd);
-        directory_on_time(directory, epoll.get(), sim::steady_clock::now());
+        directory_on_time(directory, epoll.get(), tovrik::steady_clock::now());
     };
     ASSERT_NO_FATAL_FAILURE(handle_next());
     ASSERT_TRUE(client.send_bytes("GET /tovrikserver.main HTTP/1.0\r\n\r\nand more"));
@@ -125,7 +126,7 @@ TEST(sim_directory_connection, is_closed_by_the_client_so_that_nothing_sent_is_l
 TEST(sim_listener, gets_its_address_again_at_once_after_closing_connections)
 {
     auto options = quick_server();
-    sim::practice_server first{options};
+    tovrik::practice_server first{options};
     ASSERT_TRUE(first.start());
     options.port = first.port();
     sim_raw_client client{first.port()};
@@ -134,7 +135,7 @@ TEST(sim_listener, gets_its_address_again_at_once_after_closing_connections)
     first.stop();
     ASSERT_TRUE(client.ends());
     client.hang_up();
-    sim::practice_server second{options};
+    tovrik::practice_server second{options};
     EXPECT_TRUE(second.start()) << second.error();
 }
 
@@ -167,7 +168,7 @@ TEST(sim_loop, leaves_all_signals_to_the_programs_own_threads)
     // The thread sanitizer starts a thread of its own beside the first one.
     std::thread{[] {}}.join();
     const std::set<std::string> before = find_threads();
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     ASSERT_TRUE(server.start());
     pthread_sigmask(SIG_BLOCK, nullptr, &mask_after);
     // A new thread blocks everything until it has begun to run.

@@ -1,7 +1,7 @@
 // sim_messages_test.cpp - the practice server's messages: made up, recorded, pushed and replayed.
 #include "sim_raw_client.hpp"
 
-#include "sim/traffic_generator.hpp"
+#include "server/practice/traffic_generator.hpp"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ std::string decompressed(const server_packet& received)
 
 TEST(sim_messages, withholds_uplinks_from_a_client_that_wants_none)
 {
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_TRUE(client.receive());
@@ -51,7 +51,7 @@ TEST(sim_messages, replays_as_many_recent_transmissions_as_it_announces)
     options.replay_count = 3;
     options.queue_limit = 1; // newer ones may push each other out, but none of these
     options.pace_ms = 5;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     for (const char* text : {"<?xml?>1", "<?xml?>2", "<?xml?>3", "<?xml?>4"})
         EXPECT_TRUE(server.push_transmission(text));
@@ -78,11 +78,11 @@ TEST(sim_messages, has_past_transmissions_to_replay_from_the_start)
     options.replay_count = 5;
     options.seed = 9;
     options.fixed_time = 1752148020;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     EXPECT_EQ(client.receive_kind(27)->param1, 5);
-    sim::traffic_generator traffic{9};
+    tovrik::traffic_generator traffic{9};
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(client.receive()->payload, transmission_xml(traffic.next(1752148020)));
 }
@@ -94,12 +94,12 @@ TEST(sim_messages, generates_traffic_from_its_seed)
     options.queue_limit = 1000; // a stalled machine must not leave gaps here
     options.seed = 5;
     options.fixed_time = 1752148020;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_EQ(client.receive()->kind, 41U);
     // Messages go by whether somebody listens or not, so the first one heard may be any.
-    sim::traffic_generator traffic{5};
+    tovrik::traffic_generator traffic{5};
     auto received = client.receive();
     ASSERT_TRUE(received);
     std::string expected;
@@ -118,7 +118,7 @@ TEST(sim_messages, compresses_transmissions_where_told_so)
 {
     auto options = quick_server();
     options.compressed = true;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_EQ(client.receive()->kind, 41U);
@@ -138,7 +138,7 @@ TEST(sim_messages, replays_recorded_documents_in_turn)
     options.rate_per_minute = 6000;
     options.queue_limit = 1000;
     options.replay_documents = {"<?xml?>a", "<?xml?>b", "<?xml?>c"};
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_EQ(client.receive()->kind, 41U);
@@ -153,7 +153,7 @@ TEST(sim_messages, sends_ticks_between_transmissions)
     auto options = quick_server();
     options.tick_every_ms = 5;
     options.rate_per_minute = 6000;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     EXPECT_TRUE(client.receive_kind(5));
@@ -164,7 +164,7 @@ TEST(sim_messages, sends_ticks_between_transmissions)
 
 TEST(sim_messages, sends_any_packet_as_it_is)
 {
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_TRUE(client.receive());

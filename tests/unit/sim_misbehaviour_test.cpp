@@ -21,7 +21,7 @@ protected:
         EXPECT_TRUE(honest->receive());
     }
 
-    static sim::server_options options()
+    static tovrik::server_options options()
     {
         auto chosen = quick_server();
         chosen.record_limit = 100;
@@ -35,7 +35,7 @@ protected:
         return honest->send_text(148, "^") && honest->receive_kind(5).has_value();
     }
 
-    sim::practice_server server;
+    tovrik::practice_server server;
     std::unique_ptr<sim_raw_client> honest;
 };
 

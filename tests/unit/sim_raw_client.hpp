@@ -3,7 +3,7 @@
 // Reads as fast as packets come and builds its bytes by hand, so that it can also misbehave.
 #pragma once
 
-#include "sim/practice_server.hpp"
+#include "server/practice/practice_server.hpp"
 #include "support/loopback.hpp"
 #include "support/patience.hpp"
 #include "support/server_packet.hpp"
@@ -126,9 +126,9 @@ inline std::vector<std::uint32_t> next_kinds(sim_raw_client& client, std::size_t
 }
 
 /// Options of a server that does not hold its packets back.
-inline sim::server_options quick_server()
+inline tovrik::server_options quick_server()
 {
-    sim::server_options options;
+    tovrik::server_options options;
     options.pace_ms = 0;
     return options;
 }

@@ -1,7 +1,7 @@
 // sim_reference_test.cpp - what clients add to the practice server's database, and its use.
-#include "sim/feed.hpp"
-#include "sim/limits.hpp"
-#include "sim/reference_use.hpp"
+#include "server/base/limits.hpp"
+#include "server/practice/feed.hpp"
+#include "server/storage/reference_use.hpp"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ namespace
 
 constexpr std::time_t thursday = 1752148020; // 10 July 2025
 
-sim::transmission message_of(const char* flight_number)
+tovrik::transmission message_of(const char* flight_number)
 {
     return {.registration = "D-AIQA",
             .label = "H1",
@@ -61,30 +61,30 @@ TEST(sim_reference, takes_requests_with_the_right_fields_only)
         {32, "Q0\tLink test", false},
     };
     for (const auto& row : rows) {
-        sim::reference_data reference;
+        tovrik::reference_data reference;
         EXPECT_EQ(reference.add(row.kind, row.text), row.right) << row.kind << " " << row.text;
         EXPECT_EQ(reference.size(), row.right ? 1U : 0U);
     }
-    sim::reference_data reference;
-    EXPECT_TRUE(reference.add(31, "LH\t" + std::string(sim::max_field_bytes, 'x')));
-    EXPECT_FALSE(reference.add(31, "LX\t" + std::string(sim::max_field_bytes + 1, 'x')));
+    tovrik::reference_data reference;
+    EXPECT_TRUE(reference.add(31, "LH\t" + std::string(tovrik::max_field_bytes, 'x')));
+    EXPECT_FALSE(reference.add(31, "LX\t" + std::string(tovrik::max_field_bytes + 1, 'x')));
 }
 
 TEST(sim_reference, replaces_what_has_the_same_name_and_ends_at_its_bound)
 {
-    sim::reference_data reference;
-    for (std::size_t i = 0; i < sim::max_reference_entries; ++i)
+    tovrik::reference_data reference;
+    for (std::size_t i = 0; i < tovrik::max_reference_entries; ++i)
         ASSERT_TRUE(reference.add(31, "A" + std::to_string(i) + "\tname"));
     EXPECT_FALSE(reference.add(31, "B\tname"));
     EXPECT_TRUE(reference.add(31, "a7\tother")) << "one in the place of another";
-    EXPECT_EQ(reference.size(), sim::max_reference_entries);
+    EXPECT_EQ(reference.size(), tovrik::max_reference_entries);
     EXPECT_EQ(reference.find(31, "A7")->fields[1], "other");
     EXPECT_EQ(reference.find(33, "A7"), nullptr);
 }
 
 TEST(sim_reference, names_the_operator_of_an_airlines_flights)
 {
-    sim::reference_data reference;
+    tovrik::reference_data reference;
     ASSERT_TRUE(reference.add(31, "LH\tHansa of the Air"));
     ASSERT_TRUE(reference.add(31, "DLH\tThe Long Code"));
     ASSERT_TRUE(reference.add(31, "L\tToo short"));
@@ -112,7 +112,7 @@ TEST(sim_reference, routes_a_flight_on_its_days)
                 {"LH400\tMUC\t\tXXXXXXX", "MUC-"},
                 {"LH401\tMUC-SIN\t\tXXXXXXX", "FRA-JFK"}};
     for (const auto& row : rows) {
-        sim::reference_data reference;
+        tovrik::reference_data reference;
         ASSERT_TRUE(reference.add(30, row.text));
         auto message = message_of("LH0400");
         apply_reference(message, reference);
@@ -131,7 +131,7 @@ TEST(sim_reference, describes_aircraft_with_the_operator_that_its_codes_name)
                 {"??\tNEW", "New Wings"},
                 {"BA\tNEW", "British Airways"}};
     for (const auto& row : rows) {
-        sim::reference_data reference;
+        tovrik::reference_data reference;
         ASSERT_TRUE(reference.add(31, "NEW\tNew Wings"));
         ASSERT_TRUE(reference.add(38, "d-aiqa\tBoeing\tB737\tB737-5K5\t\t" +
                                           std::string{row.codes} + "\t\t"));
@@ -144,7 +144,7 @@ TEST(sim_reference, describes_aircraft_with_the_operator_that_its_codes_name)
 
 TEST(sim_reference, describes_labels_first_for_the_airline)
 {
-    sim::reference_data reference;
+    tovrik::reference_data reference;
     ASSERT_TRUE(reference.add(34, "H1\tAny airline's"));
     ASSERT_TRUE(reference.add(34, "H1LH\tLufthansa's"));
     auto message = message_of("LH0400");
@@ -157,31 +157,30 @@ TEST(sim_reference, describes_labels_first_for_the_airline)
 
 TEST(sim_reference, names_airports)
 {
-    sim::reference_data reference;
+    tovrik::reference_data reference;
     ASSERT_TRUE(reference.add(33, "FRA\tFrankfurt, Germany"));
-    EXPECT_EQ(sim::airport_text("fra", reference), "fra (Frankfurt, Germany)");
-    EXPECT_EQ(sim::airport_text("JFK", reference), "JFK");
+    EXPECT_EQ(tovrik::airport_text("fra", reference), "fra (Frankfurt, Germany)");
+    EXPECT_EQ(tovrik::airport_text("JFK", reference), "JFK");
 }
 
 /// Messages of a feed of made-up traffic.
-std::vector<sim::transmission> heard(const sim::reference_data& reference, int count)
+std::vector<tovrik::transmission> heard(const tovrik::reference_data& reference, int count)
 {
-    sim::server_options options;
+    tovrik::server_options options;
     options.fixed_time = thursday;
-    sim::feed feed{options, reference};
-    std::vector<sim::transmission> messages;
+    tovrik::feed feed{options, reference};
+    std::vector<tovrik::transmission> messages;
     for (int i = 0; i < count; ++i) {
-        auto item = feed.next();
-        EXPECT_TRUE(item);
-        if (item)
-            messages.push_back(item->message);
+        auto message = std::get<tovrik::transmission>(feed.next(thursday));
+        apply_reference(message, reference);
+        messages.push_back(std::move(message));
     }
     return messages;
 }
 
 TEST(sim_reference, soon_shows_in_the_traffic)
 {
-    sim::reference_data reference;
+    tovrik::reference_data reference;
     ASSERT_TRUE(reference.add(31, "ZZ\tZeppelin Lines"));
     ASSERT_TRUE(reference.add(30, "ZY77\tFDH-NYC\t\tXXXXXXX"));
     ASSERT_TRUE(reference.add(38, "D-LZ129\tZeppelin\tLZ\tLZ 129\t\tZZ\t\t\t"));
@@ -212,7 +211,7 @@ TEST(sim_reference, soon_shows_in_the_traffic)
 
 TEST(sim_reference, without_entries_leaves_the_traffic_as_it_was)
 {
-    sim::traffic_generator traffic{1};
+    tovrik::traffic_generator traffic{1};
     for (const auto& message : heard({}, 200))
         ASSERT_EQ(transmission_xml(message), transmission_xml(traffic.next(thursday)));
 }

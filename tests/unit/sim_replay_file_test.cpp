@@ -1,7 +1,7 @@
 // sim_replay_file_test.cpp - recorded transmissions: how a file is cut, and what is refused.
-#include "sim/replay_file.hpp"
+#include "server/practice/replay_file.hpp"
 
-#include "sim/limits.hpp"
+#include "server/base/limits.hpp"
 
 #include <gtest/gtest.h>
 
@@ -15,8 +15,8 @@ namespace
 
 TEST(sim_replay_file, cuts_at_every_line_that_begins_with_a_declaration)
 {
-    const auto result = sim::split_documents("\n  \n<?xml version=\"1.0\"?>\n<a>1\n\n2</a>\n\n\n"
-                                             "<?xml version=\"1.0\"?><b>x <?xml y</b>\r\n");
+    const auto result = tovrik::split_documents("\n  \n<?xml version=\"1.0\"?>\n<a>1\n\n2</a>\n\n\n"
+                                                "<?xml version=\"1.0\"?><b>x <?xml y</b>\r\n");
     ASSERT_EQ(result.error, "");
     ASSERT_EQ(result.documents.size(), 2U);
     EXPECT_EQ(result.documents[0], "<?xml version=\"1.0\"?>\n<a>1\n\n2</a>");
@@ -39,7 +39,7 @@ TEST(sim_replay_file, refuses_texts_that_are_no_list_of_documents)
         {declaration + std::string(1, '\0'), "document 1 holds a NUL byte"},
     };
     for (const auto& row : cases) {
-        const auto result = sim::split_documents(row.text);
+        const auto result = tovrik::split_documents(row.text);
         EXPECT_EQ(result.error, row.error);
         EXPECT_TRUE(result.documents.empty());
     }
@@ -48,8 +48,8 @@ TEST(sim_replay_file, refuses_texts_that_are_no_list_of_documents)
 TEST(sim_replay_file, takes_a_document_of_the_greatest_size)
 {
     const std::string declaration = "<?xml version=\"1.0\"?>";
-    const auto result = sim::split_documents(
-        declaration + std::string(sim::max_text_bytes - declaration.size(), 'x') + "\n");
+    const auto result = tovrik::split_documents(
+        declaration + std::string(tovrik::max_text_bytes - declaration.size(), 'x') + "\n");
     EXPECT_EQ(result.error, "");
 }
 
@@ -64,15 +64,15 @@ TEST(sim_replay_file, reads_a_file_and_names_it_in_errors)
     std::fputs("<?xml version=\"1.0\"?><a>1</a>\n", file);
     std::fclose(file);
 
-    const auto result = sim::read_replay_file(path);
+    const auto result = tovrik::read_replay_file(path);
     EXPECT_EQ(result.error, "");
     EXPECT_EQ(result.documents, std::vector<std::string>{"<?xml version=\"1.0\"?><a>1</a>"});
 
-    std::filesystem::resize_file(path, sim::max_replay_file_bytes + 1);
-    EXPECT_EQ(sim::read_replay_file(path).error, path + ": larger than 16777216 bytes");
-    EXPECT_EQ(sim::read_replay_file(folder).error, folder.string() + ": Is a directory");
+    std::filesystem::resize_file(path, tovrik::max_replay_file_bytes + 1);
+    EXPECT_EQ(tovrik::read_replay_file(path).error, path + ": larger than 16777216 bytes");
+    EXPECT_EQ(tovrik::read_replay_file(folder).error, folder.string() + ": Is a directory");
     std::filesystem::remove_all(folder);
-    EXPECT_EQ(sim::read_replay_file(path).error, path + ": No such file or directory");
+    EXPECT_EQ(tovrik::read_replay_file(path).error, path + ": No such file or directory");
 }
 
 } // namespace

@@ -1,11 +1,11 @@
 // sim_report_test.cpp - the practice server's reports of a day.
 #include "sim_raw_client.hpp"
 
-#include "sim/limits.hpp"
-#include "sim/message_archive.hpp"
-#include "sim/read_transmission.hpp"
-#include "sim/report_requests.hpp"
-#include "sim/server_core.hpp"
+#include "server/base/limits.hpp"
+#include "server/messages/read_transmission.hpp"
+#include "server/services/report_requests.hpp"
+#include "server/services/server_core.hpp"
+#include "server/storage/message_archive.hpp"
 #include "unit/sim_sample_message.hpp"
 
 #include <gtest/gtest.h>
@@ -60,7 +60,7 @@ received_report receive_report(sim_raw_client& client)
     return report;
 }
 
-sim::server_options reporting_server()
+tovrik::server_options reporting_server()
 {
     auto options = quick_server();
     options.capabilities.reports = "1";
@@ -69,8 +69,8 @@ sim::server_options reporting_server()
 
 TEST(sim_report, shows_the_messages_of_its_day)
 {
-    sim::message_archive archive;
-    sim::reference_data reference;
+    tovrik::message_archive archive;
+    tovrik::reference_data reference;
     ASSERT_TRUE(reference.add(33, "FRA\tFrankfurt, Germany"));
     archive.add(sample_message("D-AIQA"), sample_time, reference);
     archive.add({.registration = "D-AIQB"}, sample_time + 86400, reference);
@@ -82,7 +82,7 @@ TEST(sim_report, shows_the_messages_of_its_day)
               "       Mode 2  Label H1  Block 7  Message M07A\n"
               "       LINE ONE\n"
               "       LINE TWO\n\n");
-    EXPECT_EQ(archive.report_of(sim::local_day(sample_time + 86400), "practice").substr(37),
+    EXPECT_EQ(archive.report_of(tovrik::local_day(sample_time + 86400), "practice").substr(37),
               "1 message. Times are UTC.\n\n--:--  D-AIQB\n\n");
     EXPECT_EQ(archive.report_of({10, 7, 2024}, "practice"), "");
     EXPECT_EQ(archive.report_of({}, "practice"), "") << "a moment beyond all calendars";
@@ -90,25 +90,25 @@ TEST(sim_report, shows_the_messages_of_its_day)
 
 TEST(sim_report, takes_messages_that_are_dated_or_were_sent_on_its_day)
 {
-    sim::message_archive archive;
+    tovrik::message_archive archive;
     archive.add(sample_message("D-AIQA"), sample_time + 100L * 86400, {});
     EXPECT_NE(archive.report_of({10, 7, 2025}, ""), "");
-    EXPECT_NE(archive.report_of(sim::local_day(sample_time + 100L * 86400), ""), "");
+    EXPECT_NE(archive.report_of(tovrik::local_day(sample_time + 100L * 86400), ""), "");
 }
 
 TEST(sim_report, is_bounded_and_says_so)
 {
-    sim::message_archive archive;
+    tovrik::message_archive archive;
     auto message = sample_message("D-FIRST");
     message.content = std::string(500, 'x');
     archive.add(message, sample_time, {});
-    const std::size_t count = sim::max_report_bytes / 500 + 100;
+    const std::size_t count = tovrik::max_report_bytes / 500 + 100;
     message.registration = "D-LATER";
     for (std::size_t i = 0; i < count; ++i)
         archive.add(message, sample_time, {});
     const std::string report = archive.report_of({10, 7, 2025}, "practice");
-    EXPECT_LE(report.size(), sim::max_report_bytes + 200);
-    EXPECT_GT(report.size(), sim::max_report_bytes - 2000);
+    EXPECT_LE(report.size(), tovrik::max_report_bytes + 200);
+    EXPECT_GT(report.size(), tovrik::max_report_bytes - 2000);
     EXPECT_NE(report.find(std::to_string(count + 1) + " messages, of which the latest "),
               std::string::npos);
     EXPECT_EQ(report.find("D-FIRST"), std::string::npos) << "the oldest are left out";
@@ -116,27 +116,27 @@ TEST(sim_report, is_bounded_and_says_so)
 
 TEST(sim_report, archive_drops_the_oldest_messages)
 {
-    sim::message_archive archive;
-    for (std::size_t i = 0; i < sim::max_archived_messages + 10; ++i)
+    tovrik::message_archive archive;
+    for (std::size_t i = 0; i < tovrik::max_archived_messages + 10; ++i)
         archive.add({.registration = "D"}, sample_time, {});
-    EXPECT_EQ(archive.size(), sim::max_archived_messages);
+    EXPECT_EQ(archive.size(), tovrik::max_archived_messages);
     auto message = sample_message("D-AIQA");
     message.content = std::string(4000, 'x');
-    for (std::size_t i = 0; i < sim::max_archived_bytes / 4000 + 200; ++i)
+    for (std::size_t i = 0; i < tovrik::max_archived_bytes / 4000 + 200; ++i)
         archive.add(message, sample_time, {});
-    EXPECT_LT(archive.size(), sim::max_archived_bytes / 4000);
+    EXPECT_LT(archive.size(), tovrik::max_archived_bytes / 4000);
 }
 
 TEST(sim_report, reads_messages_back_from_their_documents)
 {
     const auto message = sample_message("D-AIQA");
-    const auto read = sim::read_transmission(transmission_xml(message));
+    const auto read = tovrik::read_transmission(transmission_xml(message));
     EXPECT_EQ(transmission_xml(read), transmission_xml(message));
     EXPECT_EQ(read.time, sample_time);
     for (const char* xml : {"", "<?xml?>", "no document",
                             "<?xml?><tovrik><ACARS><MessageDate>"
                             "<Day>32</Day><Month>1</Month>"}) {
-        const auto nothing = sim::read_transmission(xml);
+        const auto nothing = tovrik::read_transmission(xml);
         EXPECT_EQ(nothing.time, 0) << xml;
         EXPECT_EQ(nothing.registration, "");
     }
@@ -144,7 +144,7 @@ TEST(sim_report, reads_messages_back_from_their_documents)
 
 TEST(sim_report, comes_in_pieces_that_decompress_to_what_was_sent)
 {
-    sim::practice_server server{reporting_server()};
+    tovrik::practice_server server{reporting_server()};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_TRUE(client.receive());
@@ -173,7 +173,7 @@ TEST(sim_report, comes_in_pieces_that_decompress_to_what_was_sent)
 
 TEST(sim_report, finds_a_day_by_any_moment_of_it)
 {
-    sim::practice_server server{reporting_server()};
+    tovrik::practice_server server{reporting_server()};
     ASSERT_TRUE(server.start());
     ASSERT_TRUE(server.push_transmission(transmission_xml(sample_message("D-AIQA"))));
     sim_raw_client client{server.port()};
@@ -192,7 +192,7 @@ TEST(sim_report, includes_the_messages_that_were_there_from_the_start)
     auto options = reporting_server();
     options.replay_count = 5;
     options.fixed_time = sample_time;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     client.send_text(70, request_of(sample_time));
@@ -201,7 +201,7 @@ TEST(sim_report, includes_the_messages_that_were_there_from_the_start)
 
 TEST(sim_report, is_refused_on_days_without_messages_and_for_requests_without_sense)
 {
-    sim::practice_server server{reporting_server()};
+    tovrik::practice_server server{reporting_server()};
     ASSERT_TRUE(server.start());
     ASSERT_TRUE(server.push_transmission(transmission_xml(sample_message("D-AIQA"))));
     sim_raw_client client{server.port()};
@@ -232,11 +232,11 @@ TEST(sim_report, is_refused_on_days_without_messages_and_for_requests_without_se
 class sim_report_answers : public testing::Test
 {
 protected:
-    void start(sim::report_answer answer)
+    void start(tovrik::report_answer answer)
     {
         auto options = reporting_server();
         options.reports = answer;
-        server = std::make_unique<sim::practice_server>(options);
+        server = std::make_unique<tovrik::practice_server>(options);
         ASSERT_TRUE(server->start());
         ASSERT_TRUE(server->push_transmission(transmission_xml(sample_message("D-AIQA"))));
         client = std::make_unique<sim_raw_client>(server->port());
@@ -244,29 +244,29 @@ protected:
         client->send_text(70, request_of(sample_time));
     }
 
-    std::unique_ptr<sim::practice_server> server;
+    std::unique_ptr<tovrik::practice_server> server;
     std::unique_ptr<sim_raw_client> client;
 };
 
 TEST_F(sim_report_answers, say_busy_or_empty)
 {
-    start(sim::report_answer::busy);
+    start(tovrik::report_answer::busy);
     EXPECT_EQ(client->receive()->kind, 72U);
-    start(sim::report_answer::empty);
+    start(tovrik::report_answer::empty);
     EXPECT_EQ(client->receive()->kind, 73U);
 }
 
 TEST_F(sim_report_answers, spoil_the_data)
 {
-    start(sim::report_answer::corrupt);
+    start(tovrik::report_answer::corrupt);
     receive_report(*client).text(Z_DATA_ERROR);
-    start(sim::report_answer::tight);
+    start(tovrik::report_answer::tight);
     receive_report(*client).text(Z_BUF_ERROR);
 }
 
 TEST_F(sim_report_answers, leave_the_last_piece_out)
 {
-    start(sim::report_answer::unfinished);
+    start(tovrik::report_answer::unfinished);
     EXPECT_EQ(next_kinds(*client, 2), (std::vector<std::uint32_t>{71, 74}));
     client->send_text(148, "^");
     EXPECT_EQ(client->receive()->kind, 5U) << "and no piece before it";
@@ -277,7 +277,7 @@ TEST(sim_report, lets_other_messages_pass_and_no_second_report_begin)
     auto options = reporting_server();
     options.pace_ms = 20;
     options.queue_limit = 1000;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     auto message = sample_message("D-AIQA");
     std::uint32_t state = 1;
@@ -308,18 +308,19 @@ TEST(sim_report, lets_other_messages_pass_and_no_second_report_begin)
 
 TEST(sim_report, is_under_way_for_a_bounded_number_of_clients)
 {
-    const sim::server_options options = reporting_server();
-    sim::server_core core{options};
+    const tovrik::service_options options{.capabilities = reporting_server().capabilities};
+    tovrik::server_core core{options};
+    const tovrik::channel home;
     core.services.archive.add(sample_message("D-AIQA"), sample_time, core.services.reference);
-    std::vector<sim::client_session*> sessions;
-    for (std::size_t count = 1; count <= sim::max_reports_at_once + 2; ++count) {
+    std::vector<tovrik::client_session*> sessions;
+    for (std::size_t count = 1; count <= tovrik::max_reports_at_once + 2; ++count) {
         const int fd = open("/dev/null", O_RDWR | O_CLOEXEC);
-        sim::client_session& session = core.sessions.try_emplace(fd, fd, count).first->second;
+        tovrik::client_session& session = core.sessions.try_emplace(fd, fd, home, count).first->second;
         answer_report_request(core, session, {.kind = 70, .payload = request_of(sample_time)});
-        const bool is_among_the_first = count <= sim::max_reports_at_once;
+        const bool is_among_the_first = count <= tovrik::max_reports_at_once;
         EXPECT_NE(session.report.empty(), is_among_the_first) << count;
         ASSERT_FALSE(session.assured.empty());
-        EXPECT_EQ(sim::decode_header(*session.assured.front()).kind,
+        EXPECT_EQ(tovrik::decode_header(*session.assured.front()).kind,
                   is_among_the_first ? 71U : 72U);
         sessions.push_back(&session);
     }

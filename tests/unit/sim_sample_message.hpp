@@ -1,7 +1,7 @@
 // sim_sample_message.hpp - a message with every text that the practice server can carry.
 #pragma once
 
-#include "sim/transmission.hpp"
+#include "server/messages/transmission.hpp"
 
 #include <ctime>
 #include <string>
@@ -10,7 +10,7 @@
 constexpr std::time_t sample_time = 1752148020;
 
 /// A message of that moment. Contacts and flights of the day are not known.
-inline sim::transmission sample_message(const std::string& registration = "D-AIQA")
+inline tovrik::transmission sample_message(const std::string& registration = "D-AIQA")
 {
     return {.mode = "2",
             .registration = registration,

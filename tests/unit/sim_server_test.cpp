@@ -13,7 +13,7 @@ constexpr const char* document = "<?xml version=\"1.0\"?><tovrik><ACARS></ACARS>
 
 TEST(sim_server, serves_many_clients_at_once)
 {
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     ASSERT_TRUE(server.start());
     std::vector<sim_raw_client> clients;
     clients.reserve(50);
@@ -32,7 +32,7 @@ TEST(sim_server, hangs_up_on_more_clients_than_it_takes)
 {
     auto options = quick_server();
     options.max_clients = 1;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client first{server.port()};
     ASSERT_TRUE(first.receive());
@@ -48,7 +48,7 @@ TEST(sim_server, remembers_what_clients_say)
 {
     auto options = quick_server();
     options.record_limit = 3;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     client.send_text(101, "0 02 001");
@@ -79,7 +79,7 @@ TEST(sim_server, remembers_what_clients_say)
 
 TEST(sim_server, lets_a_client_go_that_says_good_bye)
 {
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_TRUE(client.receive());
@@ -92,7 +92,7 @@ TEST(sim_server, lets_a_client_go_that_says_good_bye)
 
 TEST(sim_server, hears_the_good_bye_of_a_client_that_hangs_up_with_it)
 {
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     ASSERT_TRUE(server.start());
     {
         sim_raw_client client{server.port()};
@@ -109,7 +109,7 @@ class sim_server_closing : public testing::TestWithParam<std::uint32_t>
 
 TEST_P(sim_server_closing, tells_clients_first_and_loses_nothing_that_was_sent)
 {
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_TRUE(server.wait_for_clients(1, default_patience));
@@ -129,7 +129,7 @@ TEST_P(sim_server_closing, happens_by_itself_after_a_time)
     options.close_after_ms = 30;
     options.close_kind = GetParam();
     options.rate_per_minute = 6000;
-    sim::practice_server server{options};
+    tovrik::practice_server server{options};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     EXPECT_TRUE(client.receive_kind(GetParam()));
@@ -140,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(, sim_server_closing, testing::Values(3U, 100U, 102U));
 
 TEST(sim_server, hangs_up_without_a_word_where_told_so)
 {
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     ASSERT_TRUE(server.start());
     sim_raw_client client{server.port()};
     ASSERT_TRUE(client.receive());
@@ -151,7 +151,7 @@ TEST(sim_server, hangs_up_without_a_word_where_told_so)
 
 TEST(sim_server, refuses_commands_that_it_cannot_carry_out)
 {
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     EXPECT_EQ(server.port(), 0);
     EXPECT_FALSE(server.push_transmission(document));
     EXPECT_EQ(server.push_packet({.kind = 5, .payload = "^"}), 0U);
@@ -165,11 +165,11 @@ TEST(sim_server, refuses_commands_that_it_cannot_carry_out)
 
 TEST(sim_server, says_why_it_cannot_listen)
 {
-    sim::practice_server first{quick_server()};
+    tovrik::practice_server first{quick_server()};
     ASSERT_TRUE(first.start());
     auto options = quick_server();
     options.port = first.port();
-    sim::practice_server second{options};
+    tovrik::practice_server second{options};
     EXPECT_FALSE(second.start());
     EXPECT_EQ(second.error(), "cannot listen on 127.0.0.1:" + std::to_string(first.port()) +
                                   ": Address already in use");
@@ -179,14 +179,14 @@ TEST(sim_server, says_why_it_cannot_listen)
     EXPECT_EQ(second.error(), "");
 
     options.bind_address = "nowhere";
-    sim::practice_server third{options};
+    tovrik::practice_server third{options};
     EXPECT_FALSE(third.start());
     EXPECT_EQ(third.error(), "nowhere: not an IPv4 address");
 }
 
 TEST(sim_server, can_be_stopped_and_started_again)
 {
-    sim::practice_server server{quick_server()};
+    tovrik::practice_server server{quick_server()};
     server.stop();
     ASSERT_TRUE(server.start());
     EXPECT_TRUE(server.start()) << "it runs already";

@@ -1,8 +1,8 @@
 // sim_services_test.cpp - the practice server's services, as clients ask for them.
 #include "sim_raw_client.hpp"
 
-#include "sim/limits.hpp"
-#include "sim/transmission.hpp"
+#include "server/base/limits.hpp"
+#include "server/messages/transmission.hpp"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 namespace
 {
 
-sim::server_options full_service()
+tovrik::server_options full_service()
 {
     auto options = quick_server();
     options.capabilities.mailing = "1";
@@ -26,9 +26,9 @@ sim::server_options full_service()
 class sim_services : public testing::Test
 {
 protected:
-    void start(const sim::server_options& options)
+    void start(const tovrik::server_options& options)
     {
-        server = std::make_unique<sim::practice_server>(options);
+        server = std::make_unique<tovrik::practice_server>(options);
         ASSERT_TRUE(server->start());
         client = std::make_unique<sim_raw_client>(server->port());
         ASSERT_TRUE(client->receive());
@@ -45,7 +45,7 @@ protected:
         return *received;
     }
 
-    std::unique_ptr<sim::practice_server> server;
+    std::unique_ptr<tovrik::practice_server> server;
     std::unique_ptr<sim_raw_client> client;
 };
 
@@ -108,7 +108,7 @@ TEST_F(sim_services, keep_pager_lists)
 TEST_F(sim_services, tell_of_messages_that_a_pager_list_asks_for)
 {
     start(full_service());
-    const sim::transmission message{
+    const tovrik::transmission message{
         .registration = "D-AIQA", .flight_number = "LH0400", .to = "JFK", .time = 1752148020};
     const std::string xml = transmission_xml(message);
     EXPECT_EQ(answer_to(77, "me@here\tD-AI*\tLH400\t", 12).kind, 78U);
@@ -162,7 +162,7 @@ TEST_F(sim_services, record_subscriptions)
     EXPECT_EQ(server->subscription_style("me@here"), 1U);
     EXPECT_EQ(answer_to(60, "").kind, 108U);
     EXPECT_EQ(answer_to(60, "a\nb").kind, 108U);
-    EXPECT_EQ(answer_to(60, std::string(sim::max_field_bytes + 1, 'x')).kind, 108U);
+    EXPECT_EQ(answer_to(60, std::string(tovrik::max_field_bytes + 1, 'x')).kind, 108U);
 }
 
 TEST_F(sim_services, survive_percent_signs)
@@ -214,13 +214,13 @@ TEST_F(sim_services, are_offered_by_numbers_other_than_0)
 TEST_F(sim_services, take_a_bounded_number_of_entries_from_a_client)
 {
     start(full_service());
-    for (std::size_t i = 0; i < sim::max_changes_per_client; ++i)
+    for (std::size_t i = 0; i < tovrik::max_changes_per_client; ++i)
         ASSERT_EQ(answer_to(31, "Z" + std::to_string(i) + "\tname").kind, 35U);
     EXPECT_EQ(answer_to(31, "ZZ\tname").kind, 36U);
     EXPECT_EQ(answer_to(60, "me@here").kind, 108U);
     EXPECT_EQ(answer_to(77, "me@here\tD-AIQA\t\t").kind, 79U);
     EXPECT_EQ(answer_to(89, "me@here").kind, 89U) << "asking is free";
-    EXPECT_EQ(server->reference_entries().size(), sim::max_changes_per_client);
+    EXPECT_EQ(server->reference_entries().size(), tovrik::max_changes_per_client);
 }
 
 TEST_F(sim_services, forget_everything_when_the_server_stops)

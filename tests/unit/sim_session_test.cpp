@@ -1,7 +1,7 @@
 // sim_session_test.cpp - one client's connection: the pace, the queues and their bounds.
-#include "sim/client_session.hpp"
+#include "server/sessions/client_session.hpp"
 
-#include "sim/limits.hpp"
+#include "server/base/limits.hpp"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-constexpr sim::time_point start{1000s};
+constexpr tovrik::time_point start{1000s};
 
 /// A session and the other end of its socket.
 struct pair_of_ends {
@@ -23,7 +23,7 @@ struct pair_of_ends {
     {
         int fds[2] = {-1, -1};
         EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds), 0);
-        session = std::make_unique<sim::client_session>(fds[0], 1);
+        session = std::make_unique<tovrik::client_session>(fds[0], home, 1);
         peer = unique_fd{fds[1]};
     }
 
@@ -34,11 +34,12 @@ struct pair_of_ends {
         return {block, count > 0 ? static_cast<std::size_t>(count) : 0};
     }
 
-    std::unique_ptr<sim::client_session> session;
+    tovrik::channel home;
+    std::unique_ptr<tovrik::client_session> session;
     unique_fd peer;
 };
 
-sim::wire_bytes bytes_of(const std::string& text)
+tovrik::wire_bytes bytes_of(const std::string& text)
 {
     return std::make_shared<std::string>(text);
 }
@@ -47,7 +48,7 @@ TEST(sim_session, sends_one_packet_for_every_pace_that_has_passed)
 {
     pair_of_ends ends;
     auto& session = *ends.session;
-    EXPECT_EQ(session_send_time(session), sim::never);
+    EXPECT_EQ(session_send_time(session), tovrik::never);
     for (const char* text : {"one", "two", "three"})
         EXPECT_TRUE(session_queue(session, bytes_of(text)));
 
@@ -60,7 +61,7 @@ TEST(sim_session, sends_one_packet_for_every_pace_that_has_passed)
     EXPECT_EQ(ends.arrived(), "two");
     session_send(session, start + 9000ms, 1000ms);
     EXPECT_EQ(ends.arrived(), "three") << "a long pause earns nothing";
-    EXPECT_EQ(session_send_time(session), sim::never);
+    EXPECT_EQ(session_send_time(session), tovrik::never);
 }
 
 TEST(sim_session, sends_all_at_once_without_a_pace)
@@ -85,11 +86,11 @@ TEST(sim_session, drops_the_oldest_transmissions_but_no_assured_packet)
 TEST(sim_session, takes_no_more_assured_packets_than_its_bound)
 {
     pair_of_ends ends;
-    const sim::wire_bytes bytes = bytes_of("x");
-    for (std::size_t i = 0; i < sim::max_assured_packets; ++i)
+    const tovrik::wire_bytes bytes = bytes_of("x");
+    for (std::size_t i = 0; i < tovrik::max_assured_packets; ++i)
         ASSERT_TRUE(session_queue(*ends.session, bytes));
     EXPECT_FALSE(session_queue(*ends.session, bytes));
-    EXPECT_EQ(ends.session->assured.size(), sim::max_assured_packets);
+    EXPECT_EQ(ends.session->assured.size(), tovrik::max_assured_packets);
 }
 
 TEST(sim_session, lets_ticks_and_transmissions_take_turns)
@@ -137,7 +138,7 @@ TEST(sim_session, keeps_packets_whole_when_the_socket_is_full)
         session_send(session, start, 0ms);
         if (received.empty()) {
             EXPECT_TRUE(session.waiting_to_write);
-            EXPECT_EQ(session_send_time(session), sim::never) << "only the socket can tell";
+            EXPECT_EQ(session_send_time(session), tovrik::never) << "only the socket can tell";
         }
         received += ends.arrived();
     }
@@ -201,24 +202,25 @@ TEST(sim_session, takes_packets_from_bytes_that_come_in_pieces)
 {
     pair_of_ends ends;
     auto& session = *ends.session;
-    const std::string bytes = sim::encode_packet({.kind = 81, .payload = "digest", .param1 = 7}) +
-                              sim::encode_packet({.kind = 2});
-    sim::packet taken;
+    const std::string bytes =
+        tovrik::encode_packet({.kind = 81, .payload = "digest", .param1 = 7}) +
+        tovrik::encode_packet({.kind = 2});
+    tovrik::packet taken;
     for (std::size_t i = 0; i + 13 < bytes.size(); ++i) {
         ASSERT_EQ(send(ends.peer.get(), &bytes[i], 1, 0), 1);
         session_receive(session);
-        ASSERT_EQ(session_take_packet(session, taken), sim::packet_taken::none) << i;
+        ASSERT_EQ(session_take_packet(session, taken), tovrik::packet_taken::none) << i;
     }
     ASSERT_EQ(send(ends.peer.get(), &bytes[bytes.size() - 13], 13, 0), 13);
     session_receive(session);
-    ASSERT_EQ(session_take_packet(session, taken), sim::packet_taken::whole);
+    ASSERT_EQ(session_take_packet(session, taken), tovrik::packet_taken::whole);
     EXPECT_EQ(taken.kind, 81U);
     EXPECT_EQ(taken.payload, "digest");
     EXPECT_EQ(taken.param1, 7);
-    ASSERT_EQ(session_take_packet(session, taken), sim::packet_taken::whole);
+    ASSERT_EQ(session_take_packet(session, taken), tovrik::packet_taken::whole);
     EXPECT_EQ(taken.kind, 2U);
     EXPECT_EQ(taken.payload, "");
-    EXPECT_EQ(session_take_packet(session, taken), sim::packet_taken::none);
+    EXPECT_EQ(session_take_packet(session, taken), tovrik::packet_taken::none);
     EXPECT_FALSE(session.gone);
 }
 
@@ -229,7 +231,7 @@ TEST(sim_session, reads_a_bounded_amount_in_a_turn)
     ASSERT_EQ(send(ends.peer.get(), flood.data(), flood.size(), 0), 60000);
     session_receive(*ends.session);
     EXPECT_GT(ends.session->input.size(), 0U);
-    EXPECT_LE(ends.session->input.size(), sim::max_read_bytes_per_turn + 4096);
+    EXPECT_LE(ends.session->input.size(), tovrik::max_read_bytes_per_turn + 4096);
 }
 
 TEST(sim_session, is_gone_when_the_client_has_hung_up)

@@ -1,5 +1,5 @@
 // sim_text_fields_test.cpp - the fields of the practice server's requests.
-#include "sim/text_fields.hpp"
+#include "server/base/text_fields.hpp"
 
 #include <gtest/gtest.h>
 
@@ -11,17 +11,17 @@ namespace
 TEST(sim_text_fields, are_cut_at_every_separator)
 {
     using fields = std::vector<std::string_view>;
-    EXPECT_EQ(sim::split_fields("a\t\tb", '\t'), (fields{"a", "", "b"}));
-    EXPECT_EQ(sim::split_fields("", '\t'), fields{""});
-    EXPECT_EQ(sim::split_fields("\t", '\t'), (fields{"", ""}));
+    EXPECT_EQ(tovrik::split_fields("a\t\tb", '\t'), (fields{"a", "", "b"}));
+    EXPECT_EQ(tovrik::split_fields("", '\t'), fields{""});
+    EXPECT_EQ(tovrik::split_fields("\t", '\t'), (fields{"", ""}));
 }
 
 TEST(sim_text_fields, are_clean_when_short_and_without_control_characters)
 {
-    EXPECT_TRUE(sim::is_clean_field("M\xfcnchen", 7));
-    EXPECT_FALSE(sim::is_clean_field("M\xfcnchen", 6));
+    EXPECT_TRUE(tovrik::is_clean_field("M\xfcnchen", 7));
+    EXPECT_FALSE(tovrik::is_clean_field("M\xfcnchen", 6));
     for (const char c : {'\n', '\0', '\x1b', '\x7f', '\x9b'})
-        EXPECT_FALSE(sim::is_clean_field(std::string(1, c), 10)) << static_cast<int>(c);
+        EXPECT_FALSE(tovrik::is_clean_field(std::string(1, c), 10)) << static_cast<int>(c);
 }
 
 TEST(sim_text_fields, spellings_of_one_flight_compare_equal)
@@ -33,7 +33,7 @@ TEST(sim_text_fields, spellings_of_one_flight_compare_equal)
                 {"9V000", "9V0"},    {"BA0", "BA0"},     {"BA117A", "BA117A"},  {"", ""},
                 {"L", "L"},          {"LH", "LH"}};
     for (const auto& row : rows)
-        EXPECT_EQ(sim::flight_key(row.number), row.key) << row.number;
+        EXPECT_EQ(tovrik::flight_key(row.number), row.key) << row.number;
 }
 
 TEST(sim_text_fields, match_wildcards)
@@ -60,7 +60,7 @@ TEST(sim_text_fields, match_wildcards)
                 {"a*b*c", "axxbxxbx", false},
                 {"D-AIQA", "D-AIQ", false}};
     for (const auto& row : rows)
-        EXPECT_EQ(sim::wildcard_match(row.pattern, row.text), row.matches)
+        EXPECT_EQ(tovrik::wildcard_match(row.pattern, row.text), row.matches)
             << row.pattern << " " << row.text;
 }
 
@@ -69,7 +69,7 @@ TEST(sim_text_fields, match_long_patterns_without_long_thought)
     std::string pattern;
     for (int i = 0; i < 30; ++i)
         pattern += "a*";
-    EXPECT_FALSE(sim::wildcard_match(pattern + "b", std::string(20000, 'a')));
+    EXPECT_FALSE(tovrik::wildcard_match(pattern + "b", std::string(20000, 'a')));
 }
 
 } // namespace

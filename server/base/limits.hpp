@@ -1,0 +1,110 @@
+// limits.hpp - the bounds of the practice server: what a packet carries, what a client can take,
+// and how much is kept for clients that misbehave.
+#pragma once
+
+#include <cstddef>
+
+namespace tovrik
+{
+
+/// Size of the header before every payload.
+constexpr std::size_t header_bytes = 12;
+
+/// Maximum payload of one packet, in both directions.
+constexpr std::size_t max_payload_bytes = 4096;
+
+/// Maximum length of a text payload: clients put it and a NUL into a buffer of max_payload_bytes.
+constexpr std::size_t max_text_bytes = max_payload_bytes - 1;
+
+/// Maximum length of an element's text in the clients' document reader.
+constexpr std::size_t max_value_bytes = 511;
+
+/// Maximum number of bytes read from one client before the others get their turn.
+constexpr std::size_t max_read_bytes_per_turn = 16384;
+
+/// Maximum number of assured packets that wait for one client; further ones are dropped.
+constexpr std::size_t max_assured_packets = 1024;
+
+/// Maximum number of transmissions kept for replay to new clients.
+constexpr std::size_t max_replay_count = 1000;
+
+/// Maximum number of transmissions generated at once when the loop is late.
+constexpr int max_transmissions_per_turn = 100;
+
+/// Maximum number of transmissions a minute.
+constexpr double max_rate_per_minute = 60000;
+
+/// How long a client that was told of the end may keep its connection open.
+constexpr int closing_grace_ms = 5000;
+
+/// How long accepting rests when the system has no descriptor left.
+constexpr int accept_retry_ms = 200;
+
+/// Maximum length of a field of a service request.
+constexpr std::size_t max_field_bytes = 64;
+
+/// Maximum number of entries that a client may add during one connection: to the reference data,
+/// pager lists and subscriptions together.
+constexpr std::size_t max_changes_per_client = 500;
+
+/// Maximum number of entries of the reference data.
+constexpr std::size_t max_reference_entries = 2000;
+
+/// Maximum number of pager lists, and of entries in one of them. A full list of the longest entries
+/// still fits a packet.
+constexpr std::size_t max_pager_lists = 500;
+constexpr std::size_t max_pager_entries = 40;
+
+/// Maximum length of a registration, flight number or airport of a pager entry.
+constexpr std::size_t max_pager_field_bytes = 30;
+
+/// Maximum number of pager lists whose hits one client is told of.
+constexpr std::size_t max_pager_lists_per_client = 8;
+
+/// Maximum number of subscriptions to mailings.
+constexpr std::size_t max_subscriptions = 1000;
+
+/// Maximum number of messages that are kept for reports, and maximum total length of their texts.
+constexpr std::size_t max_archived_messages = 20000;
+constexpr std::size_t max_archived_bytes = std::size_t{16} * 1024 * 1024;
+
+/// Maximum length of a report's text.
+constexpr std::size_t max_report_bytes = std::size_t{1024} * 1024;
+
+/// Maximum number of reports under way at the same time.
+constexpr std::size_t max_reports_at_once = 8;
+
+/// Maximum number of simultaneous connections to the directory; further ones are closed at once.
+constexpr std::size_t max_directory_connections = 64;
+
+/// Maximum length of a request to the directory.
+constexpr std::size_t max_directory_request_bytes = 8192;
+
+/// How long a client of the directory may take for its request, and again for the answer.
+constexpr int max_directory_ms = 30000;
+
+/// Maximum number of pieces of an answer that are sent before others get their turn.
+constexpr int max_directory_sends_per_turn = 64;
+
+/// Maximum size of a directory's file.
+constexpr std::size_t max_directory_bytes = std::size_t{64} * 1024 * 1024;
+
+/// The latest time of a message, in seconds since the epoch: the end of the year 9999.
+constexpr double max_time_s = 253402300799;
+
+/// Maximum length of a line of JSON; no datagram is longer.
+constexpr std::size_t max_json_line_bytes = 65536;
+
+/// Maximum number of datagrams that are read before others get their turn.
+constexpr int max_datagrams_per_turn = 16;
+
+/// Maximum number of texts about broken lines a second. All broken lines are counted.
+constexpr int max_complaints_per_second = 10;
+
+/// Maximum size of a file of JSON lines.
+constexpr std::size_t max_json_file_bytes = std::size_t{64} * 1024 * 1024;
+
+/// Maximum size of a replay file.
+constexpr std::size_t max_replay_file_bytes = std::size_t{16} * 1024 * 1024;
+
+} // namespace tovrik

@@ -1,0 +1,156 @@
+// carried_text.cpp - see carried_text.hpp.
+#include "server/messages/carried_text.hpp"
+
+#include "server/base/limits.hpp"
+#include "server/base/text_fields.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+namespace tovrik
+{
+namespace
+{
+
+constexpr char32_t broken_sequence = 0xFFFFFFFF;
+constexpr char control_stand_in = ' ';
+constexpr char unknown_stand_in = '?';
+
+struct stand_in {
+    char32_t character;
+    const char* text;
+};
+
+constexpr stand_in typographic_marks[] = {
+    {0x2010, "-"},   {0x2011, "-"},  {0x2012, "-"},   {0x2013, "-"},  {0x2014, "-"},
+    {0x2018, "'"},   {0x2019, "'"},  {0x201A, ","},   {0x201C, "\""}, {0x201D, "\""},
+    {0x201E, "\""},  {0x2022, "*"},  {0x2026, "..."}, {0x2032, "'"},  {0x2033, "\""},
+    {0x20AC, "EUR"}, {0x2190, "<-"}, {0x2192, "->"},  {0x2212, "-"},
+};
+
+unsigned char read_byte(std::string_view text, std::size_t position)
+{
+    return static_cast<unsigned char>(text[position]);
+}
+
+/// The number of bytes of a character whose first byte is `first`; 0 if no character begins so.
+std::size_t count_sequence_bytes(unsigned char first)
+{
+    if (first < 0x80)
+        return 1;
+    if (first >= 0xC2 && first < 0xE0)
+        return 2;
+    if (first >= 0xE0 && first < 0xF0)
+        return 3;
+    return first >= 0xF0 && first < 0xF5 ? 4 : 0;
+}
+
+/// Reads the character at `position` and moves the position after it. If there is none, returns
+/// broken_sequence and leaves the position.
+char32_t read_character(std::string_view utf8, std::size_t& position)
+{
+    constexpr char32_t min_characters[] = {0, 0, 0x80, 0x800, 0x10000};
+    const unsigned char first = read_byte(utf8, position);
+    const std::size_t length = count_sequence_bytes(first);
+    if (length == 0 || position + length > utf8.size())
+        return broken_sequence;
+    char32_t character = length == 1 ? first : first & (0xFFU >> (length + 1));
+    for (std::size_t i = 1; i < length; ++i) {
+        const unsigned char byte = read_byte(utf8, position + i);
+        if ((byte & 0xC0U) != 0x80)
+            return broken_sequence;
+        character = character << 6 | (byte & 0x3FU);
+    }
+    if (character < min_characters[length] || character > 0x10FFFF ||
+        (character >= 0xD800 && character < 0xE000))
+        return broken_sequence;
+    position += length;
+    return character;
+}
+
+bool is_utf8(std::string_view bytes)
+{
+    for (std::size_t at = 0; at < bytes.size();) {
+        if (read_character(bytes, at) == broken_sequence)
+            return false;
+    }
+    return true;
+}
+
+void append_latin1(std::string& text, char32_t character)
+{
+    if (character == '\n') {
+        text += '\n';
+    } else if (is_control(character)) {
+        text += control_stand_in;
+    } else if (character <= 0xFF) {
+        text += static_cast<char>(character);
+    } else {
+        const auto* const found =
+            std::ranges::find(typographic_marks, character, &stand_in::character);
+        if (found != std::end(typographic_marks)) {
+            text += found->text;
+        } else {
+            text += unknown_stand_in;
+        }
+    }
+}
+
+} // namespace
+
+std::string as_utf8(std::string_view bytes)
+{
+    if (is_utf8(bytes))
+        return std::string{bytes};
+    std::string utf8;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80) {
+            utf8 += c;
+        } else {
+            utf8 += static_cast<char>(0xC0U | byte >> 6);
+            utf8 += static_cast<char>(0x80U | (byte & 0x3FU));
+        }
+    }
+    return utf8;
+}
+
+std::string latin1_text(std::string_view utf8)
+{
+    std::string text;
+    for (std::size_t at = 0; at < utf8.size();) {
+        if (utf8[at] == '\r') {
+            // A carriage return and a line feed together end one line, not two.
+            ++at;
+            if (at == utf8.size() || utf8[at] != '\n')
+                text += '\n';
+            continue;
+        }
+        const char32_t character = read_character(utf8, at);
+        if (character == broken_sequence) {
+            text += unknown_stand_in;
+            ++at;
+        } else {
+            append_latin1(text, character);
+        }
+    }
+    return text;
+}
+
+std::vector<std::string> content_parts(std::string_view content)
+{
+    content = content.substr(0, content.find_last_not_of('\n') + 1);
+    std::vector<std::string> parts;
+    while (content.size() > max_value_bytes) {
+        const auto line_end = content.rfind('\n', max_value_bytes);
+        const bool at_line = line_end != std::string_view::npos && line_end > 0;
+        const std::size_t length = at_line ? line_end : max_value_bytes;
+        parts.emplace_back(content.substr(0, length));
+        content.remove_prefix(at_line ? length + 1 : length);
+    }
+    parts.emplace_back(content);
+    return parts;
+}
+
+} // namespace tovrik

@@ -1,0 +1,39 @@
+// transmission.hpp - one ACARS message as a server passes it on, and its document.
+//
+// Owns the record and the document's element names. Messages come from elsewhere.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+#include <string_view>
+
+namespace tovrik
+{
+
+/// One message. An empty text or a count of 0 means "not known", and its element is left out.
+struct transmission {
+    std::string mode = {};           ///< one character
+    std::string registration = {};   ///< for example D-AIQA
+    std::string label = {};          ///< two characters
+    std::string block_id = {};       ///< a digit from an aircraft, a letter from the ground
+    std::string message_number = {}; ///< for example M07A
+    std::string flight_number = {};  ///< for example LH0400
+    std::string content = {};        ///< lines separated by line feeds, at most max_value_bytes
+    std::string from = {};           ///< airport code
+    std::string to = {};             ///< airport code
+    std::string aircraft = {};       ///< its type
+    std::string operator_name = {};
+    std::uint32_t contacts = 0;      ///< messages heard of this aircraft, including this one
+    std::uint32_t daily_flights = 0; ///< different flights heard today
+    std::time_t time = 0;            ///< seconds since the epoch, shown in UTC
+};
+
+/// The document of kinds 40 and 204. Its shape is fixed; its values have passed value_text.
+std::string transmission_xml(const transmission& message);
+
+/// Whether a document holds a message from the ground: its BlockID is a letter. A client can ask
+/// the server to leave these out.
+bool is_uplink(std::string_view xml);
+
+} // namespace tovrik

@@ -1,0 +1,73 @@
+// publishing.cpp - see publishing.hpp.
+#include "server/services/publishing.hpp"
+
+#include "server/base/limits.hpp"
+#include "server/messages/read_transmission.hpp"
+#include "server/services/service_requests.hpp"
+#include "server/storage/reference_use.hpp"
+
+#include <algorithm>
+#include <ctime>
+#include <utility>
+
+namespace tovrik
+{
+namespace
+{
+
+void archive_message(server_core& core, const transmission& message)
+{
+    if (offers_reports(core.options.capabilities))
+        core.services.archive.add(message, std::time(nullptr), core.services.reference);
+}
+
+void pass_on(server_core& core, const published_message& item)
+{
+    for (auto& [fd, session] : core.sessions) {
+        if (!session.admitted)
+            continue;
+        if (session.wants_uplinks || !item.uplink)
+            session_queue_transmission(session, item.bytes, core.options.queue_limit);
+        if (const auto notice = pager_notice(core, session, item.message))
+            session_queue_transmission(session, encode_shared(*notice), core.options.queue_limit);
+    }
+}
+
+void remember_message(server_core& core, published_message item)
+{
+    core.history.push_back(std::move(item));
+    while (core.history.size() > std::min(core.options.replay_count, max_replay_count)) {
+        core.history.pop_front();
+    }
+}
+
+bool publish(server_core& core, const std::string& xml, transmission message)
+{
+    const auto made =
+        core.options.compressed ? compressed_transmission(xml) : plain_transmission(xml);
+    if (!made)
+        return false;
+    published_message item{encode_shared(*made), is_uplink(xml), std::move(message)};
+    archive_message(core, item.message);
+    pass_on(core, item);
+    remember_message(core, std::move(item));
+    return true;
+}
+
+} // namespace
+
+bool publish_message(server_core& core, transmission message)
+{
+    if (message.time == 0)
+        message.time = std::time(nullptr);
+    apply_reference(message, core.services.reference);
+    const std::string xml = transmission_xml(message);
+    return publish(core, xml, std::move(message));
+}
+
+bool publish_document(server_core& core, const std::string& xml)
+{
+    return publish(core, xml, read_transmission(xml));
+}
+
+} // namespace tovrik

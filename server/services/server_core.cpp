@@ -1,0 +1,53 @@
+// server_core.cpp - see server_core.hpp.
+#include "server/services/server_core.hpp"
+
+#include "server/base/limits.hpp"
+
+#include <algorithm>
+
+namespace tovrik
+{
+
+server_core::server_core(const service_options& chosen)
+    : options(chosen), tick(encode_shared({.kind = kind::tick, .payload = "^"}))
+{
+}
+
+std::size_t core_broadcast(server_core& core, const packet& sent)
+{
+    const auto bytes = encode_shared(sent);
+    std::size_t count = 0;
+    for (auto& [fd, session] : core.sessions) {
+        if (session_queue(session, bytes))
+            ++count;
+    }
+    return count;
+}
+
+void core_close_client(const server_core& core, client_session& session, std::uint32_t close_kind,
+                       time_point now)
+{
+    const packet last{.kind = close_kind, .payload = "Good Bye"};
+    session_close(session, encode_shared(last),
+                  now + std::chrono::milliseconds{core.options.pace_ms + closing_grace_ms});
+}
+
+std::size_t core_close_clients(server_core& core, std::uint32_t close_kind)
+{
+    const std::size_t count = core_client_count(core);
+    for (auto& [fd, session] : core.sessions) {
+        core_close_client(core, session, close_kind, steady_clock::now());
+    }
+    return count;
+}
+
+std::size_t core_client_count(const server_core& core)
+{
+    const auto count =
+        std::count_if(core.sessions.begin(), core.sessions.end(), [](const auto& entry) {
+            return !entry.second.closing && !entry.second.gone;
+        });
+    return static_cast<std::size_t>(count);
+}
+
+} // namespace tovrik

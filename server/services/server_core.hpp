@@ -1,0 +1,60 @@
+// server_core.hpp - a server without its thread: its channels, its clients, what it keeps for them.
+//
+// Owns the sockets and the sessions. server_loop decides what happens when, requests what clients
+// get, publishing who is sent a message. Whoever owns the core owns the thread that all this runs
+// in.
+#pragma once
+
+#include "server/services/service_options.hpp"
+#include "server/sessions/channel.hpp"
+#include "server/sessions/client_session.hpp"
+#include "server/storage/service_state.hpp"
+
+#include <deque>
+#include <functional>
+#include <list>
+#include <map>
+
+namespace tovrik
+{
+
+/// A message that is ready to be queued.
+struct published_message {
+    wire_bytes bytes;
+    bool uplink;
+    transmission message; ///< what its document says
+};
+
+struct server_core {
+    explicit server_core(const service_options& chosen);
+
+    const service_options& options;                                      ///< must outlive the core
+    std::function<void(const client_session&, const packet&)> on_packet; ///< may be empty
+
+    unique_fd epoll;
+    unique_fd wake; ///< other threads write to it to end a wait
+
+    std::list<channel> channels;
+    std::map<int, client_session> sessions; ///< by descriptor
+    std::uint64_t clients_so_far = 0;
+    service_state services;
+    std::deque<published_message> history; ///< the latest messages, oldest first
+    wire_bytes tick;
+    time_point started_at{};
+};
+
+/// Queues a packet for every client, admitted or not. Returns the number of clients that it was
+/// queued for.
+std::size_t core_broadcast(server_core& core, const packet& sent);
+
+/// Ends a connection with a packet of `close_kind`; the client has some seconds to read it.
+void core_close_client(const server_core& core, client_session& session, std::uint32_t close_kind,
+                       time_point now);
+
+/// Ends all connections so. Returns the number of clients told.
+std::size_t core_close_clients(server_core& core, std::uint32_t close_kind);
+
+/// The number of clients that are connected and have not been told of the end.
+std::size_t core_client_count(const server_core& core);
+
+} // namespace tovrik

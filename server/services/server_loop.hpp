@@ -1,0 +1,30 @@
+// server_loop.hpp - what a server does when something arrives, and when something is due.
+#pragma once
+
+#include "server/services/server_core.hpp"
+
+#include <cstdint>
+#include <string>
+
+namespace tovrik
+{
+
+/// Opens what the core waits with, and starts its clocks. Returns an error text, empty on success.
+std::string loop_open(server_core& core);
+
+/// Opens a channel at an IPv4 address; port 0 stands for any free one. Its identity is made of
+/// `seed` and the port. Returns an error text, empty on success.
+std::string loop_open_channel(server_core& core, const std::string& address, std::uint16_t port,
+                              const std::string& seed);
+
+/// How long the loop may wait for an event, in milliseconds; -1: without a limit. `next` is when
+/// its owner has something to do; `never` for nothing.
+int loop_wait_ms(const server_core& core, time_point next, time_point now);
+
+/// Handles a readiness event of one of the core's descriptors. False if `fd` is none of them.
+bool loop_on_event(server_core& core, int fd);
+
+/// Does all that is due, sends what may be sent, and removes the clients that are gone.
+void loop_on_time(server_core& core, time_point now);
+
+} // namespace tovrik

@@ -1,0 +1,194 @@
+// client_session.cpp - see client_session.hpp.
+#include "server/sessions/client_session.hpp"
+
+#include "server/base/limits.hpp"
+#include "server/base/sockets.hpp"
+
+#include <cerrno>
+#include <iterator>
+#include <sys/socket.h>
+#include <utility>
+
+namespace tovrik
+{
+namespace
+{
+
+wire_bytes take_first(std::deque<wire_bytes>& queue)
+{
+    wire_bytes first = std::move(queue.front());
+    queue.pop_front();
+    return first;
+}
+
+wire_bytes take_tick(client_session& session)
+{
+    return std::exchange(session.tick, nullptr);
+}
+
+wire_bytes take_report_piece(client_session& session)
+{
+    return session.report.empty() ? nullptr : take_first(session.report);
+}
+
+wire_bytes take_transmission(client_session& session)
+{
+    return session.traffic.empty() ? nullptr : take_first(session.traffic);
+}
+
+/// The queues that take turns, so that none of them starves another.
+constexpr wire_bytes (*turns[])(client_session&) = {take_tick, take_report_piece,
+                                                    take_transmission};
+
+wire_bytes take_next_packet(client_session& session)
+{
+    if (!session.assured.empty())
+        return take_first(session.assured);
+    wire_bytes taken;
+    for (std::size_t i = 0; i < std::size(turns) && !taken; ++i) {
+        taken = turns[session.next_turn](session);
+        session.next_turn = static_cast<unsigned>((session.next_turn + 1) % std::size(turns));
+    }
+    return taken;
+}
+
+bool has_packet(const client_session& session)
+{
+    return !session.assured.empty() || !session.report.empty() || !session.traffic.empty() ||
+           session.tick;
+}
+
+/// Sends the rest of the packet under way. False if the socket did not take all of it.
+bool finish_packet(client_session& session)
+{
+    while (session.sent_bytes < session.sending->size()) {
+        const ssize_t count =
+            send(session.socket.get(), session.sending->data() + session.sent_bytes,
+                 session.sending->size() - session.sent_bytes, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0) {
+            session.waiting_to_write = would_block(errno);
+            session.gone = session.gone || !session.waiting_to_write;
+            return false;
+        }
+        session.sent_bytes += static_cast<std::size_t>(count);
+    }
+    session.waiting_to_write = false;
+    session.sending.reset();
+    session.sent_bytes = 0;
+    return true;
+}
+
+} // namespace
+
+wire_bytes encode_shared(const packet& sent)
+{
+    return std::make_shared<std::string>(encode_packet(sent));
+}
+
+client_session::client_session(int socket_fd, const channel& connected_to,
+                               std::uint64_t client_number)
+    : socket(socket_fd), home(&connected_to), number(client_number)
+{
+}
+
+void session_receive(client_session& session)
+{
+    char block[4096];
+    for (std::size_t total = 0; total < max_read_bytes_per_turn;) {
+        const ssize_t count = recv(session.socket.get(), block, sizeof block, MSG_DONTWAIT);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0) {
+            session.gone = session.gone || count == 0 || !would_block(errno);
+            return;
+        }
+        session.input.append(block, static_cast<std::size_t>(count));
+        total += static_cast<std::size_t>(count);
+    }
+}
+
+packet_taken session_take_packet(client_session& session, packet& taken)
+{
+    if (session.input.size() < header_bytes)
+        return packet_taken::none;
+    const wire_header header = decode_header(session.input);
+    if (header.length > max_payload_bytes)
+        return packet_taken::broken;
+    const std::size_t size = header_bytes + header.length;
+    if (session.input.size() < size)
+        return packet_taken::none;
+    taken = {.kind = header.kind,
+             .payload = session.input.substr(header_bytes, header.length),
+             .param1 = header.param1,
+             .param2 = header.param2,
+             .extra = header.extra};
+    session.input.erase(0, size);
+    return packet_taken::whole;
+}
+
+bool session_queue(client_session& session, wire_bytes bytes)
+{
+    if (session.closing || session.gone || session.assured.size() >= max_assured_packets)
+        return false;
+    session.assured.push_back(std::move(bytes));
+    return true;
+}
+
+bool session_queue_packet(client_session& session, const packet& sent)
+{
+    return session_queue(session, encode_shared(sent));
+}
+
+void session_queue_transmission(client_session& session, wire_bytes bytes, std::size_t limit)
+{
+    if (session.closing || session.gone)
+        return;
+    session.traffic.push_back(std::move(bytes));
+    while (session.traffic.size() > limit) {
+        session.traffic.pop_front();
+    }
+}
+
+void session_close(client_session& session, wire_bytes last_packet, time_point drop_at)
+{
+    if (session.closing)
+        return;
+    session.assured.clear();
+    session.report.clear();
+    session.traffic.clear();
+    session.tick.reset();
+    session.next_tick = never;
+    session.close_at = never;
+    session.assured.push_back(std::move(last_packet));
+    session.drop_at = drop_at;
+    session.closing = true;
+}
+
+void session_send(client_session& session, time_point now, std::chrono::milliseconds pace)
+{
+    while (!session.gone) {
+        if (!session.sending) {
+            if (now < session.next_send || !has_packet(session))
+                return;
+            session.sending = take_next_packet(session);
+        }
+        if (!finish_packet(session))
+            return;
+        session.next_send = now + pace;
+        // The stream ends here, but closing the connection now would lose what the client has not
+        // read yet. So the client closes it, or the session's time limit does.
+        if (session.closing && session.assured.empty())
+            shutdown(session.socket.get(), SHUT_WR);
+    }
+}
+
+time_point session_send_time(const client_session& session)
+{
+    if (session.waiting_to_write)
+        return never;
+    return session.sending || has_packet(session) ? session.next_send : never;
+}
+
+} // namespace tovrik

@@ -1,0 +1,101 @@
+// client_session.hpp - one client's connection: its bytes in, its packets out, one at a time.
+//
+// Owns the socket, the receive buffer and the packets that wait. Knows the pace, but not what
+// packets mean. The server's loop decides when to call.
+#pragma once
+
+#include "base/owners.hpp"
+#include "server/base/clock.hpp"
+#include "server/protocol/packet.hpp"
+#include "server/sessions/channel.hpp"
+#include "server/storage/pager_lists.hpp"
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tovrik
+{
+
+/// An encoded packet, shared by all the clients that it waits for.
+using wire_bytes = std::shared_ptr<const std::string>;
+
+/// Encodes a packet once for all clients.
+wire_bytes encode_shared(const packet& sent);
+
+struct client_session {
+    client_session(int socket_fd, const channel& connected_to, std::uint64_t client_number);
+
+    unique_fd socket;
+    const channel* home;  ///< outlives the session
+    std::uint64_t number; ///< 1 for the first client since the start, and so on
+
+    std::string input; ///< received but not yet taken; bounded by what is read in a turn
+
+    // Output. Assured packets go before all others, and newer ones never push them out. Tick,
+    // report and traffic take turns.
+    std::deque<wire_bytes> assured;
+    wire_bytes tick;               ///< null: no tick is due
+    std::deque<wire_bytes> report; ///< the pieces of the report under way
+    std::deque<wire_bytes> traffic;
+    wire_bytes sending;             ///< the packet under way; null between packets
+    std::size_t sent_bytes = 0;     ///< of `sending`
+    unsigned next_turn = 0;         ///< index of the queue whose turn it is
+    bool waiting_to_write = false;  ///< the socket is full; sending resumes when it is writable
+    bool watched_for_write = false; ///< the loop watches for that, and sets this
+    time_point next_send{};         ///< nothing is sent before this
+
+    // What the client has shown and asked for.
+    bool identified = false;
+    bool authenticated = false;
+    bool admitted = false; ///< gets transmissions
+    bool wants_uplinks = true;
+    std::vector<pager_owner> pager_owners; ///< owners of the pager lists that the client has used
+    std::size_t changes = 0;               ///< entries that it has added to what services keep
+
+    // Its end.
+    time_point next_tick = never;
+    time_point close_at = never; ///< it is told of the end then
+    time_point drop_at = never;  ///< its connection is closed then, if it is still open
+    bool closing = false;        ///< it has been told; nothing that it says counts any more
+    bool gone = false;           ///< to be removed
+};
+
+/// What session_take_packet found in the input.
+enum class packet_taken { none, whole, broken };
+
+/// Reads what the socket has, at most max_read_bytes_per_turn. Marks the session as gone at the end
+/// of the stream and on errors.
+void session_receive(client_session& session);
+
+/// Moves the first packet of the input to `taken`. Broken: the header announces more than
+/// max_payload_bytes, and nothing after it can be understood.
+packet_taken session_take_packet(client_session& session, packet& taken);
+
+/// Puts a packet after the assured ones. False, and nothing queued, when max_assured_packets wait
+/// or the client is being closed.
+bool session_queue(client_session& session, wire_bytes bytes);
+
+/// Encodes the packet and calls session_queue.
+bool session_queue_packet(client_session& session, const packet& sent);
+
+/// Puts a transmission after those that wait and drops the oldest ones beyond `limit`.
+void session_queue_transmission(client_session& session, wire_bytes bytes, std::size_t limit);
+
+/// Drops all packets that wait and ends the connection with `last_packet`. The client may then
+/// close the connection; if it does not, the server closes it at `drop_at`. Does nothing to a
+/// session that is closing already.
+void session_close(client_session& session, wire_bytes last_packet, time_point drop_at);
+
+/// Sends what is due: at most one packet for every `pace` that has passed. Each is handed over in
+/// one piece if the socket can take it. Marks the session as gone on errors.
+void session_send(client_session& session, time_point now, std::chrono::milliseconds pace);
+
+/// When session_send has something to do next; `never` if only an event can tell.
+time_point session_send_time(const client_session& session);
+
+} // namespace tovrik
