@@ -11,6 +11,18 @@
 namespace tovrik
 {
 
+/// The kind of link that a message was heard on.
+enum class message_link { unknown, vhf, vdl2, hfdl, iridium, inmarsat };
+
+/// How a receiver heard a message. Documents and clients do not know these by themselves.
+struct reception {
+    message_link link = message_link::unknown;
+    std::string station = {}; ///< the receiver's name for itself; empty: not known
+    double frequency_mhz = 0; ///< 0: not known
+    double level_db = -999;   ///< relative to anything; only compared. -999: not known
+    bool continues = false;   ///< the receiver says that another block of this message follows
+};
+
 /// One message. An empty text or a count of 0 means "not known", and its element is left out.
 struct transmission {
     std::string mode = {};           ///< one character
@@ -27,6 +39,7 @@ struct transmission {
     std::uint32_t contacts = 0;      ///< messages heard of this aircraft, including this one
     std::uint32_t daily_flights = 0; ///< different flights heard today
     std::time_t time = 0;            ///< seconds since the epoch, shown in UTC
+    reception heard = {};
 };
 
 /// The document of kinds 40 and 204. Its shape is fixed; its values have passed value_text.
