@@ -40,6 +40,9 @@ constexpr int closing_grace_ms = 5000;
 /// How long accepting rests when the system has no descriptor left.
 constexpr int accept_retry_ms = 200;
 
+/// Maximum number of addresses whose wrong passwords are counted.
+constexpr std::size_t max_watched_addresses = 10000;
+
 /// Maximum length of a field of a service request.
 constexpr std::size_t max_field_bytes = 64;
 

@@ -1,6 +1,7 @@
 // practice_core.cpp - see practice_core.hpp.
 #include "server/practice/practice_core.hpp"
 
+#include "base/md5.hpp"
 #include "server/base/limits.hpp"
 #include "server/services/publishing.hpp"
 #include "server/services/server_loop.hpp"
@@ -15,6 +16,18 @@ namespace
 
 constexpr std::time_t past_message_interval_s = 60;
 
+/// The practice server has one password at most.
+password_check make_password_check(const server_options& options)
+{
+    if (!options.password)
+        return {};
+    char digest[33];
+    md5_hex(*options.password, digest);
+    return [right = std::string{digest}](std::string_view sent) {
+        return sent == right ? std::string{"practice"} : std::string{};
+    };
+}
+
 service_options make_service_options(const server_options& options)
 {
     return {
@@ -22,7 +35,7 @@ service_options make_service_options(const server_options& options)
         .pace_ms = options.pace_ms,
         .name = options.name,
         .capabilities = options.capabilities,
-        .password = options.password,
+        .label_of_digest = make_password_check(options),
         .known_clients = options.known_clients,
         .ask_identification = options.ask_identification,
         .send_uptime = options.send_uptime,
@@ -99,8 +112,10 @@ std::string practice_open(practice_core& core)
     const server_options& options = core.options;
     std::string error = loop_open(core.server);
     if (error.empty())
-        error = loop_open_channel(core.server, options.bind_address, options.port,
-                                  options.bind_address);
+        error = loop_open_channel(core.server, {.name = options.name,
+                                                .address = options.bind_address,
+                                                .port = options.port,
+                                                .seed = options.bind_address});
     if (error.empty())
         error = directory_open(core.directory, options, core.server.epoll.get(),
                                core.server.channels.front().listener.port);

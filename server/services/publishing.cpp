@@ -21,15 +21,29 @@ void archive_message(server_core& core, const transmission& message)
         core.services.archive.add(message, std::time(nullptr), core.services.reference);
 }
 
+time_point compute_late_at(const server_core& core)
+{
+    const int late_after_ms = core.options.late_after_ms;
+    return late_after_ms > 0 ? steady_clock::now() + std::chrono::milliseconds{late_after_ms}
+                             : never;
+}
+
 void pass_on(server_core& core, const published_message& item)
 {
+    const std::size_t limit = core.options.queue_limit;
+    const time_point late_at = compute_late_at(core);
+    const bool has_text = !item.message.content.empty();
     for (auto& [fd, session] : core.sessions) {
         if (!session.admitted)
             continue;
-        if (session.wants_uplinks || !item.uplink)
-            session_queue_transmission(session, item.bytes, core.options.queue_limit);
+        if (core_wants(session, item))
+            session_queue_transmission(session, {item.bytes, has_text, late_at}, limit);
         if (const auto notice = pager_notice(core, session, item.message))
-            session_queue_transmission(session, encode_shared(*notice), core.options.queue_limit);
+            session_queue_transmission(session, {encode_shared(*notice)}, limit);
+    }
+    for (auto& each : core.channels) {
+        if (filter_matches(each.filter, item.message))
+            ++each.messages;
     }
 }
 

@@ -1,11 +1,11 @@
 // requests.cpp - see requests.hpp.
 #include "server/services/requests.hpp"
 
-#include "base/md5.hpp"
 #include "server/services/service_requests.hpp"
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 namespace tovrik
 {
@@ -18,8 +18,9 @@ void admit_client(server_core& core, client_session& session)
     if (session.admitted || !session.identified || !session.authenticated)
         return;
     session.admitted = true;
+    session.access_by = never;
     const auto is_wanted = [&session](const published_message& item) {
-        return session.wants_uplinks || !item.uplink;
+        return core_wants(session, item);
     };
     const auto& recent = core.history;
     const auto count = std::count_if(recent.begin(), recent.end(), is_wanted);
@@ -37,7 +38,7 @@ packet make_capabilities_packet(const server_core& core, const channel& home)
 {
     capability_texts texts = core.options.capabilities;
     if (!texts.need_auth)
-        texts.need_auth = core.options.password ? "1" : "0";
+        texts.need_auth = core.options.label_of_digest ? "1" : "0";
     if (!texts.server_uuid)
         texts.server_uuid = home.uuid;
     return {.kind = kind::capabilities, .payload = capabilities_xml(texts)};
@@ -57,14 +58,27 @@ void on_good_bye(server_core&, client_session& session, const packet&)
     session.gone = true;
 }
 
+/// The label of the password that a client sent; nothing if it is wrong or one of too many.
+std::optional<std::string> authenticate(server_core& core, const client_session& session,
+                                        const packet& received)
+{
+    const time_point now = steady_clock::now();
+    if (core.tries.may_try(session.address, core.options.tries_per_minute, now)) {
+        if (std::string label = core.options.label_of_digest(received.payload); !label.empty())
+            return label;
+        core.tries.add_wrong(session.address, now);
+    }
+    ++core.wrong_passwords;
+    return std::nullopt;
+}
+
 void on_password_digest(server_core& core, client_session& session, const packet& received)
 {
-    char digest[33] = {};
-    if (core.options.password)
-        md5_hex(*core.options.password, digest);
-    const bool right = !core.options.password || received.payload == digest;
-    session.authenticated = session.authenticated || right;
-    if (right) {
+    const auto label = core.options.label_of_digest ? authenticate(core, session, received)
+                                                    : std::optional<std::string>{std::string{}};
+    if (label) {
+        session.authenticated = true;
+        session.label = *label;
         session_queue_packet(session, {.kind = kind::password_accepted, .payload = "OK"});
     } else {
         session_queue_packet(session, {.kind = kind::password_refused, .payload = "NO"});
@@ -116,7 +130,7 @@ void welcome_client(server_core& core, client_session& session)
 {
     const service_options& options = core.options;
     session.identified = !options.ask_identification;
-    session.authenticated = !options.password;
+    session.authenticated = !options.label_of_digest;
     session_queue_packet(session, make_capabilities_packet(core, *session.home));
     if (options.ask_identification)
         session_queue_packet(session, {.kind = kind::identification, .payload = "?"});

@@ -41,6 +41,12 @@ std::size_t core_close_clients(server_core& core, std::uint32_t close_kind)
     return count;
 }
 
+bool core_wants(const client_session& session, const published_message& item)
+{
+    return (session.wants_uplinks || !item.uplink) &&
+           filter_matches(session.home->filter, item.message);
+}
+
 std::size_t core_client_count(const server_core& core)
 {
     const auto count =

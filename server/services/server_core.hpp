@@ -5,6 +5,7 @@
 // in.
 #pragma once
 
+#include "server/services/access_tries.hpp"
 #include "server/services/service_options.hpp"
 #include "server/sessions/channel.hpp"
 #include "server/sessions/client_session.hpp"
@@ -37,6 +38,8 @@ struct server_core {
     std::list<channel> channels;
     std::map<int, client_session> sessions; ///< by descriptor
     std::uint64_t clients_so_far = 0;
+    std::uint64_t wrong_passwords = 0;
+    access_tries tries;
     service_state services;
     std::deque<published_message> history; ///< the latest messages, oldest first
     wire_bytes tick;
@@ -53,6 +56,10 @@ void core_close_client(const server_core& core, client_session& session, std::ui
 
 /// Ends all connections so. Returns the number of clients told.
 std::size_t core_close_clients(server_core& core, std::uint32_t close_kind);
+
+/// Whether a client gets a message: its channel passes it on, and the client has not asked to leave
+/// out what the ground sends.
+bool core_wants(const client_session& session, const published_message& item);
 
 /// The number of clients that are connected and have not been told of the end.
 std::size_t core_client_count(const server_core& core);

@@ -24,7 +24,15 @@ time_point schedule_after(time_point now, int ms)
     return ms > 0 ? now + milliseconds{ms} : never;
 }
 
-void add_client(server_core& core, const channel& home, int fd, time_point now)
+std::uint32_t read_peer_address(int fd)
+{
+    sockaddr_in peer{};
+    socklen_t size = sizeof peer;
+    const bool is_known = getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &size) == 0;
+    return is_known ? peer.sin_addr.s_addr : 0;
+}
+
+void add_client(server_core& core, channel& home, int fd, time_point now)
 {
     const int on = 1;
     setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -32,9 +40,11 @@ void add_client(server_core& core, const channel& home, int fd, time_point now)
     client_session& session =
         core.sessions.try_emplace(fd, fd, home, core.clients_so_far + 1).first->second;
     ++core.clients_so_far;
+    session.address = read_peer_address(fd);
     session.gone = !watch(core.epoll.get(), EPOLL_CTL_ADD, fd, EPOLLIN);
     session.next_tick = schedule_after(now, core.options.tick_every_ms);
     session.close_at = schedule_after(now, core.options.close_after_ms);
+    session.access_by = schedule_after(now, core.options.access_within_ms);
     welcome_client(core, session);
 }
 
@@ -64,10 +74,35 @@ void receive_from(server_core& core, client_session& session)
     session.gone = session.gone || taken == packet_taken::broken;
 }
 
+/// Tells a client once a minute how many messages it has not been sent since it was told last.
+void tell_left_out(const server_core& core, client_session& session, time_point now)
+{
+    constexpr std::chrono::minutes pause{1};
+    const std::uint64_t count = session.traffic.left_out - session.left_out_told;
+    if (!core.options.tell_left_out || count == 0 || session.closing)
+        return;
+    if (session.tell_left_out_at == never)
+        session.tell_left_out_at = now + pause;
+    if (now < session.tell_left_out_at)
+        return;
+    const char* const what = count == 1 ? " message left out" : " messages left out";
+    session_queue_packet(session, {.kind = kind::notice, .payload = std::to_string(count) + what});
+    session.left_out_told = session.traffic.left_out;
+    session.tell_left_out_at = never;
+}
+
+bool is_without_access_too_long(const client_session& session, time_point now)
+{
+    return !session.admitted && now >= session.access_by;
+}
+
 void serve_session(server_core& core, client_session& session, time_point now)
 {
     if (now >= session.close_at)
         core_close_client(core, session, core.options.close_kind, now);
+    if (is_without_access_too_long(session, now))
+        core_close_client(core, session, kind::closing, now);
+    tell_left_out(core, session, now);
     if (now >= session.next_tick) {
         session.tick = core.tick;
         session.next_tick = schedule_after(now, core.options.tick_every_ms);
@@ -79,6 +114,22 @@ void serve_session(server_core& core, client_session& session, time_point now)
         watch(core.epoll.get(), EPOLL_CTL_MOD, session.socket.get(),
               session.waiting_to_write ? EPOLLIN | EPOLLOUT : EPOLLIN);
     }
+}
+
+/// Removes clients that are gone, and closed channels that have no clients any more.
+void remove_gone(server_core& core)
+{
+    std::erase_if(core.sessions, [](const auto& entry) {
+        if (entry.second.gone)
+            entry.second.home->left_out_before += entry.second.traffic.left_out;
+        return entry.second.gone;
+    });
+    std::erase_if(core.channels, [&core](const channel& each) {
+        return !each.listener.socket &&
+               std::ranges::none_of(core.sessions, [&each](const auto& entry) {
+                   return entry.second.home == &each;
+               });
+    });
 }
 
 } // namespace
@@ -94,18 +145,27 @@ std::string loop_open(server_core& core)
     return {};
 }
 
-std::string loop_open_channel(server_core& core, const std::string& address, std::uint16_t port,
-                              const std::string& seed)
+std::string loop_open_channel(server_core& core, const channel_opening& opening)
 {
-    channel opened;
-    std::string error = listener_open(opened.listener, address, port);
+    channel opened{.name = opening.name, .filter = opening.filter};
+    std::string error = listener_open(opened.listener, opening.address, opening.port);
     if (!error.empty())
         return error;
     if (!watch(core.epoll.get(), EPOLL_CTL_ADD, opened.listener.socket.get(), EPOLLIN))
         return system_text("cannot wait for clients");
-    opened.uuid = server_uuid(seed, opened.listener.port);
+    opened.uuid = server_uuid(opening.seed, opened.listener.port);
     core.channels.push_back(std::move(opened));
     return {};
+}
+
+void loop_close_channel(server_core& core, channel& closed)
+{
+    closed.listener = {};
+    const time_point now = steady_clock::now();
+    for (auto& [fd, session] : core.sessions) {
+        if (session.home == &closed)
+            core_close_client(core, session, kind::closing_for_maintenance, now);
+    }
 }
 
 int loop_wait_ms(const server_core& core, time_point next, time_point now)
@@ -115,7 +175,7 @@ int loop_wait_ms(const server_core& core, time_point next, time_point now)
     }
     for (const auto& [fd, session] : core.sessions) {
         next = std::min({next, session_send_time(session), session.next_tick, session.close_at,
-                         session.drop_at});
+                         session.access_by, session.drop_at, session.tell_left_out_at});
     }
     if (next == never)
         return -1;
@@ -154,7 +214,7 @@ void loop_on_time(server_core& core, time_point now)
     for (auto& [fd, session] : core.sessions) {
         serve_session(core, session, now);
     }
-    std::erase_if(core.sessions, [](const auto& entry) { return entry.second.gone; });
+    remove_gone(core);
 }
 
 } // namespace tovrik

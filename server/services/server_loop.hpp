@@ -12,10 +12,21 @@ namespace tovrik
 /// Opens what the core waits with, and starts its clocks. Returns an error text, empty on success.
 std::string loop_open(server_core& core);
 
-/// Opens a channel at an IPv4 address; port 0 stands for any free one. Its identity is made of
-/// `seed` and the port. Returns an error text, empty on success.
-std::string loop_open_channel(server_core& core, const std::string& address, std::uint16_t port,
-                              const std::string& seed);
+/// What a channel is opened with.
+struct channel_opening {
+    std::string name = {};
+    std::string address = "127.0.0.1"; ///< IPv4, dotted
+    std::uint16_t port = 0;            ///< 0: any free one
+    std::string seed = {};             ///< its identity is made of this and the port
+    message_filter filter = {};
+};
+
+/// Opens a channel. Returns an error text, empty on success.
+std::string loop_open_channel(server_core& core, const channel_opening& opening);
+
+/// Tells the clients of a channel of the end with a packet of kind 100, and closes its port. The
+/// channel is removed when the last of them has gone.
+void loop_close_channel(server_core& core, channel& closed);
 
 /// How long the loop may wait for an event, in milliseconds; -1: without a limit. `next` is when
 /// its owner has something to do; `never` for nothing.

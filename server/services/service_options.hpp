@@ -6,8 +6,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tovrik
@@ -23,6 +24,9 @@ enum class report_answer {
     unfinished, ///< a report without its last piece
 };
 
+/// Gives the label of the password with a digest; an empty text if there is none.
+using password_check = std::function<std::string(std::string_view digest)>;
+
 struct service_options {
     std::size_t max_clients = 256; ///< of all channels together; further ones are turned away
 
@@ -36,7 +40,10 @@ struct service_options {
     capability_texts capabilities = {};
 
     // Which clients it admits. Until it is admitted, a client gets no transmissions.
-    std::optional<std::string> password = {};    ///< in clear text; clients send its digest
+    password_check label_of_digest = {}; ///< empty: no password is needed
+    unsigned tries_per_minute = 0;       ///< wrong passwords of one address; 0: any number
+    int access_within_ms = 0;            ///< clients without access are told of the end; 0: never
+    std::size_t max_clients_of_address = 0;      ///< 0: as many as there may be
     std::vector<std::string> known_clients = {}; ///< empty: any name is known
     bool ask_identification = false;
 
@@ -46,7 +53,9 @@ struct service_options {
     std::vector<packet> greetings = {};
     std::size_t replay_count = 0;
 
-    std::size_t queue_limit = 64; ///< of transmissions for one client; the oldest are dropped
+    std::size_t queue_limit = 64; ///< of transmissions for one client; see backlog_add
+    int late_after_ms = 0;        ///< a transmission that waited so long is left out; 0: never
+    bool tell_left_out = false;   ///< clients are told once a minute how many were left out
     bool compressed = false;      ///< transmissions go out compressed
     int tick_every_ms = 0;        ///< 0: no ticks
 

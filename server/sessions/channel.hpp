@@ -2,15 +2,21 @@
 #pragma once
 
 #include "server/base/sockets.hpp"
+#include "server/messages/message_filter.hpp"
 
+#include <cstdint>
 #include <string>
 
 namespace tovrik
 {
 
 struct channel {
+    std::string name;
     std::string uuid; ///< its identity; clients connect to each identity only once
-    tcp_listener listener;
+    message_filter filter = {};
+    tcp_listener listener = {};
+    std::uint64_t messages = 0;        ///< that passed the filter
+    std::uint64_t left_out_before = 0; ///< for clients that are gone
 };
 
 } // namespace tovrik

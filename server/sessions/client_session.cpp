@@ -21,32 +21,32 @@ wire_bytes take_first(std::deque<wire_bytes>& queue)
     return first;
 }
 
-wire_bytes take_tick(client_session& session)
+wire_bytes take_tick(client_session& session, time_point)
 {
     return std::exchange(session.tick, nullptr);
 }
 
-wire_bytes take_report_piece(client_session& session)
+wire_bytes take_report_piece(client_session& session, time_point)
 {
     return session.report.empty() ? nullptr : take_first(session.report);
 }
 
-wire_bytes take_transmission(client_session& session)
+wire_bytes take_transmission(client_session& session, time_point now)
 {
-    return session.traffic.empty() ? nullptr : take_first(session.traffic);
+    return backlog_take(session.traffic, now);
 }
 
 /// The queues that take turns, so that none of them starves another.
-constexpr wire_bytes (*turns[])(client_session&) = {take_tick, take_report_piece,
-                                                    take_transmission};
+constexpr wire_bytes (*turns[])(client_session&, time_point) = {take_tick, take_report_piece,
+                                                                take_transmission};
 
-wire_bytes take_next_packet(client_session& session)
+wire_bytes take_next_packet(client_session& session, time_point now)
 {
     if (!session.assured.empty())
         return take_first(session.assured);
     wire_bytes taken;
     for (std::size_t i = 0; i < std::size(turns) && !taken; ++i) {
-        taken = turns[session.next_turn](session);
+        taken = turns[session.next_turn](session, now);
         session.next_turn = static_cast<unsigned>((session.next_turn + 1) % std::size(turns));
     }
     return taken;
@@ -54,8 +54,8 @@ wire_bytes take_next_packet(client_session& session)
 
 bool has_packet(const client_session& session)
 {
-    return !session.assured.empty() || !session.report.empty() || !session.traffic.empty() ||
-           session.tick;
+    return !session.assured.empty() || !session.report.empty() ||
+           !session.traffic.messages.empty() || session.tick;
 }
 
 /// Sends the rest of the packet under way. False if the socket did not take all of it.
@@ -87,8 +87,7 @@ wire_bytes encode_shared(const packet& sent)
     return std::make_shared<std::string>(encode_packet(sent));
 }
 
-client_session::client_session(int socket_fd, const channel& connected_to,
-                               std::uint64_t client_number)
+client_session::client_session(int socket_fd, channel& connected_to, std::uint64_t client_number)
     : socket(socket_fd), home(&connected_to), number(client_number)
 {
 }
@@ -141,14 +140,10 @@ bool session_queue_packet(client_session& session, const packet& sent)
     return session_queue(session, encode_shared(sent));
 }
 
-void session_queue_transmission(client_session& session, wire_bytes bytes, std::size_t limit)
+void session_queue_transmission(client_session& session, waiting_message message, std::size_t limit)
 {
-    if (session.closing || session.gone)
-        return;
-    session.traffic.push_back(std::move(bytes));
-    while (session.traffic.size() > limit) {
-        session.traffic.pop_front();
-    }
+    if (!session.closing && !session.gone)
+        backlog_add(session.traffic, std::move(message), limit);
 }
 
 void session_close(client_session& session, wire_bytes last_packet, time_point drop_at)
@@ -157,10 +152,12 @@ void session_close(client_session& session, wire_bytes last_packet, time_point d
         return;
     session.assured.clear();
     session.report.clear();
-    session.traffic.clear();
+    session.traffic.messages.clear();
     session.tick.reset();
     session.next_tick = never;
     session.close_at = never;
+    session.access_by = never;
+    session.tell_left_out_at = never;
     session.assured.push_back(std::move(last_packet));
     session.drop_at = drop_at;
     session.closing = true;
@@ -172,7 +169,9 @@ void session_send(client_session& session, time_point now, std::chrono::millisec
         if (!session.sending) {
             if (now < session.next_send || !has_packet(session))
                 return;
-            session.sending = take_next_packet(session);
+            session.sending = take_next_packet(session, now);
+            if (!session.sending)
+                return; // all that waited came too late
         }
         if (!finish_packet(session))
             return;

@@ -7,13 +7,13 @@
 #include "base/owners.hpp"
 #include "server/base/clock.hpp"
 #include "server/protocol/packet.hpp"
+#include "server/sessions/backlog.hpp"
 #include "server/sessions/channel.hpp"
 #include "server/storage/pager_lists.hpp"
 
 #include <chrono>
 #include <cstdint>
 #include <deque>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,18 +21,16 @@
 namespace tovrik
 {
 
-/// An encoded packet, shared by all the clients that it waits for.
-using wire_bytes = std::shared_ptr<const std::string>;
-
 /// Encodes a packet once for all clients.
 wire_bytes encode_shared(const packet& sent);
 
 struct client_session {
-    client_session(int socket_fd, const channel& connected_to, std::uint64_t client_number);
+    client_session(int socket_fd, channel& connected_to, std::uint64_t client_number);
 
     unique_fd socket;
-    const channel* home;  ///< outlives the session
-    std::uint64_t number; ///< 1 for the first client since the start, and so on
+    channel* home;             ///< outlives the session
+    std::uint32_t address = 0; ///< IPv4, as the system gives it
+    std::uint64_t number;      ///< 1 for the first client since the start, and so on
 
     std::string input; ///< received but not yet taken; bounded by what is read in a turn
 
@@ -41,7 +39,7 @@ struct client_session {
     std::deque<wire_bytes> assured;
     wire_bytes tick;               ///< null: no tick is due
     std::deque<wire_bytes> report; ///< the pieces of the report under way
-    std::deque<wire_bytes> traffic;
+    backlog traffic;
     wire_bytes sending;             ///< the packet under way; null between packets
     std::size_t sent_bytes = 0;     ///< of `sending`
     unsigned next_turn = 0;         ///< index of the queue whose turn it is
@@ -52,6 +50,7 @@ struct client_session {
     // What the client has shown and asked for.
     bool identified = false;
     bool authenticated = false;
+    std::string label;     ///< of its password
     bool admitted = false; ///< gets transmissions
     bool wants_uplinks = true;
     std::vector<pager_owner> pager_owners; ///< owners of the pager lists that the client has used
@@ -59,10 +58,13 @@ struct client_session {
 
     // Its end.
     time_point next_tick = never;
-    time_point close_at = never; ///< it is told of the end then
-    time_point drop_at = never;  ///< its connection is closed then, if it is still open
-    bool closing = false;        ///< it has been told; nothing that it says counts any more
-    bool gone = false;           ///< to be removed
+    time_point tell_left_out_at = never; ///< how many messages were left out
+    std::uint64_t left_out_told = 0;
+    time_point close_at = never;  ///< it is told of the end then
+    time_point access_by = never; ///< it is told of the end then, if it is not admitted
+    time_point drop_at = never;   ///< its connection is closed then, if it is still open
+    bool closing = false;         ///< it has been told; nothing that it says counts any more
+    bool gone = false;            ///< to be removed
 };
 
 /// What session_take_packet found in the input.
@@ -83,8 +85,9 @@ bool session_queue(client_session& session, wire_bytes bytes);
 /// Encodes the packet and calls session_queue.
 bool session_queue_packet(client_session& session, const packet& sent);
 
-/// Puts a transmission after those that wait and drops the oldest ones beyond `limit`.
-void session_queue_transmission(client_session& session, wire_bytes bytes, std::size_t limit);
+/// Puts a message after those that wait; see backlog_add for those beyond `limit`.
+void session_queue_transmission(client_session& session, waiting_message message,
+                                std::size_t limit);
 
 /// Drops all packets that wait and ends the connection with `last_packet`. The client may then
 /// close the connection; if it does not, the server closes it at `drop_at`. Does nothing to a

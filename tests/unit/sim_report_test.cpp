@@ -310,7 +310,7 @@ TEST(sim_report, is_under_way_for_a_bounded_number_of_clients)
 {
     const tovrik::service_options options{.capabilities = reporting_server().capabilities};
     tovrik::server_core core{options};
-    const tovrik::channel home;
+    tovrik::channel home;
     core.services.archive.add(sample_message("D-AIQA"), sample_time, core.services.reference);
     std::vector<tovrik::client_session*> sessions;
     for (std::size_t count = 1; count <= tovrik::max_reports_at_once + 2; ++count) {

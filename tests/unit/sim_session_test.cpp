@@ -77,7 +77,7 @@ TEST(sim_session, drops_the_oldest_transmissions_but_no_assured_packet)
 {
     pair_of_ends ends;
     for (const char* text : {"1", "2", "3", "4", "5"})
-        session_queue_transmission(*ends.session, bytes_of(text), 3);
+        session_queue_transmission(*ends.session, {bytes_of(text)}, 3);
     session_queue(*ends.session, bytes_of("A"));
     session_send(*ends.session, start, 0ms);
     EXPECT_EQ(ends.arrived(), "A345");
@@ -98,7 +98,7 @@ TEST(sim_session, lets_ticks_and_transmissions_take_turns)
     pair_of_ends ends;
     auto& session = *ends.session;
     for (const char* text : {"1", "2", "3"})
-        session_queue_transmission(session, bytes_of(text), 10);
+        session_queue_transmission(session, {bytes_of(text)}, 10);
     std::string order;
     for (int i = 0; i < 6; ++i) {
         session.tick = bytes_of("t");
@@ -113,7 +113,7 @@ TEST(sim_session, lets_a_report_take_its_turn)
     pair_of_ends ends;
     auto& session = *ends.session;
     for (const char* text : {"1", "2", "3"})
-        session_queue_transmission(session, bytes_of(text), 10);
+        session_queue_transmission(session, {bytes_of(text)}, 10);
     for (const char* text : {"a", "b", "c", "d"})
         session.report.push_back(bytes_of(text));
     session.tick = bytes_of("t");
@@ -151,11 +151,11 @@ TEST(sim_session, forgets_all_but_the_last_packet_when_it_closes)
     pair_of_ends ends;
     auto& session = *ends.session;
     session_queue(session, bytes_of("waiting"));
-    session_queue_transmission(session, bytes_of("waiting"), 10);
+    session_queue_transmission(session, {bytes_of("waiting")}, 10);
     session.tick = bytes_of("tick");
     session_close(session, bytes_of("end"), start + 5s);
     EXPECT_FALSE(session_queue(session, bytes_of("late")));
-    session_queue_transmission(session, bytes_of("late"), 10);
+    session_queue_transmission(session, {bytes_of("late")}, 10);
     session_close(session, bytes_of("again"), start + 9s);
     EXPECT_EQ(session.drop_at, start + 5s);
 
