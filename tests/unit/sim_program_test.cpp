@@ -59,6 +59,7 @@ TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
         {"--rate", "nan"},
         {"--rate", "1e9"},
         {"--close-kind", "4"},
+        {"--close-kind", "0x64"},
         {"--bind", "1.2.3"},
         {"--pace-ms", "fast"},
         {"--seed", "-1"},
@@ -71,6 +72,24 @@ TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
         {"--http-port", "65536"},
         {"--directory", "file"},
         {"--json-udp", "-1"},
+        {"--port", "0x10"},
+        {"--port", "1e3"},
+        {"--port", " 22"},
+        {"--port", "22.0"},
+        {"--port", "+22"},
+        {"--port", "1'000"},
+        {"--http-port", "0x10"},
+        {"--json-udp", "1e3"},
+        {"--max-clients", "1e2"},
+        {"--pace-ms", "0.5"},
+        {"--seed", "0x7"},
+        {"--fixed-time", "1e9"},
+        {"--announce-replay", "1.5"},
+        {"--rate", "0x10"},
+        {"--rate", "1e2"},
+        {"--rate", "1.2.3"},
+        {"--rate", "."},
+        {"--ticks", " 5"},
         {"--json-file", "-", "--replay", "file"},
     };
     for (const auto& options : cases) {
@@ -79,6 +98,13 @@ TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
         EXPECT_TRUE(complaint.starts_with("tovriksim: ")) << options[0] << ": " << complaint;
         EXPECT_EQ(program.status(), 2) << options[0];
     }
+}
+
+TEST(sim_program, reads_numbers_with_leading_zeros_as_decimal_ones)
+{
+    const std::string port = std::to_string(sim_program{{"--port", "0"}}.port());
+    sim_program program{{"--port", "0" + port, "--max-clients", "010", "--rate", "00.5"}};
+    EXPECT_EQ(std::to_string(program.port()), port);
 }
 
 TEST(sim_program, ends_with_1_and_a_reason_when_it_cannot_serve)
