@@ -146,7 +146,9 @@ void add_identity_options(CLI::App& app, command_line& line)
     app.add_option("--server-version", offered.version, "Version to announce")
         ->check(limit_length());
     add_capability(app, "--crc-check", offered.crc_check, "Announce CRC checking");
-    add_capability(app, "--mailing", offered.mailing, "Offer daily mailings");
+    add_capability(app, "--mailing", offered.mailing,
+                   "Offer daily mailings; subscriptions are taken, and\n"
+                   "nothing is mailed");
     add_capability(app, "--db-modify", offered.db_modify, "Offer database updates");
     add_capability(app, "--modify-flags", offered.modify_flags,
                    "Offer database updates by the other capability,\n"
@@ -245,6 +247,7 @@ void add_end_options(CLI::App& app, command_line& line)
 
 void add_options(CLI::App& app, command_line& line)
 {
+    app.set_version_flag("--version", "tovriksim " SERVER_VERSION, "Print the version and exit");
     add_place_options(app, line);
     add_traffic_options(app, line);
     add_identity_options(app, line);

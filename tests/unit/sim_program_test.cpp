@@ -2,6 +2,7 @@
 #include "sim_program.hpp"
 #include "sim_raw_client.hpp"
 
+#include "app/app_state.hpp"
 #include "data/xml.hpp"
 
 #include <gtest/gtest.h>
@@ -45,6 +46,22 @@ TEST(sim_program, tells_help_and_succeeds)
                                "--json-file",     "<?xml"})
         EXPECT_NE(help.find(option), std::string::npos) << option;
     EXPECT_EQ(program.status(), 0);
+}
+
+TEST(sim_program, tells_its_version_and_succeeds)
+{
+    sim_program program{{"--version"}};
+    EXPECT_EQ(program.rest(), std::string{"tovriksim "} + client_version + "\n");
+    EXPECT_EQ(program.status(), 0);
+}
+
+TEST(sim_program, says_that_it_mails_nothing)
+{
+    const std::string help = sim_program{{"--help"}}.rest();
+    const auto mailing = help.find("--mailing");
+    ASSERT_NE(mailing, std::string::npos);
+    const std::string entry = help.substr(mailing, help.find("--db-modify") - mailing);
+    EXPECT_NE(entry.find("nothing is mailed"), std::string::npos) << entry;
 }
 
 TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
