@@ -224,7 +224,8 @@ void add_greeting_options(CLI::App& app, command_line& line)
     app.add_flag("--uptime", line.server.send_uptime, "Tell new clients the uptime");
     app.add_option("--ticks", line.tick_s, "Seconds between activity ticks; 0: none")
         ->transform(limit_number(0, max_interval_s))
-        ->type_name("S");
+        ->type_name("S")
+        ->capture_default_str();
 }
 
 void add_end_options(CLI::App& app, command_line& line)

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -207,6 +208,12 @@ TEST(sim_program, passes_its_options_on)
     EXPECT_EQ(announcement->param1, 2);
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(client.receive()->kind, 204U);
+}
+
+TEST(sim_program, ticks_every_minute_unless_told_otherwise)
+{
+    const std::string help = sim_program{{"--help"}}.rest();
+    EXPECT_TRUE(std::regex_search(help, std::regex{R"(--ticks S(=| \[)60\b)"})) << help;
 }
 
 TEST(sim_program, ticks_by_option)
