@@ -44,7 +44,8 @@ struct server_options {
     bool ask_identification = false;
 
     // What every client gets after the capabilities: the greetings, the uptime and, announced, the
-    // latest transmissions (max_replay_count at most).
+    // latest transmissions (max_replay_count at most). If all messages come from receivers and the
+    // rate is 0, none of these are made up.
     bool send_uptime = false;
     std::vector<packet> greetings = {};
     std::size_t replay_count = 0;
