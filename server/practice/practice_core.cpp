@@ -3,6 +3,7 @@
 
 #include "server/base/limits.hpp"
 #include "server/services/publishing.hpp"
+#include "server/services/server_identity.hpp"
 #include "server/services/server_loop.hpp"
 
 #include <algorithm>
@@ -108,8 +109,9 @@ std::string practice_open(practice_core& core)
     const server_options& options = core.options;
     std::string error = loop_open(core.server);
     if (error.empty())
-        error = loop_open_channel(core.server, options.bind_address, options.port,
-                                  options.bind_address);
+        error =
+            loop_open_channel(core.server, options.bind_address, options.port,
+                              identity_seed(machine_name(), options.name, options.bind_address));
     if (error.empty())
         error = directory_open(core.directory, options, core.server.epoll.get(),
                                core.server.channels.front().listener.port);

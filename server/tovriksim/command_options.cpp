@@ -141,7 +141,9 @@ void add_identity_options(CLI::App& app, command_line& line)
     app.add_option("--name", line.server.name, "Server name, sent with the uptime")
         ->check(limit_length())
         ->capture_default_str();
-    app.add_option("--uuid", offered.server_uuid, "Identity (default: made of address and port)")
+    app.add_option("--uuid", offered.server_uuid,
+                   "Identity (default: made of the machine, the name, the\n"
+                   "address and the port)")
         ->check(limit_length());
     app.add_option("--server-version", offered.version, "Version to announce")
         ->check(limit_length());
