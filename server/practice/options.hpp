@@ -26,7 +26,7 @@ enum class directory_fault {
 struct server_options {
     // Where it listens.
     std::string bind_address = "127.0.0.1"; ///< IPv4, dotted
-    std::size_t max_clients = 256;          ///< further ones are closed at once
+    std::size_t max_clients = 256;          ///< further ones get 102
     std::uint16_t port = 0;                 ///< 0: any free one
 
     /// Pause between the packets to one client; 0: none. A client looks for a packet once a second

@@ -1,6 +1,7 @@
 // server_loop.cpp - see server_loop.hpp.
 #include "server/services/server_loop.hpp"
 
+#include "server/base/limits.hpp"
 #include "server/base/system_text.hpp"
 #include "server/services/requests.hpp"
 #include "server/services/server_identity.hpp"
@@ -24,28 +25,48 @@ time_point schedule_after(time_point now, int ms)
     return ms > 0 ? now + milliseconds{ms} : never;
 }
 
-void add_client(server_core& core, const channel& home, int fd, time_point now)
+client_session& add_session(server_core& core, const channel& home, int fd, std::uint64_t number)
 {
     const int on = 1;
     setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     // The sockets of clients that are gone are closed at the end of a turn, so no session has fd.
-    client_session& session =
-        core.sessions.try_emplace(fd, fd, home, core.clients_so_far + 1).first->second;
-    ++core.clients_so_far;
+    client_session& session = core.sessions.try_emplace(fd, fd, home, number).first->second;
     session.gone = !watch(core.epoll.get(), EPOLL_CTL_ADD, fd, EPOLLIN);
+    return session;
+}
+
+void add_client(server_core& core, const channel& home, int fd, time_point now)
+{
+    client_session& session = add_session(core, home, fd, ++core.clients_so_far);
     session.next_tick = schedule_after(now, core.options.tick_every_ms);
     session.close_at = schedule_after(now, core.options.close_after_ms);
     welcome_client(core, session);
 }
 
+/// Tells a client that the server is full. It has the usual time to read that.
+void turn_client_away(server_core& core, const channel& home, int fd, time_point now)
+{
+    core_close_client(core, add_session(core, home, fd, 0), kind::closing_when_full, now);
+}
+
 void accept_clients(server_core& core, channel& home, time_point now)
 {
-    for (std::size_t i = 0; i < core.options.max_clients + 1; ++i) {
+    const auto total = core.sessions.size();
+    auto turned_away = static_cast<std::size_t>(
+        std::count_if(core.sessions.begin(), core.sessions.end(),
+                      [](const auto& entry) { return entry.second.number == 0; }));
+    auto clients = total - turned_away;
+    for (std::size_t i = 0; i < core.options.max_clients + max_clients_turned_away + 1; ++i) {
         unique_fd socket = listener_accept(home.listener, core.epoll.get());
         if (!socket)
             return;
-        if (core.sessions.size() < core.options.max_clients)
+        if (clients < core.options.max_clients) {
+            ++clients;
             add_client(core, home, socket.release(), now);
+        } else if (turned_away < max_clients_turned_away) {
+            ++turned_away;
+            turn_client_away(core, home, socket.release(), now);
+        }
     }
 }
 
@@ -56,7 +77,7 @@ void receive_from(server_core& core, client_session& session)
     packet_taken taken = packet_taken::none;
     // A client may say good-bye and close its connection at once. What came before the end counts.
     while ((taken = session_take_packet(session, received)) == packet_taken::whole) {
-        if (core.on_packet)
+        if (core.on_packet && session.number != 0)
             core.on_packet(session, received);
         if (!session.closing)
             answer_packet(core, session, received);
