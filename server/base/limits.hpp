@@ -37,6 +37,10 @@ constexpr double max_rate_per_minute = 60000;
 /// How long a client that was told of the end may keep its connection open.
 constexpr int closing_grace_ms = 5000;
 
+/// Maximum number of clients at a time that are told that the server is full; further ones are
+/// closed at once.
+constexpr std::size_t max_clients_turned_away = 64;
+
 /// How long accepting rests when the system has no descriptor left.
 constexpr int accept_retry_ms = 200;
 

@@ -76,6 +76,17 @@ std::string open_udp_receiver(const std::string& address, unique_fd& socket, std
     return open_socket(SOCK_DGRAM, address, socket, port);
 }
 
+std::string reached_address(int fd)
+{
+    sockaddr_in place{};
+    socklen_t size = sizeof place;
+    char text[INET_ADDRSTRLEN] = {};
+    if (getsockname(fd, reinterpret_cast<sockaddr*>(&place), &size) != 0 ||
+        inet_ntop(AF_INET, &place.sin_addr, text, sizeof text) == nullptr)
+        return {};
+    return text;
+}
+
 bool would_block(int error)
 {
     return error == EAGAIN || error == EWOULDBLOCK;

@@ -33,6 +33,10 @@ void listener_resume(tcp_listener& listener, int epoll_fd, time_point now);
 /// and is replaced by the one that was taken. Returns an error text, empty on success.
 std::string open_udp_receiver(const std::string& address, unique_fd& socket, std::uint16_t& port);
 
+/// The address of this machine that a connected socket's peer came to, dotted. Empty if the system
+/// does not say.
+std::string reached_address(int fd);
+
 /// Whether a call on a socket failed only because it would have had to wait.
 bool would_block(int error);
 

@@ -61,16 +61,26 @@ void make_endless(directory_connection& connection, std::size_t body_bytes)
     connection.end_at = never;
 }
 
+std::string make_body(const directory_service& directory, const server_options& options,
+                      const directory_connection& connection)
+{
+    return options.directory_text
+               ? *options.directory_text
+               : own_directory_line(options, reached_address(connection.socket.get()),
+                                    directory.server_port);
+}
+
 void choose_answer(const directory_service& directory, const server_options& options,
                    directory_connection& connection)
 {
     const directory_fault fault = options.directory_answers;
-    connection.answer = directory_answer(connection.request, directory.body, fault);
+    const std::string body = make_body(directory, options, connection);
+    connection.answer = directory_answer(connection.request, body, fault);
     connection.answer_at = steady_clock::now() + milliseconds{options.directory_delay_ms};
     // The answer may be long, so the client gets the whole time again.
     connection.end_at = connection.answer_at + milliseconds{max_directory_ms};
-    if (fault == directory_fault::endless && connection.answer.ends_with(directory.body))
-        make_endless(connection, directory.body.size());
+    if (fault == directory_fault::endless && connection.answer.ends_with(body))
+        make_endless(connection, body.size());
     if (fault == directory_fault::silent)
         connection.answer_at = connection.end_at = never;
 }
@@ -140,8 +150,7 @@ std::string directory_open(directory_service& directory, const server_options& o
         return error;
     if (!watch(epoll_fd, EPOLL_CTL_ADD, directory.listener.socket.get(), EPOLLIN))
         return system_text("cannot wait for events");
-    directory.body =
-        options.directory_text ? *options.directory_text : own_directory_line(options, server_port);
+    directory.server_port = server_port;
     return {};
 }
 

@@ -30,13 +30,14 @@ struct directory_connection {
 };
 
 struct directory_service {
-    std::string body;
+    std::uint16_t server_port = 0;                   ///< for the default entry
     tcp_listener listener;                           ///< not open: there is no directory
     std::map<int, directory_connection> connections; ///< by descriptor
 };
 
 /// Opens the directory if the options ask for one. `server_port` is for the default entry, which
-/// names the server itself. Returns an error text, empty on success.
+/// names the server itself, at the address that the asker came to. Returns an error text, empty on
+/// success.
 std::string directory_open(directory_service& directory, const server_options& options,
                            int epoll_fd, std::uint16_t server_port);
 

@@ -61,9 +61,9 @@ std::string directory_answer(std::string_view request, std::string_view body, di
     return words[1] == directory_path ? make_success(body, fault) : make_refusal("404 Not Found");
 }
 
-std::string own_directory_line(const server_options& options, std::uint16_t server_port)
+std::string own_directory_line(const server_options& options, const std::string& host,
+                               std::uint16_t server_port)
 {
-    const std::string host = options.bind_address == "0.0.0.0" ? "127.0.0.1" : options.bind_address;
     return host + "\t" + std::to_string(server_port) +
            "\t\tPractice\tMade-up traffic to practise " + "with\t\t" + options.name + "\t\t\n";
 }

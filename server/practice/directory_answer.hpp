@@ -19,8 +19,10 @@ bool is_request_complete(std::string_view request);
 std::string directory_answer(std::string_view request, std::string_view body,
                              directory_fault fault);
 
-/// The directory's line about the server itself, with its line feed.
-std::string own_directory_line(const server_options& options, std::uint16_t server_port);
+/// The directory's line about the server itself, with its line feed. `host` is where askers find
+/// it.
+std::string own_directory_line(const server_options& options, const std::string& host,
+                               std::uint16_t server_port);
 
 /// What is wrong with a directory's text: a line does not have nine fields, or there is no line.
 /// Empty if the text is right.

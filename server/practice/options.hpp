@@ -26,7 +26,7 @@ enum class directory_fault {
 struct server_options {
     // Where it listens.
     std::string bind_address = "127.0.0.1"; ///< IPv4, dotted
-    std::size_t max_clients = 256;          ///< further ones are closed at once
+    std::size_t max_clients = 256;          ///< further ones get 102
     std::uint16_t port = 0;                 ///< 0: any free one
 
     /// Pause between the packets to one client; 0: none. A client looks for a packet once a second
@@ -44,7 +44,8 @@ struct server_options {
     bool ask_identification = false;
 
     // What every client gets after the capabilities: the greetings, the uptime and, announced, the
-    // latest transmissions (max_replay_count at most).
+    // latest transmissions (max_replay_count at most). If all messages come from receivers and the
+    // rate is 0, none of these are made up.
     bool send_uptime = false;
     std::vector<packet> greetings = {};
     std::size_t replay_count = 0;

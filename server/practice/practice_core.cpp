@@ -4,6 +4,7 @@
 #include "base/md5.hpp"
 #include "server/base/limits.hpp"
 #include "server/services/publishing.hpp"
+#include "server/services/server_identity.hpp"
 #include "server/services/server_loop.hpp"
 
 #include <algorithm>
@@ -68,9 +69,18 @@ void publish_next(practice_core& core, std::time_t now)
     }
 }
 
+/// Whether all messages come from receivers, and made-up ones would only be taken for theirs.
+bool is_receiver_only(const server_options& options)
+{
+    return (options.json_udp_port || options.json_stream_fd >= 0) && options.rate_per_minute <= 0 &&
+           options.replay_documents.empty() && options.replay_messages.empty();
+}
+
 /// The messages that new clients get first: one for each of the last minutes.
 void publish_past(practice_core& core)
 {
+    if (is_receiver_only(core.options))
+        return;
     const std::time_t now = std::time(nullptr);
     for (std::size_t age = std::min(core.options.replay_count, max_replay_count); age > 0; --age) {
         publish_next(core, now - static_cast<std::time_t>(age) * past_message_interval_s);
@@ -115,7 +125,8 @@ std::string practice_open(practice_core& core)
         error = loop_open_channel(core.server, {.name = options.name,
                                                 .address = options.bind_address,
                                                 .port = options.port,
-                                                .seed = options.bind_address});
+                                                .seed = identity_seed(machine_name(), options.name,
+                                                                      options.bind_address)});
     if (error.empty())
         error = directory_open(core.directory, options, core.server.epoll.get(),
                                core.server.channels.front().listener.port);

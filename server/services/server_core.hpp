@@ -38,6 +38,7 @@ struct server_core {
     std::list<channel> channels;
     std::map<int, client_session> sessions; ///< by descriptor
     std::uint64_t clients_so_far = 0;
+    std::uint64_t clients_turned_away = 0;
     std::uint64_t wrong_passwords = 0;
     access_tries tries;
     service_state services;

@@ -1,6 +1,7 @@
 // server_loop.cpp - see server_loop.hpp.
 #include "server/services/server_loop.hpp"
 
+#include "server/base/limits.hpp"
 #include "server/base/system_text.hpp"
 #include "server/services/requests.hpp"
 #include "server/services/server_identity.hpp"
@@ -32,30 +33,76 @@ std::uint32_t read_peer_address(int fd)
     return is_known ? peer.sin_addr.s_addr : 0;
 }
 
-void add_client(server_core& core, channel& home, int fd, time_point now)
+client_session& add_session(server_core& core, channel& home, int fd, std::uint64_t number)
 {
     const int on = 1;
     setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     // The sockets of clients that are gone are closed at the end of a turn, so no session has fd.
-    client_session& session =
-        core.sessions.try_emplace(fd, fd, home, core.clients_so_far + 1).first->second;
-    ++core.clients_so_far;
+    client_session& session = core.sessions.try_emplace(fd, fd, home, number).first->second;
     session.address = read_peer_address(fd);
     session.gone = !watch(core.epoll.get(), EPOLL_CTL_ADD, fd, EPOLLIN);
+    return session;
+}
+
+void add_client(server_core& core, channel& home, int fd, time_point now)
+{
+    client_session& session = add_session(core, home, fd, ++core.clients_so_far);
     session.next_tick = schedule_after(now, core.options.tick_every_ms);
     session.close_at = schedule_after(now, core.options.close_after_ms);
     session.access_by = schedule_after(now, core.options.access_within_ms);
     welcome_client(core, session);
 }
 
+/// Tells a client that the server is full. It has the usual time to read that.
+void turn_client_away(server_core& core, channel& home, int fd, time_point now)
+{
+    core_close_client(core, add_session(core, home, fd, 0), kind::closing_when_full, now);
+}
+
+/// Who is connected, while some more are let in.
+struct head_count {
+    std::size_t clients = 0;
+    std::size_t turned_away = 0; ///< and not gone yet
+    std::map<std::uint32_t, std::size_t> clients_of_address = {};
+};
+
+head_count count_heads(const server_core& core)
+{
+    head_count count;
+    for (const auto& [fd, session] : core.sessions) {
+        if (session.number == 0) {
+            ++count.turned_away;
+        } else {
+            ++count.clients;
+            ++count.clients_of_address[session.address];
+        }
+    }
+    return count;
+}
+
+bool has_room(const service_options& options, const head_count& count, std::size_t of_address)
+{
+    return count.clients < options.max_clients &&
+           (options.max_clients_of_address == 0 || of_address < options.max_clients_of_address);
+}
+
 void accept_clients(server_core& core, channel& home, time_point now)
 {
-    for (std::size_t i = 0; i < core.options.max_clients + 1; ++i) {
+    head_count count = count_heads(core);
+    for (std::size_t i = 0; i < core.options.max_clients + max_clients_turned_away + 1; ++i) {
         unique_fd socket = listener_accept(home.listener, core.epoll.get());
         if (!socket)
             return;
-        if (core.sessions.size() < core.options.max_clients)
+        std::size_t& of_address = count.clients_of_address[read_peer_address(socket.get())];
+        if (has_room(core.options, count, of_address)) {
+            ++count.clients;
+            ++of_address;
             add_client(core, home, socket.release(), now);
+        } else {
+            ++core.clients_turned_away;
+            if (count.turned_away++ < max_clients_turned_away)
+                turn_client_away(core, home, socket.release(), now);
+        }
     }
 }
 
@@ -66,7 +113,7 @@ void receive_from(server_core& core, client_session& session)
     packet_taken taken = packet_taken::none;
     // A client may say good-bye and close its connection at once. What came before the end counts.
     while ((taken = session_take_packet(session, received)) == packet_taken::whole) {
-        if (core.on_packet)
+        if (core.on_packet && session.number != 0)
             core.on_packet(session, received);
         if (!session.closing)
             answer_packet(core, session, received);

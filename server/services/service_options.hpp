@@ -28,7 +28,7 @@ enum class report_answer {
 using password_check = std::function<std::string(std::string_view digest)>;
 
 struct service_options {
-    std::size_t max_clients = 256; ///< of all channels together; further ones are turned away
+    std::size_t max_clients = 256; ///< of all channels together; further ones get 102
 
     /// Pause between the packets to one client; 0: none. A client looks for a packet once a second
     /// and takes one at a time. If it finds only a part of one, reading the rest swallows the

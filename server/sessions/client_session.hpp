@@ -30,7 +30,7 @@ struct client_session {
     unique_fd socket;
     channel* home;             ///< outlives the session
     std::uint32_t address = 0; ///< IPv4, as the system gives it
-    std::uint64_t number;      ///< 1 for the first client since the start, and so on
+    std::uint64_t number; ///< 1 for the first client since the start, and so on; 0: turned away
 
     std::string input; ///< received but not yet taken; bounded by what is read in a turn
 

@@ -2,7 +2,10 @@
 #include "server/tovriksim/command_options.hpp"
 
 #include "server/base/limits.hpp"
+#include "server/base/text_fields.hpp"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -27,19 +30,38 @@ constexpr double max_seed = 9007199254740992; ///< a double holds every whole nu
 constexpr double max_interval_s = 86400;
 constexpr std::size_t max_option_bytes = 200;
 
-/// Accepts a number from `min` to `max` and refuses any other text.
-CLI::Validator limit_number(double min, double max)
+/// Accepts the digits of a number from `min` to `max`, with one decimal point where
+/// `may_have_point` says so, and refuses any other text. The library itself would read 010 as 8 and
+/// 0x10 as 16.
+CLI::Validator limit_decimal(double min, double max, bool may_have_point)
 {
-    const auto check = [min, max](const std::string& text) -> std::string {
-        char* end = nullptr;
-        const double value = std::strtod(text.c_str(), &end);
-        if (!text.empty() && *end == '\0' && value >= min && value <= max)
+    const auto check = [min, max, may_have_point](std::string& text) -> std::string {
+        const auto points = std::count(text.begin(), text.end(), '.');
+        const auto digits = std::count_if(text.begin(), text.end(), tovrik::is_digit);
+        const double value = std::strtod(text.c_str(), nullptr);
+        if (digits > 0 && digits + points == static_cast<std::ptrdiff_t>(text.size()) &&
+            points <= (may_have_point ? 1 : 0) && value >= min && value <= max) {
+            while (text.size() > 1 && text[0] == '0' && tovrik::is_digit(text[1])) {
+                text.erase(0, 1);
+            }
             return {};
+        }
         char wrong[128];
-        std::snprintf(wrong, sizeof wrong, "must be a number from %.0f to %.0f", min, max);
+        std::snprintf(wrong, sizeof wrong, "must be a %s from %.0f to %.0f",
+                      may_have_point ? "decimal number" : "whole decimal number", min, max);
         return wrong;
     };
     return CLI::Validator{check, ""};
+}
+
+CLI::Validator limit_whole(double min, double max)
+{
+    return limit_decimal(min, max, false);
+}
+
+CLI::Validator limit_number(double min, double max)
+{
+    return limit_decimal(min, max, true);
 }
 
 CLI::Validator limit_length()
@@ -54,7 +76,7 @@ CLI::Validator limit_length()
 void add_place_options(CLI::App& app, command_line& line)
 {
     app.add_option("--port", line.server.port, "TCP port to listen on; 0: any free one")
-        ->check(limit_number(0, max_port))
+        ->transform(limit_whole(0, max_port))
         ->type_name("PORT")
         ->capture_default_str();
     app.add_option("--bind", line.server.bind_address, "IPv4 address to listen on")
@@ -62,13 +84,13 @@ void add_place_options(CLI::App& app, command_line& line)
         ->type_name("ADDRESS")
         ->capture_default_str();
     app.add_option("--max-clients", line.server.max_clients, "Maximum number of clients, 1 to 4096")
-        ->check(limit_number(1, max_client_limit))
+        ->transform(limit_whole(1, max_client_limit))
         ->type_name("N")
         ->capture_default_str();
     app.add_option("--pace-ms", line.server.pace_ms,
                    "Pause after each packet to a client; clients take\n"
                    "one a second")
-        ->check(limit_number(0, max_pace_ms))
+        ->transform(limit_whole(0, max_pace_ms))
         ->type_name("MS")
         ->capture_default_str();
 }
@@ -79,19 +101,19 @@ void add_traffic_options(CLI::App& app, command_line& line)
     app.add_option("--rate", line.server.rate_per_minute,
                    "Transmissions a minute; those beyond the pace are\n"
                    "dropped")
-        ->check(limit_number(0, tovrik::max_rate_per_minute))
+        ->transform(limit_number(0, tovrik::max_rate_per_minute))
         ->type_name("N")
         ->capture_default_str();
     app.add_option("--seed", line.server.seed,
                    "Seed of made-up messages; the same seed gives the\n"
                    "same messages")
-        ->check(limit_number(0, max_seed))
+        ->transform(limit_whole(0, max_seed))
         ->type_name("N")
         ->capture_default_str();
     app.add_option("--fixed-time", line.fixed_time,
                    "Date of made-up messages, in seconds since 1970\n"
                    "(default: now)")
-        ->check(limit_number(0, tovrik::max_time_s))
+        ->transform(limit_whole(0, tovrik::max_time_s))
         ->type_name("S");
     app.add_flag("--compressed", line.server.compressed, "Send transmissions compressed");
     app.add_option("--replay", line.replay_path,
@@ -100,7 +122,7 @@ void add_traffic_options(CLI::App& app, command_line& line)
         ->type_name("FILE");
     app.add_option("--announce-replay", line.server.replay_count,
                    "First send so many recent transmissions, up to 1000")
-        ->check(limit_number(0, tovrik::max_replay_count))
+        ->transform(limit_whole(0, tovrik::max_replay_count))
         ->type_name("N");
 }
 
@@ -119,12 +141,16 @@ void add_identity_options(CLI::App& app, command_line& line)
     app.add_option("--name", line.server.name, "Server name, sent with the uptime")
         ->check(limit_length())
         ->capture_default_str();
-    app.add_option("--uuid", offered.server_uuid, "Identity (default: made of address and port)")
+    app.add_option("--uuid", offered.server_uuid,
+                   "Identity (default: made of the machine, the name, the\n"
+                   "address and the port)")
         ->check(limit_length());
     app.add_option("--server-version", offered.version, "Version to announce")
         ->check(limit_length());
     add_capability(app, "--crc-check", offered.crc_check, "Announce CRC checking");
-    add_capability(app, "--mailing", offered.mailing, "Offer daily mailings");
+    add_capability(app, "--mailing", offered.mailing,
+                   "Offer daily mailings; subscriptions are taken, and\n"
+                   "nothing is mailed");
     add_capability(app, "--db-modify", offered.db_modify, "Offer database updates");
     add_capability(app, "--modify-flags", offered.modify_flags,
                    "Offer database updates by the other capability,\n"
@@ -139,7 +165,7 @@ void add_json_options(CLI::App& app, command_line& line)
     app.add_option("--json-udp", line.server.json_udp_port,
                    "UDP port to receive them on, at the --bind address;\n"
                    "0: any free one")
-        ->check(limit_number(0, max_port))
+        ->transform(limit_whole(0, max_port))
         ->type_name("PORT");
     app.add_option("--json-file", line.json_path,
                    "File to send them from, at --rate and repeatedly;\n"
@@ -155,7 +181,7 @@ void add_directory_options(CLI::App& app, command_line& line)
     app.add_option("--http-port", line.server.directory_port,
                    "TCP port to serve the directory on, by HTTP; 0: any\n"
                    "free one")
-        ->check(limit_number(0, max_port))
+        ->transform(limit_whole(0, max_port))
         ->type_name("PORT");
     app.add_option("--directory", line.directory_path,
                    "File with its lines: nine fields, separated by tabs\n"
@@ -199,8 +225,9 @@ void add_greeting_options(CLI::App& app, command_line& line)
     app.add_option("--error-text", line.error_text, "Error for new clients (kind 108)");
     app.add_flag("--uptime", line.server.send_uptime, "Tell new clients the uptime");
     app.add_option("--ticks", line.tick_s, "Seconds between activity ticks; 0: none")
-        ->check(limit_number(0, max_interval_s))
-        ->type_name("S");
+        ->transform(limit_number(0, max_interval_s))
+        ->type_name("S")
+        ->capture_default_str();
 }
 
 void add_end_options(CLI::App& app, command_line& line)
@@ -209,11 +236,12 @@ void add_end_options(CLI::App& app, command_line& line)
     app.add_option("--close-after", line.close_after_s,
                    "Seconds after which a connection is closed;\n"
                    "0: never")
-        ->check(limit_number(0, max_interval_s))
+        ->transform(limit_number(0, max_interval_s))
         ->type_name("S");
     app.add_option("--close-kind", line.server.close_kind,
                    "Kind of the closing packet: 3, 100 or 102")
         ->check(CLI::IsMember(close_kinds).description(""))
+        ->transform(limit_whole(0, max_port))
         ->type_name("KIND")
         ->capture_default_str();
 }
@@ -222,6 +250,7 @@ void add_end_options(CLI::App& app, command_line& line)
 
 void add_options(CLI::App& app, command_line& line)
 {
+    app.set_version_flag("--version", "tovriksim " SERVER_VERSION, "Print the version and exit");
     add_place_options(app, line);
     add_traffic_options(app, line);
     add_identity_options(app, line);

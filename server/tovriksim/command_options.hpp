@@ -21,7 +21,7 @@ struct command_line {
     std::string news;
     std::string notice;
     std::string error_text;
-    double tick_s = 0;
+    double tick_s = 60; ///< long before a client takes the server for dead
     double close_after_s = 0;
     std::time_t fixed_time = 0;
 };

@@ -4,6 +4,7 @@
 #include "base/limits.hpp"
 #include "net/capability_table.hpp"
 
+#include <algorithm>
 #include <map>
 
 namespace
@@ -135,6 +136,24 @@ TEST(protocol_document, knows_every_kind_of_the_practice_server_with_its_sender)
     for (const auto& kinds : {from_server, from_either})
         for (const std::string& kind : kinds)
             EXPECT_TRUE(read_received_rows().contains(kind)) << kind;
+}
+
+TEST(protocol_document, names_the_refusals_of_every_service_of_the_practice_server)
+{
+    std::map<std::string, std::string> numbers;
+    for (const auto& kind : all_matches(source_text("server/protocol/packet.hpp"),
+                                        R"(constexpr std::uint32_t (\w+) = (\d+);)"))
+        numbers[kind[0]] = kind[1];
+    const std::string table = text_between(source_text("server/services/service_requests.cpp"),
+                                           "service_requests[] = {", "\n};");
+    const auto services = all_matches(table, R"(\{kind::(\w+), \w+,\s+kind::(\w+), \w+,\s+\w+\})");
+    EXPECT_EQ(services.size(),
+              static_cast<std::size_t>(std::count(table.begin(), table.end(), '{')));
+    for (const auto& service : services) {
+        const std::string& row = read_sent_rows().at(numbers.at(service[0]));
+        const std::string answers = row.substr(row.find_last_of('|', row.size() - 2));
+        EXPECT_TRUE(matches_of(answers, R"(\b(\d+)\b)").contains(numbers.at(service[1]))) << row;
+    }
 }
 
 TEST(protocol_document, names_every_element_of_transmissions_and_capabilities)

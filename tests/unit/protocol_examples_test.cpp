@@ -101,7 +101,7 @@ protected:
 
 TEST_F(protocol_examples, are_written_as_hex_dumps)
 {
-    EXPECT_EQ(read_examples().size(), 22U);
+    EXPECT_EQ(read_examples().size(), 23U);
     for (const auto& [name, dump] : read_examples())
         EXPECT_EQ(make_dump(parse_dump(dump)), dump) << name;
 }
@@ -188,6 +188,8 @@ TEST_F(protocol_examples, a_practice_server_sends_the_same)
         {"pager-list",
          {.kind = tovrik::kind::pager_list,
           .payload = tovrik::pager_list_text({{"D-AIQA", "LH400", "FRA"}, {"", "BA117", ""}})}},
+        {"empty-pager-list",
+         {.kind = tovrik::kind::pager_list, .payload = tovrik::pager_list_text({})}},
     };
     for (const auto& row : rows)
         EXPECT_EQ(make_dump(tovrik::encode_packet(row.packet)), find_example(row.name)) << row.name;

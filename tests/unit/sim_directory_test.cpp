@@ -68,6 +68,25 @@ protected:
     std::unique_ptr<tovrik::practice_server> server;
 };
 
+TEST(sim_directory_of_its_own, names_the_address_that_the_asker_came_to)
+{
+    auto options = quick_server();
+    options.directory_port = 0;
+    options.bind_address = "0.0.0.0";
+    tovrik::practice_server server{options};
+    ASSERT_TRUE(server.start()) << server.error();
+    for (const std::string address : {"127.0.0.1", "127.0.0.2"}) {
+        sim_raw_client client{server.directory_port(), address};
+        ASSERT_TRUE(client.send_bytes(request));
+        std::string answer;
+        char c = 0;
+        while (wait_for_socket(client.fd, POLLIN, default_patience) && read(client.fd, &c, 1) == 1)
+            answer += c;
+        const std::string line = "\r\n\r\n" + address + "\t" + std::to_string(server.port()) + "\t";
+        EXPECT_NE(answer.find(line), std::string::npos) << answer;
+    }
+}
+
 TEST_F(sim_directory, gives_its_text_to_both_versions_of_http)
 {
     start();

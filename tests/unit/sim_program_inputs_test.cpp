@@ -9,6 +9,7 @@
 #include <arpa/inet.h>
 #include <string>
 #include <sys/stat.h>
+#include <vector>
 
 namespace
 {
@@ -89,6 +90,24 @@ TEST(sim_program, takes_datagrams_by_option_and_makes_nothing_up)
     EXPECT_EQ(program.complaint(),
               "tovriksim: dropped a line of JSON (number 1 so far): this is not JSON\n");
     EXPECT_EQ(program.status(), 0);
+}
+
+/// The kinds of what a new client of a program with these options gets at once.
+std::vector<std::uint32_t> first_kinds(std::vector<std::string> options, std::size_t count)
+{
+    options.insert(options.begin(), {"--port", "0", "--pace-ms", "0", "--json-udp", "0",
+                                     "--announce-replay", "2", "--ticks", "0.01"});
+    sim_program program{options};
+    sim_raw_client client{program.port()};
+    return next_kinds(client, count);
+}
+
+TEST(sim_program, makes_no_past_messages_up_for_a_receiver)
+{
+    using kinds = std::vector<std::uint32_t>;
+    EXPECT_EQ(first_kinds({}, 3), (kinds{41, 5, 5}));
+    EXPECT_EQ(first_kinds({"--rate", "0"}, 3), (kinds{41, 5, 5}));
+    EXPECT_EQ(first_kinds({"--rate", "1"}, 4), (kinds{41, 27, 40, 40})) << "it was asked for them";
 }
 
 TEST(sim_program, sends_a_file_of_json_at_its_rate)

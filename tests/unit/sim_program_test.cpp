@@ -2,10 +2,12 @@
 #include "sim_program.hpp"
 #include "sim_raw_client.hpp"
 
+#include "app/app_state.hpp"
 #include "data/xml.hpp"
 
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -47,6 +49,22 @@ TEST(sim_program, tells_help_and_succeeds)
     EXPECT_EQ(program.status(), 0);
 }
 
+TEST(sim_program, tells_its_version_and_succeeds)
+{
+    sim_program program{{"--version"}};
+    EXPECT_EQ(program.rest(), std::string{"tovriksim "} + client_version + "\n");
+    EXPECT_EQ(program.status(), 0);
+}
+
+TEST(sim_program, says_that_it_mails_nothing)
+{
+    const std::string help = sim_program{{"--help"}}.rest();
+    const auto mailing = help.find("--mailing");
+    ASSERT_NE(mailing, std::string::npos);
+    const std::string entry = help.substr(mailing, help.find("--db-modify") - mailing);
+    EXPECT_NE(entry.find("nothing is mailed"), std::string::npos) << entry;
+}
+
 TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
 {
     const std::vector<std::vector<std::string>> cases = {
@@ -59,6 +77,7 @@ TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
         {"--rate", "nan"},
         {"--rate", "1e9"},
         {"--close-kind", "4"},
+        {"--close-kind", "0x64"},
         {"--bind", "1.2.3"},
         {"--pace-ms", "fast"},
         {"--seed", "-1"},
@@ -71,6 +90,24 @@ TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
         {"--http-port", "65536"},
         {"--directory", "file"},
         {"--json-udp", "-1"},
+        {"--port", "0x10"},
+        {"--port", "1e3"},
+        {"--port", " 22"},
+        {"--port", "22.0"},
+        {"--port", "+22"},
+        {"--port", "1'000"},
+        {"--http-port", "0x10"},
+        {"--json-udp", "1e3"},
+        {"--max-clients", "1e2"},
+        {"--pace-ms", "0.5"},
+        {"--seed", "0x7"},
+        {"--fixed-time", "1e9"},
+        {"--announce-replay", "1.5"},
+        {"--rate", "0x10"},
+        {"--rate", "1e2"},
+        {"--rate", "1.2.3"},
+        {"--rate", "."},
+        {"--ticks", " 5"},
         {"--json-file", "-", "--replay", "file"},
     };
     for (const auto& options : cases) {
@@ -79,6 +116,13 @@ TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
         EXPECT_TRUE(complaint.starts_with("tovriksim: ")) << options[0] << ": " << complaint;
         EXPECT_EQ(program.status(), 2) << options[0];
     }
+}
+
+TEST(sim_program, reads_numbers_with_leading_zeros_as_decimal_ones)
+{
+    const std::string port = std::to_string(sim_program{{"--port", "0"}}.port());
+    sim_program program{{"--port", "0" + port, "--max-clients", "010", "--rate", "00.5"}};
+    EXPECT_EQ(std::to_string(program.port()), port);
 }
 
 TEST(sim_program, ends_with_1_and_a_reason_when_it_cannot_serve)
@@ -164,6 +208,12 @@ TEST(sim_program, passes_its_options_on)
     EXPECT_EQ(announcement->param1, 2);
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(client.receive()->kind, 204U);
+}
+
+TEST(sim_program, ticks_every_minute_unless_told_otherwise)
+{
+    const std::string help = sim_program{{"--help"}}.rest();
+    EXPECT_TRUE(std::regex_search(help, std::regex{R"(--ticks S(=| \[)60\b)"})) << help;
 }
 
 TEST(sim_program, ticks_by_option)

@@ -21,7 +21,10 @@
 class sim_raw_client
 {
 public:
-    explicit sim_raw_client(std::uint16_t port) : fd(begin_connect("127.0.0.1", port)) {}
+    explicit sim_raw_client(std::uint16_t port, const std::string& address = "127.0.0.1")
+        : fd(begin_connect(address, port))
+    {
+    }
     sim_raw_client(sim_raw_client&& other) noexcept : fd(std::exchange(other.fd, -1)) {}
     sim_raw_client(const sim_raw_client&) = delete;
     sim_raw_client& operator=(const sim_raw_client&) = delete;

@@ -1,6 +1,8 @@
 // sim_server_test.cpp - the practice server's life: its clients, its record, its end.
 #include "sim_raw_client.hpp"
 
+#include "server/base/limits.hpp"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -28,7 +30,7 @@ TEST(sim_server, serves_many_clients_at_once)
     EXPECT_TRUE(server.wait_for_clients(0, default_patience));
 }
 
-TEST(sim_server, hangs_up_on_more_clients_than_it_takes)
+TEST(sim_server, tells_more_clients_than_it_takes_that_it_is_full)
 {
     auto options = quick_server();
     options.max_clients = 1;
@@ -37,11 +39,42 @@ TEST(sim_server, hangs_up_on_more_clients_than_it_takes)
     sim_raw_client first{server.port()};
     ASSERT_TRUE(first.receive());
     sim_raw_client second{server.port()};
-    EXPECT_FALSE(second.receive());
+    EXPECT_EQ(second.receive(), (server_packet{.kind = 102, .payload = "Good Bye"}));
+    // It is not taken for a client, whatever it says, until it hangs up itself.
+    EXPECT_TRUE(second.send_text(148, "^"));
+    EXPECT_TRUE(second.ends());
+    EXPECT_EQ(server.client_count(), 1U);
+    EXPECT_TRUE(server.packets().empty());
     first.hang_up();
     ASSERT_TRUE(server.wait_for_clients(0, default_patience));
     sim_raw_client third{server.port()};
     EXPECT_TRUE(third.receive());
+}
+
+TEST(sim_server, tells_a_bounded_number_of_clients_that_it_is_full)
+{
+    auto options = quick_server();
+    options.max_clients = 1;
+    tovrik::practice_server server{options};
+    ASSERT_TRUE(server.start());
+    sim_raw_client first{server.port()};
+    ASSERT_TRUE(first.receive());
+    std::vector<sim_raw_client> told;
+    for (std::size_t i = 0; i < tovrik::max_clients_turned_away; ++i) {
+        EXPECT_EQ(told.emplace_back(server.port()).receive()->kind, 102U);
+    }
+    // Those that are told keep their connections, so this one is closed, and the first still
+    // served.
+    sim_raw_client beyond{server.port()};
+    EXPECT_FALSE(beyond.receive());
+    EXPECT_EQ(server.push_packet({.kind = 103, .payload = "still here"}), 1U);
+    EXPECT_TRUE(first.receive_kind(103));
+    // With one of them gone, the next is told again.
+    told.pop_back();
+    std::optional<server_packet> answer;
+    for (int tries = 0; tries < 200 && !answer; ++tries)
+        answer = sim_raw_client{server.port()}.receive();
+    EXPECT_TRUE(answer && answer->kind == 102);
 }
 
 TEST(sim_server, remembers_what_clients_say)
