@@ -284,7 +284,7 @@ std::optional<unsigned> practice_server::subscription_style(const std::string& a
     const std::lock_guard held{inside->lock};
     if (!inside->core)
         return std::nullopt;
-    const auto& subscriptions = inside->core->server.services.subscriptions;
+    const auto& subscriptions = inside->core->server.memory.subscriptions;
     const auto found = subscriptions.find(address);
     return found == subscriptions.end() ? std::nullopt : std::optional{found->second};
 }

@@ -15,12 +15,6 @@ namespace tovrik
 namespace
 {
 
-void archive_message(server_core& core, const transmission& message)
-{
-    if (offers_reports(core.options.capabilities))
-        core.services.archive.add(message, std::time(nullptr), core.services.reference);
-}
-
 time_point compute_late_at(const server_core& core)
 {
     const int late_after_ms = core.options.late_after_ms;
@@ -62,7 +56,8 @@ bool publish(server_core& core, const std::string& xml, transmission message)
     if (!made)
         return false;
     published_message item{encode_shared(*made), is_uplink(xml), std::move(message)};
-    archive_message(core, item.message);
+    if (offers_reports(core.options.capabilities))
+        core.store->keep_message(item.message);
     pass_on(core, item);
     remember_message(core, std::move(item));
     return true;

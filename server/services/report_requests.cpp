@@ -2,12 +2,13 @@
 #include "server/services/report_requests.hpp"
 
 #include "server/base/limits.hpp"
-#include "server/base/zlib_bytes.hpp"
 
 #include <algorithm>
 #include <charconv>
 #include <optional>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tovrik
 {
@@ -16,13 +17,6 @@ namespace
 
 /// The end of every request, after the moment.
 constexpr std::string_view request_tail = "\t*#cnam#\t#cnum#\t0\t0";
-
-/// A report to be announced and sent.
-struct prepared_report {
-    std::string data;      ///< compressed
-    std::size_t size = 0;  ///< announced; clients decompress into four times as many bytes
-    std::size_t total = 0; ///< announced number of compressed bytes
-};
 
 std::optional<std::time_t> parse_moment(std::string_view text)
 {
@@ -36,38 +30,55 @@ std::optional<std::time_t> parse_moment(std::string_view text)
     return moment;
 }
 
+bool is_under_way(const client_session& session)
+{
+    return session.is_report_made || !session.report.empty();
+}
+
 bool is_busy(const server_core& core, const client_session& session)
 {
     const auto under_way =
         std::count_if(core.sessions.begin(), core.sessions.end(),
-                      [](const auto& entry) { return !entry.second.report.empty(); });
-    return core.options.reports == report_answer::busy || !session.report.empty() ||
+                      [](const auto& entry) { return is_under_way(entry.second); });
+    return core.options.reports == report_answer::busy || is_under_way(session) ||
            static_cast<std::size_t>(under_way) >= max_reports_at_once;
 }
 
-prepared_report prepare_report(const std::string& text, report_answer answer)
+/// Makes the faults of a part that the practice server was asked for.
+report_part spoil_part(report_part part, report_answer answer)
 {
-    prepared_report report{.data = zlib_bytes(text), .size = text.size()};
-    report.total = report.data.size();
     if (answer == report_answer::corrupt) {
-        for (char& byte : report.data) {
+        for (char& byte : part.data) {
             byte = static_cast<char>(~byte);
         }
     }
     if (answer == report_answer::tight)
-        report.size = 1;
-    return report;
+        part.size = 1;
+    return part;
 }
 
-void send_report(client_session& session, const prepared_report& report, report_answer answer)
+/// Announcements wait among the pieces, so that a part is announced when the one before is sent.
+void queue_part(client_session& session, const report_part& part)
 {
-    session_queue_packet(session, {.kind = kind::report_started, .payload = "OK"});
-    session_queue_packet(
-        session, {.kind = kind::report_header,
-                  .payload = std::to_string(report.total) + "\t" + std::to_string(report.size)});
-    for (std::size_t at = 0; at < report.data.size(); at += max_payload_bytes) {
+    session.report.push_back(encode_shared(
+        {.kind = kind::report_header,
+         .payload = std::to_string(part.data.size()) + "\t" + std::to_string(part.size)}));
+    for (std::size_t at = 0; at < part.data.size(); at += max_payload_bytes) {
         session.report.push_back(encode_shared(
-            {.kind = kind::report_piece, .payload = report.data.substr(at, max_payload_bytes)}));
+            {.kind = kind::report_piece, .payload = part.data.substr(at, max_payload_bytes)}));
+    }
+}
+
+void send_report(client_session& session, std::vector<report_part> parts, report_answer answer)
+{
+    session.is_report_made = false;
+    if (parts.empty() || answer == report_answer::empty) {
+        session_queue_packet(session, {.kind = kind::report_empty, .payload = "NO"});
+        return;
+    }
+    session_queue_packet(session, {.kind = kind::report_started, .payload = "OK"});
+    for (report_part& part : parts) {
+        queue_part(session, spoil_part(std::move(part), answer));
     }
     if (answer == report_answer::unfinished)
         session.report.pop_back();
@@ -77,7 +88,6 @@ void send_report(client_session& session, const prepared_report& report, report_
 
 void answer_report_request(server_core& core, client_session& session, const packet& received)
 {
-    const report_answer answer = core.options.reports;
     const auto moment = parse_moment(received.payload);
     if (!moment) {
         session_queue_packet(session, {.kind = kind::error_text,
@@ -88,12 +98,12 @@ void answer_report_request(server_core& core, client_session& session, const pac
         session_queue_packet(session, {.kind = kind::report_busy, .payload = "NO"});
         return;
     }
-    const std::string text = core.services.archive.report_of(local_day(*moment), core.options.name);
-    if (text.empty() || answer == report_answer::empty) {
-        session_queue_packet(session, {.kind = kind::report_empty, .payload = "NO"});
-        return;
-    }
-    send_report(session, prepare_report(text, answer), answer);
+    session.is_report_made = true;
+    core.store->make_report(*moment, [&core, fd = session.socket.get(),
+                                      number = session.number](std::vector<report_part> parts) {
+        if (client_session* const asking = core_find_client(core, fd, number))
+            send_report(*asking, std::move(parts), core.options.reports);
+    });
 }
 
 } // namespace tovrik

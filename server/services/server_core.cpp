@@ -9,7 +9,8 @@ namespace tovrik
 {
 
 server_core::server_core(const service_options& chosen)
-    : options(chosen), tick(encode_shared({.kind = kind::tick, .payload = "^"}))
+    : options(chosen), memory(services, chosen.name),
+      tick(encode_shared({.kind = kind::tick, .payload = "^"}))
 {
 }
 
@@ -45,6 +46,13 @@ bool core_wants(const client_session& session, const published_message& item)
 {
     return (session.wants_uplinks || !item.uplink) &&
            filter_matches(session.home->filter, item.message);
+}
+
+client_session* core_find_client(server_core& core, int fd, std::uint64_t number)
+{
+    const auto found = core.sessions.find(fd);
+    return found != core.sessions.end() && found->second.number == number ? &found->second
+                                                                          : nullptr;
 }
 
 std::size_t core_client_count(const server_core& core)

@@ -9,7 +9,7 @@
 #include "server/services/service_options.hpp"
 #include "server/sessions/channel.hpp"
 #include "server/sessions/client_session.hpp"
-#include "server/storage/service_state.hpp"
+#include "server/storage/memory_store.hpp"
 
 #include <deque>
 #include <functional>
@@ -42,6 +42,8 @@ struct server_core {
     std::uint64_t wrong_passwords = 0;
     access_tries tries;
     service_state services;
+    memory_store memory;                   ///< keeps what is not kept elsewhere
+    service_store* store = &memory;        ///< outlives the core
     std::deque<published_message> history; ///< the latest messages, oldest first
     wire_bytes tick;
     time_point started_at{};
@@ -61,6 +63,9 @@ std::size_t core_close_clients(server_core& core, std::uint32_t close_kind);
 /// Whether a client gets a message: its channel passes it on, and the client has not asked to leave
 /// out what the ground sends.
 bool core_wants(const client_session& session, const published_message& item);
+
+/// The client that has a descriptor and a number; null if it has gone.
+client_session* core_find_client(server_core& core, int fd, std::uint64_t number);
 
 /// The number of clients that are connected and have not been told of the end.
 std::size_t core_client_count(const server_core& core);

@@ -2,11 +2,11 @@
 #include "server/services/service_requests.hpp"
 
 #include "server/base/limits.hpp"
-#include "server/base/random_source.hpp"
 #include "server/base/text_fields.hpp"
 #include "server/services/report_requests.hpp"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 
 namespace tovrik
@@ -26,19 +26,54 @@ packet make_error(std::string text)
     return {.kind = kind::error_text, .payload = std::move(text)};
 }
 
-bool may_add(const client_session& session)
+/// Gives an answer to the client that asked, if it is still there.
+template <typename answer_type, typename handler>
+auto answer_of(server_core& core, const client_session& session, handler handle)
 {
-    return session.changes < max_changes_per_client;
+    return [&core, fd = session.socket.get(), number = session.number, handle](answer_type answer) {
+        if (client_session* const asking = core_find_client(core, fd, number))
+            handle(*asking, answer);
+    };
+}
+
+/// Counts a change that a client asks for. False if it has asked for too many.
+bool reserve_change(client_session& session)
+{
+    if (session.changes >= max_changes_per_client)
+        return false;
+    ++session.changes;
+    return true;
+}
+
+/// A change that was refused does not count.
+void free_change(client_session& session)
+{
+    --session.changes;
+}
+
+/// Answers with one of two kinds.
+void answer_with(client_session& session, bool is_granted, std::uint32_t yes, std::uint32_t no)
+{
+    if (is_granted) {
+        session_queue_packet(session, {.kind = yes, .payload = "OK"});
+    } else {
+        session_queue_packet(session, {.kind = no, .payload = "NO"});
+    }
 }
 
 void on_update(server_core& core, client_session& session, const packet& received)
 {
-    if (may_add(session) && core.services.reference.add(received.kind, received.payload)) {
-        ++session.changes;
-        session_queue_packet(session, {.kind = kind::update_accepted, .payload = "OK"});
-    } else {
-        session_queue_packet(session, {.kind = kind::update_refused, .payload = "NO"});
+    if (!reserve_change(session)) {
+        answer_with(session, false, kind::update_accepted, kind::update_refused);
+        return;
     }
+    core.store->add_update(received.kind, received.payload,
+                           answer_of<bool>(core, session, [](client_session& asking, bool is_kept) {
+                               if (!is_kept)
+                                   free_change(asking);
+                               answer_with(asking, is_kept, kind::update_accepted,
+                                           kind::update_refused);
+                           }));
 }
 
 bool is_address(std::string_view text)
@@ -46,49 +81,54 @@ bool is_address(std::string_view text)
     return !text.empty() && is_clean_field(text, max_field_bytes);
 }
 
-/// The code that a subscriber adds to further requests. It is not a secret, but the same at every
-/// start.
-unsigned make_subscription_code(std::string_view address)
+std::string format_subscription(const std::string& address, const subscription_reply& reply)
 {
-    constexpr unsigned min_code = 10000;
-    constexpr unsigned max_code = 65535;
-    return random_source{make_seed(address)}.between(min_code, max_code);
+    // Short enough for one line of the status pane at 80 columns.
+    const std::string code = std::to_string(reply.code);
+    return reply.is_new ? "Daily reports subscribed. Your code: " + code
+                        : address + " is subscribed already. Code: " + code;
 }
 
 void on_subscription(server_core& core, client_session& session, const packet& received)
 {
-    auto& subscriptions = core.services.subscriptions;
     const std::string& address = received.payload;
     if (!is_address(address)) {
         session_queue_packet(session, make_error("This is no e-mail address"));
-    } else if (subscriptions.contains(address)) {
-        session_queue_packet(session, make_notice(address + " is subscribed already. Code: " +
-                                                  std::to_string(make_subscription_code(address))));
-    } else if (!may_add(session) || subscriptions.size() >= max_subscriptions) {
-        session_queue_packet(session, make_error("No more subscriptions are taken"));
+        return;
+    }
+    const bool may_add = reserve_change(session);
+    const auto answer = [address](client_session& asking, const subscription_reply& reply) {
+        if (!reply.is_new)
+            free_change(asking);
+        if (reply.code == 0) {
+            session_queue_packet(asking, make_error("No more subscriptions are taken"));
+        } else {
+            session_queue_packet(asking, make_notice(format_subscription(address, reply)));
+        }
+    };
+    if (may_add) {
+        core.store->subscribe(address, answer_of<subscription_reply>(core, session, answer));
     } else {
-        ++session.changes;
-        subscriptions[address] = 0;
-        // Short enough for one line of the status pane at 80 columns.
-        session_queue_packet(session, make_notice("Daily reports subscribed. Your code: " +
-                                                  std::to_string(make_subscription_code(address))));
+        session_queue_packet(session, make_error("No more subscriptions are taken"));
     }
 }
 
 void on_report_style(server_core& core, client_session& session, const packet& received)
 {
-    const auto found = core.services.subscriptions.find(received.payload);
-    if (received.param1 >= std::size(report_styles)) {
-        session_queue_packet(
-            session, make_error("There is no report style " + std::to_string(received.param1)));
-    } else if (found == core.services.subscriptions.end()) {
-        session_queue_packet(session, make_error("There is no such subscription"));
-    } else {
-        found->second = received.param1;
+    const unsigned style = received.param1;
+    const std::string& address = received.payload;
+    if (style >= std::size(report_styles)) {
         session_queue_packet(session,
-                             make_notice("Daily reports for " + found->first + " now have the " +
-                                         report_styles[received.param1] + " style"));
+                             make_error("There is no report style " + std::to_string(style)));
+        return;
     }
+    const auto answer = [address, style](client_session& asking, bool is_kept) {
+        session_queue_packet(asking, is_kept ? make_notice("Daily reports for " + address +
+                                                           " now have the " + report_styles[style] +
+                                                           " style")
+                                             : make_error("There is no such subscription"));
+    };
+    core.store->choose_style(address, style, answer_of<bool>(core, session, answer));
 }
 
 /// From now on the client is told of messages that the owner's list asks for.
@@ -100,36 +140,50 @@ void remember_owner(client_session& session, const pager_owner& owner)
         owners.push_back(owner);
 }
 
-bool add_to_pager(server_core& core, client_session& session, const pager_owner& owner,
-                  const pager_entry& entry)
+void answer_pager(client_session& session, bool is_granted)
 {
-    if (!may_add(session) || !core.services.pagers.add(owner, entry))
-        return false;
-    ++session.changes;
-    return true;
+    answer_with(session, is_granted, kind::pager_done, kind::pager_failed);
 }
 
-bool change_pager(server_core& core, client_session& session, const packet& received)
+void add_to_pager(server_core& core, client_session& session, const pager_owner& owner,
+                  const pager_entry& entry)
+{
+    if (!reserve_change(session)) {
+        answer_pager(session, false);
+        return;
+    }
+    core.store->add_pager(owner, entry,
+                          answer_of<bool>(core, session, [](client_session& asking, bool is_kept) {
+                              if (!is_kept)
+                                  free_change(asking);
+                              answer_pager(asking, is_kept);
+                          }));
+}
+
+void change_pager(server_core& core, client_session& session, const packet& received)
 {
     constexpr std::size_t field_count = 4;
     const auto fields = split_fields(received.payload, '\t');
-    if (fields.size() != field_count || !is_address(fields[0]))
-        return false;
+    if (fields.size() != field_count || !is_address(fields[0])) {
+        answer_pager(session, false);
+        return;
+    }
     const pager_owner owner{std::string{fields[0]}, received.param1};
     const pager_entry entry{std::string{fields[1]}, std::string{fields[2]}, std::string{fields[3]}};
     remember_owner(session, owner);
-    return received.kind == kind::pager_add ? add_to_pager(core, session, owner, entry)
-                                            : core.services.pagers.remove(owner, entry) > 0;
+    if (received.kind == kind::pager_add) {
+        add_to_pager(core, session, owner, entry);
+    } else {
+        core.store->remove_pager(owner, entry, answer_of<bool>(core, session, answer_pager));
+    }
 }
 
 void on_pager_change(server_core& core, client_session& session, const packet& received)
 {
     if (core.options.pager_blocked) {
         session_queue_packet(session, {.kind = kind::pager_blocked, .payload = "NO"});
-    } else if (change_pager(core, session, received)) {
-        session_queue_packet(session, {.kind = kind::pager_done, .payload = "OK"});
     } else {
-        session_queue_packet(session, {.kind = kind::pager_failed, .payload = "NO"});
+        change_pager(core, session, received);
     }
 }
 

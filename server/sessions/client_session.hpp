@@ -38,7 +38,7 @@ struct client_session {
     // report and traffic take turns.
     std::deque<wire_bytes> assured;
     wire_bytes tick;               ///< null: no tick is due
-    std::deque<wire_bytes> report; ///< the pieces of the report under way
+    std::deque<wire_bytes> report; ///< the announcements and pieces of the report under way
     backlog traffic;
     wire_bytes sending;             ///< the packet under way; null between packets
     std::size_t sent_bytes = 0;     ///< of `sending`
@@ -54,6 +54,7 @@ struct client_session {
     bool admitted = false; ///< gets transmissions
     bool wants_uplinks = true;
     std::vector<pager_owner> pager_owners; ///< owners of the pager lists that the client has used
+    bool is_report_made = false;           ///< it has asked for one that is not ready yet
     std::size_t changes = 0;               ///< entries that it has added to what services keep
 
     // Its end.

@@ -1,12 +1,9 @@
-// service_state.hpp - what a server keeps for its services while it runs, all of it in memory.
+// service_state.hpp - what a server looks at for every message: what clients have added, and what
+// they watch for. Whatever keeps it (service_store) keeps it up to date.
 #pragma once
 
-#include "server/storage/message_archive.hpp"
 #include "server/storage/pager_lists.hpp"
 #include "server/storage/reference_data.hpp"
-
-#include <map>
-#include <string>
 
 namespace tovrik
 {
@@ -14,8 +11,6 @@ namespace tovrik
 struct service_state {
     reference_data reference;
     pager_lists pagers;
-    std::map<std::string, unsigned> subscriptions; ///< style of the reports, by address
-    message_archive archive;
 };
 
 } // namespace tovrik

@@ -311,11 +311,12 @@ TEST(sim_report, is_under_way_for_a_bounded_number_of_clients)
     const tovrik::service_options options{.capabilities = reporting_server().capabilities};
     tovrik::server_core core{options};
     tovrik::channel home;
-    core.services.archive.add(sample_message("D-AIQA"), sample_time, core.services.reference);
+    core.memory.archive.add(sample_message("D-AIQA"), sample_time, core.services.reference);
     std::vector<tovrik::client_session*> sessions;
     for (std::size_t count = 1; count <= tovrik::max_reports_at_once + 2; ++count) {
         const int fd = open("/dev/null", O_RDWR | O_CLOEXEC);
-        tovrik::client_session& session = core.sessions.try_emplace(fd, fd, home, count).first->second;
+        tovrik::client_session& session =
+            core.sessions.try_emplace(fd, fd, home, count).first->second;
         answer_report_request(core, session, {.kind = 70, .payload = request_of(sample_time)});
         const bool is_among_the_first = count <= tovrik::max_reports_at_once;
         EXPECT_NE(session.report.empty(), is_among_the_first) << count;

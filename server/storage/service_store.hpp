@@ -1,0 +1,70 @@
+// service_store.hpp - what the services need kept, whatever keeps it.
+#pragma once
+
+#include "server/storage/pager_lists.hpp"
+
+#include <cstdint>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tovrik
+{
+
+struct subscription_reply {
+    bool is_new = false;
+    std::uint16_t code = 0; ///< that the subscriber adds to further requests; 0: none was taken
+};
+
+/// A report, or a part of a long one, as it is announced and sent.
+struct report_part {
+    std::string data;     ///< compressed
+    std::size_t size = 0; ///< of the text
+};
+
+/// Compresses a part of a report.
+report_part report_part_of(const std::string& text);
+
+/// All functions are for the loop's thread. Each gives its answer once, at once or in a later turn:
+/// what was granted is kept by then. "No" stands for what the request is not allowed, and for what
+/// could not be kept.
+class service_store
+{
+public:
+    using yes_or_no = std::function<void(bool is_granted)>;
+
+    service_store() = default;
+    service_store(const service_store&) = delete;
+    service_store& operator=(const service_store&) = delete;
+    virtual ~service_store() = default;
+
+    /// Adds an entry to the reference data; see reference_data::add.
+    virtual void add_update(std::uint32_t kind, const std::string& text, yes_or_no answer) = 0;
+
+    /// Adds an entry to a pager list; see pager_lists::add.
+    virtual void add_pager(const pager_owner& owner, const pager_entry& entry,
+                           yes_or_no answer) = 0;
+
+    /// Removes all entries of a list that match a pattern. No, if there is none.
+    virtual void remove_pager(const pager_owner& owner, const pager_entry& pattern,
+                              yes_or_no answer) = 0;
+
+    /// Subscribes an address to daily mailings, in the first style; one that is subscribed already
+    /// keeps what it has.
+    virtual void subscribe(const std::string& address,
+                           std::function<void(subscription_reply)> answer) = 0;
+
+    /// Chooses the style of an address' mailings. No, if it is not subscribed.
+    virtual void choose_style(const std::string& address, unsigned style, yes_or_no answer) = 0;
+
+    /// Keeps a message that is published now.
+    virtual void keep_message(const transmission& message) = 0;
+
+    /// Makes the report of the day that a client asks for with `moment`, the first second of it.
+    /// Nothing if there was no message.
+    virtual void make_report(std::time_t moment,
+                             std::function<void(std::vector<report_part>)> answer) = 0;
+};
+
+} // namespace tovrik
