@@ -78,6 +78,9 @@ constexpr std::size_t max_archived_bytes = std::size_t{16} * 1024 * 1024;
 /// Maximum length of a report's text.
 constexpr std::size_t max_report_bytes = std::size_t{1024} * 1024;
 
+/// Maximum length of a part of a report of many messages. Clients inflate into four times as much.
+constexpr std::size_t max_report_part_bytes = std::size_t{16} * 1024 * 1024;
+
 /// Maximum number of reports under way at the same time.
 constexpr std::size_t max_reports_at_once = 8;
 

@@ -115,6 +115,7 @@ practice_core::practice_core(const server_options& chosen)
                                                          .stream_fd = chosen.json_stream_fd,
                                                          .on_complaint = chosen.on_complaint})
 {
+    server.memory.keeps_messages = offers_reports(chosen.capabilities);
 }
 
 std::string practice_open(practice_core& core)

@@ -56,8 +56,7 @@ bool publish(server_core& core, const std::string& xml, transmission message)
     if (!made)
         return false;
     published_message item{encode_shared(*made), is_uplink(xml), std::move(message)};
-    if (offers_reports(core.options.capabilities))
-        core.store->keep_message(item.message);
+    core.store->keep_message(item.message);
     pass_on(core, item);
     remember_message(core, std::move(item));
     return true;
@@ -70,6 +69,7 @@ bool publish_message(server_core& core, transmission message)
     if (message.time == 0)
         message.time = std::time(nullptr);
     apply_reference(message, core.services.reference);
+    core.store->complete_message(message);
     const std::string xml = transmission_xml(message);
     return publish(core, xml, std::move(message));
 }

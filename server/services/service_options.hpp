@@ -61,7 +61,9 @@ struct service_options {
 
     // What its services do if the capabilities offer them.
     report_answer reports = report_answer::real;
-    bool pager_blocked = false; ///< requests about pager lists get "try later"
+    bool refuses_updates = false; ///< although clients, who need it for mailings, think otherwise
+    bool pager_hits_as_errors = false; ///< in bold and with a beep
+    bool pager_blocked = false;        ///< requests about pager lists get "try later"
 
     // How connections end.
     int close_after_ms = 0; ///< from a client's arrival; 0: never

@@ -14,6 +14,7 @@ namespace tovrik
 namespace
 {
 
+constexpr const char* no_updates = "Updates are not offered here";
 constexpr const char* report_styles[] = {"tovrik", "ZOBE", "News"};
 
 packet make_notice(std::string text)
@@ -63,6 +64,10 @@ void answer_with(client_session& session, bool is_granted, std::uint32_t yes, st
 
 void on_update(server_core& core, client_session& session, const packet& received)
 {
+    if (core.options.refuses_updates) {
+        session_queue_packet(session, {.kind = kind::updates_forbidden, .payload = no_updates});
+        return;
+    }
     if (!reserve_change(session)) {
         answer_with(session, false, kind::update_accepted, kind::update_refused);
         return;
@@ -213,7 +218,6 @@ struct service_request {
     void (*handle)(server_core& core, client_session& session, const packet& received);
 };
 
-constexpr const char* no_updates = "Updates are not offered here";
 constexpr const char* no_mailings = "Daily mailings are not offered here";
 constexpr const char* no_pagers = "Pager lists are not offered here";
 constexpr const char* no_reports = "Reports are not offered here";
@@ -264,7 +268,8 @@ std::optional<packet> pager_notice(const server_core& core, const client_session
         if (!part.empty())
             text += " " + part;
     }
-    return make_notice(std::move(text));
+    return core.options.pager_hits_as_errors ? make_error(std::move(text))
+                                             : make_notice(std::move(text));
 }
 
 } // namespace tovrik

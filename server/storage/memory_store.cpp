@@ -64,9 +64,12 @@ void memory_store::choose_style(const std::string& address, unsigned style, yes_
     answer(found != subscriptions.end());
 }
 
+void memory_store::complete_message(transmission&) {}
+
 void memory_store::keep_message(const transmission& message)
 {
-    archive.add(message, std::time(nullptr), state.reference);
+    if (keeps_messages)
+        archive.add(message, std::time(nullptr), state.reference);
 }
 
 void memory_store::make_report(std::time_t moment,

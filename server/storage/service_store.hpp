@@ -58,6 +58,9 @@ public:
     /// Chooses the style of an address' mailings. No, if it is not subscribed.
     virtual void choose_style(const std::string& address, unsigned style, yes_or_no answer) = 0;
 
+    /// Fills in what is known of earlier messages: contacts, and the flights of the day.
+    virtual void complete_message(transmission& message) = 0;
+
     /// Keeps a message that is published now.
     virtual void keep_message(const transmission& message) = 0;
 

@@ -1,0 +1,28 @@
+// heard_before.hpp - how often each aircraft was heard, and which flights today.
+#pragma once
+
+#include "server/messages/transmission.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+
+namespace tovrik
+{
+
+/// Maximum number of aircraft and of flights that are counted; beyond it, new ones are not.
+constexpr std::size_t max_heard_aircraft = 100000;
+constexpr std::size_t max_heard_flights = 100000;
+
+struct heard_before {
+    std::map<std::string, std::uint32_t> contacts; ///< messages, by registration
+    std::set<std::string> flights;                 ///< of `day`, in the form of flight_key
+    std::int64_t day = 0;                          ///< see day_number
+};
+
+/// Counts a message, and fills in its contacts and the flights of its day.
+void heard_before_add(heard_before& heard, transmission& message, std::time_t now);
+
+} // namespace tovrik

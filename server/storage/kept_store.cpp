@@ -1,0 +1,210 @@
+// kept_store.cpp - see kept_store.hpp.
+#include "server/storage/kept_store.hpp"
+
+#include "server/base/limits.hpp"
+#include "server/storage/calendar_day.hpp"
+#include "server/storage/day_report.hpp"
+#include "server/storage/kept_messages.hpp"
+#include "server/storage/kept_pagers.hpp"
+#include "server/storage/kept_subscriptions.hpp"
+#include "server/storage/kept_updates.hpp"
+#include "server/storage/kept_uuid.hpp"
+
+#include <ctime>
+#include <memory>
+#include <utility>
+
+namespace tovrik
+{
+namespace
+{
+
+constexpr std::chrono::seconds close_patience{10};
+
+/// What a job finds out for its end. The job runs in another thread, but never at the same time.
+template <typename result> std::shared_ptr<result> shared_result()
+{
+    return std::make_shared<result>();
+}
+
+} // namespace
+
+kept_store::kept_store(service_state& kept_state, const std::string& server_name,
+                       std::function<void(const std::string&)> taker)
+    : state(kept_state), name(server_name), complain(std::move(taker))
+{
+}
+
+std::string kept_store::open(const std::string& folder)
+{
+    return kept.open(folder, [this](database& in) { return prepare(in); });
+}
+
+std::string kept_store::prepare(database& in)
+{
+    heard.day = day_number(std::time(nullptr));
+    std::string error = uuid_read_or_make(in, uuid);
+    if (error.empty())
+        error = updates_read(in, state.reference);
+    if (error.empty())
+        error = pagers_read(in, state.pagers);
+    if (error.empty())
+        error = messages_count(in, messages);
+    if (error.empty())
+        error = contacts_read(in, max_heard_aircraft, heard.contacts);
+    if (error.empty())
+        error = flights_read(in, heard.day, max_heard_flights, heard.flights);
+    return error;
+}
+
+void kept_store::close()
+{
+    if (!kept.close(close_patience))
+        complain("the database did not close in time");
+    kept.run_finished();
+}
+
+void kept_store::forget_before(std::time_t moment)
+{
+    const auto forgotten = shared_result<std::size_t>();
+    kept.write({.work = [moment, forgotten](
+                            database& in) { return messages_forget(in, moment, *forgotten); },
+                .done =
+                    [this, moment, forgotten](const std::string& error) {
+                        if (!error.empty())
+                            return;
+                        messages -= *forgotten;
+                        if (*forgotten == max_forgotten_messages)
+                            forget_before(moment);
+                    }});
+}
+
+/// Changes the database, then what is looked at for every message.
+void kept_store::write_or_refuse(std::function<std::string(database&, bool&)> work,
+                                 std::function<void()> mirror, yes_or_no answer)
+{
+    const auto is_granted = shared_result<bool>();
+    const auto finish = [this, is_granted, mirror = std::move(mirror),
+                         answer](const std::string& error) {
+        if (!error.empty())
+            complain("a request of a client was not kept: " + error);
+        const bool is_kept = error.empty() && *is_granted;
+        if (is_kept)
+            mirror();
+        answer(is_kept);
+    };
+    if (!kept.write({.work = [work = std::move(work),
+                              is_granted](database& in) { return work(in, *is_granted); },
+                     .done = finish}))
+        finish("too many requests wait");
+}
+
+void kept_store::add_update(std::uint32_t kind, const std::string& text, yes_or_no answer)
+{
+    write_or_refuse(
+        [kind, text](database& in, bool& is_kept) { return update_keep(in, kind, text, is_kept); },
+        [this, kind, text] { state.reference.add(kind, text); }, std::move(answer));
+}
+
+void kept_store::add_pager(const pager_owner& owner, const pager_entry& entry, yes_or_no answer)
+{
+    write_or_refuse([owner, entry](database& in,
+                                   bool& is_kept) { return pager_keep(in, owner, entry, is_kept); },
+                    [this, owner, entry] { state.pagers.add(owner, entry); }, std::move(answer));
+}
+
+void kept_store::remove_pager(const pager_owner& owner, const pager_entry& pattern,
+                              yes_or_no answer)
+{
+    write_or_refuse(
+        [owner, pattern](database& in, bool& is_granted) {
+            std::size_t removed = 0;
+            std::string error = pager_remove(in, owner, pattern, removed);
+            is_granted = removed > 0;
+            return error;
+        },
+        [this, owner, pattern] { state.pagers.remove(owner, pattern); }, std::move(answer));
+}
+
+void kept_store::subscribe(const std::string& address,
+                           std::function<void(subscription_reply)> answer)
+{
+    const auto reply = shared_result<subscription_reply>();
+    const std::int64_t today = day_number(std::time(nullptr));
+    write_or_refuse(
+        [address, today, reply](database& in, bool& is_granted) {
+            mail_subscription made;
+            subscription_result result{};
+            std::string error = subscription_keep(in, address, today, made, result);
+            *reply = {.is_new = result == subscription_result::made, .code = made.code};
+            is_granted = result != subscription_result::full;
+            return error;
+        },
+        [] {},
+        [reply, answer = std::move(answer)](bool is_granted) {
+            answer(is_granted ? *reply : subscription_reply{});
+        });
+}
+
+void kept_store::choose_style(const std::string& address, unsigned style, yes_or_no answer)
+{
+    write_or_refuse(
+        [address, style](database& in, bool& is_kept) {
+            return subscription_set_style(in, address, style, is_kept);
+        },
+        [] {}, std::move(answer));
+}
+
+void kept_store::complete_message(transmission& message)
+{
+    heard_before_add(heard, message, std::time(nullptr));
+}
+
+void kept_store::keep_message(const transmission& message)
+{
+    const std::time_t now = std::time(nullptr);
+    ++waiting_messages;
+    if (!kept.write(
+            {.work = [message, now](database& in) { return message_keep(in, message, now); },
+             .done = [this](const std::string& error) { finish_message(error); }}))
+        finish_message("the disk is too slow");
+}
+
+void kept_store::finish_message(const std::string& error)
+{
+    --waiting_messages;
+    if (error.empty()) {
+        ++messages;
+    } else {
+        ++lost_messages;
+    }
+    if (!error.empty() && trouble.empty())
+        complain("messages are not kept: " + error);
+    if (error.empty() && !trouble.empty())
+        complain("messages are kept again");
+    trouble = error;
+}
+
+void kept_store::make_report(std::time_t moment,
+                             std::function<void(std::vector<report_part>)> answer)
+{
+    const auto parts = shared_result<std::vector<report_part>>();
+    const auto work = [parts, moment, server_name = name,
+                       reference = state.reference](database& in) {
+        const day_report_request request{.begin = moment - 1,
+                                         .server_name = server_name,
+                                         .max_part_bytes = max_report_part_bytes};
+        return day_report_make(in, request, reference, [&parts](const std::string& text) {
+            parts->push_back(report_part_of(text));
+        });
+    };
+    const auto finish = [this, parts, answer = std::move(answer)](const std::string& error) {
+        if (!error.empty())
+            complain("a report was not made: " + error);
+        answer(error.empty() ? std::move(*parts) : std::vector<report_part>{});
+    };
+    if (!kept.read({.work = work, .done = finish}))
+        finish("too many reports wait");
+}
+
+} // namespace tovrik
