@@ -75,6 +75,17 @@ constexpr std::size_t max_subscriptions = 1000;
 constexpr std::size_t max_archived_messages = 20000;
 constexpr std::size_t max_archived_bytes = std::size_t{16} * 1024 * 1024;
 
+/// Maximum number of jobs that wait for the database: those that write, and those that read. A
+/// burst of datagrams is kept one job each.
+constexpr std::size_t max_storage_writes = 16384;
+constexpr std::size_t max_storage_reads = 64;
+
+/// Maximum number of messages that one deletion of old ones takes away.
+constexpr std::size_t max_forgotten_messages = 1000;
+
+/// Maximum number of hits that are kept for a pager list; the oldest make room.
+constexpr std::size_t max_pager_hits = 100;
+
 /// Maximum length of a report's text.
 constexpr std::size_t max_report_bytes = std::size_t{1024} * 1024;
 

@@ -4,16 +4,15 @@
 // at once; they write to the wake-up descriptor, and the loop does what is left to do.
 #include "server/practice/practice_server.hpp"
 
+#include "server/base/quiet_thread.hpp"
 #include "server/practice/practice_core.hpp"
 #include "server/services/publishing.hpp"
 
 #include <condition_variable>
-#include <csignal>
 #include <deque>
 #include <mutex>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
-#include <system_error>
 #include <thread>
 
 namespace tovrik
@@ -35,7 +34,6 @@ struct practice_server::implementation {
     std::thread loop;
 
     void run();
-    bool start_thread();
     void remember(const client_session& session, const packet& received);
     void wake() const;
 };
@@ -73,25 +71,6 @@ void practice_server::implementation::wake() const
     eventfd_write(core->server.wake.get(), 1);
 }
 
-/// Signals are for the program, so all are blocked while the thread is created: it inherits the
-/// mask.
-bool practice_server::implementation::start_thread()
-{
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    bool started = true;
-    try {
-        loop = std::thread{[this] { run(); }};
-    } catch (const std::system_error& failure) {
-        error = std::string{"cannot start a thread: "} + failure.what();
-        started = false;
-    }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return started;
-}
-
 practice_server::practice_server(server_options options)
     : inside(std::make_unique<implementation>(std::move(options)))
 {
@@ -118,7 +97,8 @@ bool practice_server::start()
         return false;
     inside->stopping = false;
     inside->core = std::move(core);
-    if (!inside->start_thread())
+    inside->error = quiet_thread_start(inside->loop, [self = inside.get()] { self->run(); });
+    if (!inside->error.empty())
         inside->core.reset();
     return inside->core != nullptr;
 }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "server/messages/transmission.hpp"
+#include "server/storage/calendar_day.hpp"
 #include "server/storage/reference_data.hpp"
 
 #include <cstddef>
@@ -14,20 +15,6 @@
 
 namespace tovrik
 {
-
-struct calendar_day {
-    int day = 0;   ///< 1 to 31
-    int month = 0; ///< 1 to 12
-    int year = 0;
-    bool operator==(const calendar_day&) const = default;
-};
-
-/// The day of a moment in this machine's time zone; its `day` is 0 if the system has no date for
-/// it.
-calendar_day local_day(std::time_t time);
-
-/// The day of a moment in UTC, as messages are dated.
-calendar_day utc_day(std::time_t time);
 
 class message_archive
 {

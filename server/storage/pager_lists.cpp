@@ -23,25 +23,10 @@ bool is_listable(const std::string& field)
            field.find(record_separator) == std::string::npos && !field.starts_with(empty_field);
 }
 
-bool is_valid(const pager_entry& entry)
-{
-    const bool says_something =
-        !entry.registration.empty() || !entry.flight_number.empty() || !entry.destination.empty();
-    return says_something && is_listable(entry.registration) && is_listable(entry.flight_number) &&
-           is_listable(entry.destination);
-}
-
 bool matches_flight(const std::string& pattern, const std::string& flight_number)
 {
     return wildcard_match(pattern, flight_number) ||
            wildcard_match(flight_key(pattern), flight_key(flight_number));
-}
-
-bool matches_entry(const pager_entry& pattern, const pager_entry& entry)
-{
-    return wildcard_match(pattern.registration, entry.registration) &&
-           matches_flight(pattern.flight_number, entry.flight_number) &&
-           wildcard_match(pattern.destination, entry.destination);
 }
 
 bool is_about(const pager_entry& entry, const transmission& message)
@@ -60,9 +45,24 @@ std::string encode_field(const std::string& field)
 
 } // namespace
 
+bool pager_entry_is_valid(const pager_entry& entry)
+{
+    const bool says_something =
+        !entry.registration.empty() || !entry.flight_number.empty() || !entry.destination.empty();
+    return says_something && is_listable(entry.registration) && is_listable(entry.flight_number) &&
+           is_listable(entry.destination);
+}
+
+bool pager_entry_matches(const pager_entry& pattern, const pager_entry& entry)
+{
+    return wildcard_match(pattern.registration, entry.registration) &&
+           matches_flight(pattern.flight_number, entry.flight_number) &&
+           wildcard_match(pattern.destination, entry.destination);
+}
+
 bool pager_lists::add(const pager_owner& owner, const pager_entry& entry)
 {
-    if (!is_valid(entry))
+    if (!pager_entry_is_valid(entry))
         return false;
     const auto found = lists.find(owner);
     if (found == lists.end()) {
@@ -86,7 +86,7 @@ std::size_t pager_lists::remove(const pager_owner& owner, const pager_entry& pat
     if (found == lists.end())
         return 0;
     const std::size_t count = std::erase_if(found->second, [&pattern](const pager_entry& entry) {
-        return matches_entry(pattern, entry);
+        return pager_entry_matches(pattern, entry);
     });
     if (found->second.empty())
         lists.erase(found);

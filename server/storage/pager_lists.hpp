@@ -35,6 +35,12 @@ struct pager_entry {
     bool operator==(const pager_entry&) const = default;
 };
 
+/// Whether an entry may be in a list: see pager_lists::add.
+bool pager_entry_is_valid(const pager_entry& entry);
+
+/// Whether the fields of an entry match those of `pattern`, as in a request to remove.
+bool pager_entry_matches(const pager_entry& pattern, const pager_entry& entry);
+
 class pager_lists
 {
 public:

@@ -62,6 +62,12 @@ struct reference_entry {
 class reference_data
 {
 public:
+    using entry_key =
+        std::pair<std::uint32_t, std::string>; ///< kind, and name in the form that is compared
+
+    /// The key of the entry of a kind whose first field is `name`.
+    static entry_key make_key(std::uint32_t kind, std::string_view name);
+
     /// Adds the entry of an update request; it replaces an entry with the same first field. False,
     /// and nothing changed, if `kind` is not an update request, the number of fields is wrong, a
     /// required field is empty, a field is longer than max_field_bytes or has control characters,
@@ -78,11 +84,6 @@ public:
     std::size_t size() const;
 
 private:
-    using entry_key =
-        std::pair<std::uint32_t, std::string>; ///< kind, and name in the form that is compared
-
-    static entry_key make_key(std::uint32_t kind, std::string_view name);
-
     std::map<entry_key, reference_entry> added;
 };
 
