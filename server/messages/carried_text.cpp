@@ -3,6 +3,7 @@
 
 #include "server/base/limits.hpp"
 #include "server/base/text_fields.hpp"
+#include "server/base/utf8_text.hpp"
 
 #include <algorithm>
 #include <cstdint>
@@ -101,19 +102,7 @@ void append_latin1(std::string& text, char32_t character)
 
 std::string as_utf8(std::string_view bytes)
 {
-    if (is_utf8(bytes))
-        return std::string{bytes};
-    std::string utf8;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80) {
-            utf8 += c;
-        } else {
-            utf8 += static_cast<char>(0xC0U | byte >> 6);
-            utf8 += static_cast<char>(0x80U | (byte & 0x3FU));
-        }
-    }
-    return utf8;
+    return is_utf8(bytes) ? std::string{bytes} : utf8_of_latin1(bytes);
 }
 
 std::string latin1_text(std::string_view utf8)

@@ -41,11 +41,11 @@ struct channel_report {
 
 /// A server that the directory lists; the first are this one's channels.
 struct listed_server {
-    std::string host; ///< empty: the address that the asker came to
+    std::string host = {}; ///< empty: the address that the asker came to
     std::uint16_t port = 0;
-    std::string location;
-    std::string description;
-    std::string name;
+    std::string location = {};
+    std::string description = {};
+    std::string name = {};
 };
 
 struct service_report {

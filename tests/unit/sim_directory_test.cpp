@@ -43,20 +43,11 @@ protected:
         return all_of(client);
     }
 
-    /// Everything up to the end of the stream.
     static std::string all_of(sim_raw_client& client)
     {
-        std::string text;
-        char block[65536];
-        while (wait_for_socket(client.fd, POLLIN, default_patience)) {
-            const ssize_t count = recv(client.fd, block, sizeof block, 0);
-            if (count == 0)
-                return text;
-            if (count > 0)
-                text.append(block, static_cast<std::size_t>(count));
-        }
-        ADD_FAILURE() << "the stream did not end";
-        return text;
+        const auto text = client.receive_all();
+        EXPECT_TRUE(text) << "the stream did not end";
+        return text.value_or("");
     }
 
     static std::string body_of(const std::string& answer)

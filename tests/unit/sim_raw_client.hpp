@@ -96,6 +96,23 @@ public:
         return false;
     }
 
+    /// Everything up to the end of the stream. Nothing if that does not come.
+    std::optional<std::string> receive_all()
+    {
+        std::string text;
+        char block[65536];
+        while (wait_for_socket(fd, POLLIN, default_patience)) {
+            const ssize_t count = recv(fd, block, sizeof block, 0);
+            if (count == 0)
+                return text;
+            if (count > 0)
+                text.append(block, static_cast<std::size_t>(count));
+            else if (errno != EINTR && errno != EAGAIN)
+                return std::nullopt;
+        }
+        return std::nullopt;
+    }
+
     int fd;
 
 private:
