@@ -11,7 +11,10 @@
 namespace tovrik
 {
 
-json_lines::json_lines(complaint_taker taker) : complain(std::move(taker)) {}
+json_lines::json_lines(complaint_taker taker, long_texts kept)
+    : complain(std::move(taker)), long_ones(kept)
+{
+}
 
 std::vector<transmission> json_lines::take(std::string_view bytes)
 {
@@ -47,14 +50,26 @@ std::size_t json_lines::broken() const
     return broken_lines;
 }
 
+std::size_t json_lines::messages() const
+{
+    return message_lines;
+}
+
 std::vector<transmission> json_lines::read_line(std::string_view line)
 {
     if (line.find_first_not_of(" \t\r") == std::string_view::npos)
         return {};
-    json_message read = read_json_message(line);
+    json_whole read = read_json_whole(line);
     if (!read.error.empty())
         complain_of(read.error);
-    return std::move(read.parts);
+    if (!read.message)
+        return {};
+    ++message_lines;
+    if (long_ones == long_texts::in_parts)
+        return message_parts(std::move(*read.message));
+    std::vector<transmission> messages;
+    messages.push_back(std::move(*read.message));
+    return messages;
 }
 
 void json_lines::complain_of(const std::string& error)

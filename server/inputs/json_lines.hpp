@@ -13,13 +13,16 @@
 namespace tovrik
 {
 
+/// What becomes of texts that are longer than clients can carry.
+enum class long_texts { in_parts, whole };
+
 class json_lines
 {
 public:
     using complaint_taker = std::function<void(const std::string&)>;
 
     /// `complain` may be empty; it gets at most max_complaints_per_second texts of one line each.
-    explicit json_lines(complaint_taker complain);
+    explicit json_lines(complaint_taker complain, long_texts kept = long_texts::in_parts);
 
     /// The messages of the lines that end in `bytes`; an unfinished line waits for its end. A line
     /// longer than max_json_line_bytes is broken.
@@ -31,14 +34,19 @@ public:
     /// The number of broken lines so far.
     std::size_t broken() const;
 
+    /// The number of lines so far that held a message.
+    std::size_t messages() const;
+
 private:
     std::vector<transmission> read_line(std::string_view line);
     void complain_of(const std::string& error);
 
     complaint_taker complain;
+    long_texts long_ones;
     std::string waiting;      ///< an unfinished line, at most max_json_line_bytes
     bool is_too_long = false; ///< the rest of the line is skipped
     std::size_t broken_lines = 0;
+    std::size_t message_lines = 0;
     time_point second_began{}; ///< the second in which `complaints` are counted
     int complaints = 0;
 };

@@ -127,18 +127,30 @@ std::string latin1_text(std::string_view utf8)
     return text;
 }
 
-std::vector<std::string> content_parts(std::string_view content)
+std::vector<std::string> content_parts(std::string_view content, std::size_t max_later_bytes)
 {
     content = content.substr(0, content.find_last_not_of('\n') + 1);
     std::vector<std::string> parts;
-    while (content.size() > max_value_bytes) {
-        const auto line_end = content.rfind('\n', max_value_bytes);
+    std::size_t room = max_value_bytes;
+    while (content.size() > room) {
+        const auto line_end = content.rfind('\n', room);
         const bool at_line = line_end != std::string_view::npos && line_end > 0;
-        const std::size_t length = at_line ? line_end : max_value_bytes;
+        const std::size_t length = at_line ? line_end : room;
         parts.emplace_back(content.substr(0, length));
         content.remove_prefix(at_line ? length + 1 : length);
+        room = max_later_bytes;
     }
     parts.emplace_back(content);
+    return parts;
+}
+
+std::vector<std::string> numbered_parts(std::string_view content)
+{
+    auto parts = content_parts(content, max_value_bytes - max_part_mark_bytes);
+    for (std::size_t i = 1; i < parts.size(); ++i) {
+        parts[i].insert(0, "(part " + std::to_string(i + 1) + " of " +
+                               std::to_string(parts.size()) + ")\n");
+    }
     return parts;
 }
 

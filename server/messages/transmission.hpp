@@ -31,10 +31,11 @@ struct transmission {
     std::string block_id = {};       ///< a digit from an aircraft, a letter from the ground
     std::string message_number = {}; ///< for example M07A
     std::string flight_number = {};  ///< for example LH0400
-    std::string content = {};        ///< lines separated by line feeds, at most max_value_bytes
-    std::string from = {};           ///< airport code
-    std::string to = {};             ///< airport code
-    std::string aircraft = {};       ///< its type
+    /// Lines separated by line feeds; at most max_value_bytes when it is passed on.
+    std::string content = {};
+    std::string from = {};     ///< airport code
+    std::string to = {};       ///< airport code
+    std::string aircraft = {}; ///< its type
     std::string operator_name = {};
     std::uint32_t contacts = 0;      ///< messages heard of this aircraft, including this one
     std::uint32_t daily_flights = 0; ///< different flights heard today

@@ -103,7 +103,9 @@ TEST(sim_json, says_what_is_broken)
         {"hello", "this is not JSON"},
         {R"({"text":"a)", "this is not JSON"},
         {R"({"text":"\ud800"})", "this is not JSON"},
-        {std::string(60000, '['), "this is not JSON"},
+        {std::string(100, '['), "this is not JSON"},
+        {std::string(60000, '['), "it is nested more than 100 deep"},
+        {std::string(65537, ' '), "it is longer than 65536 bytes"},
         {"[1]", "this is no object"},
         {"7", "this is no object"},
         {R"({"vdl2":{"avlc":{"acars":"x"}}})", "its acars member is no object"},
@@ -116,7 +118,8 @@ TEST(sim_json, says_what_is_broken)
     std::string deep;
     for (int i = 0; i < 9000; ++i)
         deep += R"({"a":)";
-    EXPECT_EQ(tovrik::read_json_message(deep + "1" + std::string(9000, '}')).error, "");
+    EXPECT_EQ(tovrik::read_json_message(deep + "1" + std::string(9000, '}')).error,
+              "it is nested more than 100 deep");
 }
 
 TEST(sim_json, brings_texts_into_latin_1)
@@ -177,7 +180,14 @@ TEST(sim_json, loses_nothing_of_a_long_text_on_the_way_to_the_clients_reader)
     for (const auto& part : read.parts) {
         EXPECT_EQ(part.label, "H1");
         const xml_document document{xml_parse(transmission_xml(part).c_str())};
-        together += xml_get(document.get(), "tovrik/ACARS/Authorized/MessageContent", false, false);
+        const std::string content =
+            xml_get(document.get(), "tovrik/ACARS/Authorized/MessageContent", false, false);
+        const std::string mark = together.empty()
+                                     ? ""
+                                     : "(part " + std::to_string(&part - read.parts.data() + 1) +
+                                           " of " + std::to_string(read.parts.size()) + ")\n";
+        EXPECT_TRUE(content.starts_with(mark)) << content;
+        together += content.substr(mark.size());
     }
     EXPECT_EQ(together, text);
 }
