@@ -32,8 +32,10 @@ void pass_on(server_core& core, const published_message& item)
             continue;
         if (core_wants(session, item))
             session_queue_transmission(session, {item.bytes, has_text, late_at}, limit);
-        if (const auto notice = pager_notice(core, session, item.message))
+        if (const auto notice = pager_notice(core, session, item.message)) {
+            ++core.counts.pager_hits;
             session_queue_transmission(session, {encode_shared(*notice)}, limit);
+        }
     }
     for (auto& each : core.channels) {
         if (filter_matches(each.filter, item.message))

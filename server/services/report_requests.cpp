@@ -69,13 +69,15 @@ void queue_part(client_session& session, const report_part& part)
     }
 }
 
-void send_report(client_session& session, std::vector<report_part> parts, report_answer answer)
+void send_report(server_core& core, client_session& session, std::vector<report_part> parts)
 {
+    const report_answer answer = core.options.reports;
     session.is_report_made = false;
     if (parts.empty() || answer == report_answer::empty) {
         session_queue_packet(session, {.kind = kind::report_empty, .payload = "NO"});
         return;
     }
+    ++core.counts.reports;
     session_queue_packet(session, {.kind = kind::report_started, .payload = "OK"});
     for (report_part& part : parts) {
         queue_part(session, spoil_part(std::move(part), answer));
@@ -102,7 +104,7 @@ void answer_report_request(server_core& core, client_session& session, const pac
     core.store->make_report(*moment, [&core, fd = session.socket.get(),
                                       number = session.number](std::vector<report_part> parts) {
         if (client_session* const asking = core_find_client(core, fd, number))
-            send_report(*asking, std::move(parts), core.options.reports);
+            send_report(core, *asking, std::move(parts));
     });
 }
 

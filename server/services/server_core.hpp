@@ -26,6 +26,14 @@ struct published_message {
     transmission message; ///< what its document says
 };
 
+/// What services have granted since the start.
+struct service_counts {
+    std::uint64_t updates = 0;
+    std::uint64_t pager_hits = 0; ///< told to a client
+    std::uint64_t subscriptions = 0;
+    std::uint64_t reports = 0;
+};
+
 struct server_core {
     explicit server_core(const service_options& chosen);
 
@@ -42,6 +50,7 @@ struct server_core {
     std::uint64_t wrong_passwords = 0;
     access_tries tries;
     service_state services;
+    service_counts counts;
     memory_store memory;                   ///< keeps what is not kept elsewhere
     service_store* store = &memory;        ///< outlives the core
     std::deque<published_message> history; ///< the latest messages, oldest first

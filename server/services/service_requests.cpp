@@ -72,13 +72,16 @@ void on_update(server_core& core, client_session& session, const packet& receive
         answer_with(session, false, kind::update_accepted, kind::update_refused);
         return;
     }
-    core.store->add_update(received.kind, received.payload,
-                           answer_of<bool>(core, session, [](client_session& asking, bool is_kept) {
-                               if (!is_kept)
-                                   free_change(asking);
-                               answer_with(asking, is_kept, kind::update_accepted,
-                                           kind::update_refused);
-                           }));
+    core.store->add_update(
+        received.kind, received.payload,
+        answer_of<bool>(core, session, [&core](client_session& asking, bool is_kept) {
+            if (is_kept) {
+                ++core.counts.updates;
+            } else {
+                free_change(asking);
+            }
+            answer_with(asking, is_kept, kind::update_accepted, kind::update_refused);
+        }));
 }
 
 bool is_address(std::string_view text)
@@ -102,9 +105,12 @@ void on_subscription(server_core& core, client_session& session, const packet& r
         return;
     }
     const bool may_add = reserve_change(session);
-    const auto answer = [address](client_session& asking, const subscription_reply& reply) {
-        if (!reply.is_new)
+    const auto answer = [&core, address](client_session& asking, const subscription_reply& reply) {
+        if (reply.is_new) {
+            ++core.counts.subscriptions;
+        } else {
             free_change(asking);
+        }
         if (reply.code == 0) {
             session_queue_packet(asking, make_error("No more subscriptions are taken"));
         } else {

@@ -4,6 +4,8 @@
 #include "server/base/text_fields.hpp"
 #include "server/storage/calendar_day.hpp"
 
+#include <algorithm>
+
 namespace tovrik
 {
 namespace
@@ -32,8 +34,25 @@ void add_flight(heard_before& heard, transmission& message, std::time_t now)
 
 } // namespace
 
+void heard_before_move_on(heard_before& heard, std::time_t now)
+{
+    const std::int64_t passed = hour_number(now) - heard.hour;
+    if (passed <= 0)
+        return; // or the clock was set back: the messages of these hours are counted together
+    auto& hours = heard.hours;
+    if (passed >= static_cast<std::int64_t>(hours.size())) {
+        hours = {};
+    } else {
+        std::rotate(hours.begin(), hours.begin() + passed, hours.end());
+        std::fill(hours.end() - passed, hours.end(), 0);
+    }
+    heard.hour += passed;
+}
+
 void heard_before_add(heard_before& heard, transmission& message, std::time_t now)
 {
+    heard_before_move_on(heard, now);
+    ++heard.hours.back();
     add_contact(heard, message);
     add_flight(heard, message, now);
 }

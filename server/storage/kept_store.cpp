@@ -42,7 +42,9 @@ std::string kept_store::open(const std::string& folder)
 
 std::string kept_store::prepare(database& in)
 {
-    heard.day = day_number(std::time(nullptr));
+    const std::time_t now = std::time(nullptr);
+    heard.day = day_number(now);
+    heard.hour = hour_number(now);
     std::string error = uuid_read_or_make(in, uuid);
     if (error.empty())
         error = updates_read(in, state.reference);
@@ -54,6 +56,8 @@ std::string kept_store::prepare(database& in)
         error = contacts_read(in, max_heard_aircraft, heard.contacts);
     if (error.empty())
         error = flights_read(in, heard.day, max_heard_flights, heard.flights);
+    if (error.empty())
+        error = hours_read(in, now, heard.hours);
     return error;
 }
 

@@ -44,6 +44,7 @@ public:
                      std::function<void(std::vector<report_part>)> answer) override;
 
     storage kept;
+    heard_before heard;
     std::string uuid;                 ///< of the server, made once
     std::uint64_t messages = 0;       ///< on disk
     std::uint64_t lost_messages = 0;  ///< that could not be kept
@@ -59,7 +60,6 @@ private:
     service_state& state;
     const std::string& name;
     std::function<void(const std::string&)> complain;
-    heard_before heard;
 };
 
 } // namespace tovrik

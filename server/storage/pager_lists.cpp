@@ -107,9 +107,9 @@ bool pager_lists::is_hit(const pager_owner& owner, const transmission& message) 
                        [&message](const pager_entry& entry) { return is_about(entry, message); });
 }
 
-bool pager_lists::empty() const
+std::size_t pager_lists::size() const
 {
-    return lists.empty();
+    return lists.size();
 }
 
 std::string pager_list_text(const std::vector<pager_entry>& entries)

@@ -59,8 +59,8 @@ public:
     /// Whether an entry of a list is about `message`. Leading zeros in flight numbers are ignored.
     bool is_hit(const pager_owner& owner, const transmission& message) const;
 
-    /// Whether there are no lists.
-    bool empty() const;
+    /// How many lists there are.
+    std::size_t size() const;
 
 private:
     std::map<pager_owner, std::vector<pager_entry>> lists;

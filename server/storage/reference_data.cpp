@@ -73,7 +73,19 @@ bool reference_data::add(std::uint32_t kind, std::string_view text)
 const reference_entry* reference_data::find(std::uint32_t kind, std::string_view name) const
 {
     const auto found = added.find(make_key(kind, name));
-    return found == added.end() ? nullptr : &found->second;
+    if (found != added.end())
+        return &found->second;
+    return others ? others->find(kind, name) : nullptr;
+}
+
+void reference_data::fall_back_on(std::shared_ptr<const reference_data> more)
+{
+    others = std::move(more);
+}
+
+bool reference_data::is_empty() const
+{
+    return added.empty() && (!others || others->is_empty());
 }
 
 std::vector<reference_entry> reference_data::entries() const

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -78,13 +79,20 @@ public:
     /// so are leading zeros of a flight number. The reference data owns it.
     const reference_entry* find(std::uint32_t kind, std::string_view name) const;
 
-    /// All entries, in the order of kind and name.
+    /// From now on, what is not found here is looked for in `others`.
+    void fall_back_on(std::shared_ptr<const reference_data> others);
+
+    /// Whether nothing can be found.
+    bool is_empty() const;
+
+    /// All entries, in the order of kind and name; not those of others.
     std::vector<reference_entry> entries() const;
 
     std::size_t size() const;
 
 private:
     std::map<entry_key, reference_entry> added;
+    std::shared_ptr<const reference_data> others; ///< null: none
 };
 
 } // namespace tovrik

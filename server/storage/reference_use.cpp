@@ -148,7 +148,7 @@ constexpr feature features[] = {
 
 void apply_reference(transmission& message, const reference_data& reference)
 {
-    if (reference.size() == 0)
+    if (reference.is_empty())
         return;
     const auto* const flight = reference.find(kind::add_flight, message.flight_number);
     if (flight != nullptr && flies_on(*flight, message.time))

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <memory>
 #include <sys/epoll.h>
 #include <utility>
 
@@ -56,12 +57,28 @@ void take_files(daemon& running, read_files files)
     running.offered = make_service_options(running.chosen, running.passwords);
 }
 
-/// Reference files come first, so that what clients have added counts more.
-void read_reference(daemon& running)
+/// What clients have added counts more than what files say.
+void take_reference(daemon& running, reference_files_result read)
 {
-    reference_files_result read = reference_files_read(running.chosen.reference);
     tell_all(running, read.complaints);
-    running.server.services.listed = std::move(read.entries);
+    running.server.services.reference.fall_back_on(
+        std::make_shared<const reference_data>(std::move(read.entries)));
+}
+
+/// Reads the reference files beside the loop, since large ones take a second.
+void read_reference_again(daemon& running)
+{
+    const auto read = std::make_shared<reference_files_result>();
+    const storage_job job{
+        .work =
+            [read, files = running.chosen.reference](database&) {
+                *read = reference_files_read(files);
+                return std::string{};
+            },
+        .done = [read,
+                 &running](const std::string&) { take_reference(running, std::move(*read)); }};
+    if (!running.kept.kept.read(job))
+        running.journal.put("the reference files are not read again: too many reports wait");
 }
 
 std::string open_web(daemon& running)
@@ -120,7 +137,7 @@ std::vector<std::string> daemon_open(daemon& running, const std::string& configu
     if (!files.mistakes.empty())
         return std::move(files.mistakes);
     take_files(running, std::move(files));
-    read_reference(running);
+    take_reference(running, reference_files_read(running.chosen.reference));
     std::string error = open_server(running);
     if (!error.empty())
         return {error};
@@ -186,7 +203,7 @@ void daemon_reload(daemon& running, time_point now)
     }
     const bool is_web_changed = !(files.made.http == running.chosen.http);
     take_files(running, std::move(files));
-    read_reference(running);
+    read_reference_again(running);
     tell_all(running, daemon_change_channels(running));
     tell_all(running, input_set_change(running.inputs, running.chosen.inputs, now));
     if (const std::string error = is_web_changed ? open_web(running) : ""; !error.empty())

@@ -45,6 +45,16 @@ std::vector<channel_report> make_channels(const server_core& server)
     return reports;
 }
 
+service_report make_services(const server_core& server)
+{
+    const service_counts& counts = server.counts;
+    return {.updates = counts.updates,
+            .pager_lists = server.services.pagers.size(),
+            .pager_hits = counts.pager_hits,
+            .subscriptions = counts.subscriptions,
+            .reports = counts.reports};
+}
+
 std::vector<listed_server> make_listed(const daemon& running)
 {
     const configuration& chosen = running.chosen;
@@ -88,13 +98,14 @@ std::shared_ptr<const server_report> daemon_report(daemon& running)
     report->archived = running.kept.messages;
     report->archive_waiting = running.kept.waiting_messages;
     report->archive_lost = running.kept.lost_messages;
-    report->hourly = running.kept.hourly(report->now);
+    heard_before_move_on(running.kept.heard, report->now);
+    report->hourly = running.kept.heard.hours;
     for (const input_report& input : input_set_reports(running.inputs)) {
         report->receivers.push_back(make_receiver(input));
     }
     report->channels = make_channels(server);
     report->listed = make_listed(running);
-    report->services = running.kept.counts;
+    report->services = make_services(server);
     return report;
 }
 

@@ -16,7 +16,7 @@ const tovrik::pager_owner me{"me@here", 12};
 TEST(sim_pager, keeps_a_list_for_every_address_and_code)
 {
     tovrik::pager_lists lists;
-    EXPECT_TRUE(lists.empty());
+    EXPECT_EQ(lists.size(), 0U);
     EXPECT_TRUE(lists.add(me, {"D-AIQA", "", ""}));
     EXPECT_TRUE(lists.add(me, {"", "LH400", "FRA"}));
     EXPECT_TRUE(lists.add(me, {"D-AIQA", "", ""})) << "already there";
@@ -36,7 +36,7 @@ TEST(sim_pager, refuses_what_it_could_not_list)
                                          {"a\tb", "", ""}, {longest + "x", "", ""}};
     for (const auto& entry : wrong)
         EXPECT_FALSE(lists.add(me, entry)) << entry.registration;
-    EXPECT_TRUE(lists.empty());
+    EXPECT_EQ(lists.size(), 0U);
     EXPECT_TRUE(lists.add(me, {longest, longest, longest}));
 }
 
