@@ -127,12 +127,13 @@ double query::real(int column) const
     return sqlite3_column_double(statement.get(), column);
 }
 
-std::string query::text(int column) const
+std::string_view query::bytes(int column) const
 {
-    const auto* const bytes =
+    const auto* const first =
         static_cast<const char*>(sqlite3_column_blob(statement.get(), column));
     const int size = sqlite3_column_bytes(statement.get(), column);
-    return bytes == nullptr ? std::string{} : std::string(bytes, static_cast<std::size_t>(size));
+    return first == nullptr ? std::string_view{}
+                            : std::string_view{first, static_cast<std::size_t>(size)};
 }
 
 std::string database_run_script(const database& in, const std::string& script)

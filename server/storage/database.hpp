@@ -112,7 +112,12 @@ public:
     /// The values of the present row; columns count from 0.
     std::int64_t integer(int column) const;
     double real(int column) const;
-    std::string text(int column) const;
+    std::string text(int column) const
+    {
+        return std::string{bytes(column)};
+    }
+    /// The same without a copy, until the next step.
+    std::string_view bytes(int column) const;
 
 private:
     void take();

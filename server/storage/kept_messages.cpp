@@ -69,23 +69,24 @@ std::string count_hour(database& in, std::time_t received)
                         hour_number(received));
 }
 
-kept_message read_row(const query& row)
+/// Reads into a record that is used again for each row: its texts have their room already.
+void read_row(const query& row, kept_message& kept)
 {
-    kept_message kept{.id = row.integer(0), .received = row.integer(1)};
+    kept.id = row.integer(0);
+    kept.received = row.integer(1);
     transmission& message = kept.message;
     message.time = row.integer(2);
     int column = first_text_column;
     for (const auto member : text_members) {
-        message.*member = row.text(column++);
+        message.*member = row.bytes(column++);
     }
-    message.heard.station = row.text(column++);
+    message.heard.station = row.bytes(column++);
     message.contacts = static_cast<std::uint32_t>(row.integer(column++));
     message.daily_flights = static_cast<std::uint32_t>(row.integer(column++));
     message.heard.link = static_cast<message_link>(row.integer(column++));
     message.heard.frequency_mhz = row.real(column++);
     message.heard.level_db = row.real(column++);
     message.heard.continues = row.integer(column) != 0;
-    return kept;
 }
 
 /// What must be known of a message to forget it.
@@ -178,7 +179,10 @@ std::string messages_visit(database& in, std::time_t begin, std::time_t end,
               "SELECT * FROM messages WHERE received >= ?1 AND received < ?2"
               " ORDER BY received, id",
               begin, end};
-    while (row.next() && visit(read_row(row))) {
+    kept_message kept;
+    for (bool is_wanted = true; is_wanted && row.next();) {
+        read_row(row, kept);
+        is_wanted = visit(kept);
     }
     return row.error();
 }

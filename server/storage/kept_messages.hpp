@@ -34,7 +34,7 @@ std::string message_keep(database& in, const transmission& message, std::time_t 
 std::string messages_forget(database& in, std::time_t before, std::size_t& forgotten);
 
 /// Shows `visit` the messages that were received from `begin` on and before `end`, in that order,
-/// until it returns false.
+/// until it returns false. The record is only good for that call.
 std::string messages_visit(database& in, std::time_t begin, std::time_t end,
                            const std::function<bool(const kept_message&)>& visit);
 

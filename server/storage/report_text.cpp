@@ -1,6 +1,7 @@
 // report_text.cpp - see report_text.hpp.
 #include "server/storage/report_text.hpp"
 
+#include "server/base/text_fields.hpp"
 #include "server/storage/reference_use.hpp"
 
 #include <cstdio>
@@ -43,15 +44,14 @@ std::string format_routing(const transmission& message, const reference_data& re
     return airport_text(message.from, reference) + " - " + airport_text(message.to, reference);
 }
 
-std::string indent_lines(const std::string& content)
+/// Adds lines below, unless there are none.
+void append_filled(std::string& text, std::string_view lines)
 {
-    std::string text{indent};
-    for (const char c : content) {
-        text += c;
-        if (c == '\n')
-            text += indent;
+    if (lines.empty())
+        return;
+    for (const std::string_view line : split_fields(lines, '\n')) {
+        text.append("\n").append(indent).append(line);
     }
-    return text;
 }
 
 } // namespace
@@ -72,20 +72,17 @@ std::string report_message(const transmission& message, const reference_data& re
     append_named(text, "", message.registration);
     append_named(text, "", message.aircraft);
     append_named(text, "", message.operator_name);
-    std::string flight;
-    append_named(flight, "Flight ", message.flight_number);
-    append_named(flight, "", format_routing(message, reference));
-    std::string frame;
-    append_named(frame, "Mode ", message.mode);
-    append_named(frame, "Label ", message.label);
-    append_named(frame, "Block ", message.block_id);
-    append_named(frame, "Message ", message.message_number);
-    for (const std::string& line : {flight, frame}) {
-        if (!line.empty())
-            text.append("\n").append(indent).append(line);
-    }
-    if (!message.content.empty())
-        text += "\n" + indent_lines(message.content);
+    std::string line;
+    append_named(line, "Flight ", message.flight_number);
+    append_named(line, "", format_routing(message, reference));
+    append_filled(text, line);
+    line.clear();
+    append_named(line, "Mode ", message.mode);
+    append_named(line, "Label ", message.label);
+    append_named(line, "Block ", message.block_id);
+    append_named(line, "Message ", message.message_number);
+    append_filled(text, line);
+    append_filled(text, message.content);
     return text += "\n\n";
 }
 

@@ -124,6 +124,7 @@ std::string storage::open_connections(const std::string& folder,
 std::string storage::open(const std::string& folder,
                           const std::function<std::string(database&)>& prepare)
 {
+    close({});
     std::string error = finished->open();
     if (error.empty())
         error = open_folder(folder, folder_lock);

@@ -33,10 +33,10 @@ public:
     storage(const storage&) = delete;
     storage& operator=(const storage&) = delete;
 
-    /// Opens the database in `folder`, which is made (mode 0700) if it is missing, and calls
-    /// `prepare` in this thread, in a transaction of its own, to read what is needed from the
-    /// start. Only one process may have the folder open. Returns an error text that begins with the
-    /// path concerned, empty on success.
+    /// Closes what was open, and opens the database in `folder`, which is made (mode 0700) if it is
+    /// missing, and calls `prepare` in this thread, in a transaction of its own, to read what is
+    /// needed from the start. Only one process may have the folder open. Returns an error text that
+    /// begins with the path concerned, empty on success.
     std::string open(const std::string& folder,
                      const std::function<std::string(database&)>& prepare);
 
