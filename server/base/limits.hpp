@@ -111,15 +111,15 @@ constexpr int max_directory_sends_per_turn = 64;
 constexpr std::size_t max_directory_bytes = std::size_t{64} * 1024 * 1024;
 
 /// Maximum number of simultaneous connections to the web service. A further one takes the place of
-/// the one that is nearest to its time's end.
+/// the oldest.
 constexpr std::size_t max_web_connections = 64;
 
 /// Maximum length of the request line and headers of a request to the web service.
 constexpr std::size_t max_web_request_bytes = 8192;
 
-/// How long an asker of the web service may take for the request, and again for the answer; and how
-/// long to close after it.
-constexpr int max_web_wait_ms = 5000;
+/// How long an asker of the web service may take for the request, for the answer, and to close.
+constexpr int max_web_request_ms = 5000;
+constexpr int max_web_answer_ms = 30000;
 constexpr int max_web_closing_ms = 1000;
 
 /// How old a report may be before the server counts as one that hangs.

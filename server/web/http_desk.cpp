@@ -148,8 +148,10 @@ struct http_desk::desk : httplib::Server {
             if (answer.body.empty() && found != std::end(error_texts))
                 set_text(answer, found->status, found->text);
         });
-        set_exception_handler([](const httplib::Request&, httplib::Response& answer,
-                                 std::exception_ptr) { set_text(answer, 500, internal_error); });
+        set_exception_handler(
+            [](const httplib::Request&, httplib::Response& answer, const std::exception_ptr&) {
+                set_text(answer, 500, internal_error);
+            });
     }
 
     void fill_answer(const httplib::Request& asked, httplib::Response& answer)
@@ -161,7 +163,7 @@ struct http_desk::desk : httplib::Server {
         }
         const web_page page = find_page(asked.path, reached);
         answer.status = page.status;
-        answer.set_content(page.text, page.type.c_str());
+        answer.set_content(page.text, page.type);
     }
 
     /// httplib has had two forms of this call.

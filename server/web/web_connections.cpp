@@ -64,7 +64,7 @@ void send_answer(web_connection& connection, int epoll_fd)
 void begin_answer(web_connection& connection, int epoll_fd, std::string answer)
 {
     connection.answer = std::move(answer);
-    connection.end_at = make_end(max_web_wait_ms);
+    connection.end_at = make_end(max_web_answer_ms);
     watch(epoll_fd, EPOLL_CTL_MOD, connection.socket.get(), EPOLLOUT);
     send_answer(connection, epoll_fd);
 }
@@ -115,10 +115,10 @@ void make_room(web_connections& connections)
 {
     if (connections.askers.size() < max_web_connections)
         return;
-    connections.askers.erase(
-        std::ranges::min_element(connections.askers, {}, [](const auto& entry) {
-            return entry.second.gone ? time_point::min() : entry.second.end_at;
-        }));
+    const auto age = [](const auto& entry) {
+        return entry.second.gone ? time_point::min() : entry.second.begun_at;
+    };
+    connections.askers.erase(std::ranges::min_element(connections.askers, {}, age));
 }
 
 void accept_connections(web_connections& connections, http_desk& desk)
@@ -129,7 +129,8 @@ void accept_connections(web_connections& connections, http_desk& desk)
         const int fd = accepted.socket.get();
         if (fd < 0)
             return;
-        accepted.end_at = make_end(max_web_wait_ms);
+        accepted.begun_at = steady_clock::now();
+        accepted.end_at = make_end(max_web_request_ms);
         make_room(connections);
         if (!watch(connections.epoll.get(), EPOLL_CTL_ADD, fd, EPOLLIN))
             continue;

@@ -16,6 +16,7 @@ namespace tovrik
 
 struct web_connection {
     unique_fd socket;
+    time_point begun_at = {};
     time_point end_at = never; ///< cut then, whatever it waits for
     std::string request = {};
     std::string answer = {};    ///< empty until the request is whole

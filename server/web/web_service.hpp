@@ -4,8 +4,8 @@
 // Has a thread of its own, in which every signal is blocked, so that neither the server's loop nor
 // an asker ever waits for another. That thread waits for all sockets together: an asker that is
 // silent or slow costs a place among max_web_connections and nothing else. When all places are
-// taken, the connection that is nearest to its time's end makes room; so whoever asks at once is
-// answered at once. A connection is for one request, and has five seconds for it.
+// taken, the oldest connection makes room; so whoever asks at once is answered at once. A
+// connection is for one request.
 #pragma once
 
 #include "server/web/server_report.hpp"
