@@ -54,7 +54,7 @@ constexpr std::size_t max_field_bytes = 64;
 /// pager lists and subscriptions together.
 constexpr std::size_t max_changes_per_client = 500;
 
-/// Maximum number of entries of the reference data.
+/// Maximum number of entries that clients may add to the reference data.
 constexpr std::size_t max_reference_entries = 2000;
 
 /// Maximum number of pager lists, and of entries in one of them. A full list of the longest entries

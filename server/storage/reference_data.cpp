@@ -55,6 +55,8 @@ reference_data::entry_key reference_data::make_key(std::uint32_t kind, std::stri
     return {kind, kind == kind::add_flight ? flight_key(name) : upper_case(name)};
 }
 
+reference_data::reference_data(std::size_t most) : max_entries(most) {}
+
 bool reference_data::add(std::uint32_t kind, std::string_view text)
 {
     const update_form* const form = find_form(kind);
@@ -64,7 +66,7 @@ bool reference_data::add(std::uint32_t kind, std::string_view text)
     if (!is_valid(*form, fields))
         return false;
     entry_key key = make_key(kind, fields.front());
-    if (added.size() >= max_reference_entries && !added.contains(key))
+    if (added.size() >= max_entries && !added.contains(key))
         return false;
     added[std::move(key)] = {kind, {fields.begin(), fields.end()}};
     return true;

@@ -1,9 +1,11 @@
-// reference_data.hpp - what clients have added to the server's database: airlines, flights,
+// reference_data.hpp - the server's database, which clients and files add to: airlines, flights,
 // aircraft, airports and message labels.
 //
 // Owns the entries and the form of the requests that bring them. reference_use applies them to
 // messages.
 #pragma once
+
+#include "server/base/limits.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -68,11 +70,13 @@ public:
 
     /// The key of the entry of a kind whose first field is `name`.
     static entry_key make_key(std::uint32_t kind, std::string_view name);
+    /// `most`: maximum number of entries.
+    explicit reference_data(std::size_t most = max_reference_entries);
 
     /// Adds the entry of an update request; it replaces an entry with the same first field. False,
     /// and nothing changed, if `kind` is not an update request, the number of fields is wrong, a
     /// required field is empty, a field is longer than max_field_bytes or has control characters,
-    /// the days of a flight are not a mask of seven, or there are max_reference_entries already.
+    /// the days of a flight are not a mask of seven, or there are as many entries as there may be.
     bool add(std::uint32_t kind, std::string_view text);
 
     /// The entry of a kind whose first field is `name`; null if there is none. Case is ignored, and
@@ -91,6 +95,7 @@ public:
     std::size_t size() const;
 
 private:
+    std::size_t max_entries;
     std::map<entry_key, reference_entry> added;
     std::shared_ptr<const reference_data> others; ///< null: none
 };

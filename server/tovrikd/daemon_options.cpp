@@ -21,7 +21,7 @@ capability_texts make_capabilities(const services_configuration& services)
 {
     // Clients offer mailings only where updates are offered, too.
     const char* const updates = capability_of(services.updates || services.mailing);
-    return {.version = PROJECT_VERSION,
+    return {.version = SERVER_VERSION,
             .mailing = capability_of(services.mailing),
             .db_modify = updates,
             .modify_flags = updates,

@@ -83,7 +83,7 @@ std::shared_ptr<const server_report> daemon_report(daemon& running)
     auto report = std::make_shared<server_report>();
     const server_core& server = running.server;
     report->name = running.chosen.name;
-    report->version = PROJECT_VERSION;
+    report->version = SERVER_VERSION;
     report->uuid = running.kept.uuid;
     report->now = std::time(nullptr);
     report->started = running.started;

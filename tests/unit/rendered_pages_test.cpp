@@ -93,7 +93,8 @@ TEST_P(rendered_pages, show_every_word_that_was_written)
 
 INSTANTIATE_TEST_SUITE_P(each, rendered_pages,
                          testing::Values("ncursesclient.1", "ncursesclient-setup.1",
-                                         "ncursesclient.conf.5", "tovriksim.1"));
+                                         "ncursesclient.conf.5", "tovriksim.1", "tovrikd.8",
+                                         "tovrikd.toml.5"));
 
 TEST(rendered_page_tests, know_all_pages)
 {

@@ -1,0 +1,107 @@
+// toml_document.cpp - see toml_document.hpp.
+#include "server/tovrikd/toml_document.hpp"
+
+#include "server/base/text_fields.hpp"
+
+#include <algorithm>
+#include <new>
+
+// Errors are values then; the library's built part was made for exceptions, so its headers are
+// used.
+#define TOML_EXCEPTIONS 0
+#define TOML_HEADER_ONLY 1
+#define TOML_ENABLE_FORMATTERS 0
+#include <toml++/toml.h>
+
+namespace tovrik
+{
+namespace
+{
+
+toml_value copy_value(const toml::node& node);
+
+void copy_entries(const toml::table& table, toml_value& to)
+{
+    to.type = toml_type::table;
+    for (const auto& [key, value] : table)
+        to.entries.push_back({std::string{key.str()}, key.source().begin.line, copy_value(value)});
+}
+
+void copy_items(const toml::array& list, toml_value& to)
+{
+    to.type = toml_type::list;
+    for (const toml::node& item : list)
+        to.items.push_back(copy_value(item));
+}
+
+void copy_plain_value(const toml::node& node, toml_value& to)
+{
+    if (const auto* const text = node.as_string()) {
+        to.type = toml_type::text;
+        to.text = text->get();
+    } else if (const auto* const number = node.as_integer()) {
+        to.type = toml_type::whole_number;
+        to.number = number->get();
+    } else if (const auto* const truth = node.as_boolean()) {
+        to.type = toml_type::truth;
+        to.truth = truth->get();
+    }
+}
+
+toml_value copy_value(const toml::node& node)
+{
+    toml_value value{.line = node.source().begin.line};
+    if (const auto* const table = node.as_table()) {
+        copy_entries(*table, value);
+    } else if (const auto* const list = node.as_array()) {
+        copy_items(*list, value);
+    } else {
+        copy_plain_value(node, value);
+    }
+    return value;
+}
+
+/// What the library says, in the form of this program's lines.
+std::string format_error(std::string_view description)
+{
+    constexpr std::string_view beginning = "Error while parsing ";
+    if (description.starts_with(beginning))
+        description.remove_prefix(beginning.size());
+    std::string text = "this is not TOML: ";
+    text += description;
+    std::ranges::replace_if(
+        text, [](char c) { return is_control(static_cast<unsigned char>(c)) && c >= 0; }, '?');
+    return text;
+}
+
+toml_document parse_text(std::string_view text)
+{
+    toml_document document;
+    const toml::parse_result parsed = toml::parse(text);
+    if (parsed) {
+        copy_entries(parsed.table(), document.root);
+    } else {
+        document.error = format_error(parsed.error().description());
+        document.error_line = parsed.error().source().begin.line;
+    }
+    return document;
+}
+
+} // namespace
+
+toml_document toml_document_read(std::string_view text)
+{
+    try {
+        return parse_text(text);
+    } catch (const std::bad_alloc&) {
+        return {.error = "out of memory", .error_line = 1};
+    }
+}
+
+const toml_entry* toml_entry_of(const toml_value& table, std::string_view key)
+{
+    const auto found = std::ranges::find(table.entries, key, &toml_entry::key);
+    return found == table.entries.end() ? nullptr : &*found;
+}
+
+} // namespace tovrik
