@@ -110,8 +110,7 @@ std::string complete_options(command_line& line, const CLI::App& app)
                                     {.kind = tovrik::kind::notice, .payload = line.notice},
                                     {.kind = tovrik::kind::error_text, .payload = line.error_text}};
     for (tovrik::packet text : texts) {
-        text.payload =
-            unescape_line_feeds(std::move(text.payload)).substr(0, tovrik::max_text_bytes);
+        text.payload = unescape_line_feeds(std::move(text.payload));
         if (!text.payload.empty())
             line.server.greetings.push_back(std::move(text));
     }

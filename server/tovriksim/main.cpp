@@ -4,6 +4,7 @@
 #include "server/practice/practice_server.hpp"
 #include "server/tovriksim/command_line.hpp"
 
+#include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -42,6 +43,7 @@ int serve(tovrik::server_options options)
 
 int run(int argc, char** argv)
 {
+    std::setlocale(LC_CTYPE, ""); // what was typed is in the locale's character set
     command_line line;
     if (const auto status = read_command_line(argc, argv, line))
         return *status;

@@ -23,7 +23,8 @@
 class sim_program
 {
 public:
-    explicit sim_program(std::vector<std::string> options)
+    /// `locale` is what LC_ALL says; none: the tests' own.
+    explicit sim_program(std::vector<std::string> options, const char* locale = nullptr)
     {
         int out[2] = {-1, -1};
         int errors[2] = {-1, -1};
@@ -37,6 +38,8 @@ public:
         arguments.push_back(nullptr);
         pid = fork();
         if (pid == 0) {
+            if (locale != nullptr)
+                setenv("LC_ALL", locale, 1);
             dup2(out[1], STDOUT_FILENO);
             dup2(errors[1], STDERR_FILENO);
             execvp(arguments[0], arguments.data());

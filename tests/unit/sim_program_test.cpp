@@ -3,6 +3,7 @@
 #include "sim_raw_client.hpp"
 
 #include "app/app_state.hpp"
+#include "base/md5.hpp"
 #include "data/xml.hpp"
 
 #include <gtest/gtest.h>
@@ -208,6 +209,46 @@ TEST(sim_program, passes_its_options_on)
     EXPECT_EQ(announcement->param1, 2);
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(client.receive()->kind, 204U);
+}
+
+TEST(sim_program, sends_its_texts_in_the_networks_character_set)
+{
+    sim_program program{{"--port",   "0",           "--pace-ms",       "0",      "--rate",
+                         "0",        "--banner",    "Gr\u00fc\u00dfe", "--news", "\u00a9",
+                         "--notice", "\u00e9",      "--error-text",    "\u00ff", "--uptime",
+                         "--name",   "Z\u00fcrich", "--uuid",          "\u00e4", "--password",
+                         "\u00e9"},
+                        "C.UTF-8"};
+    sim_raw_client client{program.port()};
+    const auto capabilities = client.receive();
+    ASSERT_TRUE(capabilities);
+    EXPECT_NE(capabilities->payload.find("<ServerUUID>\xe4<"), std::string::npos);
+    EXPECT_EQ(client.receive()->payload, "Gr\xfc\xdf"
+                                         "e");
+    EXPECT_EQ(client.receive()->payload, "\xa9");
+    EXPECT_EQ(client.receive()->payload, "\xe9");
+    EXPECT_EQ(client.receive()->payload, "\xff");
+    EXPECT_TRUE(client.receive()->payload.ends_with("\tZ\xfcrich"));
+    char digest[33] = {};
+    md5_hex("\xe9", digest);
+    client.send_text(81, digest);
+    EXPECT_EQ(client.receive()->kind, 82U);
+}
+
+TEST(sim_program, refuses_texts_that_the_network_cannot_carry)
+{
+    const struct {
+        const char* text;
+        const char* locale;
+    } cases[] = {{"\u20ac", "C.UTF-8"}, {"\xff", "C.UTF-8"}, {"\u00e9", "C"}};
+    for (const char* option : {"--name", "--banner", "--news", "--notice", "--error-text",
+                               "--password", "--uuid", "--server-version", "--known-client"})
+        for (const auto& row : cases) {
+            sim_program program{{"--port", "0", option, row.text}, row.locale};
+            const std::string complaint = program.complaint();
+            EXPECT_TRUE(complaint.starts_with(std::string{"tovriksim: "} + option)) << complaint;
+            EXPECT_EQ(program.status(), 2) << option;
+        }
 }
 
 TEST(sim_program, ticks_every_minute_unless_told_otherwise)
