@@ -34,6 +34,9 @@ constexpr int max_transmissions_per_turn = 100;
 /// Maximum number of transmissions a minute.
 constexpr double max_rate_per_minute = 60000;
 
+/// Maximum length of a password: clients have no room for a longer one.
+constexpr std::size_t max_password_bytes = 39;
+
 /// How long a client that was told of the end may keep its connection open.
 constexpr int closing_grace_ms = 5000;
 

@@ -83,6 +83,19 @@ CLI::Validator take_text(std::size_t max_bytes)
     return CLI::Validator{take, ""};
 }
 
+/// Refuses a password that no user of a client can type.
+CLI::Validator refuse_untypable()
+{
+    const auto check = [](const std::string& text) -> std::string {
+        if (text.empty())
+            return "must not be empty, because nobody can type that";
+        return tovrik::is_clean_field(text, tovrik::max_password_bytes)
+                   ? ""
+                   : "has a control character, which nobody can type";
+    };
+    return CLI::Validator{check, ""};
+}
+
 void add_place_options(CLI::App& app, command_line& line)
 {
     app.add_option("--port", line.server.port, "TCP port to listen on; 0: any free one")
@@ -218,7 +231,8 @@ void add_access_options(CLI::App& app, command_line& line)
     app.option_defaults()->group("Access");
     app.add_option("--password", line.server.password,
                    "Send messages only to clients with this password")
-        ->transform(take_text(tovrik::max_text_bytes));
+        ->transform(take_text(tovrik::max_password_bytes))
+        ->check(refuse_untypable());
     app.add_flag("--identify", line.server.ask_identification, "Ask clients for their name");
     app.add_option("--known-client", line.server.known_clients,
                    "With --identify, a name to admit; may be repeated")

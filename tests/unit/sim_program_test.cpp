@@ -109,6 +109,10 @@ TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
         {"--rate", "1.2.3"},
         {"--rate", "."},
         {"--ticks", " 5"},
+        {"--password", ""},
+        {"--password", std::string(40, 'x')},
+        {"--password", "a\tb"},
+        {"--password", "a\x7f"},
         {"--json-file", "-", "--replay", "file"},
     };
     for (const auto& options : cases) {
@@ -249,6 +253,12 @@ TEST(sim_program, refuses_texts_that_the_network_cannot_carry)
             EXPECT_TRUE(complaint.starts_with(std::string{"tovriksim: "} + option)) << complaint;
             EXPECT_EQ(program.status(), 2) << option;
         }
+}
+
+TEST(sim_program, takes_the_longest_password_that_one_can_type)
+{
+    sim_program program{{"--port", "0", "--password", std::string(39, 'x')}};
+    EXPECT_NE(program.port(), 0);
 }
 
 TEST(sim_program, ticks_every_minute_unless_told_otherwise)
