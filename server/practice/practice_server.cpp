@@ -6,6 +6,7 @@
 
 #include "server/practice/practice_core.hpp"
 #include "server/services/publishing.hpp"
+#include "server/services/server_loop.hpp"
 
 #include <condition_variable>
 #include <csignal>
@@ -137,6 +138,21 @@ void practice_server::stop()
     const std::lock_guard held{inside->lock};
     inside->core.reset();
     inside->changed.notify_all();
+}
+
+void practice_server::leave()
+{
+    const std::lock_guard held{inside->lock};
+    if (!inside->core)
+        return;
+    loop_leave(inside->core->server);
+    inside->wake();
+}
+
+bool practice_server::is_alone() const
+{
+    const std::lock_guard held{inside->lock};
+    return !inside->core || loop_is_over(inside->core->server);
 }
 
 std::string practice_server::error() const

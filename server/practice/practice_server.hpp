@@ -42,6 +42,13 @@ public:
     /// if the server is already running; false, with the reason in error(), if it cannot start.
     bool start();
 
+    /// Says good-bye to all clients and accepts no more. They have some seconds to read it: the pace
+    /// and closing_grace_ms at most. Follow it with stop() when is_alone() or when nobody waits.
+    void leave();
+
+    /// Whether no client is connected, told of the end or not.
+    bool is_alone() const;
+
     /// Closes all connections without a packet and ends the thread. The record is kept, all else is
     /// forgotten. With port 0 in the options, the next start() may choose another port.
     void stop();

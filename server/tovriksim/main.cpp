@@ -12,6 +12,29 @@
 namespace
 {
 
+constexpr int look_every_ms = 50;
+
+void print_places(const tovrik::practice_server& server, const std::string& address)
+{
+    std::printf("tovriksim: listening on %s:%u\n", address.c_str(), unsigned{server.port()});
+    if (server.directory_port() != 0)
+        std::printf("tovriksim: directory on %s:%u\n", address.c_str(),
+                    unsigned{server.directory_port()});
+    if (server.json_port() != 0)
+        std::printf("tovriksim: JSON on %s:%u (UDP)\n", address.c_str(),
+                    unsigned{server.json_port()});
+    std::fflush(stdout);
+}
+
+/// Says good-bye, and waits until the clients have read it. Another of the signals ends that.
+void leave(tovrik::practice_server& server, const sigset_t& ends)
+{
+    constexpr timespec pause{.tv_sec = 0, .tv_nsec = look_every_ms * 1'000'000L};
+    server.leave();
+    while (!server.is_alone() && sigtimedwait(&ends, nullptr, &pause) < 0) {
+    }
+}
+
 /// Serves until a signal ends it.
 int serve(tovrik::server_options options)
 {
@@ -27,16 +50,10 @@ int serve(tovrik::server_options options)
     tovrik::practice_server server{std::move(options)};
     if (!server.start())
         return report_failure(server.error(), status_failed);
-    std::printf("tovriksim: listening on %s:%u\n", address.c_str(), unsigned{server.port()});
-    if (server.directory_port() != 0)
-        std::printf("tovriksim: directory on %s:%u\n", address.c_str(),
-                    unsigned{server.directory_port()});
-    if (server.json_port() != 0)
-        std::printf("tovriksim: JSON on %s:%u (UDP)\n", address.c_str(),
-                    unsigned{server.json_port()});
-    std::fflush(stdout);
+    print_places(server, address);
     int number = 0;
     sigwait(&ends, &number);
+    leave(server, ends);
     server.stop();
     return 0;
 }

@@ -98,6 +98,13 @@ public:
         kill(pid, number);
     }
 
+    bool has_ended() const
+    {
+        siginfo_t about{};
+        return waitid(P_PID, static_cast<id_t>(pid), &about, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               about.si_pid == pid;
+    }
+
     /// Waits for the end. The exit status, or minus the signal.
     int status()
     {

@@ -24,10 +24,40 @@ TEST(sim_program, says_where_it_listens_and_ends_well_by_signal)
         sim_raw_client client{port};
         EXPECT_EQ(client.receive()->kind, 41U);
         program.send_signal(number);
+        EXPECT_TRUE(client.receive_kind(100)) << "every client is told";
+        EXPECT_TRUE(client.ends());
+        client.hang_up();
         EXPECT_EQ(program.complaint(), "");
         EXPECT_EQ(program.status(), 0);
-        EXPECT_TRUE(client.ends());
     }
+}
+
+TEST(sim_program, waits_for_clients_to_read_the_end_until_a_second_signal)
+{
+    sim_program program{{"--port", "0", "--pace-ms", "60000"}};
+    const std::uint16_t port = program.port();
+    sim_raw_client client{port};
+    EXPECT_EQ(client.receive()->kind, 41U);
+    // The pace holds the good-bye back for a minute. Nobody is accepted meanwhile.
+    program.send_signal(SIGTERM);
+    for (bool served = true; served;) {
+        sim_raw_client late{port};
+        served = late.fd >= 0 && late.receive();
+    }
+    EXPECT_FALSE(program.has_ended());
+    program.send_signal(SIGINT);
+    EXPECT_EQ(program.status(), 0);
+    EXPECT_TRUE(client.ends());
+}
+
+TEST(sim_program, waits_for_silent_clients_for_a_bounded_time_only)
+{
+    sim_program program{{"--port", "0", "--pace-ms", "0"}};
+    sim_raw_client client{program.port()};
+    EXPECT_EQ(client.receive()->kind, 41U);
+    program.send_signal(SIGTERM);
+    EXPECT_EQ(program.status(), 0) << "the client still holds its connection";
+    EXPECT_TRUE(client.receive_kind(100));
 }
 
 TEST(sim_program, tells_help_and_succeeds)
