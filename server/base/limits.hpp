@@ -108,6 +108,12 @@ constexpr int max_datagrams_per_turn = 16;
 /// Maximum number of texts about broken lines a second. All broken lines are counted.
 constexpr int max_complaints_per_second = 10;
 
+/// Maximum length of a line for standard error, of those that wait to be taken together, and their
+/// maximum number in a second.
+constexpr std::size_t max_line_bytes = 1000;
+constexpr std::size_t max_waiting_line_bytes = 16384;
+constexpr int max_lines_per_second = 50;
+
 /// Maximum size of a file of JSON lines.
 constexpr std::size_t max_json_file_bytes = std::size_t{64} * 1024 * 1024;
 

@@ -64,13 +64,9 @@ std::string read_directory(command_line& line)
     return {};
 }
 
-void complain(const std::string& what)
-{
-    std::fprintf(stderr, "tovriksim: %s\n", what.c_str());
-}
-
 std::string open_json(command_line& line)
 {
+    const auto complain = [&line](const std::string& what) { line.errors.put(what); };
     line.server.on_complaint = complain;
     if (line.json_path.empty())
         return {};
@@ -128,7 +124,7 @@ std::string complete_options(command_line& line, const CLI::App& app)
 
 int report_failure(const std::string& why, int status)
 {
-    complain(why);
+    std::fprintf(stderr, "tovriksim: %s\n", why.c_str());
     return status;
 }
 

@@ -3,15 +3,18 @@
 #pragma once
 
 #include "base/owners.hpp"
+#include "server/base/line_writer.hpp"
 #include "server/practice/options.hpp"
 
 #include <CLI/CLI.hpp>
 
 #include <ctime>
 #include <string>
+#include <unistd.h>
 
 /// The options as they were typed, and the server's options that are made of them.
 struct command_line {
+    tovrik::line_writer errors{STDERR_FILENO, "tovriksim"};
     tovrik::server_options server{.port = 2202, .rate_per_minute = 30, .record_limit = 0};
     std::string replay_path;
     std::string directory_path;

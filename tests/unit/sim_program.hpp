@@ -23,8 +23,10 @@
 class sim_program
 {
 public:
-    /// `locale` is what LC_ALL says; none: the tests' own.
-    explicit sim_program(std::vector<std::string> options, const char* locale = nullptr)
+    /// `locale` is what LC_ALL says; none: the tests' own. What is complained of goes to
+    /// `errors_to`; -1: it is read here.
+    explicit sim_program(std::vector<std::string> options, const char* locale = nullptr,
+                         int errors_to = -1)
     {
         int out[2] = {-1, -1};
         int errors[2] = {-1, -1};
@@ -41,7 +43,7 @@ public:
             if (locale != nullptr)
                 setenv("LC_ALL", locale, 1);
             dup2(out[1], STDOUT_FILENO);
-            dup2(errors[1], STDERR_FILENO);
+            dup2(errors_to < 0 ? errors[1] : errors_to, STDERR_FILENO);
             execvp(arguments[0], arguments.data());
             _exit(127);
         }

@@ -9,6 +9,7 @@
 #include <arpa/inet.h>
 #include <string>
 #include <sys/stat.h>
+#include <termios.h>
 #include <vector>
 
 namespace
@@ -28,6 +29,19 @@ std::string written_file(const std::string& text)
     const unique_fd file{mkstemp(path.data())};
     EXPECT_EQ(write(file.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
     return path;
+}
+
+/// Sends a datagram to a port of this machine.
+void send_datagram(std::uint16_t port, const std::string& bytes)
+{
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_port = htons(port);
+    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const unique_fd sender{socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
+    EXPECT_EQ(sendto(sender.get(), bytes.data(), bytes.size(), 0,
+                     reinterpret_cast<const sockaddr*>(&place), sizeof place),
+              static_cast<ssize_t>(bytes.size()));
 }
 
 TEST(sim_program, answers_services_by_option)
@@ -74,15 +88,7 @@ TEST(sim_program, takes_datagrams_by_option_and_makes_nothing_up)
     sim_raw_client client{program.port()};
     const std::uint16_t port = port_in(program.line(), "tovriksim: JSON on 127.0.0.1:");
     ASSERT_TRUE(client.receive());
-    sockaddr_in place{};
-    place.sin_family = AF_INET;
-    place.sin_port = htons(port);
-    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const unique_fd sender{socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
-    const std::string lines = "broken\n{\"text\":\"heard\"}";
-    ASSERT_GT(sendto(sender.get(), lines.data(), lines.size(), 0,
-                     reinterpret_cast<const sockaddr*>(&place), sizeof place),
-              0);
+    send_datagram(port, "broken\n{\"text\":\"heard\"}");
     const auto received = client.receive();
     ASSERT_TRUE(received);
     EXPECT_NE(received->payload.find(">heard<"), std::string::npos) << received->payload;
@@ -90,6 +96,28 @@ TEST(sim_program, takes_datagrams_by_option_and_makes_nothing_up)
     EXPECT_EQ(program.complaint(),
               "tovriksim: dropped a line of JSON (number 1 so far): this is not JSON\n");
     EXPECT_EQ(program.status(), 0);
+}
+
+TEST(sim_program, serves_and_ends_beside_a_terminal_that_is_stopped)
+{
+    const unique_fd terminal{posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)};
+    ASSERT_TRUE(terminal && grantpt(terminal.get()) == 0 && unlockpt(terminal.get()) == 0);
+    const unique_fd line{open(ptsname(terminal.get()), O_RDWR | O_NOCTTY | O_CLOEXEC)};
+    ASSERT_TRUE(line && tcflow(line.get(), TCOOFF) == 0);
+    sim_program program{{"--port", "0", "--pace-ms", "0", "--json-udp", "0"}, nullptr, line.get()};
+    sim_raw_client client{program.port()};
+    const std::uint16_t port = port_in(program.line(), "tovriksim: JSON on 127.0.0.1:");
+    ASSERT_TRUE(client.receive());
+    send_datagram(port, "broken\n");
+    send_datagram(port, "{\"text\":\"heard\"}");
+    const auto received = client.receive();
+    ASSERT_TRUE(received);
+    EXPECT_NE(received->payload.find(">heard<"), std::string::npos) << received->payload;
+    program.send_signal(SIGTERM);
+    EXPECT_TRUE(client.receive_kind(100));
+    client.hang_up();
+    EXPECT_EQ(program.status(), 0);
+    EXPECT_EQ(fcntl(line.get(), F_GETFL) & O_NONBLOCK, 0) << "the terminal is a shell's, too";
 }
 
 /// The kinds of what a new client of a program with these options gets at once.
