@@ -204,6 +204,21 @@ std::size_t practice_server::broken_json_lines() const
     return inside->core ? json_broken(inside->core->json) : 0;
 }
 
+std::optional<json_end> practice_server::json_stream_end() const
+{
+    const std::lock_guard held{inside->lock};
+    if (!inside->core || !inside->core->json.stream_ended)
+        return std::nullopt;
+    const json_input& json = inside->core->json;
+    return json_end{json.stream_lines.broken(), json.stream_error};
+}
+
+bool practice_server::has_waiting_packets() const
+{
+    const std::lock_guard held{inside->lock};
+    return inside->core && core_has_waiting_packets(inside->core->server);
+}
+
 std::size_t practice_server::push_packet(const packet& sent)
 {
     const std::lock_guard held{inside->lock};

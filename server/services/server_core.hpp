@@ -54,6 +54,9 @@ void core_close_client(const server_core& core, client_session& session, std::ui
 /// Ends all connections so. Returns the number of clients told.
 std::size_t core_close_clients(server_core& core, std::uint32_t close_kind);
 
+/// Whether a client has not been sent all that it is to be sent, ticks aside.
+bool core_has_waiting_packets(const server_core& core);
+
 /// The number of clients that are connected and have not been told of the end.
 std::size_t core_client_count(const server_core& core);
 

@@ -19,7 +19,8 @@ struct command_line {
     std::string replay_path;
     std::string directory_path;
     std::string json_path;
-    unique_fd json_stream; ///< the server reads from it while it runs
+    unique_fd json_stream;         ///< the server reads from it while it runs
+    bool ends_with_stream = false; ///< no message can come after the stream's end
     std::string banner;
     std::string news;
     std::string notice;

@@ -1,14 +1,17 @@
 // main.cpp - tovriksim, the practice server as a program.
 //
 // Owns the start, and the end by a signal. The library does everything else.
+#include "server/base/clock.hpp"
 #include "server/base/line_writer.hpp"
 #include "server/practice/practice_server.hpp"
 #include "server/tovriksim/command_line.hpp"
 
+#include <chrono>
 #include <clocale>
 #include <csignal>
 #include <ctime>
 #include <exception>
+#include <optional>
 #include <string>
 #include <unistd.h>
 #include <utility>
@@ -41,7 +44,41 @@ void leave(tovrik::practice_server& server, const sigset_t& ends)
     }
 }
 
-/// Serves until a signal ends it.
+void report_end(command_line& line, const tovrik::json_end& end)
+{
+    const std::string name = line.json_path == "-" ? "standard input" : line.json_path;
+    std::string text = name + " has ended";
+    if (!end.error.empty())
+        text += ": " + end.error;
+    if (end.broken_lines > 0)
+        text += "; broken lines: " + std::to_string(end.broken_lines);
+    line.errors.put(text, tovrik::line_level::notice);
+}
+
+/// Waits for the end: a signal, or that of the only stream of messages, once the clients have been
+/// sent what waits or have had the time for it. Returns the exit status.
+int wait_for_end(command_line& line, tovrik::line_writer& lines,
+                 const tovrik::practice_server& server, const sigset_t& ends,
+                 std::chrono::milliseconds sending_limit)
+{
+    constexpr timespec pause{.tv_sec = 1, .tv_nsec = 0};
+    std::optional<tovrik::json_end> end;
+    auto send_until = tovrik::never;
+    while (sigtimedwait(&ends, nullptr, &pause) < 0) {
+        lines.flush();
+        line.errors.flush();
+        const auto now = tovrik::steady_clock::now();
+        if (!end && (end = server.json_stream_end())) {
+            report_end(line, *end);
+            send_until = now + sending_limit;
+        }
+        if (end && line.ends_with_stream && (!server.has_waiting_packets() || now >= send_until))
+            return end->broken_lines == 0 && end->error.empty() ? 0 : status_broken_input;
+    }
+    return 0;
+}
+
+/// Serves until its end. Returns the exit status.
 int serve(command_line& line)
 {
     sigset_t ends;
@@ -55,6 +92,9 @@ int serve(command_line& line)
     std::signal(SIGPIPE, SIG_IGN);
 
     const std::string address = line.server.bind_address;
+    // As long as a full queue takes.
+    const std::chrono::milliseconds sending_limit{line.server.pace_ms *
+                                                  static_cast<long>(line.server.queue_limit + 1)};
     tovrik::practice_server server{std::move(line.server)};
     if (!server.start()) {
         sigprocmask(SIG_SETMASK, &before, nullptr);
@@ -62,15 +102,11 @@ int serve(command_line& line)
     }
     tovrik::line_writer lines{STDOUT_FILENO, "tovriksim"};
     print_places(lines, server, address);
-    constexpr timespec pause{.tv_sec = 1, .tv_nsec = 0};
-    while (sigtimedwait(&ends, nullptr, &pause) < 0) {
-        lines.flush();
-        line.errors.flush();
-    }
+    const int status = wait_for_end(line, lines, server, ends, sending_limit);
     leave(server, ends);
     server.stop();
     line.errors.flush();
-    return 0;
+    return status;
 }
 
 int run(int argc, char** argv)

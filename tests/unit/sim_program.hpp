@@ -24,9 +24,9 @@ class sim_program
 {
 public:
     /// `locale` is what LC_ALL says; none: the tests' own. What is complained of goes to
-    /// `errors_to`; -1: it is read here.
+    /// `errors_to`; -1: it is read here. The standard input is `input_from`; -1: the tests' own.
     explicit sim_program(std::vector<std::string> options, const char* locale = nullptr,
-                         int errors_to = -1)
+                         int errors_to = -1, int input_from = -1)
     {
         int out[2] = {-1, -1};
         int errors[2] = {-1, -1};
@@ -42,6 +42,8 @@ public:
         if (pid == 0) {
             if (locale != nullptr)
                 setenv("LC_ALL", locale, 1);
+            if (input_from >= 0)
+                dup2(input_from, STDIN_FILENO);
             dup2(out[1], STDOUT_FILENO);
             dup2(errors_to < 0 ? errors[1] : errors_to, STDERR_FILENO);
             execvp(arguments[0], arguments.data());
@@ -64,15 +66,16 @@ public:
         close(error_fd);
     }
 
-    /// The first line of standard output, without its line feed.
+    /// The next line of standard output, without its line feed.
     std::string line() const
     {
-        std::string text;
-        char c = 0;
-        while (wait_for_socket(out_fd, POLLIN, default_patience) && read(out_fd, &c, 1) == 1 &&
-               c != '\n')
-            text += c;
-        return text;
+        return line_of(out_fd);
+    }
+
+    /// The next line of what is complained of.
+    std::string complaint_line() const
+    {
+        return line_of(error_fd);
     }
 
     /// The port that the ready line names; 0 when there is none.
@@ -116,6 +119,15 @@ public:
     }
 
 private:
+    static std::string line_of(int fd)
+    {
+        std::string text;
+        char c = 0;
+        while (wait_for_socket(fd, POLLIN, default_patience) && read(fd, &c, 1) == 1 && c != '\n')
+            text += c;
+        return text;
+    }
+
     static std::string all_of(int fd)
     {
         std::string text;
