@@ -165,8 +165,8 @@ void add_identity_options(CLI::App& app, command_line& line)
         ->transform(take_text(max_option_bytes))
         ->capture_default_str();
     app.add_option("--uuid", offered.server_uuid,
-                   "Identity (default: made of the machine, the name, the\n"
-                   "address and the port)")
+                   "Identity (default: made of machine, name, address\n"
+                   "and port)")
         ->transform(take_text(max_option_bytes));
     app.add_option("--server-version", offered.version, "Version to announce")
         ->transform(take_text(max_option_bytes));
