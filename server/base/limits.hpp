@@ -34,6 +34,9 @@ constexpr int max_transmissions_per_turn = 100;
 /// Maximum number of transmissions a minute.
 constexpr double max_rate_per_minute = 60000;
 
+/// Maximum length of a password: clients have no room for a longer one.
+constexpr std::size_t max_password_bytes = 39;
+
 /// How long a client that was told of the end may keep its connection open.
 constexpr int closing_grace_ms = 5000;
 
@@ -136,6 +139,12 @@ constexpr int max_datagrams_per_turn = 16;
 
 /// Maximum number of texts about broken lines a second. All broken lines are counted.
 constexpr int max_complaints_per_second = 10;
+
+/// Maximum length of a line for standard error, of those that wait to be taken together, and their
+/// maximum number in a second.
+constexpr std::size_t max_line_bytes = 1000;
+constexpr std::size_t max_waiting_line_bytes = 16384;
+constexpr int max_lines_per_second = 50;
 
 /// Maximum size of a file of JSON lines.
 constexpr std::size_t max_json_file_bytes = std::size_t{64} * 1024 * 1024;

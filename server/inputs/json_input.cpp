@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <sys/epoll.h>
 #include <sys/socket.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -42,6 +43,9 @@ std::vector<transmission> read_stream(json_input& input, int epoll_fd)
         return input.stream_lines.take({block, static_cast<std::size_t>(count)});
     if (count < 0 && (errno == EINTR || errno == EAGAIN))
         return {};
+    if (count < 0)
+        input.stream_error = std::generic_category().message(errno);
+    input.stream_ended = true;
     watch(epoll_fd, EPOLL_CTL_DEL, input.stream_fd, 0);
     input.stream_fd = -1;
     return input.stream_lines.take_rest();

@@ -29,6 +29,8 @@ struct json_input {
     unique_fd udp_socket;
     std::uint16_t udp_port = 0; ///< 0: no datagrams are received
     int stream_fd = -1;         ///< -1: there is no stream, or it has ended
+    bool stream_ended = false;
+    std::string stream_error; ///< why it ended, if a read failed
     json_lines datagram_lines;
     json_lines stream_lines;
     json_lines pushed_lines;

@@ -7,6 +7,7 @@
 #include "server/base/quiet_thread.hpp"
 #include "server/practice/practice_core.hpp"
 #include "server/services/publishing.hpp"
+#include "server/services/server_loop.hpp"
 
 #include <condition_variable>
 #include <deque>
@@ -119,6 +120,21 @@ void practice_server::stop()
     inside->changed.notify_all();
 }
 
+void practice_server::leave()
+{
+    const std::lock_guard held{inside->lock};
+    if (!inside->core)
+        return;
+    loop_leave(inside->core->server);
+    inside->wake();
+}
+
+bool practice_server::is_alone() const
+{
+    const std::lock_guard held{inside->lock};
+    return !inside->core || loop_is_over(inside->core->server);
+}
+
 std::string practice_server::error() const
 {
     const std::lock_guard held{inside->lock};
@@ -166,6 +182,21 @@ std::size_t practice_server::broken_json_lines() const
 {
     const std::lock_guard held{inside->lock};
     return inside->core ? json_broken(inside->core->json) : 0;
+}
+
+std::optional<json_end> practice_server::json_stream_end() const
+{
+    const std::lock_guard held{inside->lock};
+    if (!inside->core || !inside->core->json.stream_ended)
+        return std::nullopt;
+    const json_input& json = inside->core->json;
+    return json_end{json.stream_lines.broken(), json.stream_error};
+}
+
+bool practice_server::has_waiting_packets() const
+{
+    const std::lock_guard held{inside->lock};
+    return inside->core && core_has_waiting_packets(inside->core->server);
 }
 
 std::size_t practice_server::push_packet(const packet& sent)

@@ -29,6 +29,12 @@ struct received_packet {
     std::string text; ///< the payload's bytes
 };
 
+/// How a stream of JSON has ended.
+struct json_end {
+    std::size_t broken_lines; ///< of the stream
+    std::string error;        ///< why a read failed; empty if none did
+};
+
 class practice_server
 {
 public:
@@ -41,6 +47,14 @@ public:
     /// Listens, and serves in a thread of its own, in which all signals are blocked. True at once
     /// if the server is already running; false, with the reason in error(), if it cannot start.
     bool start();
+
+    /// Says good-bye to all clients and accepts no more. They have some seconds to read it: the
+    /// pace and closing_grace_ms at most. Follow it with stop() when is_alone() or when nobody
+    /// waits.
+    void leave();
+
+    /// Whether no client is connected, told of the end or not.
+    bool is_alone() const;
 
     /// Closes all connections without a packet and ends the thread. The record is kept, all else is
     /// forgotten. With port 0 in the options, the next start() may choose another port.
@@ -68,6 +82,12 @@ public:
 
     /// The number of broken lines of JSON since the start, without those of recorded files.
     std::size_t broken_json_lines() const;
+
+    /// How the stream of JSON has ended; nothing if there is none, or if more may come.
+    std::optional<json_end> json_stream_end() const;
+
+    /// Whether a client has not been sent all that it is to be sent, ticks aside.
+    bool has_waiting_packets() const;
 
     /// Queues any packet for all clients, before the transmissions that wait. A payload that is too
     /// long is cut. Returns the number of clients that it was queued for.

@@ -64,4 +64,13 @@ std::size_t core_client_count(const server_core& core)
     return static_cast<std::size_t>(count);
 }
 
+bool core_has_waiting_packets(const server_core& core)
+{
+    return std::any_of(core.sessions.begin(), core.sessions.end(), [](const auto& entry) {
+        const client_session& session = entry.second;
+        return session.sending || !session.assured.empty() || !session.report.empty() ||
+               !session.traffic.empty();
+    });
+}
+
 } // namespace tovrik

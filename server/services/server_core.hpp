@@ -76,6 +76,9 @@ bool core_wants(const client_session& session, const published_message& item);
 /// The client that has a descriptor and a number; null if it has gone.
 client_session* core_find_client(server_core& core, int fd, std::uint64_t number);
 
+/// Whether a client has not been sent all that it is to be sent, ticks aside.
+bool core_has_waiting_packets(const server_core& core);
+
 /// The number of clients that are connected and have not been told of the end.
 std::size_t core_client_count(const server_core& core);
 

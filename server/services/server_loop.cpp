@@ -264,4 +264,18 @@ void loop_on_time(server_core& core, time_point now)
     remove_gone(core);
 }
 
+void loop_leave(server_core& core)
+{
+    for (auto& each : core.channels) {
+        each.listener.socket = unique_fd{};
+        each.listener.accept_again_at = never;
+    }
+    core_close_clients(core, kind::closing_for_maintenance);
+}
+
+bool loop_is_over(const server_core& core)
+{
+    return core.sessions.empty();
+}
+
 } // namespace tovrik

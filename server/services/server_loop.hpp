@@ -38,4 +38,12 @@ bool loop_on_event(server_core& core, int fd);
 /// Does all that is due, sends what may be sent, and removes the clients that are gone.
 void loop_on_time(server_core& core, time_point now);
 
+/// Says good-bye for maintenance (100) to every client, and accepts no more. Whoever owns the core
+/// then lets the loop run until loop_is_over, so that clients have time to read it; that takes the
+/// pace and closing_grace_ms at most.
+void loop_leave(server_core& core);
+
+/// Whether no connection is left.
+bool loop_is_over(const server_core& core);
+
 } // namespace tovrik

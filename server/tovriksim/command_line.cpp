@@ -30,13 +30,15 @@ constexpr const char* help_footer =
     "\n"
     "Receivers may send JSON of VHF messages (one flat object each), VDL2 and HFDL\n"
     "frames. With --json-udp, or a pipe as --json-file, messages are made up only if\n"
-    "--rate is given.\n"
+    "--rate is given. When standard input ends, and no messages can come from\n"
+    "elsewhere, the server sends what waits, says good-bye and ends.\n"
     "\n"
     "A report contains the messages that were sent on its day in this machine's time\n"
     "zone, and those that are dated with it.\n"
     "\n"
-    "Exit status: 0 after SIGTERM or SIGINT, 1 if it cannot serve, 2 for wrong\n"
-    "options.";
+    "Exit status: 0 after SIGTERM or SIGINT, and after the end of standard input;\n"
+    "1 if it cannot serve, 2 for wrong options, 3 if standard input has ended and\n"
+    "lines of it were broken.";
 
 std::string unescape_line_feeds(std::string text)
 {
@@ -64,13 +66,9 @@ std::string read_directory(command_line& line)
     return {};
 }
 
-void complain(const std::string& what)
-{
-    std::fprintf(stderr, "tovriksim: %s\n", what.c_str());
-}
-
 std::string open_json(command_line& line)
 {
+    const auto complain = [&line](const std::string& what) { line.errors.put(what); };
     line.server.on_complaint = complain;
     if (line.json_path.empty())
         return {};
@@ -110,8 +108,7 @@ std::string complete_options(command_line& line, const CLI::App& app)
                                     {.kind = tovrik::kind::notice, .payload = line.notice},
                                     {.kind = tovrik::kind::error_text, .payload = line.error_text}};
     for (tovrik::packet text : texts) {
-        text.payload =
-            unescape_line_feeds(std::move(text.payload)).substr(0, tovrik::max_text_bytes);
+        text.payload = unescape_line_feeds(std::move(text.payload));
         if (!text.payload.empty())
             line.server.greetings.push_back(std::move(text));
     }
@@ -122,6 +119,8 @@ std::string complete_options(command_line& line, const CLI::App& app)
         error = open_json(line);
     if (is_live_only(line) && app.count("--rate") == 0)
         line.server.rate_per_minute = 0;
+    line.ends_with_stream =
+        line.json_stream && !line.server.json_udp_port && line.server.rate_per_minute <= 0;
     return error;
 }
 
@@ -129,7 +128,7 @@ std::string complete_options(command_line& line, const CLI::App& app)
 
 int report_failure(const std::string& why, int status)
 {
-    complain(why);
+    std::fprintf(stderr, "tovriksim: %s\n", why.c_str());
     return status;
 }
 

@@ -11,6 +11,7 @@
 
 constexpr int status_failed = 1;
 constexpr int status_bad_usage = 2;
+constexpr int status_broken_input = 3; ///< the input has ended, and not all of it was sent
 
 /// Prints on standard error why the program cannot continue, and returns `status`.
 int report_failure(const std::string& why, int status);

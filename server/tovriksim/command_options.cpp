@@ -2,6 +2,7 @@
 #include "server/tovriksim/command_options.hpp"
 
 #include "server/base/limits.hpp"
+#include "server/base/locale_text.hpp"
 #include "server/base/text_fields.hpp"
 
 #include <algorithm>
@@ -10,6 +11,8 @@
 #include <cstdlib>
 #include <map>
 #include <set>
+#include <string>
+#include <utility>
 
 namespace
 {
@@ -64,13 +67,33 @@ CLI::Validator limit_number(double min, double max)
     return limit_decimal(min, max, true);
 }
 
-CLI::Validator limit_length()
+/// Takes a text in the locale's character set as the network carries it, in ISO-8859-1. Refuses
+/// one that cannot be converted, and one that is longer than `max_bytes` then.
+CLI::Validator take_text(std::size_t max_bytes)
 {
-    return CLI::Validator{[](const std::string& text) {
-                              return text.size() > max_option_bytes ? "longer than 200 bytes"
-                                                                    : std::string{};
-                          },
-                          ""};
+    const auto take = [max_bytes](std::string& text) -> std::string {
+        auto converted = tovrik::locale_to_latin1(text);
+        if (!converted)
+            return "has a character that ISO-8859-1 lacks, or none of this locale";
+        if (converted->size() > max_bytes)
+            return "longer than " + std::to_string(max_bytes) + " bytes";
+        text = std::move(*converted);
+        return {};
+    };
+    return CLI::Validator{take, ""};
+}
+
+/// Refuses a password that no user of a client can type.
+CLI::Validator refuse_untypable()
+{
+    const auto check = [](const std::string& text) -> std::string {
+        if (text.empty())
+            return "must not be empty, because nobody can type that";
+        return tovrik::is_clean_field(text, tovrik::max_password_bytes)
+                   ? ""
+                   : "has a control character, which nobody can type";
+    };
+    return CLI::Validator{check, ""};
 }
 
 void add_place_options(CLI::App& app, command_line& line)
@@ -139,14 +162,14 @@ void add_identity_options(CLI::App& app, command_line& line)
     app.option_defaults()->group("Identity and services");
     auto& offered = line.server.capabilities;
     app.add_option("--name", line.server.name, "Server name, sent with the uptime")
-        ->check(limit_length())
+        ->transform(take_text(max_option_bytes))
         ->capture_default_str();
     app.add_option("--uuid", offered.server_uuid,
-                   "Identity (default: made of the machine, the name, the\n"
-                   "address and the port)")
-        ->check(limit_length());
+                   "Identity (default: made of machine, name, address\n"
+                   "and port)")
+        ->transform(take_text(max_option_bytes));
     app.add_option("--server-version", offered.version, "Version to announce")
-        ->check(limit_length());
+        ->transform(take_text(max_option_bytes));
     add_capability(app, "--crc-check", offered.crc_check, "Announce CRC checking");
     add_capability(app, "--mailing", offered.mailing,
                    "Offer daily mailings; subscriptions are taken, and\n"
@@ -207,11 +230,14 @@ void add_access_options(CLI::App& app, command_line& line)
 {
     app.option_defaults()->group("Access");
     app.add_option("--password", line.server.password,
-                   "Send messages only to clients with this password");
+                   "Send messages only to clients with this password")
+        ->transform(take_text(tovrik::max_password_bytes))
+        ->check(refuse_untypable());
     app.add_flag("--identify", line.server.ask_identification, "Ask clients for their name");
     app.add_option("--known-client", line.server.known_clients,
                    "With --identify, a name to admit; may be repeated")
         ->expected(1)
+        ->transform(take_text(max_option_bytes))
         ->take_all()
         ->default_str("ncursesclient");
 }
@@ -219,10 +245,14 @@ void add_access_options(CLI::App& app, command_line& line)
 void add_greeting_options(CLI::App& app, command_line& line)
 {
     app.option_defaults()->group("Texts and ticks (\\n in a text begins a new line)");
-    app.add_option("--banner", line.banner, "Text for new clients (kind 64)");
-    app.add_option("--news", line.news, "Text for new clients (kind 90)");
-    app.add_option("--notice", line.notice, "Notice for new clients (kind 103)");
-    app.add_option("--error-text", line.error_text, "Error for new clients (kind 108)");
+    app.add_option("--banner", line.banner, "Text for new clients (kind 64)")
+        ->transform(take_text(tovrik::max_text_bytes));
+    app.add_option("--news", line.news, "Text for new clients (kind 90)")
+        ->transform(take_text(tovrik::max_text_bytes));
+    app.add_option("--notice", line.notice, "Notice for new clients (kind 103)")
+        ->transform(take_text(tovrik::max_text_bytes));
+    app.add_option("--error-text", line.error_text, "Error for new clients (kind 108)")
+        ->transform(take_text(tovrik::max_text_bytes));
     app.add_flag("--uptime", line.server.send_uptime, "Tell new clients the uptime");
     app.add_option("--ticks", line.tick_s, "Seconds between activity ticks; 0: none")
         ->transform(limit_number(0, max_interval_s))

@@ -3,20 +3,24 @@
 #pragma once
 
 #include "base/owners.hpp"
+#include "server/base/line_writer.hpp"
 #include "server/practice/options.hpp"
 
 #include <CLI/CLI.hpp>
 
 #include <ctime>
 #include <string>
+#include <unistd.h>
 
 /// The options as they were typed, and the server's options that are made of them.
 struct command_line {
+    tovrik::line_writer errors{STDERR_FILENO, "tovriksim"};
     tovrik::server_options server{.port = 2202, .rate_per_minute = 30, .record_limit = 0};
     std::string replay_path;
     std::string directory_path;
     std::string json_path;
-    unique_fd json_stream; ///< the server reads from it while it runs
+    unique_fd json_stream;         ///< the server reads from it while it runs
+    bool ends_with_stream = false; ///< no message can come after the stream's end
     std::string banner;
     std::string news;
     std::string notice;

@@ -1,4 +1,4 @@
-// sim_program.hpp - a run of tovriksim, for the tests of the program.
+// sim_program.hpp - a run of tovriksim or tovrikd, for the tests of the programs.
 #pragma once
 
 #include "support/emulator.hpp"
@@ -23,13 +23,18 @@
 class sim_program
 {
 public:
-    explicit sim_program(std::vector<std::string> options)
+    /// `locale` is what LC_ALL says; none: the tests' own. What is complained of goes to
+    /// `errors_to`; -1: it is read here. The standard input is `input_from`; -1: the tests' own.
+    /// `binary` is another program to run.
+    explicit sim_program(std::vector<std::string> options, const char* locale = nullptr,
+                         int errors_to = -1, int input_from = -1,
+                         const char* binary = TOVRIKSIM_BINARY)
     {
         int out[2] = {-1, -1};
         int errors[2] = {-1, -1};
         EXPECT_EQ(pipe2(out, O_CLOEXEC), 0);
         EXPECT_EQ(pipe2(errors, O_CLOEXEC), 0);
-        options.insert(options.begin(), TOVRIKSIM_BINARY);
+        options.insert(options.begin(), binary);
         emulator_add(options);
         std::vector<char*> arguments;
         for (std::string& option : options)
@@ -37,8 +42,12 @@ public:
         arguments.push_back(nullptr);
         pid = fork();
         if (pid == 0) {
+            if (locale != nullptr)
+                setenv("LC_ALL", locale, 1);
+            if (input_from >= 0)
+                dup2(input_from, STDIN_FILENO);
             dup2(out[1], STDOUT_FILENO);
-            dup2(errors[1], STDERR_FILENO);
+            dup2(errors_to < 0 ? errors[1] : errors_to, STDERR_FILENO);
             execvp(arguments[0], arguments.data());
             _exit(127);
         }
@@ -59,15 +68,16 @@ public:
         close(error_fd);
     }
 
-    /// The first line of standard output, without its line feed.
+    /// The next line of standard output, without its line feed.
     std::string line() const
     {
-        std::string text;
-        char c = 0;
-        while (wait_for_socket(out_fd, POLLIN, default_patience) && read(out_fd, &c, 1) == 1 &&
-               c != '\n')
-            text += c;
-        return text;
+        return line_of(out_fd);
+    }
+
+    /// The next line of what is complained of.
+    std::string complaint_line() const
+    {
+        return line_of(error_fd);
     }
 
     /// The port that the ready line names; 0 when there is none.
@@ -95,6 +105,13 @@ public:
         kill(pid, number);
     }
 
+    bool has_ended() const
+    {
+        siginfo_t about{};
+        return waitid(P_PID, static_cast<id_t>(pid), &about, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               about.si_pid == pid;
+    }
+
     /// Waits for the end. The exit status, or minus the signal.
     int status()
     {
@@ -104,6 +121,15 @@ public:
     }
 
 private:
+    static std::string line_of(int fd)
+    {
+        std::string text;
+        char c = 0;
+        while (wait_for_socket(fd, POLLIN, default_patience) && read(fd, &c, 1) == 1 && c != '\n')
+            text += c;
+        return text;
+    }
+
     static std::string all_of(int fd)
     {
         std::string text;

@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
+#include <termios.h>
 #include <vector>
 
 namespace
@@ -28,6 +30,19 @@ std::string written_file(const std::string& text)
     const unique_fd file{mkstemp(path.data())};
     EXPECT_EQ(write(file.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
     return path;
+}
+
+/// Sends a datagram to a port of this machine.
+void send_datagram(std::uint16_t port, const std::string& bytes)
+{
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_port = htons(port);
+    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const unique_fd sender{socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
+    EXPECT_EQ(sendto(sender.get(), bytes.data(), bytes.size(), 0,
+                     reinterpret_cast<const sockaddr*>(&place), sizeof place),
+              static_cast<ssize_t>(bytes.size()));
 }
 
 TEST(sim_program, answers_services_by_option)
@@ -74,22 +89,112 @@ TEST(sim_program, takes_datagrams_by_option_and_makes_nothing_up)
     sim_raw_client client{program.port()};
     const std::uint16_t port = port_in(program.line(), "tovriksim: JSON on 127.0.0.1:");
     ASSERT_TRUE(client.receive());
-    sockaddr_in place{};
-    place.sin_family = AF_INET;
-    place.sin_port = htons(port);
-    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const unique_fd sender{socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
-    const std::string lines = "broken\n{\"text\":\"heard\"}";
-    ASSERT_GT(sendto(sender.get(), lines.data(), lines.size(), 0,
-                     reinterpret_cast<const sockaddr*>(&place), sizeof place),
-              0);
+    send_datagram(port, "broken\n{\"text\":\"heard\"}");
     const auto received = client.receive();
     ASSERT_TRUE(received);
     EXPECT_NE(received->payload.find(">heard<"), std::string::npos) << received->payload;
+    client.hang_up();
     program.send_signal(SIGTERM);
     EXPECT_EQ(program.complaint(),
               "tovriksim: dropped a line of JSON (number 1 so far): this is not JSON\n");
     EXPECT_EQ(program.status(), 0);
+}
+
+TEST(sim_program, serves_and_ends_beside_a_terminal_that_is_stopped)
+{
+    const unique_fd terminal{posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)};
+    ASSERT_TRUE(terminal && grantpt(terminal.get()) == 0 && unlockpt(terminal.get()) == 0);
+    const unique_fd line{open(ptsname(terminal.get()), O_RDWR | O_NOCTTY | O_CLOEXEC)};
+    ASSERT_TRUE(line && tcflow(line.get(), TCOOFF) == 0);
+    sim_program program{{"--port", "0", "--pace-ms", "0", "--json-udp", "0"}, nullptr, line.get()};
+    sim_raw_client client{program.port()};
+    const std::uint16_t port = port_in(program.line(), "tovriksim: JSON on 127.0.0.1:");
+    ASSERT_TRUE(client.receive());
+    send_datagram(port, "broken\n");
+    send_datagram(port, "{\"text\":\"heard\"}");
+    const auto received = client.receive();
+    ASSERT_TRUE(received);
+    EXPECT_NE(received->payload.find(">heard<"), std::string::npos) << received->payload;
+    program.send_signal(SIGTERM);
+    EXPECT_TRUE(client.receive_kind(100));
+    client.hang_up();
+    EXPECT_EQ(program.status(), 0);
+    EXPECT_EQ(fcntl(line.get(), F_GETFL) & O_NONBLOCK, 0) << "the terminal is a shell's, too";
+}
+
+/// A run of the program whose standard input is a pipe.
+struct piped_program {
+    unique_fd writer;
+    std::unique_ptr<sim_program> program;
+    explicit piped_program(std::vector<std::string> options)
+    {
+        int ends[2] = {-1, -1};
+        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        const unique_fd reader{ends[0]};
+        writer = unique_fd{ends[1]};
+        options.insert(options.begin(), {"--port", "0", "--pace-ms", "20", "--json-file", "-"});
+        program = std::make_unique<sim_program>(options, nullptr, -1, reader.get());
+    }
+    void write_lines(const std::string& text) const
+    {
+        EXPECT_EQ(write(writer.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    void end_input()
+    {
+        writer = unique_fd{};
+    }
+};
+
+TEST(sim_program, ends_with_its_only_input_once_all_is_sent)
+{
+    const struct {
+        std::string lines;
+        int status;
+        std::string complaint;
+    } rows[] = {
+        {"", 0, "tovriksim: standard input has ended\n"},
+        {"broken\n", 3,
+         "tovriksim: dropped a line of JSON (number 1 so far): this is not JSON\n"
+         "tovriksim: standard input has ended; broken lines: 1\n"},
+    };
+    for (const auto& row : rows) {
+        piped_program run{{}};
+        sim_raw_client client{run.program->port()};
+        ASSERT_TRUE(client.receive());
+        run.write_lines(row.lines);
+        for (int i = 0; i < 50; ++i)
+            run.write_lines("{\"text\":\"number " + std::to_string(i) + "\"}\n");
+        run.end_input();
+        for (int i = 0; i < 50; ++i) {
+            const auto received = client.receive_kind(40);
+            ASSERT_TRUE(received) << i;
+            EXPECT_NE(received->payload.find(">number " + std::to_string(i) + "<"),
+                      std::string::npos)
+                << received->payload;
+        }
+        EXPECT_TRUE(client.receive_kind(100));
+        client.hang_up();
+        EXPECT_EQ(run.program->complaint(), row.complaint);
+        EXPECT_EQ(run.program->status(), row.status);
+    }
+}
+
+TEST(sim_program, serves_on_after_the_end_of_one_of_its_inputs)
+{
+    for (const std::vector<std::string>& other :
+         {std::vector<std::string>{"--rate", "6000"}, {"--json-udp", "0", "--ticks", "0.01"}}) {
+        piped_program run{other};
+        sim_raw_client client{run.program->port()};
+        run.end_input();
+        EXPECT_EQ(run.program->complaint_line(), "tovriksim: standard input has ended");
+        ASSERT_TRUE(client.receive());
+        EXPECT_TRUE(client.receive());
+        EXPECT_FALSE(run.program->has_ended());
+        run.program->send_signal(SIGTERM);
+        EXPECT_TRUE(client.receive_kind(100));
+        client.hang_up();
+        EXPECT_EQ(run.program->status(), 0);
+    }
 }
 
 /// The kinds of what a new client of a program with these options gets at once.

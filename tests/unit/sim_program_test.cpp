@@ -3,6 +3,7 @@
 #include "sim_raw_client.hpp"
 
 #include "app/app_state.hpp"
+#include "base/md5.hpp"
 #include "data/xml.hpp"
 
 #include <gtest/gtest.h>
@@ -23,10 +24,40 @@ TEST(sim_program, says_where_it_listens_and_ends_well_by_signal)
         sim_raw_client client{port};
         EXPECT_EQ(client.receive()->kind, 41U);
         program.send_signal(number);
+        EXPECT_TRUE(client.receive_kind(100)) << "every client is told";
+        EXPECT_TRUE(client.ends());
+        client.hang_up();
         EXPECT_EQ(program.complaint(), "");
         EXPECT_EQ(program.status(), 0);
-        EXPECT_TRUE(client.ends());
     }
+}
+
+TEST(sim_program, waits_for_clients_to_read_the_end_until_a_second_signal)
+{
+    sim_program program{{"--port", "0", "--pace-ms", "60000"}};
+    const std::uint16_t port = program.port();
+    sim_raw_client client{port};
+    EXPECT_EQ(client.receive()->kind, 41U);
+    // The pace holds the good-bye back for a minute. Nobody is accepted meanwhile.
+    program.send_signal(SIGTERM);
+    for (bool served = true; served;) {
+        sim_raw_client late{port};
+        served = late.fd >= 0 && late.receive();
+    }
+    EXPECT_FALSE(program.has_ended());
+    program.send_signal(SIGINT);
+    EXPECT_EQ(program.status(), 0);
+    EXPECT_TRUE(client.ends());
+}
+
+TEST(sim_program, waits_for_silent_clients_for_a_bounded_time_only)
+{
+    sim_program program{{"--port", "0", "--pace-ms", "0"}};
+    sim_raw_client client{program.port()};
+    EXPECT_EQ(client.receive()->kind, 41U);
+    program.send_signal(SIGTERM);
+    EXPECT_EQ(program.status(), 0) << "the client still holds its connection";
+    EXPECT_TRUE(client.receive_kind(100));
 }
 
 TEST(sim_program, tells_help_and_succeeds)
@@ -108,6 +139,10 @@ TEST(sim_program, ends_with_2_and_a_reason_for_wrong_options)
         {"--rate", "1.2.3"},
         {"--rate", "."},
         {"--ticks", " 5"},
+        {"--password", ""},
+        {"--password", std::string(40, 'x')},
+        {"--password", "a\tb"},
+        {"--password", "a\x7f"},
         {"--json-file", "-", "--replay", "file"},
     };
     for (const auto& options : cases) {
@@ -208,6 +243,52 @@ TEST(sim_program, passes_its_options_on)
     EXPECT_EQ(announcement->param1, 2);
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(client.receive()->kind, 204U);
+}
+
+TEST(sim_program, sends_its_texts_in_the_networks_character_set)
+{
+    sim_program program{{"--port",   "0",           "--pace-ms",       "0",      "--rate",
+                         "0",        "--banner",    "Gr\u00fc\u00dfe", "--news", "\u00a9",
+                         "--notice", "\u00e9",      "--error-text",    "\u00ff", "--uptime",
+                         "--name",   "Z\u00fcrich", "--uuid",          "\u00e4", "--password",
+                         "\u00e9"},
+                        "C.UTF-8"};
+    sim_raw_client client{program.port()};
+    const auto capabilities = client.receive();
+    ASSERT_TRUE(capabilities);
+    EXPECT_NE(capabilities->payload.find("<ServerUUID>\xe4<"), std::string::npos);
+    EXPECT_EQ(client.receive()->payload, "Gr\xfc\xdf"
+                                         "e");
+    EXPECT_EQ(client.receive()->payload, "\xa9");
+    EXPECT_EQ(client.receive()->payload, "\xe9");
+    EXPECT_EQ(client.receive()->payload, "\xff");
+    EXPECT_TRUE(client.receive()->payload.ends_with("\tZ\xfcrich"));
+    char digest[33] = {};
+    md5_hex("\xe9", digest);
+    client.send_text(81, digest);
+    EXPECT_EQ(client.receive()->kind, 82U);
+}
+
+TEST(sim_program, refuses_texts_that_the_network_cannot_carry)
+{
+    const struct {
+        const char* text;
+        const char* locale;
+    } cases[] = {{"\u20ac", "C.UTF-8"}, {"\xff", "C.UTF-8"}, {"\u00e9", "C"}};
+    for (const char* option : {"--name", "--banner", "--news", "--notice", "--error-text",
+                               "--password", "--uuid", "--server-version", "--known-client"})
+        for (const auto& row : cases) {
+            sim_program program{{"--port", "0", option, row.text}, row.locale};
+            const std::string complaint = program.complaint();
+            EXPECT_TRUE(complaint.starts_with(std::string{"tovriksim: "} + option)) << complaint;
+            EXPECT_EQ(program.status(), 2) << option;
+        }
+}
+
+TEST(sim_program, takes_the_longest_password_that_one_can_type)
+{
+    sim_program program{{"--port", "0", "--password", std::string(39, 'x')}};
+    EXPECT_NE(program.port(), 0);
 }
 
 TEST(sim_program, ticks_every_minute_unless_told_otherwise)
