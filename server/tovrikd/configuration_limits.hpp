@@ -38,9 +38,6 @@ constexpr std::int64_t max_archive_days = 3650;
 constexpr std::size_t max_passwords = 4096;
 constexpr std::size_t max_label_bytes = 40;
 
-/// Maximum length of a password: the client's prompt takes no more.
-constexpr std::size_t max_password_bytes = 39;
-
 /// Maximum size of a reference file, of one of its records, and of the entries of all of them.
 constexpr std::size_t max_reference_file_bytes = std::size_t{256} * 1024 * 1024;
 constexpr std::size_t max_csv_record_bytes = std::size_t{64} * 1024;
