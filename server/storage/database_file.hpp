@@ -23,7 +23,8 @@ struct database_schema {
 /// migrations); a log that has lost its file forbids that. An older version is migrated, each step
 /// in a transaction of its own. Refused are files that are no databases, broken ones, those of
 /// other programs and those of newer versions. Only the head and the schema are read, so the size
-/// does not matter. Returns an error text that begins with the path, empty on success.
+/// does not matter. The file must not be open in this process: looking at it ends the locks of
+/// other connections. Returns an error text that begins with the path, empty on success.
 std::string database_open(database& opened, const std::string& path, const database_schema& schema);
 
 /// Opens a second connection to a database that is open already; it only reads. Returns an error

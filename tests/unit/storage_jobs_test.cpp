@@ -281,6 +281,24 @@ TEST_F(storage_jobs, that_take_too_long_at_the_end_are_interrupted)
               (std::vector<std::string>{"interrupted", "interrupted", "the server has stopped"}));
 }
 
+TEST_F(storage_jobs, that_are_held_up_by_the_system_do_not_hold_up_the_end)
+{
+    std::promise<void> gate;
+    write_gate(gate.get_future().share());
+    EXPECT_FALSE(kept.close(std::chrono::milliseconds{1}));
+    EXPECT_EQ(kept.waiting_writes(), 1U);
+    tovrik::storage second;
+    EXPECT_EQ(second.open(folder, nothing_to_prepare), folder + ": is in use by another server");
+    gate.set_value();
+    EXPECT_TRUE(await_finished(kept));
+    // The thread that was left alone closes the database at its end.
+    const auto deadline = std::chrono::steady_clock::now() + default_patience;
+    while (home.read_file("state/tovrikd.sqlite-wal") &&
+           std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+    EXPECT_FALSE(home.read_file("state/tovrikd.sqlite-wal"));
+}
+
 TEST_F(storage_jobs, have_the_folder_to_themselves)
 {
     tovrik::storage second;
