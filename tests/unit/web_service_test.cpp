@@ -182,13 +182,14 @@ TEST_F(web_service, gives_a_large_directory_to_a_slow_reader)
 {
     start();
     auto report = sample_report();
-    report.listed.assign(100'000, {.host = "host.example", .port = 2202, .name = "name"});
+    // More than the system holds for both ends of a connection.
+    report.listed.assign(20'000, {.host = "host.example", .description = std::string(1000, 'x')});
     service.publish(std::make_shared<const tovrik::server_report>(report));
     sim_raw_client client{service.port()};
     ASSERT_TRUE(client.send_bytes("GET /tovrikserver.main HTTP/1.0\r\n\r\n"));
     EXPECT_TRUE(ask("/healthz").ends_with("ok\n")) << "others do not wait meanwhile";
     const std::string answer = rest_of(client);
-    EXPECT_EQ(std::ranges::count(answer.substr(answer.find("\r\n\r\n")), '\t'), 800'000);
+    EXPECT_EQ(std::ranges::count(answer.substr(answer.find("\r\n\r\n")), '\t'), 160'000);
 }
 
 TEST_F(web_service, stops_within_a_second_whatever_its_askers_do)
