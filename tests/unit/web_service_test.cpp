@@ -250,6 +250,7 @@ TEST_F(web_service, takes_no_signals_from_the_program)
 {
     const auto before = blocked_signals_of_threads().size();
     start();
+    EXPECT_TRUE(ask("/healthz").ends_with("ok\n")) << "a thread that begins takes no signals yet";
     const auto masks = blocked_signals_of_threads();
     ASSERT_EQ(masks.size(), before + 1);
     for (const int signal_number : {SIGTERM, SIGINT, SIGHUP, SIGCHLD, SIGALRM, SIGPIPE, SIGUSR1})
