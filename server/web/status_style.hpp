@@ -79,6 +79,7 @@ th:last-child, td:last-child { padding-right: 0; }
 td b { font-weight: 600; }
 .none { color: var(--muted); font-weight: 400; }
 td small { display: block; }
+time { white-space: nowrap; }
 .marked td:first-child { padding-left: 0.75rem; box-shadow: inset 0.25rem 0 var(--bad); }
 .plot { display: block; overflow: visible; }
 .plot text { fill: var(--muted); font-size: 0.75rem; text-anchor: middle; }

@@ -82,11 +82,20 @@ TEST_F(web_service, tells_what_was_published_last)
     EXPECT_NE(ask("/metrics").find("\ntovrikd_clients 15\n"), std::string::npos);
 }
 
-TEST_F(web_service, says_so_when_nothing_is_published_any_more)
+TEST_F(web_service, says_so_while_nothing_is_published)
 {
-    start({.max_report_age = 1ms});
-    std::this_thread::sleep_for(2ms);
+    start({.max_report_age = 100ms});
+    const auto is_well = [this] { return ask("/healthz").ends_with("\r\n\r\nok\n"); };
+    const auto limit = steady::now() + default_patience;
+    while (is_well() && steady::now() < limit)
+        std::this_thread::sleep_for(10ms);
     EXPECT_TRUE(ask("/healthz").starts_with("HTTP/1.1 503 "));
+    bool is_well_again = false;
+    while (!is_well_again && steady::now() < limit) {
+        service.publish(std::make_shared<const tovrik::server_report>(sample_report()));
+        is_well_again = is_well();
+    }
+    EXPECT_TRUE(is_well_again);
 }
 
 TEST_F(web_service, names_the_address_that_the_asker_reached)
@@ -182,13 +191,14 @@ TEST_F(web_service, gives_a_large_directory_to_a_slow_reader)
 {
     start();
     auto report = sample_report();
-    report.listed.assign(100'000, {.host = "host.example", .port = 2202, .name = "name"});
+    // More than the system holds for both ends of a connection.
+    report.listed.assign(20'000, {.host = "host.example", .description = std::string(1000, 'x')});
     service.publish(std::make_shared<const tovrik::server_report>(report));
     sim_raw_client client{service.port()};
     ASSERT_TRUE(client.send_bytes("GET /tovrikserver.main HTTP/1.0\r\n\r\n"));
     EXPECT_TRUE(ask("/healthz").ends_with("ok\n")) << "others do not wait meanwhile";
     const std::string answer = rest_of(client);
-    EXPECT_EQ(std::ranges::count(answer.substr(answer.find("\r\n\r\n")), '\t'), 800'000);
+    EXPECT_EQ(std::ranges::count(answer.substr(answer.find("\r\n\r\n")), '\t'), 160'000);
 }
 
 TEST_F(web_service, stops_within_a_second_whatever_its_askers_do)
@@ -249,6 +259,7 @@ TEST_F(web_service, takes_no_signals_from_the_program)
 {
     const auto before = blocked_signals_of_threads().size();
     start();
+    EXPECT_TRUE(ask("/healthz").ends_with("ok\n")) << "a thread that begins takes no signals yet";
     const auto masks = blocked_signals_of_threads();
     ASSERT_EQ(masks.size(), before + 1);
     for (const int signal_number : {SIGTERM, SIGINT, SIGHUP, SIGCHLD, SIGALRM, SIGPIPE, SIGUSR1})
