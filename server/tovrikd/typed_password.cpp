@@ -1,6 +1,7 @@
 // typed_password.cpp - see typed_password.hpp.
 #include "server/tovrikd/typed_password.hpp"
 
+#include "server/base/limits.hpp"
 #include "server/base/text_fields.hpp"
 #include "server/tovrikd/configuration_limits.hpp"
 
