@@ -50,7 +50,8 @@ void copy_plain_value(const toml::node& node, toml_value& to)
 
 toml_value copy_value(const toml::node& node)
 {
-    toml_value value{.line = node.source().begin.line};
+    toml_value value;
+    value.line = node.source().begin.line;
     if (const auto* const table = node.as_table()) {
         copy_entries(*table, value);
     } else if (const auto* const list = node.as_array()) {
@@ -94,7 +95,10 @@ toml_document toml_document_read(std::string_view text)
     try {
         return parse_text(text);
     } catch (const std::bad_alloc&) {
-        return {.error = "out of memory", .error_line = 1};
+        toml_document none;
+        none.error = "out of memory";
+        none.error_line = 1;
+        return none;
     }
 }
 

@@ -22,8 +22,8 @@ struct toml_value {
     std::string text = {}; ///< UTF-8; may hold a NUL
     std::int64_t number = 0;
     bool truth = false;
-    std::vector<toml_value> items = {};   ///< of a list
-    std::vector<toml_entry> entries = {}; ///< of a table, in the order of their names
+    std::vector<toml_value> items = {}; ///< of a list
+    std::vector<toml_entry> entries;    ///< of a table, in the order of their names
 };
 
 struct toml_entry {
@@ -33,7 +33,7 @@ struct toml_entry {
 };
 
 struct toml_document {
-    toml_value root = {.type = toml_type::table};
+    toml_value root;
     std::string error = {}; ///< the first thing that is no TOML; empty: none
     unsigned error_line = 0;
 };

@@ -57,16 +57,16 @@ protected:
         return screen;
     }
 
-    /// The wait status of the program, once it has ended.
+    /// The wait status of the program, once it has ended and all that it wrote is in `screen`.
     int ended()
     {
         const auto limit = std::chrono::steady_clock::now() + default_patience;
         while (std::chrono::steady_clock::now() < limit) {
             screen += program->take_output(std::chrono::milliseconds{10});
-            if (const auto status = program->wait_status()) {
-                screen += program->take_output(std::chrono::milliseconds{0});
+            if (!program->output_ended())
+                continue;
+            if (const auto status = program->wait_status())
                 return *status;
-            }
         }
         ADD_FAILURE() << "does not end";
         return -1;
