@@ -83,6 +83,8 @@ void connect_input::begin(time_point now)
 
 void connect_input::begin_connecting(time_point now)
 {
+    if (!question->is_answered)
+        return;
     const auto answer = std::exchange(question, nullptr);
     waiting.close();
     if (!answer->error.empty()) {

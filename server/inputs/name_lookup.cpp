@@ -32,11 +32,17 @@ void look_up(name_question& question)
     std::memcpy(&question.place, list->ai_addr, sizeof question.place);
 }
 
+void announce_answer(name_question& question)
+{
+    question.is_answered = true;
+    eventfd_write(question.answered.get(), 1);
+}
+
 void* run_look_up(void* argument)
 {
     const std::unique_ptr<shared_question> question{static_cast<shared_question*>(argument)};
     look_up(**question);
-    eventfd_write((*question)->answered.get(), 1);
+    announce_answer(**question);
     return nullptr;
 }
 
@@ -61,7 +67,7 @@ std::shared_ptr<const name_question> name_lookup(const std::string& host)
         return {};
     if (inet_pton(AF_INET, host.c_str(), &question->place.sin_addr) == 1) {
         question->place.sin_family = AF_INET;
-        eventfd_write(question->answered.get(), 1);
+        announce_answer(*question);
         return question;
     }
     return start_look_up(question) ? question : nullptr;
