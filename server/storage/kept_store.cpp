@@ -22,7 +22,7 @@ namespace
 constexpr std::chrono::seconds close_patience{10};
 
 /// What a job finds out for its end. The job runs in another thread, but never at the same time.
-template <typename result> std::shared_ptr<result> shared_result()
+template <typename result> std::shared_ptr<result> make_result()
 {
     return std::make_shared<result>();
 }
@@ -70,7 +70,7 @@ void kept_store::close()
 
 void kept_store::forget_before(std::time_t moment)
 {
-    const auto forgotten = shared_result<std::size_t>();
+    const auto forgotten = make_result<std::size_t>();
     kept.write({.work = [moment, forgotten](
                             database& in) { return messages_forget(in, moment, *forgotten); },
                 .done =
@@ -87,7 +87,7 @@ void kept_store::forget_before(std::time_t moment)
 void kept_store::write_or_refuse(std::function<std::string(database&, bool&)> work,
                                  std::function<void()> mirror, yes_or_no answer)
 {
-    const auto is_granted = shared_result<bool>();
+    const auto is_granted = make_result<bool>();
     const auto finish = [this, is_granted, mirror = std::move(mirror),
                          answer](const std::string& error) {
         if (!error.empty())
@@ -133,7 +133,7 @@ void kept_store::remove_pager(const pager_owner& owner, const pager_entry& patte
 void kept_store::subscribe(const std::string& address,
                            std::function<void(subscription_reply)> answer)
 {
-    const auto reply = shared_result<subscription_reply>();
+    const auto reply = make_result<subscription_reply>();
     const std::int64_t today = day_number(std::time(nullptr));
     write_or_refuse(
         [address, today, reply](database& in, bool& is_granted) {
@@ -192,7 +192,7 @@ void kept_store::finish_message(const std::string& error)
 void kept_store::make_report(std::time_t moment,
                              std::function<void(std::vector<report_part>)> answer)
 {
-    const auto parts = shared_result<std::vector<report_part>>();
+    const auto parts = make_result<std::vector<report_part>>();
     const auto work = [parts, moment, server_name = name,
                        reference = state.reference](database& in) {
         const day_report_request request{.begin = moment - 1,

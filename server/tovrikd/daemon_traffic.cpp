@@ -29,10 +29,10 @@ bool has_several_inputs(const daemon& running)
     return running.chosen.inputs.size() > 1;
 }
 
-void merge_doubles(daemon& running, std::vector<transmission> messages, time_point now)
+void join_blocks(daemon& running, std::vector<transmission> messages, time_point now)
 {
-    publish_all(running,
-                doubles_take(running.known, std::move(messages), has_several_inputs(running), now));
+    if (!messages.empty())
+        publish_all(running, joining_take(running.joined, std::move(messages), now));
 }
 
 } // namespace
@@ -40,19 +40,22 @@ void merge_doubles(daemon& running, std::vector<transmission> messages, time_poi
 void daemon_take_messages(daemon& running, std::vector<transmission> messages, time_point now)
 {
     if (!messages.empty())
-        merge_doubles(running, joining_take(running.joined, std::move(messages), now), now);
+        join_blocks(
+            running,
+            doubles_take(running.known, std::move(messages), has_several_inputs(running), now),
+            now);
 }
 
 void daemon_pass_on_waiting(daemon& running, time_point now)
 {
-    merge_doubles(running, joining_on_time(running.joined, now), now);
-    publish_all(running, doubles_on_time(running.known, now));
+    join_blocks(running, doubles_on_time(running.known, now), now);
+    publish_all(running, joining_on_time(running.joined, now));
 }
 
 void daemon_pass_on_all(daemon& running)
 {
-    merge_doubles(running, joining_end(running.joined), steady_clock::now());
-    publish_all(running, doubles_end(running.known));
+    join_blocks(running, doubles_end(running.known), steady_clock::now());
+    publish_all(running, joining_end(running.joined));
 }
 
 void daemon_tell_silence(daemon& running, time_point now)

@@ -8,7 +8,7 @@
 namespace tovrik
 {
 
-/// Takes what inputs brought: joins blocks, merges doubles, publishes what is ready.
+/// Takes what inputs brought: merges doubles, joins blocks, publishes what is ready.
 void daemon_take_messages(daemon& running, std::vector<transmission> messages, time_point now);
 
 /// Publishes what has waited long enough for further blocks or stronger doubles.

@@ -1,6 +1,6 @@
 // main.cpp - tovrikd as a program: its signals, and the one loop that everything runs in.
 #include "server/tovrikd/command_line.hpp"
-#include "server/tovrikd/daemon.hpp"
+#include "server/tovrikd/daemon_life.hpp"
 #include "server/tovrikd/exit_status.hpp"
 #include "server/tovrikd/service_manager.hpp"
 
@@ -61,7 +61,7 @@ bool take_turn(tovrik::daemon& running, int signals, int wait_ms)
 }
 
 /// Reloads at SIGHUP. True at a signal that ends the server.
-bool handle_signals(tovrik::daemon& running, int signals)
+bool answer_signals(tovrik::daemon& running, int signals)
 {
     bool is_ended = false;
     while (const int number = take_signal(signals)) {
@@ -83,7 +83,7 @@ void serve(tovrik::daemon& running, int signals)
     bool is_ended = false;
     while (!is_ended) {
         const int wait_ms = daemon_wait_ms(running, tovrik::steady_clock::now());
-        is_ended = take_turn(running, signals, wait_ms) && handle_signals(running, signals);
+        is_ended = take_turn(running, signals, wait_ms) && answer_signals(running, signals);
     }
     tovrik::service_manager_tell_stopping();
     daemon_say_good_bye(running);
@@ -91,7 +91,7 @@ void serve(tovrik::daemon& running, int signals)
     constexpr int short_wait_ms = 50;
     is_ended = false;
     while (!is_ended && !daemon_is_done(running) && tovrik::steady_clock::now() < end) {
-        is_ended = take_turn(running, signals, short_wait_ms) && handle_signals(running, signals);
+        is_ended = take_turn(running, signals, short_wait_ms) && answer_signals(running, signals);
     }
 }
 

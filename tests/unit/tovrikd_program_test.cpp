@@ -203,7 +203,7 @@ TEST_F(tovrikd, refuses_a_wrong_new_configuration_whole)
 {
     write_configuration();
     const auto program = start();
-    home.write_file("tovrikd.toml", "name = 1\n");
+    home.write_file("tovrikd.toml", "name = 1\n[services]\nmailing = false\n");
     program->send_signal(SIGHUP);
     EXPECT_NE(program->complaint_line().find("tovrikd.toml:1: "), std::string::npos);
     EXPECT_EQ(program->complaint_line(),

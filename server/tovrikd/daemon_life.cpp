@@ -1,0 +1,228 @@
+// daemon_life.cpp - see daemon_life.hpp.
+#include "server/tovrikd/daemon_life.hpp"
+
+#include "server/services/server_loop.hpp"
+#include "server/tovrikd/configuration_read.hpp"
+#include "server/tovrikd/daemon_channels.hpp"
+#include "server/tovrikd/daemon_options.hpp"
+#include "server/tovrikd/daemon_report.hpp"
+#include "server/tovrikd/daemon_traffic.hpp"
+#include "server/tovrikd/reference_files.hpp"
+
+#include <algorithm>
+#include <ctime>
+#include <memory>
+#include <sys/epoll.h>
+#include <utility>
+
+namespace tovrik
+{
+namespace
+{
+
+constexpr std::chrono::seconds report_interval{1};
+constexpr std::chrono::hours journal_interval{1};
+constexpr std::time_t seconds_of_day = 86400;
+
+/// A configuration and the files that it names, or all that is wrong with them.
+struct read_files {
+    configuration made;
+    std::vector<password> passwords;
+    std::vector<std::string> mistakes;
+};
+
+read_files read_all(const std::string& configuration_path)
+{
+    configuration_result configured = configuration_read(configuration_path);
+    read_files files{std::move(configured.made), {}, std::move(configured.mistakes)};
+    if (!files.mistakes.empty() || files.made.access.passwords_file.empty())
+        return files;
+    passwords_result read = passwords_read(files.made.access.passwords_file);
+    files.passwords = std::move(read.passwords);
+    files.mistakes = std::move(read.mistakes);
+    return files;
+}
+
+void tell_all(daemon& running, const std::vector<std::string>& lines)
+{
+    for (const std::string& line : lines) {
+        running.journal.put(line);
+    }
+}
+
+void take_files(daemon& running, read_files files)
+{
+    running.chosen = std::move(files.made);
+    running.passwords = std::move(files.passwords);
+    running.offered = make_service_options(running.chosen, running.passwords);
+}
+
+/// What clients have added counts more than what files say.
+void take_reference(daemon& running, reference_files_result read)
+{
+    tell_all(running, read.complaints);
+    running.server.services.reference.fall_back_on(
+        std::make_shared<const reference_data>(std::move(read.entries)));
+}
+
+/// Reads the reference files beside the loop, since large ones take a second.
+void read_reference_again(daemon& running)
+{
+    const auto read = std::make_shared<reference_files_result>();
+    const storage_job job{
+        .work =
+            [read, files = running.chosen.reference](database&) {
+                *read = reference_files_read(files);
+                return std::string{};
+            },
+        .done = [read,
+                 &running](const std::string&) { take_reference(running, std::move(*read)); }};
+    if (!running.kept.kept.read(job))
+        running.journal.put("the reference files are not read again: too many reports wait");
+}
+
+std::string open_web(daemon& running)
+{
+    const http_configuration& http = running.chosen.http;
+    if (http.port == 0) {
+        running.web.stop();
+        return {};
+    }
+    return running.web.start(
+        {.bind = http.bind, .port = http.port, .public_name = http.public_name});
+}
+
+std::string open_server(daemon& running)
+{
+    std::string error = loop_open(running.server);
+    if (error.empty())
+        error = running.kept.open(running.chosen.state_directory);
+    if (error.empty() &&
+        !watch(running.server.epoll.get(), EPOLL_CTL_ADD, running.kept.kept.event_fd(), EPOLLIN))
+        error = "cannot wait for the database";
+    return error;
+}
+
+void start_clocks(daemon& running)
+{
+    running.started = std::time(nullptr);
+    running.next_second = steady_clock::now();
+    running.next_hour = running.next_second + journal_interval;
+}
+
+void tell_counts(daemon& running)
+{
+    running.journal.put(format_counts(running), line_level::info);
+}
+
+void forget_old_messages(daemon& running)
+{
+    const std::time_t age = static_cast<std::time_t>(running.chosen.archive_days) * seconds_of_day;
+    running.kept.forget_before(std::time(nullptr) - age);
+}
+
+} // namespace
+
+std::vector<std::string> daemon_open(daemon& running, const std::string& configuration_path)
+{
+    running.configuration_path = configuration_path;
+    read_files files = read_all(configuration_path);
+    if (!files.mistakes.empty())
+        return std::move(files.mistakes);
+    take_files(running, std::move(files));
+    take_reference(running, reference_files_read(running.chosen.reference));
+    std::string error = open_server(running);
+    if (!error.empty())
+        return {error};
+    std::vector<std::string> errors = daemon_change_channels(running);
+    if (error = open_web(running); !error.empty())
+        errors.push_back(error);
+    if (!errors.empty())
+        return errors;
+    tell_all(running, input_set_open(
+                          running.inputs, running.server.epoll.get(), running.chosen.inputs,
+                          [&running](const std::string& line) { running.journal.put(line); },
+                          steady_clock::now()));
+    start_clocks(running);
+    return {};
+}
+
+int daemon_wait_ms(const daemon& running, time_point now)
+{
+    return loop_wait_ms(
+        running.server,
+        std::min({running.next_second, running.next_hour, input_set_next_time(running.inputs),
+                  joining_next_time(running.joined), doubles_next_time(running.known)}),
+        now);
+}
+
+void daemon_on_event(daemon& running, int fd, time_point now)
+{
+    if (fd == running.kept.kept.event_fd()) {
+        running.kept.kept.run_finished();
+    } else if (!loop_on_event(running.server, fd)) {
+        daemon_take_messages(running, input_set_on_event(running.inputs, fd, now), now);
+    }
+}
+
+void daemon_on_time(daemon& running, time_point now)
+{
+    daemon_take_messages(running, input_set_on_time(running.inputs, now), now);
+    daemon_pass_on_waiting(running, now);
+    if (now >= running.next_second) {
+        running.next_second = now + report_interval;
+        daemon_tell_silence(running, now);
+        if (running.web.port() != 0)
+            running.web.publish(daemon_report(running));
+        running.journal.flush();
+    }
+    if (now >= running.next_hour) {
+        running.next_hour = now + journal_interval;
+        tell_counts(running);
+        forget_old_messages(running);
+    }
+    loop_on_time(running.server, now);
+}
+
+void daemon_reload(daemon& running, time_point now)
+{
+    read_files files = read_all(running.configuration_path);
+    if (files.mistakes.empty())
+        files.mistakes = fixed_key_changes(running.chosen, files.made);
+    if (!files.mistakes.empty()) {
+        tell_all(running, files.mistakes);
+        running.journal.put("the new configuration is refused; nothing has changed");
+        return;
+    }
+    const bool is_web_changed = !(files.made.http == running.chosen.http);
+    take_files(running, std::move(files));
+    read_reference_again(running);
+    tell_all(running, daemon_change_channels(running));
+    tell_all(running, input_set_change(running.inputs, running.chosen.inputs, now));
+    if (const std::string error = is_web_changed ? open_web(running) : ""; !error.empty())
+        running.journal.put(error);
+    running.journal.put("the new configuration is in use", line_level::info);
+}
+
+void daemon_say_good_bye(daemon& running)
+{
+    for (channel& each : running.server.channels) {
+        loop_close_channel(running.server, each);
+    }
+}
+
+bool daemon_is_done(const daemon& running)
+{
+    return running.server.sessions.empty();
+}
+
+void daemon_close(daemon& running)
+{
+    input_set_close(running.inputs);
+    daemon_pass_on_all(running);
+    running.web.stop();
+    running.kept.close();
+    running.journal.flush();
+}
+
+} // namespace tovrik
