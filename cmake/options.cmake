@@ -40,6 +40,14 @@ if(NCURSESCLIENT_SANITIZE)
   target_compile_options(project_options INTERFACE
     -fsanitize=${NCURSESCLIENT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(project_options INTERFACE -fsanitize=${NCURSESCLIENT_SANITIZE})
+  # gcc says by macros which sanitizers it builds with. clang is given them, with gcc's value.
+  string(REPLACE "," ";" sanitizers "${NCURSESCLIENT_SANITIZE}")
+  foreach(sanitizer address thread)
+    if(sanitizer IN_LIST sanitizers)
+      string(TOUPPER __SANITIZE_${sanitizer}__ macro)
+      target_compile_definitions(project_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:${macro}=1>)
+    endif()
+  endforeach()
 endif()
 
 # What the client's own code is built with, and only that: tests and practice server are not measured.

@@ -17,6 +17,12 @@ namespace
 constexpr int crash_signals[] = {SIGSEGV, SIGBUS,  SIGFPE,  SIGILL,  SIGABRT,
                                  SIGSYS,  SIGTRAP, SIGXCPU, SIGUSR1, SIGUSR2};
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool is_sanitized = true;
+#else
+constexpr bool is_sanitized = false;
+#endif
+
 /// What leaves the screen.
 struct rescue_bytes {
     char bytes[256];
@@ -49,7 +55,7 @@ void run_rescue()
         terminal_modes_give_back();
 }
 
-[[maybe_unused]] void on_crash(int signal_number)
+void on_crash(int signal_number)
 {
     run_rescue();
     signal_take_default(signal_number);
@@ -57,13 +63,12 @@ void run_rescue()
 
 void install_crash_handlers()
 {
-    // The sanitizers have better handlers of their own.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    if (is_sanitized)
+        return; // the sanitizers have better handlers of their own
     struct sigaction action = {};
     action.sa_handler = on_crash;
     for (const int signal_number : crash_signals)
         sigaction(signal_number, &action, nullptr);
-#endif
 }
 
 } // namespace

@@ -66,11 +66,8 @@ std::string make_declaration(case_choices& choices)
 {
     if (choices.chance(70))
         return "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
-    return choices.pick<std::string>({"?>", "", "?",
-                                      "?"
-                                      "?>",
-                                      "x?>", "<?xml?", "? >", "?>?>", "<a>?>", ">?>", "?<>",
-                                      "<?xml?>x>", "<?xml?>x>y<"});
+    return choices.pick<std::string>({"?>", "", "?", "?\?>", "x?>", "<?xml?", "? >", "?>?>",
+                                      "<a>?>", ">?>", "?<>", "<?xml?>x>", "<?xml?>x>y<"});
 }
 
 /// Elements inside each other, most of them closed and most of them in order.
