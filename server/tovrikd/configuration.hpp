@@ -24,10 +24,10 @@ struct http_configuration {
 
 struct access_configuration {
     bool identify = false;
-    std::string passwords_file = {}; ///< of lines "label:digest"; empty: anyone has access
+    std::string passwords_file = {};    ///< of lines "label:digest"; empty: anyone has access
     unsigned clients_per_address = 100; ///< of one address at a time; 0: any number
-    unsigned tries_per_minute = 6;   ///< of one address
-    unsigned idle_seconds = 120;     ///< a client without access is told of the end after these
+    unsigned tries_per_minute = 6;      ///< of one address
+    unsigned idle_seconds = 120;        ///< a client without access is told of the end after these
     bool operator==(const access_configuration&) const = default;
 };
 
