@@ -2,10 +2,10 @@
 #include "net/password.hpp"
 
 #include "app/app_state.hpp"
+#include "base/md5.hpp"
 #include "base/owners.hpp"
 #include "data/owned_text.hpp"
 #include "data/text.hpp"
-#include "base/md5.hpp"
 #include "net/packet_kind.hpp"
 #include "net/packet_output.hpp"
 #include "net/server_box.hpp"
