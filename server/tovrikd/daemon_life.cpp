@@ -35,6 +35,10 @@ read_files read_all(const std::string& configuration_path)
 {
     configuration_result configured = configuration_read(configuration_path);
     read_files files{std::move(configured.made), {}, std::move(configured.mistakes)};
+    if (files.mistakes.empty() && files.made.services.mailing)
+        files.mistakes.emplace_back(
+            "mailings are not sent by this version; write \"mailing = false\" "
+            "in [services]");
     if (!files.mistakes.empty() || files.made.access.passwords_file.empty())
         return files;
     passwords_result read = passwords_read(files.made.access.passwords_file);
