@@ -114,6 +114,12 @@ void start_clocks(daemon& running)
     running.next_hour = running.next_second + journal_interval;
 }
 
+void publish_report(daemon& running)
+{
+    if (running.web.port() != 0)
+        running.web.publish(daemon_report(running));
+}
+
 void tell_counts(daemon& running)
 {
     running.journal.put(format_counts(running), line_level::info);
@@ -127,27 +133,28 @@ void forget_old_messages(daemon& running)
 
 } // namespace
 
-std::vector<std::string> daemon_open(daemon& running, const std::string& configuration_path)
+daemon_failure daemon_open(daemon& running, const std::string& configuration_path)
 {
     running.configuration_path = configuration_path;
     read_files files = read_all(configuration_path);
     if (!files.mistakes.empty())
-        return std::move(files.mistakes);
+        return {std::move(files.mistakes), true};
     take_files(running, std::move(files));
     take_reference(running, reference_files_read(running.chosen.reference));
     std::string error = open_server(running);
     if (!error.empty())
-        return {error};
+        return {.lines = {error}};
     std::vector<std::string> errors = daemon_change_channels(running);
     if (error = open_web(running); !error.empty())
         errors.push_back(error);
     if (!errors.empty())
-        return errors;
+        return {.lines = std::move(errors)};
     tell_all(running, input_set_open(
                           running.inputs, running.server.epoll.get(), running.chosen.inputs,
                           [&running](const std::string& line) { running.journal.put(line); },
                           steady_clock::now()));
     start_clocks(running);
+    publish_report(running); // nobody who asks at once is told that there is none
     return {};
 }
 
@@ -176,8 +183,7 @@ void daemon_on_time(daemon& running, time_point now)
     if (now >= running.next_second) {
         running.next_second = now + report_interval;
         daemon_tell_silence(running, now);
-        if (running.web.port() != 0)
-            running.web.publish(daemon_report(running));
+        publish_report(running);
         running.journal.flush();
     }
     if (now >= running.next_hour) {

@@ -9,9 +9,15 @@
 namespace tovrik
 {
 
-/// Starts everything that a configuration asks for. Returns what is wrong, one line each; the
-/// daemon must then be closed. Inputs that cannot be opened are only told: they are tried again.
-std::vector<std::string> daemon_open(daemon& running, const std::string& configuration_path);
+/// Why a daemon does not start.
+struct daemon_failure {
+    std::vector<std::string> lines; ///< none: it has started
+    bool is_configuration = false;  ///< it would start with another configuration
+};
+
+/// Starts everything that a configuration asks for. Inputs that cannot be opened are only told:
+/// they are tried again.
+daemon_failure daemon_open(daemon& running, const std::string& configuration_path);
 
 /// How long to wait for an event, in milliseconds; -1: without a limit.
 int daemon_wait_ms(const daemon& running, time_point now);

@@ -100,9 +100,11 @@ int run(const tovrik::tovrikd_options& options)
     const unique_fd signals = open_signals();
     tovrik::line_writer journal{STDERR_FILENO, "tovrikd"};
     tovrik::daemon running{journal};
-    const auto errors = daemon_open(running, options.configuration_path);
-    if (!errors.empty())
-        return tovrik::exit_complaining(errors, tovrik::status_failed);
+    const auto failure = daemon_open(running, options.configuration_path);
+    if (!failure.lines.empty())
+        return tovrik::exit_complaining(failure.lines, failure.is_configuration
+                                                           ? tovrik::status_bad_usage
+                                                           : tovrik::status_failed);
     if (!signals ||
         !tovrik::watch(running.server.epoll.get(), EPOLL_CTL_ADD, signals.get(), EPOLLIN))
         return tovrik::exit_complaining({"cannot wait for signals"}, tovrik::status_failed);

@@ -50,7 +50,7 @@ TEST(tovrikd_configuration, takes_every_key_outside_of_lists)
     wanted.show_reception = true;
     wanted.pager_hits_as_errors = true;
     wanted.http = {"127.0.0.2", 8080, "acars.example"};
-    wanted.access = {true, "/etc/tovrikd/passwords", 3, 4};
+    wanted.access = {true, "/etc/tovrikd/passwords", 2, 3, 4};
     wanted.services = {false, true, false, false};
     wanted.mail = {"/bin/mail", "a@b", 23 * 60 + 59};
     wanted.archive_days = 90;
@@ -60,7 +60,7 @@ TEST(tovrikd_configuration, takes_every_key_outside_of_lists)
                    "show_reception = true\npager_hits_as_errors = true\n"
                    "[http]\nbind = '127.0.0.2'\nport = 8080\npublic_name = 'acars.example'\n"
                    "[access]\nidentify = true\npasswords_file = 'passwords'\n"
-                   "tries_per_minute = 3\nidle_seconds = 4\n"
+                   "clients_per_address = 2\ntries_per_minute = 3\nidle_seconds = 4\n"
                    "[services]\nupdates = false\nmailing = true\nreports = false\npagers = false\n"
                    "[mail]\ncommand = '/bin/mail'\nfrom = 'a@b'\nat = '23:59'\n"
                    "[archive]\ndays = 90\n"
@@ -168,6 +168,7 @@ TEST(tovrikd_configuration, takes_everything_up_to_its_bounds_and_nothing_beyond
     };
     const row numbers[] = {{"port = ", "", 65535},
                            {"max_clients = ", "", 4096},
+                           {"access.clients_per_address = ", "", 4096},
                            {"access.tries_per_minute = ", "", 1000},
                            {"access.idle_seconds = ", "", 86400},
                            {"archive.days = ", "", 3650}};
