@@ -12,7 +12,7 @@ namespace tovrik
 
 /// A socket that accepts TCP connections.
 struct tcp_listener {
-    unique_fd socket;
+    unique_fd socket{};
     std::uint16_t port = 0;             ///< 0: not open
     time_point accept_again_at = never; ///< accepting rests until then; never: it does not rest
 };

@@ -207,7 +207,7 @@ std::string loop_open_channel(server_core& core, const channel_opening& opening)
 
 void loop_close_channel(server_core& core, channel& closed)
 {
-    closed.listener = {};
+    closed.listener = tcp_listener{};
     const time_point now = steady_clock::now();
     for (auto& [fd, session] : core.sessions) {
         if (session.home == &closed)

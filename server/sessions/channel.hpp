@@ -11,8 +11,8 @@ namespace tovrik
 {
 
 struct channel {
-    std::string name;
-    std::string uuid; ///< its identity; clients connect to each identity only once
+    std::string name = {};
+    std::string uuid = {}; ///< its identity; clients connect to each identity only once
     message_filter filter = {};
     tcp_listener listener = {};
     std::uint64_t messages = 0;        ///< that passed the filter

@@ -70,8 +70,9 @@ public:
 
     /// The key of the entry of a kind whose first field is `name`.
     static entry_key make_key(std::uint32_t kind, std::string_view name);
-    /// `most`: maximum number of entries.
-    explicit reference_data(std::size_t most = max_reference_entries);
+    reference_data() = default;
+    /// `most`: maximum number of entries, in place of max_reference_entries.
+    explicit reference_data(std::size_t most);
 
     /// Adds the entry of an update request; it replaces an entry with the same first field. False,
     /// and nothing changed, if `kind` is not an update request, the number of fields is wrong, a
@@ -95,7 +96,7 @@ public:
     std::size_t size() const;
 
 private:
-    std::size_t max_entries;
+    std::size_t max_entries = max_reference_entries;
     std::map<entry_key, reference_entry> added;
     std::shared_ptr<const reference_data> others; ///< null: none
 };

@@ -46,7 +46,7 @@ TEST(sim_identity, differs_for_every_machine_name_address_and_port)
     for (const char* machine : {"one", "two"})
         for (const char* name : {"Home", "Roof"})
             for (const char* address : {"127.0.0.1", "0.0.0.0"})
-                for (const std::uint16_t port : {2202, 2203})
+                for (const std::uint16_t port : {std::uint16_t{2202}, std::uint16_t{2203}})
                     identities.insert(
                         tovrik::server_uuid(tovrik::identity_seed(machine, name, address), port));
     EXPECT_EQ(identities.size(), 16U);
