@@ -34,6 +34,7 @@ std::vector<std::string> mistake_lines(const std::string& file, std::vector<mist
         mistakes.resize(max_told_mistakes);
     }
     std::vector<std::string> lines;
+    lines.reserve(mistakes.size() + 1);
     for (const mistake& one : mistakes)
         lines.push_back(make_line(file, one));
     if (left_out > 0)
