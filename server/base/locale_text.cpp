@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <iconv.h>
 #include <langinfo.h>
 
@@ -24,7 +25,7 @@ struct open_conversion {
     open_conversion& operator=(const open_conversion&) = delete;
     bool is_open() const
     {
-        return handle != reinterpret_cast<iconv_t>(-1);
+        return reinterpret_cast<std::intptr_t>(handle) != -1;
     }
 };
 

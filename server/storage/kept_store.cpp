@@ -89,7 +89,7 @@ void kept_store::write_or_refuse(std::function<std::string(database&, bool&)> wo
 {
     const auto is_granted = make_result<bool>();
     const auto finish = [this, is_granted, mirror = std::move(mirror),
-                         answer](const std::string& error) {
+                         answer = std::move(answer)](const std::string& error) {
         if (!error.empty())
             complain("a request of a client was not kept: " + error);
         const bool is_kept = error.empty() && *is_granted;
