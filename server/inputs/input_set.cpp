@@ -125,6 +125,7 @@ std::vector<std::string> input_set_change(input_set& set, const std::vector<inpu
                                           time_point now)
 {
     std::vector<input_entry> entries;
+    entries.reserve(options.size());
     for (const auto& each : options) {
         entries.push_back(take_entry(set.entries, each));
     }

@@ -18,7 +18,7 @@ json_lines::json_lines(complaint_taker taker, long_texts kept)
 
 std::vector<transmission> json_lines::take(std::string_view bytes)
 {
-    std::vector<transmission> messages;
+    std::vector<transmission> taken;
     while (!bytes.empty()) {
         const auto line_end = bytes.find('\n');
         const std::string_view part = bytes.substr(0, line_end);
@@ -30,10 +30,10 @@ std::vector<transmission> json_lines::take(std::string_view bytes)
         }
         if (line_end == std::string_view::npos)
             break;
-        append_messages(messages, take_rest());
+        append_messages(taken, take_rest());
         bytes.remove_prefix(line_end + 1);
     }
-    return messages;
+    return taken;
 }
 
 std::vector<transmission> json_lines::take_rest()
@@ -67,9 +67,9 @@ std::vector<transmission> json_lines::read_line(std::string_view line)
     ++message_lines;
     if (long_ones == long_texts::in_parts)
         return message_parts(std::move(*read.message));
-    std::vector<transmission> messages;
-    messages.push_back(std::move(*read.message));
-    return messages;
+    std::vector<transmission> whole;
+    whole.push_back(std::move(*read.message));
+    return whole;
 }
 
 void json_lines::complain_of(const std::string& error)

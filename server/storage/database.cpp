@@ -93,9 +93,9 @@ void query::bind_real(int place, double value)
 void query::bind_text(int place, std::string_view value)
 {
     // A null pointer would bind NULL instead of an empty text.
-    const char* const bytes = value.empty() ? "" : value.data();
+    const char* const start = value.empty() ? "" : value.data();
     if (statement)
-        check(sqlite3_bind_blob64(statement.get(), place, bytes, value.size(), SQLITE_TRANSIENT));
+        check(sqlite3_bind_blob64(statement.get(), place, start, value.size(), SQLITE_TRANSIENT));
 }
 
 bool query::next()
@@ -175,9 +175,9 @@ savepoint::~savepoint()
 
 std::string savepoint::release()
 {
-    std::string error = database_run(owner, "RELEASE part");
-    is_held = !error.empty();
-    return error;
+    std::string refusal = database_run(owner, "RELEASE part");
+    is_held = !refusal.empty();
+    return refusal;
 }
 
 } // namespace tovrik
