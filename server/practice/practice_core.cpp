@@ -31,12 +31,11 @@ password_check make_password_check(const server_options& options)
 
 service_options make_service_options(const server_options& options)
 {
-    return {
+    service_options made{
         .max_clients = options.max_clients,
         .pace_ms = options.pace_ms,
         .name = options.name,
         .capabilities = options.capabilities,
-        .label_of_digest = make_password_check(options),
         .known_clients = options.known_clients,
         .ask_identification = options.ask_identification,
         .send_uptime = options.send_uptime,
@@ -50,6 +49,8 @@ service_options make_service_options(const server_options& options)
         .close_after_ms = options.close_after_ms,
         .close_kind = options.close_kind,
     };
+    made.label_of_digest = make_password_check(options);
+    return made;
 }
 
 steady_clock::duration compute_interval(const server_options& options)
