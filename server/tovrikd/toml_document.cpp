@@ -5,10 +5,11 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
-// Errors are values then; the library's built part was made for exceptions, so its headers are
-// used.
-#define TOML_EXCEPTIONS 0
+// Without exceptions the library reads on after some mistakes, and trips over them. Its built part
+// is not needed for one file.
+#define TOML_EXCEPTIONS 1
 #define TOML_HEADER_ONLY 1
 #define TOML_ENABLE_FORMATTERS 0
 #include <toml++/toml.h>
@@ -75,16 +76,11 @@ std::string format_error(std::string_view description)
     return text;
 }
 
-toml_document parse_text(std::string_view text)
+toml_document make_broken(std::string error, unsigned line)
 {
     toml_document document;
-    const toml::parse_result parsed = toml::parse(text);
-    if (parsed) {
-        copy_entries(parsed.table(), document.root);
-    } else {
-        document.error = format_error(parsed.error().description());
-        document.error_line = parsed.error().source().begin.line;
-    }
+    document.error = std::move(error);
+    document.error_line = line;
     return document;
 }
 
@@ -93,12 +89,13 @@ toml_document parse_text(std::string_view text)
 toml_document toml_document_read(std::string_view text)
 {
     try {
-        return parse_text(text);
+        toml_document document;
+        copy_entries(toml::parse(text), document.root);
+        return document;
+    } catch (const toml::parse_error& mistake) {
+        return make_broken(format_error(mistake.description()), mistake.source().begin.line);
     } catch (const std::bad_alloc&) {
-        toml_document none;
-        none.error = "out of memory";
-        none.error_line = 1;
-        return none;
+        return make_broken("out of memory", 1);
     }
 }
 

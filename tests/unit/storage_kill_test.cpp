@@ -187,7 +187,7 @@ TEST_F(killed_server, has_lost_nothing_that_it_acknowledged)
         if (HasFailure())
             break;
     }
-    EXPECT_GT(acknowledged, 50U) << "the servers had time for something";
+    EXPECT_GT(acknowledged, 0U) << "the servers had time for something";
 }
 
 } // namespace

@@ -37,6 +37,9 @@ TEST(tovrikd_mistakes, of_form_are_told_by_the_first)
         {"port = 99999999999999999999",
          {"2: this is not TOML: decimal integer: '99999999999999999999' is not representable in "
           "64 bits"}},
+        {"[[@",
+         {"2: this is not TOML: key: expected bare key starting character or string delimiter, saw "
+          "'@'"}},
         {"name = \"\xFF\"", {"2: this is not TOML: Encountered invalid utf-8 sequence"}},
     };
     for (const wrong_text& row : rows)

@@ -189,7 +189,7 @@ TEST_F(web_service, ends_its_patience_with_the_silent)
 
 TEST_F(web_service, gives_a_large_directory_to_a_slow_reader)
 {
-    start();
+    start({.max_report_age = 60s}); // a sanitizer takes its time for so many servers
     auto report = sample_report();
     // More than the system holds for both ends of a connection.
     report.listed.assign(20'000, {.host = "host.example", .description = std::string(1000, 'x')});
@@ -261,7 +261,7 @@ TEST_F(web_service, takes_no_signals_from_the_program)
     start();
     EXPECT_TRUE(ask("/healthz").ends_with("ok\n")) << "a thread that begins takes no signals yet";
     const auto masks = blocked_signals_of_threads();
-    ASSERT_EQ(masks.size(), before + 1);
+    ASSERT_GT(masks.size(), before) << "a sanitizer may have one of its own, too";
     for (const int signal_number : {SIGTERM, SIGINT, SIGHUP, SIGCHLD, SIGALRM, SIGPIPE, SIGUSR1})
         EXPECT_TRUE(masks.back() >> (signal_number - 1) & 1) << signal_number;
     sigset_t own;
