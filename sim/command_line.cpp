@@ -20,7 +20,8 @@ constexpr std::size_t help_column = 28;
 constexpr const char* description =
     "A small ACARS message server to practise with. It sends made-up or recorded\n"
     "messages, or those of your receiver, to any number of clients. It answers all\n"
-    "of their services and keeps what they ask it to keep, in memory, until it ends.\n";
+    "of their services and keeps what they ask it to keep, in memory, until it\n"
+    "ends.\n";
 
 constexpr const char* help_footer =
     "A replay file contains XML documents, one after another. Each begins with a\n"
@@ -29,11 +30,11 @@ constexpr const char* help_footer =
     "uplink. After the last document the file starts over.\n"
     "\n"
     "Receivers may send JSON of VHF messages (one flat object each), VDL2 and HFDL\n"
-    "frames. With --json-udp, or a pipe as --json-file, messages are made up only if\n"
-    "--rate is given.\n"
+    "frames. With --json-udp, or a pipe as --json-file, messages are made up only\n"
+    "if --rate is given.\n"
     "\n"
-    "A report contains the messages that were sent on its day in this machine's time\n"
-    "zone, and those that are dated with it.\n"
+    "A report contains the messages that were sent on its day in this machine's\n"
+    "time zone, and those that are dated with it.\n"
     "\n"
     "Exit status: 0 after SIGTERM or SIGINT, 1 if it cannot serve, 2 for wrong\n"
     "options.";
