@@ -20,7 +20,8 @@ constexpr std::size_t help_column = 28;
 constexpr const char* description =
     "A small ACARS message server to practise with. It sends made-up or recorded\n"
     "messages, or those of your receiver, to any number of clients. It answers all\n"
-    "of their services and keeps what they ask it to keep, in memory, until it ends.\n";
+    "of their services and keeps what they ask it to keep, in memory, until it\n"
+    "ends.\n";
 
 constexpr const char* help_footer =
     "A replay file contains XML documents, one after another. Each begins with a\n"
@@ -34,8 +35,8 @@ constexpr const char* help_footer =
     "ends, and no messages can come from elsewhere, the server sends what waits,\n"
     "says good-bye and ends.\n"
     "\n"
-    "A report contains the messages that were sent on its day in this machine's time\n"
-    "zone, and those that are dated with it.\n"
+    "A report contains the messages that were sent on its day in this machine's\n"
+    "time zone, and those that are dated with it.\n"
     "\n"
     "Exit status: 0 after SIGTERM or SIGINT, and after the end of standard input;\n"
     "1 if it cannot serve, 2 for wrong options, 3 if standard input has ended and\n"

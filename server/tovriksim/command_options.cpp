@@ -144,7 +144,8 @@ void add_traffic_options(CLI::App& app, command_line& line)
                    "messages")
         ->type_name("FILE");
     app.add_option("--announce-replay", line.server.replay_count,
-                   "First send so many recent transmissions, up to 1000")
+                   "First send so many recent transmissions, up to\n"
+                   "1000")
         ->transform(limit_whole(0, tovrik::max_replay_count))
         ->type_name("N");
 }
@@ -186,8 +187,8 @@ void add_json_options(CLI::App& app, command_line& line)
 {
     app.option_defaults()->group("Messages of receivers, one JSON object per line");
     app.add_option("--json-udp", line.server.json_udp_port,
-                   "UDP port to receive them on, at the --bind address;\n"
-                   "0: any free one")
+                   "UDP port to receive them on, at the --bind\n"
+                   "address; 0: any free one")
         ->transform(limit_whole(0, max_port))
         ->type_name("PORT");
     app.add_option("--json-file", line.json_path,
@@ -202,13 +203,13 @@ void add_directory_options(CLI::App& app, command_line& line)
 {
     app.option_defaults()->group("Directory of servers");
     app.add_option("--http-port", line.server.directory_port,
-                   "TCP port to serve the directory on, by HTTP; 0: any\n"
-                   "free one")
+                   "TCP port to serve the directory on, by HTTP; 0:\n"
+                   "any free one")
         ->transform(limit_whole(0, max_port))
         ->type_name("PORT");
     app.add_option("--directory", line.directory_path,
-                   "File with its lines: nine fields, separated by tabs\n"
-                   "(default: one line for this server)")
+                   "File with its lines: nine fields, separated by\n"
+                   "tabs (default: one line for this server)")
         ->needs("--http-port")
         ->type_name("FILE");
 }

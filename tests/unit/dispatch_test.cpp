@@ -104,6 +104,7 @@ TEST_F(dispatch, leaves_the_screen_that_every_line_of_a_long_text_would_leave)
     const int width = getmaxx(app_state.status_pane);
     for (const int wide : {10, width - 3, width - 2, width - 1, width, 3 * width}) {
         std::vector<std::string> lines;
+        lines.reserve(100);
         for (int number = 0; number < 100; ++number)
             lines.push_back("line " + std::to_string(number));
         for (const std::size_t place : {1U, 20U, 23U, 97U})

@@ -78,6 +78,7 @@ TEST_F(poll_cycle, is_quick_with_a_thousand_silent_servers)
     if (!allow_open_files(2 * many + 64))
         GTEST_SKIP() << "no program here may open " << 2 * many << " files";
     std::vector<server_end> ends;
+    ends.reserve(many);
     for (int index = 0; index < many; ++index)
         ends.push_back(connect(add_server(("host" + std::to_string(index)).c_str())));
     // The quickest of some cycles: the others include other work of the machine.

@@ -31,8 +31,8 @@ std::vector<std::string> script_names()
 std::string help_of(const std::string& script)
 {
     std::string help;
-    for (const std::string& line :
-         command_lines("timeout 10 '" + scripts_folder + script + "' --help </dev/null"))
+    const std::string whole = "timeout 10 '" + scripts_folder + script + "' --help </dev/null";
+    for (const std::string& line : command_lines(whole))
         help += line;
     return help;
 }
@@ -41,8 +41,9 @@ std::string help_of(const std::string& script)
 std::set<std::string> packages_of(const std::string& set)
 {
     std::set<std::string> packages;
-    for (const std::string& line : command_lines("PATH=/nowhere /bin/bash '" + scripts_folder +
-                                                 "install-deps' " + set + " 2>&1 || :"))
+    const std::string whole =
+        "PATH=/nowhere /bin/bash '" + scripts_folder + "install-deps' " + set + " 2>&1 || :";
+    for (const std::string& line : command_lines(whole))
         if (line.starts_with("  "))
             packages.insert(line.substr(2, line.size() - 3));
     return packages;

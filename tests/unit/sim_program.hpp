@@ -37,6 +37,7 @@ public:
         options.insert(options.begin(), binary);
         emulator_add(options);
         std::vector<char*> arguments;
+        arguments.reserve(options.size() + 1);
         for (std::string& option : options)
             arguments.push_back(option.data());
         arguments.push_back(nullptr);

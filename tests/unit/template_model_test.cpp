@@ -79,7 +79,13 @@ std::string make_document(const values& all)
     std::string made = "<?xml?>" + (declared != all.end() ? declared->second : "");
     for (const auto& [path, value] : all) {
         if (!path.empty())
-            made += '<' + path + '>' + value + "</" + path + '>';
+            made.append("<")
+                .append(path)
+                .append(">")
+                .append(value)
+                .append("</")
+                .append(path)
+                .append(">");
     }
     return made + '<';
 }
