@@ -2,6 +2,7 @@
 #include "server/tovrikd/toml_document.hpp"
 
 #include "server/base/text_fields.hpp"
+#include "server/tovrikd/toml_characters.hpp"
 
 #include <algorithm>
 #include <new>
@@ -78,6 +79,9 @@ std::string format_error(std::string_view description)
     return text;
 }
 
+constexpr std::string_view foreign_character =
+    "a character that is not ASCII is neither in quotes nor in a comment";
+
 toml_document make_broken(std::string error, unsigned line)
 {
     toml_document document;
@@ -90,6 +94,8 @@ toml_document make_broken(std::string error, unsigned line)
 
 toml_document toml_document_read(std::string_view text)
 {
+    if (const unsigned line = toml_foreign_line(text); line > 0)
+        return make_broken(format_error(foreign_character), line);
     try {
         toml_document document;
         copy_entries(toml::parse(text), document.root);

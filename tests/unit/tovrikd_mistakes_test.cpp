@@ -31,6 +31,9 @@ TEST(tovrikd_mistakes, of_form_are_told_by_the_first)
     const wrong_text rows[] = {
         {"a = 1\nname = \nport = x",
          {"3: this is not TOML: key-value pair: expected value, saw '\\n'"}},
+        {"a\n\xC3\xA9 = 1",
+         {"3: this is not TOML: a character that is not ASCII is neither in quotes nor in a "
+          "comment"}},
         {"\n[http", {"3: this is not TOML: table header: encountered end-of-file"}},
         {"port = 1\nport = 2",
          {"3: this is not TOML: key-value pair: cannot redefine existing integer 'port'"}},
