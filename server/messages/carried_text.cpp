@@ -14,7 +14,6 @@ namespace tovrik
 namespace
 {
 
-constexpr char32_t broken_sequence = 0xFFFFFFFF;
 constexpr char control_stand_in = ' ';
 constexpr char unknown_stand_in = '?';
 
@@ -29,55 +28,6 @@ constexpr stand_in typographic_marks[] = {
     {0x201E, "\""},  {0x2022, "*"},  {0x2026, "..."}, {0x2032, "'"},  {0x2033, "\""},
     {0x20AC, "EUR"}, {0x2190, "<-"}, {0x2192, "->"},  {0x2212, "-"},
 };
-
-unsigned char read_byte(std::string_view text, std::size_t position)
-{
-    return static_cast<unsigned char>(text[position]);
-}
-
-/// The number of bytes of a character whose first byte is `first`; 0 if no character begins so.
-std::size_t count_sequence_bytes(unsigned char first)
-{
-    if (first < 0x80)
-        return 1;
-    if (first >= 0xC2 && first < 0xE0)
-        return 2;
-    if (first >= 0xE0 && first < 0xF0)
-        return 3;
-    return first >= 0xF0 && first < 0xF5 ? 4 : 0;
-}
-
-/// Reads the character at `position` and moves the position after it. If there is none, returns
-/// broken_sequence and leaves the position.
-char32_t read_character(std::string_view utf8, std::size_t& position)
-{
-    constexpr char32_t min_characters[] = {0, 0, 0x80, 0x800, 0x10000};
-    const unsigned char first = read_byte(utf8, position);
-    const std::size_t length = count_sequence_bytes(first);
-    if (length == 0 || position + length > utf8.size())
-        return broken_sequence;
-    char32_t character = length == 1 ? first : first & (0xFFU >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        const unsigned char byte = read_byte(utf8, position + i);
-        if ((byte & 0xC0U) != 0x80)
-            return broken_sequence;
-        character = character << 6 | (byte & 0x3FU);
-    }
-    if (character < min_characters[length] || character > 0x10FFFF ||
-        (character >= 0xD800 && character < 0xE000))
-        return broken_sequence;
-    position += length;
-    return character;
-}
-
-bool is_utf8(std::string_view bytes)
-{
-    for (std::size_t at = 0; at < bytes.size();) {
-        if (read_character(bytes, at) == broken_sequence)
-            return false;
-    }
-    return true;
-}
 
 void append_latin1(std::string& text, char32_t character)
 {
@@ -102,7 +52,7 @@ void append_latin1(std::string& text, char32_t character)
 
 std::string as_utf8(std::string_view bytes)
 {
-    return is_utf8(bytes) ? std::string{bytes} : utf8_of_latin1(bytes);
+    return utf8_valid_length(bytes) == bytes.size() ? std::string{bytes} : utf8_of_latin1(bytes);
 }
 
 std::string latin1_text(std::string_view utf8)
@@ -116,8 +66,8 @@ std::string latin1_text(std::string_view utf8)
                 text += '\n';
             continue;
         }
-        const char32_t character = read_character(utf8, at);
-        if (character == broken_sequence) {
+        const char32_t character = utf8_read(utf8, at);
+        if (character == utf8_broken) {
             text += unknown_stand_in;
             ++at;
         } else {

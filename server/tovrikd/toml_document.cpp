@@ -2,7 +2,8 @@
 #include "server/tovrikd/toml_document.hpp"
 
 #include "server/base/text_fields.hpp"
-#include "server/tovrikd/toml_characters.hpp"
+#include "server/base/utf8_text.hpp"
+#include "server/tovrikd/ascii_form.hpp"
 
 #include <algorithm>
 #include <new>
@@ -22,27 +23,30 @@ namespace tovrik
 namespace
 {
 
-toml_value copy_value(const toml::node& node);
+constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
-void copy_entries(const toml::table& table, toml_value& to)
+toml_value copy_value(const toml::node& node, const ascii_form& form);
+
+void copy_entries(const toml::table& table, const ascii_form& form, toml_value& to)
 {
     to.type = toml_type::table;
     for (const auto& [key, value] : table)
-        to.entries.push_back({std::string{key.str()}, key.source().begin.line, copy_value(value)});
+        to.entries.push_back({ascii_form_original(form, key.str()), key.source().begin.line,
+                              copy_value(value, form)});
 }
 
-void copy_items(const toml::array& list, toml_value& to)
+void copy_items(const toml::array& list, const ascii_form& form, toml_value& to)
 {
     to.type = toml_type::list;
     for (const toml::node& item : list)
-        to.items.push_back(copy_value(item));
+        to.items.push_back(copy_value(item, form));
 }
 
-void copy_plain_value(const toml::node& node, toml_value& to)
+void copy_plain_value(const toml::node& node, const ascii_form& form, toml_value& to)
 {
     if (const auto* const text = node.as_string()) {
         to.type = toml_type::text;
-        to.text = text->get();
+        to.text = ascii_form_original(form, text->get());
     } else if (const auto* const number = node.as_integer()) {
         to.type = toml_type::whole_number;
         to.number = number->get();
@@ -52,18 +56,23 @@ void copy_plain_value(const toml::node& node, toml_value& to)
     }
 }
 
-toml_value copy_value(const toml::node& node)
+toml_value copy_value(const toml::node& node, const ascii_form& form)
 {
     toml_value value;
     value.line = node.source().begin.line;
     if (const auto* const table = node.as_table()) {
-        copy_entries(*table, value);
+        copy_entries(*table, form, value);
     } else if (const auto* const list = node.as_array()) {
-        copy_items(*list, value);
+        copy_items(*list, form, value);
     } else {
-        copy_plain_value(node, value);
+        copy_plain_value(node, form, value);
     }
     return value;
+}
+
+unsigned line_at(std::string_view text, std::size_t position)
+{
+    return 1 + static_cast<unsigned>(std::ranges::count(text.substr(0, position), '\n'));
 }
 
 /// What the library says, in the form of this program's lines.
@@ -79,9 +88,6 @@ std::string format_error(std::string_view description)
     return text;
 }
 
-constexpr std::string_view foreign_character =
-    "a character that is not ASCII is neither in quotes nor in a comment";
-
 toml_document make_broken(std::string error, unsigned line)
 {
     toml_document document;
@@ -94,14 +100,19 @@ toml_document make_broken(std::string error, unsigned line)
 
 toml_document toml_document_read(std::string_view text)
 {
-    if (const unsigned line = toml_foreign_line(text); line > 0)
-        return make_broken(format_error(foreign_character), line);
+    if (text.starts_with(byte_order_mark))
+        text.remove_prefix(byte_order_mark.size());
+    if (const std::size_t valid = utf8_valid_length(text); valid < text.size())
+        return make_broken("this is not UTF-8", line_at(text, valid));
+    // The library looks up other characters than ASCII's in tables that do not have all of them.
+    const ascii_form form = ascii_form_make(text);
     try {
         toml_document document;
-        copy_entries(toml::parse(text), document.root);
+        copy_entries(toml::parse(form.text), form, document.root);
         return document;
     } catch (const toml::parse_error& mistake) {
-        return make_broken(format_error(mistake.description()), mistake.source().begin.line);
+        return make_broken(ascii_form_original(form, format_error(mistake.description())),
+                           mistake.source().begin.line);
     } catch (const std::bad_alloc&) {
         return make_broken("out of memory", 1);
     }

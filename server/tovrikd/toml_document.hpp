@@ -23,7 +23,7 @@ struct toml_value {
     std::int64_t number = 0;
     bool truth = false;
     std::vector<toml_value> items = {}; ///< of a list
-    std::vector<toml_entry> entries;    ///< of a table, in the order of their names
+    std::vector<toml_entry> entries;    ///< of a table, in no order
 };
 
 struct toml_entry {
@@ -38,7 +38,8 @@ struct toml_document {
     unsigned error_line = 0;
 };
 
-/// Reads a TOML text. After an error, which ends the reading, `root` is empty.
+/// Reads a TOML text, with or without a byte order mark. After an error, which ends the reading,
+/// `root` is empty.
 toml_document toml_document_read(std::string_view text);
 
 /// The entry of a table with a key; null if there is none. The table owns it.
