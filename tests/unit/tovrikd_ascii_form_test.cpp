@@ -1,4 +1,4 @@
-// ascii_form_test.cpp - texts in ASCII alone, and back.
+// tovrikd_ascii_form_test.cpp - texts in ASCII alone, and back.
 #include "server/tovrikd/ascii_form.hpp"
 
 #include <gtest/gtest.h>
