@@ -70,7 +70,7 @@ toml_value copy_value(const toml::node& node, const ascii_form& form)
     return value;
 }
 
-unsigned line_at(std::string_view text, std::size_t position)
+unsigned find_line(std::string_view text, std::size_t position)
 {
     return 1 + static_cast<unsigned>(std::ranges::count(text.substr(0, position), '\n'));
 }
@@ -103,7 +103,7 @@ toml_document toml_document_read(std::string_view text)
     if (text.starts_with(byte_order_mark))
         text.remove_prefix(byte_order_mark.size());
     if (const std::size_t valid = utf8_valid_length(text); valid < text.size())
-        return make_broken("this is not UTF-8", line_at(text, valid));
+        return make_broken("this is not UTF-8", find_line(text, valid));
     // The library looks up other characters than ASCII's in tables that do not have all of them.
     const ascii_form form = ascii_form_make(text);
     try {
