@@ -4,6 +4,7 @@
 #include "server/tovrikd/exit_status.hpp"
 #include "server/tovrikd/service_manager.hpp"
 
+#include <algorithm>
 #include <array>
 #include <clocale>
 #include <csignal>
@@ -11,6 +12,7 @@
 #include <exception>
 #include <iterator>
 #include <sys/epoll.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -19,6 +21,17 @@ namespace
 
 /// How long clients may take to read that the server ends.
 constexpr std::chrono::seconds good_bye_patience{5};
+
+/// Allows for as many open files as the largest number of clients needs; the usual limit is 1024.
+void raise_file_limit()
+{
+    constexpr rlim_t wanted = 8192;
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= wanted)
+        return;
+    limit.rlim_cur = std::min(wanted, limit.rlim_max);
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
 
 /// The signals that the loop reads instead of being interrupted by them. They are blocked from the
 /// start, so that none is lost.
@@ -97,6 +110,7 @@ void serve(tovrik::daemon& running, int signals)
 
 int run(const tovrik::tovrikd_options& options)
 {
+    raise_file_limit();
     const unique_fd signals = open_signals();
     tovrik::line_writer journal{STDERR_FILENO, "tovrikd"};
     tovrik::daemon running{journal};

@@ -43,6 +43,14 @@ int port_of(int fd)
     return ntohs(place.sin_port);
 }
 
+std::uint16_t free_port()
+{
+    const int fd = bind_free_port("127.0.0.1");
+    const auto port = static_cast<std::uint16_t>(port_of(fd));
+    close(fd);
+    return port;
+}
+
 int begin_connect(const std::string& address, int port)
 {
     const sockaddr_in place = make_address(address, port);

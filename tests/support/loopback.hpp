@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 
 /// A new TCP socket bound to `address` and a free port. Ends the test program on failure.
@@ -9,6 +10,9 @@ int bind_free_port(const std::string& address);
 
 /// The port that a socket is bound to.
 int port_of(int fd);
+
+/// A port of 127.0.0.1 that nobody uses: it has just been free.
+std::uint16_t free_port();
 
 /// Starts connecting a new socket to `port` without waiting; -1 if refused at once.
 int begin_connect(const std::string& address, int port);

@@ -1,13 +1,10 @@
 // inputs_broker_test.cpp - messages by way of a real broker, which comes and goes.
 #include "inputs_fixture.hpp"
+#include "own_broker.hpp"
 
 #include "server/inputs/input_limits.hpp"
-#include "support/temp_home.hpp"
 
-#include <csignal>
 #include <cstdlib>
-#include <mosquitto.h>
-#include <sys/wait.h>
 
 namespace
 {
@@ -15,87 +12,9 @@ namespace
 using tovrik::input_options;
 using tovrik::input_type;
 
-/// A broker on a port of this machine.
-class own_broker
-{
-public:
-    /// `settings`: further lines of its configuration.
-    own_broker(const temp_home& home, std::uint16_t chosen_port, const std::string& settings)
-        : port(chosen_port)
-    {
-        home.write_file("broker.conf", "listener " + std::to_string(port) + " 127.0.0.1\n" +
-                                           "log_dest none\npersistence false\n" + settings);
-        const std::string file = home.path_of("broker.conf");
-        pid = fork();
-        if (pid == 0) {
-            // In some systems it is not in the path of users.
-            for (const char* name : {"/usr/sbin/mosquitto", "mosquitto"})
-                execlp(name, "mosquitto", "-c", file.c_str(), nullptr);
-            _exit(127);
-        }
-    }
-    own_broker(const own_broker&) = delete;
-    own_broker& operator=(const own_broker&) = delete;
-    ~own_broker()
-    {
-        kill(pid, SIGKILL);
-        int status = 0;
-        waitpid(pid, &status, 0);
-    }
-
-    std::uint16_t port;
-
-private:
-    pid_t pid = -1;
-};
-
-/// A port that nobody uses: it has just been free.
-std::uint16_t free_port()
-{
-    std::uint16_t port = 0;
-    const unique_fd listener = listening_socket(port);
-    return port;
-}
-
-/// A client that publishes. It waits for the broker to start.
-class own_publisher
-{
-public:
-    explicit own_publisher(const own_broker& broker, const char* user = nullptr,
-                           const char* password = nullptr)
-    {
-        mosquitto_lib_init();
-        client.reset(mosquitto_new(nullptr, true, nullptr));
-        mosquitto_username_pw_set(client.get(), user, password);
-        const auto end = tovrik::steady_clock::now() + default_patience;
-        while (mosquitto_connect(client.get(), "127.0.0.1", broker.port, 60) != 0) {
-            if (tovrik::steady_clock::now() > end)
-                break;
-            usleep(10000);
-        }
-    }
-
-    void publish(const std::string& topic, const std::string& bytes, bool is_retained = false)
-    {
-        EXPECT_EQ(mosquitto_publish(client.get(), nullptr, topic.c_str(),
-                                    static_cast<int>(bytes.size()), bytes.data(), 1, is_retained),
-                  0);
-        pump();
-    }
-    void pump()
-    {
-        mosquitto_loop(client.get(), 0, 1);
-    }
-
-private:
-    std::unique_ptr<mosquitto, releaser<mosquitto_destroy>> client;
-};
-
 class inputs_mqtt : public inputs_loop
 {
 protected:
-    static constexpr const char* anyone = "allow_anonymous true\n";
-
     /// The options of an input that listens to a broker.
     static input_options options_for(std::uint16_t port)
     {
@@ -116,7 +35,7 @@ protected:
 
 TEST_F(inputs_mqtt, hears_what_is_published_below_its_topic)
 {
-    const own_broker broker{home, free_port(), anyone};
+    const own_broker broker{home, free_port(), own_broker::anyone};
     own_publisher publisher{broker};
     publisher.publish("acars/old", line_of("retained"), true);
     ASSERT_TRUE(open({options_for(broker.port)}).empty());
@@ -144,7 +63,7 @@ TEST_F(inputs_mqtt, comes_back_with_the_broker)
     EXPECT_EQ(lines[0], "input 'sky': Connection refused; trying again");
     for (std::uint64_t round = 0; round < 3; ++round) {
         const std::size_t before = received.size();
-        const own_broker broker{home, port, anyone};
+        const own_broker broker{home, port, own_broker::anyone};
         own_publisher publisher{broker};
         ASSERT_TRUE(turn_until_connected());
         publisher.publish("acars/x", line_of("x"));
@@ -200,7 +119,7 @@ TEST_F(inputs_mqtt, says_what_is_no_filter_of_topics)
 
 TEST_F(inputs_mqtt, keeps_the_loop_free_while_nobody_takes_messages)
 {
-    const own_broker broker{home, free_port(), anyone};
+    const own_broker broker{home, free_port(), own_broker::anyone};
     own_publisher publisher{broker};
     ASSERT_TRUE(open({options_for(broker.port)}).empty());
     ASSERT_TRUE(turn_until_connected());

@@ -1,13 +1,7 @@
 // tovrikd_program_test.cpp - tovrikd as its owner runs it: configured, fed, reloaded, restarted.
-#include "sim_program.hpp"
-#include "sim_raw_client.hpp"
+#include "tovrikd_place.hpp"
 
 #include "data/xml.hpp"
-#include "support/temp_home.hpp"
-
-#include <arpa/inet.h>
-#include <gtest/gtest.h>
-#include <netinet/in.h>
 
 #include <csignal>
 #include <ctime>
@@ -16,15 +10,6 @@
 namespace
 {
 
-/// A port that was free a moment ago.
-std::uint16_t free_port()
-{
-    const int fd = bind_free_port("127.0.0.1");
-    const auto port = static_cast<std::uint16_t>(port_of(fd));
-    close(fd);
-    return port;
-}
-
 std::string value_of(const std::string& xml, const char* name)
 {
     const xml_document parsed(xml_parse(xml.c_str()));
@@ -32,74 +17,9 @@ std::string value_of(const std::string& xml, const char* name)
     return value ? value.get() : "";
 }
 
-/// A configuration in a folder of its own, and the program with it.
-class tovrikd : public testing::Test
+class tovrikd : public testing::Test, protected tovrikd_place
 {
-protected:
-    void write_configuration(const std::string& more = "")
-    {
-        home.write_file("tovrikd.toml",
-                        "name = \"Home\"\nport = " + std::to_string(port) +
-                            "\nstate_directory = \"" + home.path_of("state") + "\"\n" + more +
-                            "\n[services]\nmailing = false\n"
-                            "[http]\nport = " +
-                            std::to_string(web_port) +
-                            "\n[[input]]\ntype = \"udp\"\nname = \"roof\"\nport = " +
-                            std::to_string(input_port) + "\n");
-    }
-
-    /// Starts the program, and waits until it listens.
-    std::unique_ptr<sim_program> start()
-    {
-        auto program = std::make_unique<sim_program>(
-            std::vector<std::string>{"--config", home.path_of("tovrikd.toml")}, nullptr, -1, -1,
-            TOVRIKD_BINARY);
-        EXPECT_EQ(program->complaint_line(),
-                  "tovrikd: Home listens on port " + std::to_string(port));
-        EXPECT_EQ(program->complaint_line(),
-                  "tovrikd: the web is answered on port " + std::to_string(web_port));
-        return program;
-    }
-
-    /// Sends a datagram as a receiver does.
-    void hear(const std::string& line) const
-    {
-        const unique_fd fd{socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
-        sockaddr_in to{};
-        to.sin_family = AF_INET;
-        to.sin_port = htons(input_port);
-        to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(sendto(fd.get(), line.data(), line.size(), 0,
-                         reinterpret_cast<const sockaddr*>(&to), sizeof to),
-                  static_cast<ssize_t>(line.size()));
-    }
-
-    /// The answer of the small server for the web.
-    std::string ask_web(const std::string& path) const
-    {
-        sim_raw_client asker{web_port};
-        asker.send_bytes("GET " + path + " HTTP/1.0\r\nHost: localhost\r\n\r\n");
-        std::string answer;
-        char block[4096];
-        while (wait_for_socket(asker.fd, POLLIN, default_patience)) {
-            const ssize_t count = recv(asker.fd, block, sizeof block, 0);
-            if (count <= 0)
-                break;
-            answer.append(block, static_cast<std::size_t>(count));
-        }
-        return answer;
-    }
-
-    temp_home home;
-    std::uint16_t port = free_port();
-    std::uint16_t web_port = free_port();
-    std::uint16_t input_port = free_port();
 };
-
-constexpr const char* heard_line =
-    R"({"timestamp":1767609000.0,"station_id":"roof","freq":131.725,"level":-12.5,)"
-    R"("mode":"2","label":"H1","block_id":"3","tail":".D-AIQA","flight":"LH0400",)"
-    R"("msgno":"M01A","text":"HELLO"})";
 
 TEST_F(tovrikd, passes_on_what_a_receiver_hears)
 {
@@ -110,7 +30,7 @@ TEST_F(tovrikd, passes_on_what_a_receiver_hears)
     ASSERT_TRUE(capabilities);
     EXPECT_EQ(value_of(capabilities->payload, "Reports"), "1");
     EXPECT_EQ(value_of(capabilities->payload, "Mailing"), "0");
-    hear(heard_line);
+    hear(heard_line());
     const auto message = client.receive_kind(40);
     ASSERT_TRUE(message);
     EXPECT_EQ(value_of(message->payload, "AircraftReg"), "D-AIQA");
@@ -146,7 +66,7 @@ TEST_F(tovrikd, keeps_its_identity_and_what_clients_add_when_it_is_restarted)
     const auto list = client.receive_kind(89);
     ASSERT_TRUE(list);
     EXPECT_EQ(list->payload, "D-AIQA\t^\t^");
-    hear(heard_line);
+    hear(heard_line());
     const auto message = client.receive_kind(40);
     ASSERT_TRUE(message);
     EXPECT_EQ(value_of(message->payload, "Operator"), "Lufthansa of the test");
@@ -157,7 +77,7 @@ TEST_F(tovrikd, reports_a_day_from_its_archive)
     write_configuration();
     const auto program = start();
     sim_raw_client client{port};
-    hear(heard_line);
+    hear(heard_line());
     ASSERT_TRUE(client.receive_kind(40));
     const std::time_t now = std::time(nullptr);
     client.send_text(70, std::to_string(now - 3600) + "\t*#cnam#\t#cnum#\t0\t0");
@@ -194,7 +114,7 @@ TEST_F(tovrikd, takes_a_new_configuration_without_dropping_a_client)
     EXPECT_EQ(program->complaint_line(), "tovrikd: the new configuration is in use");
     sim_raw_client other{more};
     EXPECT_TRUE(other.receive_kind(41));
-    hear(heard_line);
+    hear(heard_line());
     EXPECT_TRUE(other.receive_kind(40));
     EXPECT_TRUE(client.receive_kind(40)) << "it was not dropped";
 }
