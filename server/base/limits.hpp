@@ -74,6 +74,16 @@ constexpr std::size_t max_pager_lists_per_client = 8;
 /// Maximum number of subscriptions to mailings.
 constexpr std::size_t max_subscriptions = 1000;
 
+/// Maximum length of the messages in a mail, of what the mail program prints before it is killed,
+/// and of the part of that which is told.
+constexpr std::size_t max_mail_bytes = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t max_mail_output_bytes = std::size_t{1024} * 1024;
+constexpr std::size_t max_mail_complaint_bytes = 300;
+
+/// Maximum number of mails in a row that the mail program may fail to take; the others wait with
+/// them.
+constexpr unsigned max_mail_failures_in_row = 5;
+
 /// Maximum number of messages that are kept for reports, and maximum total length of their texts.
 constexpr std::size_t max_archived_messages = 20000;
 constexpr std::size_t max_archived_bytes = std::size_t{16} * 1024 * 1024;

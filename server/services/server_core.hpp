@@ -30,7 +30,6 @@ struct published_message {
 struct service_counts {
     std::uint64_t updates = 0;
     std::uint64_t pager_hits = 0; ///< told to a client
-    std::uint64_t subscriptions = 0;
     std::uint64_t reports = 0;
 };
 

@@ -2,6 +2,7 @@
 #include "server/services/service_requests.hpp"
 
 #include "server/base/limits.hpp"
+#include "server/base/mail_address.hpp"
 #include "server/base/text_fields.hpp"
 #include "server/services/report_requests.hpp"
 
@@ -100,17 +101,14 @@ std::string format_subscription(const std::string& address, const subscription_r
 void on_subscription(server_core& core, client_session& session, const packet& received)
 {
     const std::string& address = received.payload;
-    if (!is_address(address)) {
+    if (!is_address(address) || !is_mail_address(address)) {
         session_queue_packet(session, make_error("This is no e-mail address"));
         return;
     }
     const bool may_add = reserve_change(session);
-    const auto answer = [&core, address](client_session& asking, const subscription_reply& reply) {
-        if (reply.is_new) {
-            ++core.counts.subscriptions;
-        } else {
+    const auto answer = [address](client_session& asking, const subscription_reply& reply) {
+        if (!reply.is_new)
             free_change(asking);
-        }
         if (reply.code == 0) {
             session_queue_packet(asking, make_error("No more subscriptions are taken"));
         } else {

@@ -53,6 +53,8 @@ std::string kept_store::prepare(database& in)
     if (error.empty())
         error = messages_count(in, messages);
     if (error.empty())
+        error = subscriptions_count(in, subscriptions);
+    if (error.empty())
         error = contacts_read(in, max_heard_aircraft, heard.contacts);
     if (error.empty())
         error = flights_read(in, heard.day, max_heard_flights, heard.flights);
@@ -144,7 +146,7 @@ void kept_store::subscribe(const std::string& address,
             is_granted = result != subscription_result::full;
             return error;
         },
-        [] {},
+        [this, reply] { subscriptions += reply->is_new ? 1 : 0; },
         [reply, answer = std::move(answer)](bool is_granted) {
             answer(is_granted ? *reply : subscription_reply{});
         });

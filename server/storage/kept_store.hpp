@@ -49,6 +49,7 @@ public:
     std::uint64_t messages = 0;       ///< on disk
     std::uint64_t lost_messages = 0;  ///< that could not be kept
     std::size_t waiting_messages = 0; ///< that are not on disk yet
+    std::size_t subscriptions = 0;    ///< to mailings
     std::string trouble;              ///< why the latest message could not be kept; empty: it was
 
 private:

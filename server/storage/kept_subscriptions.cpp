@@ -92,6 +92,12 @@ std::string subscription_mailed(database& in, const std::string& address, std::i
                         address, day);
 }
 
+std::string subscriptions_take_back(database& in, std::int64_t today)
+{
+    return database_run(in, "UPDATE subscriptions SET mailed_day = ?1 - 1 WHERE mailed_day >= ?1",
+                        today);
+}
+
 std::string subscriptions_count(database& in, std::size_t& count)
 {
     query row{in, "SELECT count(*) FROM subscriptions"};

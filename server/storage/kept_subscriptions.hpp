@@ -45,6 +45,10 @@ std::string subscriptions_due(database& in, std::int64_t day, std::vector<mail_s
 /// Remembers that the mail about a day was sent.
 std::string subscription_mailed(database& in, const std::string& address, std::int64_t day);
 
+/// Lets mails begin again for those who were sent one about `today` or a later day, which only a
+/// clock that was ahead can bring about: the next one is about today.
+std::string subscriptions_take_back(database& in, std::int64_t today);
+
 /// How many subscriptions there are.
 std::string subscriptions_count(database& in, std::size_t& count);
 

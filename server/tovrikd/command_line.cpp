@@ -3,6 +3,7 @@
 
 #include "server/tovrikd/add_password.hpp"
 #include "server/tovrikd/configuration_read.hpp"
+#include "server/tovrikd/daemon_mail.hpp"
 #include "server/tovrikd/exit_status.hpp"
 #include "server/tovrikd/passwords.hpp"
 #include "server/tovrikd/reference_files.hpp"
@@ -84,6 +85,8 @@ int check_configuration(const std::string& path)
         if (!passwords.empty())
             append_lines(mistakes, passwords_read(passwords).mistakes);
         append_lines(mistakes, reference_files_read(read.made.reference).complaints);
+        if (const std::string complaint = mail_complaint(read.made); !complaint.empty())
+            mistakes.push_back(path + ": " + complaint);
     }
     if (!mistakes.empty())
         return exit_complaining(mistakes, status_bad_usage);

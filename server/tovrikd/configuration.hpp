@@ -41,8 +41,9 @@ struct services_configuration {
 
 struct mail_configuration {
     std::string command = "/usr/sbin/sendmail -t -i";
-    std::string from = {};   ///< required with the mailing service
-    unsigned at_minute = 10; ///< of the day, in UTC
+    std::string from = {};                  ///< required with the mailing service
+    unsigned at_minute = 10;                ///< of the day, in UTC
+    std::vector<std::string> never_to = {}; ///< addresses that get no mail
     bool operator==(const mail_configuration&) const = default;
 };
 

@@ -51,6 +51,7 @@ constexpr key_rule<mail_configuration> mail_keys[] = {
     {"command", read_field<&mail_configuration::command, read_plain_text>, needed_text},
     {"from", read_field<&mail_configuration::from, read_mail_address>, host_text},
     {"at", read_field<&mail_configuration::at_minute, read_minute>, needed_text},
+    {"never_to", read_field<&mail_configuration::never_to, read_mail_addresses>, host_text},
 };
 
 constexpr key_rule<configuration> archive_keys[] = {

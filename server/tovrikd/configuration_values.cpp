@@ -1,6 +1,7 @@
 // configuration_values.cpp - see configuration_values.hpp.
 #include "server/tovrikd/configuration_values.hpp"
 
+#include "server/base/mail_address.hpp"
 #include "server/base/text_fields.hpp"
 #include "server/messages/carried_text.hpp"
 #include "server/tovrikd/configuration_limits.hpp"
@@ -93,13 +94,6 @@ void read_checked_text(const given_value& given, value_bounds bounds,
 bool is_host(std::string_view text)
 {
     return text.find_first_of(" /:") == std::string_view::npos;
-}
-
-bool is_mail_address(std::string_view text)
-{
-    const auto at = text.find('@');
-    return text.find_first_of(" ,;<>\"") == std::string_view::npos && at != 0 &&
-           at != std::string_view::npos && at + 1 < text.size();
 }
 
 bool is_endpoint(std::string_view text)
@@ -277,6 +271,17 @@ void read_ranges(const given_value& given, value_bounds bounds, std::vector<addr
 void read_links(const given_value& given, value_bounds bounds, std::vector<message_link>& to)
 {
     read_list(given, bounds, parse_link, "none of vhf, vdl2, hfdl, iridium and inmarsat", to);
+}
+
+void read_mail_addresses(const given_value& given, value_bounds bounds,
+                         std::vector<std::string>& to)
+{
+    read_list(
+        given, bounds,
+        [](const std::string& text) {
+            return is_mail_address(text) ? std::optional{text} : std::nullopt;
+        },
+        "no address of mail, such as me@example.org", to);
 }
 
 void read_filter_texts(const given_value& given, value_bounds bounds, std::vector<std::string>& to)

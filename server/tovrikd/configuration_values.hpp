@@ -56,6 +56,8 @@ void read_truth(const given_value& given, value_bounds bounds, bool& to);
 void read_minute(const given_value& given, value_bounds bounds, unsigned& to);
 void read_ranges(const given_value& given, value_bounds bounds, std::vector<address_range>& to);
 void read_links(const given_value& given, value_bounds bounds, std::vector<message_link>& to);
+void read_mail_addresses(const given_value& given, value_bounds bounds,
+                         std::vector<std::string>& to);
 void read_filter_texts(const given_value& given, value_bounds bounds, std::vector<std::string>& to);
 
 /// Reads a number within the bounds into `to`. False, and a mistake noted, if it is none.

@@ -7,6 +7,7 @@
 #include "server/inputs/doubles.hpp"
 #include "server/inputs/input_set.hpp"
 #include "server/inputs/joining.hpp"
+#include "server/mail/mailing.hpp"
 #include "server/services/server_core.hpp"
 #include "server/storage/kept_store.hpp"
 #include "server/tovrikd/configuration.hpp"
@@ -30,6 +31,7 @@ struct daemon {
     service_options offered; ///< made of the two above
     server_core server;
     kept_store kept;
+    mailing mails;
     input_set inputs;
     joining joined;
     doubles known;

@@ -4,6 +4,7 @@
 #include "server/services/server_loop.hpp"
 #include "server/tovrikd/configuration_read.hpp"
 #include "server/tovrikd/daemon_channels.hpp"
+#include "server/tovrikd/daemon_mail.hpp"
 #include "server/tovrikd/daemon_options.hpp"
 #include "server/tovrikd/daemon_report.hpp"
 #include "server/tovrikd/daemon_traffic.hpp"
@@ -35,10 +36,6 @@ read_files read_all(const std::string& configuration_path)
 {
     configuration_result configured = configuration_read(configuration_path);
     read_files files{std::move(configured.made), {}, std::move(configured.mistakes)};
-    if (files.mistakes.empty() && files.made.services.mailing)
-        files.mistakes.emplace_back(
-            "mailings are not sent by this version; write \"mailing = false\" "
-            "in [services]");
     if (!files.mistakes.empty() || files.made.access.passwords_file.empty())
         return files;
     passwords_result read = passwords_read(files.made.access.passwords_file);
@@ -59,6 +56,9 @@ void take_files(daemon& running, read_files files)
     running.chosen = std::move(files.made);
     running.passwords = std::move(files.passwords);
     running.offered = make_service_options(running.chosen, running.passwords);
+    running.mails.change(make_mail_options(running.chosen));
+    if (const std::string complaint = mail_complaint(running.chosen); !complaint.empty())
+        running.journal.put(complaint);
 }
 
 /// What clients have added counts more than what files say.
@@ -171,7 +171,7 @@ void daemon_on_event(daemon& running, int fd, time_point now)
 {
     if (fd == running.kept.kept.event_fd()) {
         running.kept.kept.run_finished();
-    } else if (!loop_on_event(running.server, fd)) {
+    } else if (!running.mails.on_event(fd) && !loop_on_event(running.server, fd)) {
         daemon_take_messages(running, input_set_on_event(running.inputs, fd, now), now);
     }
 }
@@ -180,6 +180,7 @@ void daemon_on_time(daemon& running, time_point now)
 {
     daemon_take_messages(running, input_set_on_time(running.inputs, now), now);
     daemon_pass_on_waiting(running, now);
+    running.mails.on_time(running.server.epoll.get(), now, std::time(nullptr));
     if (now >= running.next_second) {
         running.next_second = now + report_interval;
         daemon_tell_silence(running, now);
@@ -216,6 +217,7 @@ void daemon_reload(daemon& running, time_point now)
 
 void daemon_say_good_bye(daemon& running)
 {
+    running.mails.leave();
     for (channel& each : running.server.channels) {
         loop_close_channel(running.server, each);
     }
@@ -231,6 +233,7 @@ void daemon_close(daemon& running)
     input_set_close(running.inputs);
     daemon_pass_on_all(running);
     running.web.stop();
+    running.mails.close();
     running.kept.close();
     running.journal.flush();
 }

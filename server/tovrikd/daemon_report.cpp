@@ -45,13 +45,15 @@ std::vector<channel_report> make_channels(const server_core& server)
     return reports;
 }
 
-service_report make_services(const server_core& server)
+service_report make_services(const daemon& running)
 {
-    const service_counts& counts = server.counts;
+    const service_counts& counts = running.server.counts;
     return {.updates = counts.updates,
-            .pager_lists = server.services.pagers.size(),
+            .pager_lists = running.server.services.pagers.size(),
             .pager_hits = counts.pager_hits,
-            .subscriptions = counts.subscriptions,
+            .subscriptions = running.kept.subscriptions,
+            .mails = running.mails.sent,
+            .mails_failed = running.mails.failed,
             .reports = counts.reports};
 }
 
@@ -105,7 +107,7 @@ std::shared_ptr<const server_report> daemon_report(daemon& running)
     }
     report->channels = make_channels(server);
     report->listed = make_listed(running);
-    report->services = make_services(server);
+    report->services = make_services(running);
     return report;
 }
 

@@ -44,6 +44,7 @@ unique_fd open_signals()
     }
     sigprocmask(SIG_BLOCK, &watched, nullptr);
     signal(SIGPIPE, SIG_IGN);
+    signal(SIGCHLD, SIG_DFL); // if it is ignored, nobody can tell how the mail program has ended
     return unique_fd{signalfd(-1, &watched, SFD_NONBLOCK | SFD_CLOEXEC)};
 }
 

@@ -57,6 +57,8 @@ constexpr figure<report> server_figures[] = {
      [](const report& r) { return r.services.subscriptions; }},
     {"mails_total", "Mails handed to the mail program",
      [](const report& r) { return r.services.mails; }},
+    {"mails_failed_total", "Mails that the mail program did not take",
+     [](const report& r) { return r.services.mails_failed; }},
     {"reports_total", "Reports that clients asked for",
      [](const report& r) { return r.services.reports; }},
 };

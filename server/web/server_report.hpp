@@ -53,7 +53,8 @@ struct service_report {
     std::uint64_t pager_lists = 0;
     std::uint64_t pager_hits = 0;
     std::uint64_t subscriptions = 0;
-    std::uint64_t mails = 0;
+    std::uint64_t mails = 0;        ///< that the mail program took
+    std::uint64_t mails_failed = 0; ///< tries that it did not take
     std::uint64_t reports = 0;
 };
 

@@ -171,6 +171,7 @@ std::string make_losses(const server_report& report)
                          {"Left out for slow clients",
                           make_count(count_in_all(report.channels, &channel_report::left_out))},
                          {"Not kept in the archive", make_count(report.archive_lost)},
+                         {"Mails not taken", make_count(report.services.mails_failed)},
                          {"Clients turned away, server full", make_count(report.refused_full)},
                          {"Wrong passwords", make_count(report.refused_passwords)}});
 }

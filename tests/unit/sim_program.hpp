@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <fcntl.h>
+#include <map>
 #include <poll.h>
 #include <string>
 #include <sys/wait.h>
@@ -25,10 +26,11 @@ class sim_program
 public:
     /// `locale` is what LC_ALL says; none: the tests' own. What is complained of goes to
     /// `errors_to`; -1: it is read here. The standard input is `input_from`; -1: the tests' own.
-    /// `binary` is another program to run.
+    /// `binary` is another program to run, `environment` what is added to the tests' own.
     explicit sim_program(std::vector<std::string> options, const char* locale = nullptr,
                          int errors_to = -1, int input_from = -1,
-                         const char* binary = TOVRIKSIM_BINARY)
+                         const char* binary = TOVRIKSIM_BINARY,
+                         const std::map<std::string, std::string>& environment = {})
     {
         int out[2] = {-1, -1};
         int errors[2] = {-1, -1};
@@ -43,6 +45,8 @@ public:
         arguments.push_back(nullptr);
         pid = fork();
         if (pid == 0) {
+            for (const auto& [name, value] : environment)
+                setenv(name.c_str(), value.c_str(), 1);
             if (locale != nullptr)
                 setenv("LC_ALL", locale, 1);
             if (input_from >= 0)

@@ -52,7 +52,7 @@ TEST(tovrikd_configuration, takes_every_key_outside_of_lists)
     wanted.http = {"127.0.0.2", 8080, "acars.example"};
     wanted.access = {true, "/etc/tovrikd/passwords", 2, 3, 4};
     wanted.services = {false, true, false, false};
-    wanted.mail = {"/bin/mail", "a@b", 23 * 60 + 59};
+    wanted.mail = {"/bin/mail", "a@b", 23 * 60 + 59, {"c@d"}};
     wanted.archive_days = 90;
     wanted.reference = {"/etc/tovrikd/l.csv", "/abs/c.csv", "/etc/tovrikd/../p.csv"};
     EXPECT_EQ(good("name = 'Home'\nlocation = 'Roof'\ndescription = 'Mine'\nbind = '0.0.0.0'\n"
@@ -62,7 +62,7 @@ TEST(tovrikd_configuration, takes_every_key_outside_of_lists)
                    "[access]\nidentify = true\npasswords_file = 'passwords'\n"
                    "clients_per_address = 2\ntries_per_minute = 3\nidle_seconds = 4\n"
                    "[services]\nupdates = false\nmailing = true\nreports = false\npagers = false\n"
-                   "[mail]\ncommand = '/bin/mail'\nfrom = 'a@b'\nat = '23:59'\n"
+                   "[mail]\ncommand = '/bin/mail'\nfrom = 'a@b'\nat = '23:59'\nnever_to = ['c@d']\n"
                    "[archive]\ndays = 90\n"
                    "[reference]\nairlines = 'l.csv'\naircraft = '/abs/c.csv'\n"
                    "airports = '../p.csv'\n"),

@@ -143,13 +143,4 @@ TEST_F(tovrikd, does_not_start_with_a_wrong_configuration)
     EXPECT_EQ(program.status(), 2);
 }
 
-TEST_F(tovrikd, offers_no_mailings_that_it_would_not_send)
-{
-    home.write_file("tovrikd.toml", "[mail]\nfrom = \"me@example.org\"\n");
-    sim_program program{
-        {"--config", home.path_of("tovrikd.toml")}, nullptr, -1, -1, TOVRIKD_BINARY};
-    EXPECT_NE(program.complaint().find("mailings are not sent by this version"), std::string::npos);
-    EXPECT_EQ(program.status(), 2);
-}
-
 } // namespace

@@ -83,6 +83,7 @@ TEST(web_metrics, tell_every_number_of_the_report)
         {"tovrikd_pager_hits_total", 1207},
         {"tovrikd_subscriptions", 9},
         {"tovrikd_mails_total", 108},
+        {"tovrikd_mails_failed_total", 4},
         {"tovrikd_reports_total", 77},
         {R"(tovrikd_receiver_connected{input="1",receiver="roof",type="udp"})", 1},
         {R"(tovrikd_receiver_silent{input="1",receiver="roof",type="udp"})", 0},

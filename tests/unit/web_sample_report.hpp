@@ -67,6 +67,7 @@ inline tovrik::server_report sample_report()
                        .pager_hits = 1207,
                        .subscriptions = 9,
                        .mails = 108,
+                       .mails_failed = 4,
                        .reports = 77};
     return report;
 }

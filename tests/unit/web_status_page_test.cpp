@@ -220,7 +220,8 @@ TEST(web_status_page, shows_channels_services_and_losses)
           "Doubles merged into one 5,127 Waiting for the archive 2",
           "Lost before they were read 18 Broken, no message in them 13 "
           "From addresses that are not allowed 9 Left out for slow clients 214 "
-          "Not kept in the archive 7 Clients turned away, server full 31 Wrong passwords 3"})
+          "Not kept in the archive 7 Mails not taken 4 Clients turned away, server full 31 "
+          "Wrong passwords 3"})
         EXPECT_NE(text.find(part), std::string::npos) << part << "\nis not in\n" << text;
 }
 
