@@ -231,6 +231,17 @@ TEST_F(waiting_hits, that_are_told_at_once_go_to_all_clients_of_their_owner)
     EXPECT_TRUE(server.core.services.hits.empty());
 }
 
+TEST_F(waiting_hits, that_are_told_at_once_follow_their_message)
+{
+    change_list(all_aircraft);
+    auto client = connect_owner();
+    hear("OE-LBA");
+    EXPECT_EQ(next(client).kind, 40U);
+    hear("D-AIQA");
+    EXPECT_EQ(next(client).kind, 40U);
+    EXPECT_EQ(next(client), notice("Pager of me@here: D-AIQA"));
+}
+
 class waiting_hits_as_errors : public waiting_hits
 {
 protected:
