@@ -1,23 +1,11 @@
 // input_counters.cpp - see input_counters.hpp.
 #include "server/inputs/input_counters.hpp"
 
+#include "server/base/time_text.hpp"
 #include "server/inputs/input_limits.hpp"
 
 namespace tovrik
 {
-namespace
-{
-
-std::string format_minute(std::time_t time)
-{
-    std::tm utc{};
-    char text[16] = "";
-    if (gmtime_r(&time, &utc) != nullptr)
-        std::strftime(text, sizeof text, "%H:%M", &utc);
-    return text;
-}
-
-} // namespace
 
 std::string silence_notice(input_silence& silence, const std::string& name,
                            std::time_t last_message, time_point now)
@@ -29,7 +17,7 @@ std::string silence_notice(input_silence& silence, const std::string& name,
     if (!is_silent)
         return "Messages from receiver '" + name + "' again";
     return "No messages from receiver '" + name + "' since " +
-           (last_message == 0 ? "the start" : format_minute(last_message));
+           (last_message == 0 ? "the start" : minute_text(last_message));
 }
 
 } // namespace tovrik

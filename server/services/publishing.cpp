@@ -3,7 +3,7 @@
 
 #include "server/base/limits.hpp"
 #include "server/messages/read_transmission.hpp"
-#include "server/services/service_requests.hpp"
+#include "server/services/pager_telling.hpp"
 #include "server/storage/reference_use.hpp"
 
 #include <algorithm>
@@ -32,11 +32,8 @@ void pass_on(server_core& core, const published_message& item)
             continue;
         if (core_wants(session, item))
             session_queue_transmission(session, {item.bytes, has_text, late_at}, limit);
-        if (const auto notice = pager_notice(core, session, item.message)) {
-            ++core.counts.pager_hits;
-            session_queue_transmission(session, {encode_shared(*notice)}, limit);
-        }
     }
+    pager_tell(core, item.message);
     for (auto& each : core.channels) {
         if (filter_matches(each.filter, item.message))
             ++each.messages;

@@ -68,7 +68,8 @@ bool core_has_waiting_packets(const server_core& core)
 {
     return std::any_of(core.sessions.begin(), core.sessions.end(), [](const auto& entry) {
         const client_session& session = entry.second;
-        return session.sending || !session.assured.empty() || !session.report.empty() ||
+        return session.sending || session.hit || !session.new_hits.empty() ||
+               !session.assured.empty() || !session.report.empty() ||
                !session.traffic.messages.empty();
     });
 }

@@ -3,6 +3,7 @@
 
 #include "server/base/limits.hpp"
 #include "server/base/system_text.hpp"
+#include "server/services/pager_telling.hpp"
 #include "server/services/requests.hpp"
 #include "server/services/server_identity.hpp"
 
@@ -155,7 +156,9 @@ void serve_session(server_core& core, client_session& session, time_point now)
         session.next_tick = schedule_after(now, core.options.tick_every_ms);
     }
     session.gone = session.gone || now >= session.drop_at;
+    pager_serve(core, session);
     session_send(session, now, milliseconds{core.options.pace_ms});
+    pager_serve(core, session);
     if (!session.gone && session.waiting_to_write != session.watched_for_write) {
         session.watched_for_write = session.waiting_to_write;
         watch(core.epoll.get(), EPOLL_CTL_MOD, session.socket.get(),
@@ -166,11 +169,13 @@ void serve_session(server_core& core, client_session& session, time_point now)
 /// Removes clients that are gone, and closed channels that have no clients any more.
 void remove_gone(server_core& core)
 {
-    std::erase_if(core.sessions, [](const auto& entry) {
-        if (entry.second.gone)
-            entry.second.home->left_out_before += entry.second.traffic.left_out;
-        return entry.second.gone;
-    });
+    for (auto& [fd, session] : core.sessions) {
+        if (!session.gone)
+            continue;
+        session.home->left_out_before += session.traffic.left_out;
+        pager_serve(core, session);
+    }
+    std::erase_if(core.sessions, [](const auto& entry) { return entry.second.gone; });
     std::erase_if(core.channels, [&core](const channel& each) {
         return !each.listener.socket &&
                std::ranges::none_of(core.sessions, [&each](const auto& entry) {
@@ -271,6 +276,14 @@ void loop_leave(server_core& core)
         each.listener.accept_again_at = never;
     }
     core_close_clients(core, kind::closing_for_maintenance);
+}
+
+void loop_drop_clients(server_core& core)
+{
+    for (auto& [fd, session] : core.sessions) {
+        session.gone = true;
+    }
+    remove_gone(core);
 }
 
 bool loop_is_over(const server_core& core)

@@ -43,6 +43,9 @@ void loop_on_time(server_core& core, time_point now);
 /// pace and closing_grace_ms at most.
 void loop_leave(server_core& core);
 
+/// Closes all connections at once.
+void loop_drop_clients(server_core& core);
+
 /// Whether no connection is left.
 bool loop_is_over(const server_core& core);
 

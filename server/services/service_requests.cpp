@@ -4,6 +4,7 @@
 #include "server/base/limits.hpp"
 #include "server/base/mail_address.hpp"
 #include "server/base/text_fields.hpp"
+#include "server/services/pager_telling.hpp"
 #include "server/services/report_requests.hpp"
 
 #include <algorithm>
@@ -140,15 +141,6 @@ void on_report_style(server_core& core, client_session& session, const packet& r
     core.store->choose_style(address, style, answer_of<bool>(core, session, answer));
 }
 
-/// From now on the client is told of messages that the owner's list asks for.
-void remember_owner(client_session& session, const pager_owner& owner)
-{
-    auto& owners = session.pager_owners;
-    if (std::find(owners.begin(), owners.end(), owner) == owners.end() &&
-        owners.size() < max_pager_lists_per_client)
-        owners.push_back(owner);
-}
-
 void answer_pager(client_session& session, bool is_granted)
 {
     answer_with(session, is_granted, kind::pager_done, kind::pager_failed);
@@ -179,7 +171,7 @@ void change_pager(server_core& core, client_session& session, const packet& rece
     }
     const pager_owner owner{std::string{fields[0]}, received.param1};
     const pager_entry entry{std::string{fields[1]}, std::string{fields[2]}, std::string{fields[3]}};
-    remember_owner(session, owner);
+    pager_recognise(session, owner);
     if (received.kind == kind::pager_add) {
         add_to_pager(core, session, owner, entry);
     } else {
@@ -207,7 +199,7 @@ void on_pager_list(server_core& core, client_session& session, const packet& rec
         return;
     }
     const pager_owner owner{received.payload, received.param1};
-    remember_owner(session, owner);
+    pager_recognise(session, owner);
     session_queue_packet(session, {.kind = kind::pager_list,
                                    .payload = pager_list_text(core.services.pagers.list(owner))});
 }
@@ -256,24 +248,6 @@ void answer_service_request(server_core& core, client_session& session, const pa
     } else {
         found->handle(core, session, received);
     }
-}
-
-std::optional<packet> pager_notice(const server_core& core, const client_session& session,
-                                   const transmission& message)
-{
-    const auto& owners = session.pager_owners;
-    const auto owner = std::find_if(owners.begin(), owners.end(), [&](const pager_owner& each) {
-        return core.services.pagers.is_hit(each, message);
-    });
-    if (owner == owners.end())
-        return std::nullopt;
-    std::string text = "Pager of " + owner->address + ":";
-    for (const auto& part : {message.registration, message.flight_number, message.to}) {
-        if (!part.empty())
-            text += " " + part;
-    }
-    return core.options.pager_hits_as_errors ? make_error(std::move(text))
-                                             : make_notice(std::move(text));
 }
 
 } // namespace tovrik

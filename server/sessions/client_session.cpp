@@ -36,9 +36,25 @@ wire_bytes take_transmission(client_session& session, time_point now)
     return backlog_take(session.traffic, now);
 }
 
+bool is_hit_waiting(const client_session& session)
+{
+    return session.hit && session.hit->bytes && !session.closing;
+}
+
+wire_bytes take_hit(client_session& session, time_point)
+{
+    return is_hit_waiting(session) ? std::exchange(session.hit->bytes, nullptr) : nullptr;
+}
+
 /// The queues that take turns, so that none of them starves another.
 constexpr wire_bytes (*turns[])(client_session&, time_point) = {take_tick, take_report_piece,
-                                                                take_transmission};
+                                                                take_transmission, take_hit};
+
+bool has_packet(const client_session& session)
+{
+    return !session.assured.empty() || !session.report.empty() ||
+           !session.traffic.messages.empty() || session.tick || is_hit_waiting(session);
+}
 
 wire_bytes take_next_packet(client_session& session, time_point now)
 {
@@ -49,13 +65,10 @@ wire_bytes take_next_packet(client_session& session, time_point now)
         taken = turns[session.next_turn](session, now);
         session.next_turn = static_cast<unsigned>((session.next_turn + 1) % std::size(turns));
     }
+    // Whoever has nothing more to wait for begins anew, so that a message comes before its hit.
+    if (!has_packet(session))
+        session.next_turn = 0;
     return taken;
-}
-
-bool has_packet(const client_session& session)
-{
-    return !session.assured.empty() || !session.report.empty() ||
-           !session.traffic.messages.empty() || session.tick;
 }
 
 /// Sends the rest of the packet under way. False if the socket did not take all of it.
@@ -77,6 +90,8 @@ bool finish_packet(client_session& session)
     session.waiting_to_write = false;
     session.sending.reset();
     session.sent_bytes = 0;
+    if (session.hit && !session.hit->bytes)
+        session.hit->is_handed_over = true;
     return true;
 }
 

@@ -13,6 +13,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <deque>
 #include <optional>
 #include <string>
@@ -23,6 +24,16 @@ namespace tovrik
 
 /// Encodes a packet once for all clients.
 wire_bytes encode_shared(const packet& sent);
+
+/// A hit of a pager list, for one of its owner's clients.
+struct offered_hit {
+    pager_owner owner;
+    std::int64_t id = 0; ///< of a waiting hit; 0: it is told at once, and waits nowhere else
+    std::time_t moment = 0;
+    std::string text = {};
+    wire_bytes bytes = {};       ///< null: it is on its way
+    bool is_handed_over = false; ///< the system has all of it
+};
 
 struct client_session {
     client_session(int socket_fd, channel& connected_to, std::uint64_t client_number);
@@ -35,17 +46,19 @@ struct client_session {
     std::string input; ///< received but not yet taken; bounded by what is read in a turn
 
     // Output. Assured packets go before all others, and newer ones never push them out. Tick,
-    // report and traffic take turns.
+    // report, traffic and hits of pager lists take turns.
     std::deque<wire_bytes> assured;
     wire_bytes tick;               ///< null: no tick is due
     std::deque<wire_bytes> report; ///< the announcements and pieces of the report under way
     backlog traffic;
-    wire_bytes sending;             ///< the packet under way; null between packets
-    std::size_t sent_bytes = 0;     ///< of `sending`
-    unsigned next_turn = 0;         ///< index of the queue whose turn it is
-    bool waiting_to_write = false;  ///< the socket is full; sending resumes when it is writable
-    bool watched_for_write = false; ///< the loop watches for that, and sets this
-    time_point next_send{};         ///< nothing is sent before this
+    std::optional<offered_hit> hit;   ///< the next one, until the server knows what became of it
+    std::deque<offered_hit> new_hits; ///< to be told at once, oldest first
+    wire_bytes sending;               ///< the packet under way; null between packets
+    std::size_t sent_bytes = 0;       ///< of `sending`
+    unsigned next_turn = 0;           ///< index of the queue whose turn it is
+    bool waiting_to_write = false;    ///< the socket is full; sending resumes when it is writable
+    bool watched_for_write = false;   ///< the loop watches for that, and sets this
+    time_point next_send{};           ///< nothing is sent before this
 
     // What the client has shown and asked for.
     bool identified = false;

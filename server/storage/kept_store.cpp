@@ -31,7 +31,8 @@ template <typename result> std::shared_ptr<result> make_result()
 
 kept_store::kept_store(service_state& kept_state, const std::string& server_name,
                        std::function<void(const std::string&)> taker)
-    : state(kept_state), name(server_name), complain(std::move(taker))
+    : state(kept_state), name(server_name), complain(std::move(taker)),
+      hits(kept, kept_state.hits, complain)
 {
 }
 
@@ -51,6 +52,8 @@ std::string kept_store::prepare(database& in)
     if (error.empty())
         error = pagers_read(in, state.pagers);
     if (error.empty())
+        error = hits.read(in);
+    if (error.empty())
         error = messages_count(in, messages);
     if (error.empty())
         error = subscriptions_count(in, subscriptions);
@@ -65,6 +68,7 @@ std::string kept_store::prepare(database& in)
 
 void kept_store::close()
 {
+    hits.write_last();
     if (!kept.close(close_patience))
         complain("the database did not close in time");
     kept.run_finished();
@@ -83,6 +87,11 @@ void kept_store::forget_before(std::time_t moment)
                         if (*forgotten == max_forgotten_messages)
                             forget_before(moment);
                     }});
+}
+
+void kept_store::forget_hits_before(std::time_t moment)
+{
+    hits.forget_before(moment);
 }
 
 /// Changes the database, then what is looked at for every message.
@@ -129,7 +138,19 @@ void kept_store::remove_pager(const pager_owner& owner, const pager_entry& patte
             is_granted = removed > 0;
             return error;
         },
-        [this, owner, pattern] { state.pagers.remove(owner, pattern); }, std::move(answer));
+        [this, owner, pattern] { state_remove_pager(state, owner, pattern); }, std::move(answer));
+}
+
+void kept_store::keep_hit(const pager_owner& owner, std::time_t moment, const std::string& text)
+{
+    state.hits.add(owner, moment, text);
+    hits.write();
+}
+
+void kept_store::finish_hit(const pager_owner& owner, std::int64_t id)
+{
+    state.hits.remove(owner, id);
+    hits.tell(id);
 }
 
 void kept_store::subscribe(const std::string& address,

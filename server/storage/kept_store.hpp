@@ -2,6 +2,7 @@
 #pragma once
 
 #include "server/storage/heard_before.hpp"
+#include "server/storage/kept_hits.hpp"
 #include "server/storage/service_state.hpp"
 #include "server/storage/service_store.hpp"
 #include "server/storage/storage.hpp"
@@ -31,10 +32,15 @@ public:
     /// Forgets messages that were received before a moment, some at a time.
     void forget_before(std::time_t moment);
 
+    /// Forgets hits of pager lists before a moment.
+    void forget_hits_before(std::time_t moment);
+
     void add_update(std::uint32_t kind, const std::string& text, yes_or_no answer) override;
     void add_pager(const pager_owner& owner, const pager_entry& entry, yes_or_no answer) override;
     void remove_pager(const pager_owner& owner, const pager_entry& pattern,
                       yes_or_no answer) override;
+    void keep_hit(const pager_owner& owner, std::time_t moment, const std::string& text) override;
+    void finish_hit(const pager_owner& owner, std::int64_t id) override;
     void subscribe(const std::string& address,
                    std::function<void(subscription_reply)> answer) override;
     void choose_style(const std::string& address, unsigned style, yes_or_no answer) override;
@@ -61,6 +67,7 @@ private:
     service_state& state;
     const std::string& name;
     std::function<void(const std::string&)> complain;
+    kept_hits hits;
 };
 
 } // namespace tovrik

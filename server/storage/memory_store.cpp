@@ -40,7 +40,17 @@ void memory_store::add_pager(const pager_owner& owner, const pager_entry& entry,
 void memory_store::remove_pager(const pager_owner& owner, const pager_entry& pattern,
                                 yes_or_no answer)
 {
-    answer(state.pagers.remove(owner, pattern) > 0);
+    answer(state_remove_pager(state, owner, pattern) > 0);
+}
+
+void memory_store::keep_hit(const pager_owner& owner, std::time_t moment, const std::string& text)
+{
+    state.hits.add(owner, moment, text);
+}
+
+void memory_store::finish_hit(const pager_owner& owner, std::int64_t id)
+{
+    state.hits.remove(owner, id);
 }
 
 void memory_store::subscribe(const std::string& address,

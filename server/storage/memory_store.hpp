@@ -22,6 +22,8 @@ public:
     void add_pager(const pager_owner& owner, const pager_entry& entry, yes_or_no answer) override;
     void remove_pager(const pager_owner& owner, const pager_entry& pattern,
                       yes_or_no answer) override;
+    void keep_hit(const pager_owner& owner, std::time_t moment, const std::string& text) override;
+    void finish_hit(const pager_owner& owner, std::int64_t id) override;
     void subscribe(const std::string& address,
                    std::function<void(subscription_reply)> answer) override;
     void choose_style(const std::string& address, unsigned style, yes_or_no answer) override;

@@ -3,47 +3,77 @@
 
 #include "server/base/limits.hpp"
 
+#include <set>
+
 namespace tovrik
 {
-
-std::string pager_hit_keep(database& in, const pager_owner& owner, std::time_t moment,
-                           const std::string& text, bool is_told)
+namespace
 {
-    std::string error = database_run(in,
-                                     "INSERT INTO pager_hits(owner, moment, text, is_told)"
-                                     " SELECT id, ?3, ?4, ?5 FROM pager_owners"
-                                     " WHERE address = ?1 AND code = ?2",
-                                     owner.address, owner.code, moment, text, is_told);
-    if (!error.empty() || in.changed_rows() == 0)
-        return error;
+
+std::string keep_hit(database& in, const owned_hit& kept)
+{
     return database_run(in,
-                        "DELETE FROM pager_hits WHERE id IN (SELECT h.id FROM pager_hits h"
-                        " WHERE h.owner = (SELECT owner FROM pager_hits WHERE id = ?1)"
-                        " ORDER BY h.id DESC LIMIT -1 OFFSET ?2)",
-                        in.last_row(), max_pager_hits);
+                        "INSERT INTO pager_hits(id, owner, moment, text)"
+                        " SELECT ?3, id, ?4, ?5 FROM pager_owners"
+                        " WHERE address = ?1 AND code = ?2"
+                        " ON CONFLICT(id) DO NOTHING",
+                        kept.owner.address, kept.owner.code, kept.hit.id, kept.hit.moment,
+                        kept.hit.text);
 }
 
-std::string pager_hits_read(database& in, const pager_owner& owner, std::time_t since,
-                            std::vector<pager_hit>& hits)
+std::string drop_oldest(database& in, const pager_owner& owner)
 {
-    query row{in,
-              "SELECT h.id, h.moment, h.text"
-              " FROM pager_hits h JOIN pager_owners o ON o.id = h.owner"
-              " WHERE o.address = ?1 AND o.code = ?2 AND h.moment >= ?3 AND h.is_told = 0"
-              " ORDER BY h.id",
-              owner.address, owner.code, since};
-    while (row.next()) {
-        hits.push_back({row.integer(0), row.integer(1), row.text(2)});
-    }
+    return database_run(in,
+                        "DELETE FROM pager_hits WHERE id IN (SELECT h.id FROM pager_hits h"
+                        " WHERE h.owner = (SELECT id FROM pager_owners"
+                        " WHERE address = ?1 AND code = ?2)"
+                        " ORDER BY h.id DESC LIMIT -1 OFFSET ?3)",
+                        owner.address, owner.code, max_pager_hits);
+}
+
+std::string read_last(database& in, std::int64_t& last)
+{
+    query row{in, "SELECT max(id) FROM pager_hits"};
+    last = row.next() ? row.integer(0) : 0;
     return row.error();
 }
 
-std::string pager_hits_tell(database& in, const pager_owner& owner, std::int64_t last)
+} // namespace
+
+std::string pager_hits_keep(database& in, const std::vector<owned_hit>& hits)
 {
-    return database_run(in,
-                        "UPDATE pager_hits SET is_told = 1 WHERE id <= ?3 AND owner ="
-                        " (SELECT id FROM pager_owners WHERE address = ?1 AND code = ?2)",
-                        owner.address, owner.code, last);
+    std::string error;
+    std::set<pager_owner> owners;
+    for (const owned_hit& each : hits) {
+        if (error.empty())
+            error = keep_hit(in, each);
+        owners.insert(each.owner);
+    }
+    for (const pager_owner& owner : owners) {
+        if (error.empty())
+            error = drop_oldest(in, owner);
+    }
+    return error;
+}
+
+std::string pager_hits_read(database& in, std::time_t since, std::vector<owned_hit>& hits,
+                            std::int64_t& last)
+{
+    query row{in,
+              "SELECT o.address, o.code, h.id, h.moment, h.text"
+              " FROM pager_hits h JOIN pager_owners o ON o.id = h.owner"
+              " WHERE h.moment >= ?1 AND h.is_told = 0 ORDER BY h.id",
+              since};
+    while (row.next()) {
+        hits.push_back({{row.text(0), static_cast<std::uint16_t>(row.integer(1))},
+                        {row.integer(2), row.integer(3), row.text(4)}});
+    }
+    return row.error().empty() ? read_last(in, last) : row.error();
+}
+
+std::string pager_hit_tell(database& in, std::int64_t id)
+{
+    return database_run(in, "UPDATE pager_hits SET is_told = 1 WHERE id = ?1", id);
 }
 
 std::string pager_hits_forget(database& in, std::time_t before)

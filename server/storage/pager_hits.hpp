@@ -1,10 +1,10 @@
-// pager_hits.hpp - what pager lists have met, kept until their owners have been told.
+// pager_hits.hpp - waiting hits of pager lists, in the database.
 //
 // All functions return an error text, empty on success.
 #pragma once
 
 #include "server/storage/database.hpp"
-#include "server/storage/pager_lists.hpp"
+#include "server/storage/waiting_hits.hpp"
 
 #include <cstdint>
 #include <ctime>
@@ -14,24 +14,17 @@
 namespace tovrik
 {
 
-struct pager_hit {
-    std::int64_t id = 0;
-    std::time_t moment = 0;
-    std::string text = {};
-};
+/// Keeps hits under their numbers; nothing happens to those that are there already, and to those
+/// whose list is gone. Beyond max_pager_hits of a list, its oldest go.
+std::string pager_hits_keep(database& in, const std::vector<owned_hit>& hits);
 
-/// Keeps a hit of a list; nothing happens if the list is gone. Beyond max_pager_hits of a list, its
-/// oldest go. is_told: the owner has been told already.
-std::string pager_hit_keep(database& in, const pager_owner& owner, std::time_t moment,
-                           const std::string& text, bool is_told);
+/// The hits that their owners have not been told of, and that are not older than `since`, in the
+/// order of their numbers. `last` becomes the largest number of any hit, 0 if there is none.
+std::string pager_hits_read(database& in, std::time_t since, std::vector<owned_hit>& hits,
+                            std::int64_t& last);
 
-/// The hits of a list that its owner has not been told of, and that are not older than `since`; the
-/// oldest come first.
-std::string pager_hits_read(database& in, const pager_owner& owner, std::time_t since,
-                            std::vector<pager_hit>& hits);
-
-/// Remembers that an owner has been told of all hits up to the one with the number `last`.
-std::string pager_hits_tell(database& in, const pager_owner& owner, std::int64_t last);
+/// Remembers that its owner has been told of a hit.
+std::string pager_hit_tell(database& in, std::int64_t id);
 
 /// Forgets all hits before a moment.
 std::string pager_hits_forget(database& in, std::time_t before);

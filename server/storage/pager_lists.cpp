@@ -99,12 +99,20 @@ std::vector<pager_entry> pager_lists::list(const pager_owner& owner) const
     return found == lists.end() ? std::vector<pager_entry>{} : found->second;
 }
 
-bool pager_lists::is_hit(const pager_owner& owner, const transmission& message) const
+std::vector<pager_owner> pager_lists::hits(const transmission& message) const
 {
-    const auto found = lists.find(owner);
-    return found != lists.end() &&
-           std::any_of(found->second.begin(), found->second.end(),
-                       [&message](const pager_entry& entry) { return is_about(entry, message); });
+    std::vector<pager_owner> owners;
+    for (const auto& [owner, entries] : lists) {
+        if (std::ranges::any_of(
+                entries, [&message](const pager_entry& entry) { return is_about(entry, message); }))
+            owners.push_back(owner);
+    }
+    return owners;
+}
+
+bool pager_lists::has(const pager_owner& owner) const
+{
+    return lists.contains(owner);
 }
 
 std::size_t pager_lists::size() const

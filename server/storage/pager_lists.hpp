@@ -56,8 +56,12 @@ public:
     /// The entries of a list, in the order in which they were added.
     std::vector<pager_entry> list(const pager_owner& owner) const;
 
-    /// Whether an entry of a list is about `message`. Leading zeros in flight numbers are ignored.
-    bool is_hit(const pager_owner& owner, const transmission& message) const;
+    /// The owners of all lists with an entry that is about `message`, in their order. Leading zeros
+    /// in flight numbers are ignored.
+    std::vector<pager_owner> hits(const transmission& message) const;
+
+    /// Whether there is a list of this owner.
+    bool has(const pager_owner& owner) const;
 
     /// How many lists there are.
     std::size_t size() const;

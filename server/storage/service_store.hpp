@@ -50,6 +50,14 @@ public:
     virtual void remove_pager(const pager_owner& owner, const pager_entry& pattern,
                               yes_or_no answer) = 0;
 
+    /// Keeps a hit of a list whose owner is not connected, in the waiting hits and for as long as
+    /// the rest.
+    virtual void keep_hit(const pager_owner& owner, std::time_t moment,
+                          const std::string& text) = 0;
+
+    /// The owner of a list has been told of a waiting hit, which is over.
+    virtual void finish_hit(const pager_owner& owner, std::int64_t id) = 0;
+
     /// Subscribes an address to daily mailings, in the first style; one that is subscribed already
     /// keeps what it has.
     virtual void subscribe(const std::string& address,

@@ -128,7 +128,9 @@ void tell_counts(daemon& running)
 void forget_old_messages(daemon& running)
 {
     const std::time_t age = static_cast<std::time_t>(running.chosen.archive_days) * seconds_of_day;
-    running.kept.forget_before(std::time(nullptr) - age);
+    const std::time_t now = std::time(nullptr);
+    running.kept.forget_before(now - age);
+    running.kept.forget_hits_before(now - seconds_of_day);
 }
 
 } // namespace
@@ -212,6 +214,7 @@ void daemon_reload(daemon& running, time_point now)
     tell_all(running, input_set_change(running.inputs, running.chosen.inputs, now));
     if (const std::string error = is_web_changed ? open_web(running) : ""; !error.empty())
         running.journal.put(error);
+    publish_report(running); // whoever asks the web after the next line gets what is new
     running.journal.put("the new configuration is in use", line_level::info);
 }
 
@@ -232,6 +235,7 @@ void daemon_close(daemon& running)
 {
     input_set_close(running.inputs);
     daemon_pass_on_all(running);
+    loop_drop_clients(running.server);
     running.web.stop();
     running.mails.close();
     running.kept.close();

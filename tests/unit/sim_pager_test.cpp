@@ -96,11 +96,25 @@ TEST(sim_pager, hits_messages_that_all_given_fields_match)
     for (const auto& row : rows) {
         tovrik::pager_lists lists;
         ASSERT_TRUE(lists.add(me, row.entry));
-        EXPECT_EQ(lists.is_hit(me, message), row.hit)
+        EXPECT_EQ(lists.hits(message), row.hit ? std::vector<tovrik::pager_owner>{me}
+                                               : std::vector<tovrik::pager_owner>{})
             << row.entry.registration << "|" << row.entry.flight_number;
-        EXPECT_FALSE(lists.is_hit({"you", 12}, message));
-        EXPECT_FALSE(lists.is_hit(me, {})) << "nothing is known of this message";
+        EXPECT_TRUE(lists.hits({}).empty()) << "nothing is known of this message";
     }
+}
+
+TEST(sim_pager, names_the_owners_of_all_lists_that_ask_for_a_message)
+{
+    tovrik::pager_lists lists;
+    const tovrik::pager_owner other{"me@here", 13};
+    for (const tovrik::pager_owner& owner : {other, me, tovrik::pager_owner{"you@here", 1}})
+        ASSERT_TRUE(lists.add(owner, {owner.address == "me@here" ? "D-AIQA" : "D-AIQB", "", ""}));
+    EXPECT_EQ(lists.hits({.registration = "D-AIQA"}),
+              (std::vector<tovrik::pager_owner>{me, other}));
+    EXPECT_TRUE(lists.has(other));
+    EXPECT_EQ(lists.remove(other, {"*", "*", "*"}), 1U);
+    EXPECT_FALSE(lists.has(other));
+    EXPECT_EQ(lists.hits({.registration = "D-AIQA"}), std::vector<tovrik::pager_owner>{me});
 }
 
 TEST(sim_pager, writes_lists_as_clients_take_them)

@@ -114,18 +114,19 @@ protected:
         EXPECT_EQ(pagers_read(in, lists), "");
         return lists.list(owner);
     }
-    void keep_hit(const pager_owner& owner, std::time_t moment, const std::string& text,
-                  bool is_told = false)
+    void keep_hit(const pager_owner& owner, std::int64_t id, std::time_t moment,
+                  const std::string& text)
     {
-        EXPECT_EQ(pager_hit_keep(in, owner, moment, text, is_told), "");
+        EXPECT_EQ(pager_hits_keep(in, {{owner, {id, moment, text}}}), "");
     }
-    std::vector<tovrik::pager_hit> hits(const pager_owner& owner, std::time_t since)
+    std::vector<tovrik::owned_hit> hits(std::time_t since)
     {
-        std::vector<tovrik::pager_hit> found;
-        EXPECT_EQ(pager_hits_read(in, owner, since, found), "");
+        std::vector<tovrik::owned_hit> found;
+        EXPECT_EQ(pager_hits_read(in, since, found, last_hit), "");
         return found;
     }
 
+    std::int64_t last_hit = -1;
     pager_owner me{"me@example.org", 17};
     pager_owner same_address{"me@example.org", 18};
 };
@@ -187,40 +188,48 @@ TEST_F(kept_pagers, have_hits_that_are_told_once)
 {
     ASSERT_TRUE(keep(me, {"D-AIQA", "", ""}));
     ASSERT_TRUE(keep(same_address, {"X", "", ""}));
-    keep_hit(me, 100, "too old");
+    EXPECT_TRUE(hits(0).empty());
+    EXPECT_EQ(last_hit, 0);
+    keep_hit(me, 1, 100, "too old");
+    std::vector<tovrik::owned_hit> kept;
     for (const std::string& text : hostile_texts)
-        keep_hit(me, 200, text);
-    keep_hit(me, 201, "told at once", true);
-    keep_hit(same_address, 200, "of the other one");
+        kept.push_back({me, {static_cast<std::int64_t>(kept.size()) + 2, 200, text}});
+    EXPECT_EQ(pager_hits_keep(in, kept), "");
+    EXPECT_EQ(pager_hits_keep(in, kept), "") << "they are there already";
+    keep_hit(same_address, 90, 200, "of the other one");
     open_again();
-    const auto found = hits(me, 200);
-    ASSERT_EQ(found.size(), hostile_texts.size());
+    auto found = hits(200);
+    ASSERT_EQ(found.size(), kept.size() + 1);
+    EXPECT_EQ(found.back().owner, same_address);
+    EXPECT_EQ(last_hit, 90);
+    found.pop_back();
     for (std::size_t i = 0; i < found.size(); ++i) {
-        EXPECT_EQ(found[i].text, hostile_texts[i]);
-        EXPECT_EQ(found[i].moment, 200);
+        EXPECT_EQ(found[i].owner, me);
+        EXPECT_EQ(found[i].hit, kept[i].hit);
     }
-    EXPECT_EQ(pager_hits_tell(in, me, found[2].id), "");
-    EXPECT_EQ(hits(me, 0).size(), found.size() - 3);
-    EXPECT_EQ(hits(same_address, 0).size(), 1U);
+    EXPECT_EQ(pager_hit_tell(in, 3), "");
+    EXPECT_EQ(pager_hit_tell(in, 90), "");
+    EXPECT_EQ(hits(200).size(), kept.size() - 1);
+    EXPECT_EQ(last_hit, 90) << "its number is not used again";
 }
 
 TEST_F(kept_pagers, have_hits_that_are_bounded_and_forgotten)
 {
     ASSERT_TRUE(keep(me, {"D-AIQA", "", ""}));
     ASSERT_TRUE(keep(same_address, {"X", "", ""}));
-    keep_hit(same_address, 1, "of the other one");
-    for (std::size_t i = 0; i < tovrik::max_pager_hits + 3; ++i)
-        keep_hit(me, static_cast<std::time_t>(i), std::to_string(i));
-    const auto found = hits(me, 0);
-    ASSERT_EQ(found.size(), tovrik::max_pager_hits);
-    EXPECT_EQ(found.front().text, "3");
-    EXPECT_EQ(hits(same_address, 0).size(), 1U);
+    keep_hit(same_address, 1, 1, "of the other one");
+    constexpr auto limit = static_cast<std::int64_t>(tovrik::max_pager_hits);
+    for (std::int64_t i = 0; i < limit + 3; ++i)
+        keep_hit(me, i + 2, i, std::to_string(i));
+    const auto found = hits(0);
+    ASSERT_EQ(found.size(), tovrik::max_pager_hits + 1);
+    EXPECT_EQ(found[0].owner, same_address);
+    EXPECT_EQ(found[1].hit.text, "3");
     EXPECT_EQ(pager_hits_forget(in, 50), "");
-    EXPECT_EQ(hits(me, 0).front().text, "50");
-    EXPECT_TRUE(hits(same_address, 0).empty());
+    EXPECT_EQ(hits(0).front().hit.text, "50");
     EXPECT_EQ(remove(me, {"*", "*", "*"}), 1U);
     EXPECT_EQ(number_in(in, "SELECT count(*) FROM pager_hits"), 0) << "gone with their list";
-    keep_hit(me, 60, "of a list that is gone");
+    keep_hit(me, 999, 60, "of a list that is gone");
     EXPECT_EQ(number_in(in, "SELECT count(*) FROM pager_hits"), 0);
 }
 

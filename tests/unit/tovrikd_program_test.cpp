@@ -2,6 +2,7 @@
 #include "tovrikd_place.hpp"
 
 #include "data/xml.hpp"
+#include "server/base/time_text.hpp"
 
 #include <csignal>
 #include <ctime>
@@ -72,6 +73,65 @@ TEST_F(tovrikd, keeps_its_identity_and_what_clients_add_when_it_is_restarted)
     EXPECT_EQ(value_of(message->payload, "Operator"), "Lufthansa of the test");
 }
 
+/// Whether these are the bytes that tell the owner of a pager list of a hit since a moment.
+bool tells_of(const server_packet& told, const std::string& text, std::time_t since)
+{
+    for (std::time_t moment = since; moment <= std::time(nullptr); ++moment) {
+        const std::string whole = text + " (" + tovrik::minute_text(moment) + " UTC)";
+        if (packet_bytes(told) == packet_bytes({.kind = 103, .payload = whole}))
+            return true;
+    }
+    return false;
+}
+
+TEST_F(tovrikd, tells_of_the_hits_of_a_pager_list_when_its_owner_comes_back)
+{
+    write_configuration();
+    const std::time_t began = std::time(nullptr);
+    const server_packet request{.kind = 89, .payload = "me@example.org", .param1 = 4711};
+    {
+        const auto program = start();
+        sim_raw_client owner{port};
+        owner.send_bytes(
+            packet_bytes({.kind = 77, .payload = "me@example.org\tD-AI*\t\t", .param1 = 4711}));
+        EXPECT_TRUE(owner.receive_kind(78));
+        owner.send_text(2, "Good Bye");
+        EXPECT_TRUE(owner.ends());
+        sim_raw_client other{port};
+        for (const char* registration : {"D-AIQA", "OE-LBA", "D-AIQB", "D-AIQC"}) {
+            hear(R"({"label":"H1","flight":"LH0400","text":"HELLO","tail":")" +
+                 std::string{registration} + "\"}");
+            EXPECT_TRUE(other.receive_kind(40)) << registration;
+        }
+        sim_raw_client back{port};
+        back.send_bytes(packet_bytes(request));
+        const auto told = back.receive_kind(103);
+        ASSERT_TRUE(told);
+        EXPECT_TRUE(tells_of(*told, "Pager of me@example.org: D-AIQA LH0400", began)) << *told;
+        program->send_signal(SIGTERM);
+        EXPECT_TRUE(back.receive_kind(100));
+        back.hang_up();
+        other.hang_up();
+        EXPECT_EQ(program->status(), 0);
+    }
+    const auto program = start();
+    sim_raw_client back{port};
+    back.send_bytes(packet_bytes(request));
+    for (const char* registration : {"D-AIQB", "D-AIQC"}) {
+        const auto told = back.receive_kind(103);
+        ASSERT_TRUE(told);
+        const std::string text =
+            "Pager of me@example.org: " + std::string{registration} + " LH0400";
+        EXPECT_TRUE(tells_of(*told, text, began)) << *told;
+    }
+    hear(heard_line());
+    EXPECT_TRUE(back.receive_kind(40));
+    const auto told = back.receive_kind(103);
+    ASSERT_TRUE(told);
+    EXPECT_EQ(*told,
+              (server_packet{.kind = 103, .payload = "Pager of me@example.org: D-AIQA LH0400"}));
+}
+
 TEST_F(tovrikd, reports_a_day_from_its_archive)
 {
     write_configuration();
@@ -112,6 +172,9 @@ TEST_F(tovrikd, takes_a_new_configuration_without_dropping_a_client)
                                         std::to_string(more) + "\n");
     program->send_signal(SIGHUP);
     EXPECT_EQ(program->complaint_line(), "tovrikd: the new configuration is in use");
+    EXPECT_NE(ask_web("/tovrikserver.main").find("\t" + std::to_string(more) + "\t"),
+              std::string::npos)
+        << "the web knows at once";
     sim_raw_client other{more};
     EXPECT_TRUE(other.receive_kind(41));
     hear(heard_line());
