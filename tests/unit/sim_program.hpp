@@ -101,6 +101,11 @@ public:
         return all_of(out_fd);
     }
 
+    pid_t process_id() const
+    {
+        return pid;
+    }
+
     void send_signal(int number) const
     {
         kill(pid, number);
