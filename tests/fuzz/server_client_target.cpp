@@ -129,9 +129,16 @@ private:
             core.sessions.try_emplace(fd, fd, core.channels.front(), ++core.clients_so_far)
                 .first->second;
         require(tovrik::watch(core.epoll.get(), EPOLL_CTL_ADD, fd, EPOLLIN), "a client is watched");
+        session.next_tick = time_after(options.tick_every_ms);
+        session.access_by = time_after(options.access_within_ms);
         ends.back().fd = fd;
         ends.back().number = session.number;
         welcome_client(core, session);
+    }
+
+    tovrik::time_point time_after(int ms) const
+    {
+        return ms > 0 ? now + milliseconds{ms} : tovrik::never;
     }
 
     client_end* choose_end()
@@ -171,8 +178,8 @@ private:
     {
         constexpr auto count = static_cast<unsigned>(std::size(asked_kinds));
         return tovrik::encode_packet({.kind = asked_kinds[input.number(count - 1)],
-                              .payload = input.text(5'000),
-                              .param1 = static_cast<std::uint16_t>(input.byte())});
+                                      .payload = input.text(5'000),
+                                      .param1 = static_cast<std::uint16_t>(input.byte())});
     }
 
     void read_some()
