@@ -86,6 +86,7 @@ int start_program(pid_t& pid, const std::string& path, std::vector<std::string> 
     set_signals(settings);
     set_descriptors(settings, mail, output);
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }
@@ -209,7 +210,7 @@ std::string mail_child_start(mail_child& child, const std::vector<std::string>& 
     started.end = unique_fd{static_cast<int>(syscall(SYS_pidfd_open, started.pid, 0))};
     if (!started.end || !watch(epoll_fd, EPOLL_CTL_ADD, started.end.get(), EPOLLIN) ||
         !watch(epoll_fd, EPOLL_CTL_ADD, ends[0], EPOLLIN)) {
-        const std::string error = system_text("cannot wait for the mail program");
+        std::string error = system_text("cannot wait for the mail program");
         terminate_group(started, error);
         take_end(started, 0);
         return error;

@@ -66,7 +66,7 @@ std::string make_list(database& in, const mail_report_request& request,
     std::string messages;
     std::size_t count = 0;
     std::size_t shown = 0;
-    const std::string error = visit_day(in, request.day, [&](const kept_message& kept) {
+    std::string error = visit_day(in, request.day, [&](const kept_message& kept) {
         if (++count != shown + 1)
             return;
         const std::string message = format_message(request.style, kept.message, reference);
@@ -85,7 +85,7 @@ std::string make_list(database& in, const mail_report_request& request,
 std::string make_news(database& in, const mail_report_request& request, std::string& text)
 {
     day_news news;
-    const std::string error = visit_day(in, request.day, [&news](const kept_message& kept) {
+    std::string error = visit_day(in, request.day, [&news](const kept_message& kept) {
         day_news_add(news, kept.message, kept.received);
     });
     text += day_news_count(news) + all_in_utc + day_news_text(news);

@@ -130,12 +130,13 @@ mail_body mail_body_make(std::string_view latin1)
 std::string mail_id(std::string_view uuid, std::string_view from, std::string_view to,
                     std::int64_t day)
 {
+    const std::string number = std::to_string(day);
     std::string about{uuid};
-    about.append("\n").append(to).append("\n").append(std::to_string(day));
+    about.append("\n").append(to).append("\n").append(number);
     char digest[33];
     md5_hex(about, digest);
-    return "<tovrikd." + std::to_string(day) + "." + digest +
-           std::string{from.substr(std::min(from.find('@'), from.size()))} + ">";
+    std::string id = "<tovrikd." + number + "." + digest;
+    return id.append(from.substr(std::min(from.find('@'), from.size()))).append(">");
 }
 
 std::string mail_head_text(const mail_head& head, bool is_ascii)

@@ -40,7 +40,7 @@ std::string format_footer(const std::string& server_name, const std::string& fro
 
 } // namespace
 
-mailing::mailing(mail_sources all, teller to_owner, mail_patience limits)
+mailing::mailing(const mail_sources& all, teller to_owner, mail_patience limits)
     : sources(all), tell(std::move(to_owner)), patience(limits)
 {
 }

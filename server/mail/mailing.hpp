@@ -62,7 +62,7 @@ public:
     using teller = std::function<void(const std::string& line, line_level level)>;
 
     /// `tell` gets what the owner of the server should know.
-    mailing(mail_sources sources, teller tell, mail_patience patience = {});
+    mailing(const mail_sources& sources, teller tell, mail_patience patience = {});
 
     /// Takes what is chosen, now and at each reload. Mails that were not taken are tried again at
     /// once if that is something new.
