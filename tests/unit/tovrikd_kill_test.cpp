@@ -93,7 +93,7 @@ protected:
             if (round % kills_per_folder == 0)
                 servers[i] = std::make_unique<doomed_server>();
             doomed_server& server = *servers[i];
-            server.place.write_configuration();
+            configure(server);
             kill_while_it_starts(server);
             server.program = server.place.start();
             server.answers = 0;
@@ -101,6 +101,15 @@ protected:
             crowd.connect(server.place.port, static_cast<std::size_t>(i), clients_per_server);
             choose_end(server);
         }
+    }
+
+    /// Somebody else may have taken a port since the kill, so each start takes a free one.
+    static void configure(doomed_server& server)
+    {
+        server.place.port = 0;
+        server.place.web_port = 0;
+        server.place.input.clear();
+        server.place.write_configuration();
     }
 
     void kill_while_it_starts(const doomed_server& server)
@@ -229,6 +238,7 @@ protected:
     {
         crowd.clients.clear();
         for (std::size_t i = 0; i < servers_at_once; ++i) {
+            configure(*servers[i]);
             servers[i]->program = servers[i]->place.start();
             crowd.connect(servers[i]->place.port, i, servers[i]->pagers.empty() ? 0 : 1);
         }

@@ -35,7 +35,8 @@ public:
                                             "\"\n" + more +
                                             "\n[services]\nmailing = false\n"
                                             "[http]\nport = " +
-                                            std::to_string(web_port) + "\n[[input]]\n" + input);
+                                            std::to_string(web_port) + "\n" +
+                                            (input.empty() ? "" : "[[input]]\n" + input));
     }
 
     /// Starts the program. It is killed when the result goes.
@@ -46,14 +47,19 @@ public:
             TOVRIKD_BINARY);
     }
 
-    /// Starts the program, and waits until it listens.
-    std::unique_ptr<sim_program> start() const
+    /// Starts the program, and waits until it listens. If its port is 0, sets it.
+    std::unique_ptr<sim_program> start()
     {
         auto program = launch();
-        EXPECT_EQ(program->complaint_line(),
-                  "tovrikd: Home listens on port " + std::to_string(port));
-        EXPECT_EQ(program->complaint_line(),
-                  "tovrikd: the web is answered on port " + std::to_string(web_port));
+        const std::string begin = "tovrikd: Home listens on port ";
+        const std::string said = program->complaint_line();
+        if (port == 0 && said.starts_with(begin))
+            port = static_cast<std::uint16_t>(std::stoi(said.substr(begin.size())));
+        EXPECT_EQ(said, begin + std::to_string(port));
+        if (web_port != 0) {
+            EXPECT_EQ(program->complaint_line(),
+                      "tovrikd: the web is answered on port " + std::to_string(web_port));
+        }
         return program;
     }
 
@@ -88,8 +94,8 @@ public:
 
     temp_home home;
     std::uint16_t port = free_port();
-    std::uint16_t web_port = free_port();
+    std::uint16_t web_port = free_port(); ///< 0: it does not answer the web
     std::uint16_t input_port = free_port();
     std::string input = "type = \"udp\"\nname = \"roof\"\nport = " + std::to_string(input_port) +
-                        "\n"; ///< the keys of its one input
+                        "\n"; ///< the keys of its one input; empty: it has none
 };
