@@ -90,8 +90,9 @@ TEST_F(kept_hits, that_come_while_others_are_written_are_written_too)
     add_list(me);
     for (int i = 0; i < 50; ++i) {
         store->keep_hit(me, now, std::to_string(i));
-        if (i == 20)
+        if (i == 20) {
             EXPECT_TRUE(await_finished(store->kept));
+        }
     }
     EXPECT_TRUE(await_finished(store->kept));
     restart();

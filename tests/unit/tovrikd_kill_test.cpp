@@ -68,6 +68,11 @@ std::string name_of(std::size_t client)
     return "C" + std::to_string(client);
 }
 
+std::string address_of(std::size_t client, int number)
+{
+    return name_of(client) + "." + std::to_string(number) + "@example.org";
+}
+
 server_packet packet_of(request what, std::size_t client, int number)
 {
     const std::string name = name_of(client);
@@ -78,7 +83,7 @@ server_packet packet_of(request what, std::size_t client, int number)
     case request::pager:
         return {.kind = kind::pager_add, .payload = name + "\tN" + value + "\t\t"};
     case request::subscription:
-        return {.kind = kind::subscription, .payload = name + "@" + value};
+        return {.kind = kind::subscription, .payload = address_of(client, number)};
     }
     return {};
 }
@@ -109,6 +114,7 @@ protected:
         server.place.port = 0;
         server.place.web_port = 0;
         server.place.input.clear();
+        server.place.offers_mailings = true;
         server.place.write_configuration();
     }
 
@@ -169,8 +175,6 @@ protected:
     {
         server.askers[number].next_at += pace;
         for (const request what : {request::update, request::pager, request::subscription}) {
-            if (what == request::subscription && !are_mailings_offered)
-                continue;
             const std::string bytes = packet_bytes(packet_of(what, number, ++next));
             send(client.socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
             server.askers[number].asked.emplace_back(what, next);
@@ -203,7 +207,7 @@ protected:
         else if (what == request::pager)
             server.pagers.insert({name_of(number), "N" + std::to_string(value)});
         else
-            server.subscriptions.insert(name_of(number) + "@" + std::to_string(value));
+            server.subscriptions.insert(address_of(number, value));
     }
 
     static void expect_all(const doomed_server& server)
@@ -264,7 +268,6 @@ protected:
         });
     }
 
-    static constexpr bool are_mailings_offered = false;
     tovrik::random_source random{1};
     std::unique_ptr<doomed_server> servers[servers_at_once];
     client_crowd crowd;

@@ -30,13 +30,14 @@ public:
     /// `more`: keys and tables besides those of every test.
     void write_configuration(const std::string& more = "") const
     {
-        home.write_file("tovrikd.toml", "name = \"Home\"\nport = " + std::to_string(port) +
-                                            "\nstate_directory = \"" + home.path_of("state") +
-                                            "\"\n" + more +
-                                            "\n[services]\nmailing = false\n"
-                                            "[http]\nport = " +
-                                            std::to_string(web_port) + "\n" +
-                                            (input.empty() ? "" : "[[input]]\n" + input));
+        home.write_file("tovrikd.toml",
+                        "name = \"Home\"\nport = " + std::to_string(port) +
+                            "\nstate_directory = \"" + home.path_of("state") + "\"\n" + more +
+                            "\n[services]\nmailing = " + (offers_mailings ? "true\n" : "false\n") +
+                            "[mail]\ncommand = \"/bin/true\"\nfrom = \"tovrikd@example.org\"\n"
+                            "[http]\nport = " +
+                            std::to_string(web_port) + "\n" +
+                            (input.empty() ? "" : "[[input]]\n" + input));
     }
 
     /// Starts the program. It is killed when the result goes.
@@ -96,6 +97,7 @@ public:
     std::uint16_t port = free_port();
     std::uint16_t web_port = free_port(); ///< 0: it does not answer the web
     std::uint16_t input_port = free_port();
+    bool offers_mailings = false;
     std::string input = "type = \"udp\"\nname = \"roof\"\nport = " + std::to_string(input_port) +
                         "\n"; ///< the keys of its one input; empty: it has none
 };
