@@ -18,7 +18,6 @@ namespace
 {
 
 constexpr std::chrono::seconds note_pause{5};
-constexpr std::chrono::seconds clock_tolerance{5};
 
 std::string format_mails(std::size_t count)
 {
@@ -63,18 +62,6 @@ bool mailing::is_refused(const std::string& address) const
     });
 }
 
-/// A computer without a clock of its own begins somewhere and jumps when it learns the time.
-void mailing::watch_clock(time_point before, std::time_t moment_before)
-{
-    // In seconds: a jump of centuries has too many nanoseconds.
-    const auto passed = std::chrono::duration_cast<std::chrono::seconds>(now - before);
-    const auto shown = std::chrono::seconds{moment - moment_before};
-    if (moment_before != 0 && shown - passed < clock_tolerance && passed - shown < clock_tolerance)
-        return;
-    even_since = now;
-    are_marks_checked = false;
-}
-
 /// Mails about days to come were sent while the clock was ahead. Without this, there would be none
 /// until it gets there again.
 void mailing::take_back_marks()
@@ -84,8 +71,11 @@ void mailing::take_back_marks()
                      database& in) { return subscriptions_take_back(in, today); },
          .done =
              [this](const std::string& error) {
-                 if (!error.empty())
-                     tell("the subscriptions are not checked: " + error, line_level::warning);
+                 if (error.empty())
+                     return;
+                 are_marks_checked = false;
+                 clock.even_since = now; // and again after as long a time
+                 tell("the subscriptions are not checked: " + error, line_level::warning);
              }});
 }
 
@@ -102,10 +92,10 @@ void mailing::begin_day(std::optional<std::int64_t> wanted)
 
 void mailing::on_time(int watched_with, time_point steady, std::time_t wall)
 {
-    const time_point before = std::exchange(now, steady);
-    const std::time_t moment_before = std::exchange(moment, wall);
+    now = steady;
+    moment = wall;
     epoll_fd = watched_with;
-    watch_clock(before, moment_before);
+    are_marks_checked = even_clock_look(clock, now, moment) && are_marks_checked;
     due = options.is_offered && !is_leaving ? std::optional{mail_day_due(moment, options.at_minute)}
                                             : std::nullopt;
     if (doing == step::running) {
@@ -116,7 +106,7 @@ void mailing::on_time(int watched_with, time_point steady, std::time_t wall)
         note_first();
     if (doing != step::resting || is_leaving)
         return;
-    if (due && !are_marks_checked && now - even_since >= patience.even_clock)
+    if (due && !are_marks_checked && now - clock.even_since >= patience.even_clock)
         take_back_marks();
     if (due != day)
         begin_day(due);

@@ -8,6 +8,7 @@
 // A mail that is not taken is tried again, after pauses that grow, until the next day's are due.
 #pragma once
 
+#include "server/base/even_clock.hpp"
 #include "server/base/line_writer.hpp"
 #include "server/mail/mail_child.hpp"
 #include "server/mail/mail_report.hpp"
@@ -103,7 +104,6 @@ private:
         mail_body body = {};
     };
 
-    void watch_clock(time_point before, std::time_t moment_before);
     void take_back_marks();
     void begin_day(std::optional<std::int64_t> due);
     void ask_who_is_due();
@@ -126,8 +126,8 @@ private:
     int epoll_fd = -1;
     time_point now{};
     std::time_t moment = 0;
-    time_point even_since{};        ///< the clock has run evenly since then
-    bool are_marks_checked = false; ///< since then
+    even_clock clock;
+    bool are_marks_checked = false; ///< since the clock has run evenly
 
     std::optional<std::int64_t>
         due; ///< the day that mails should be about; none: they are not offered

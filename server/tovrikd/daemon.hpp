@@ -3,6 +3,7 @@
 // Everything here runs in the one thread of main(), which also owns the signals.
 #pragma once
 
+#include "server/base/even_clock.hpp"
 #include "server/base/line_writer.hpp"
 #include "server/inputs/doubles.hpp"
 #include "server/inputs/input_set.hpp"
@@ -38,6 +39,7 @@ struct daemon {
     web_service web;
 
     std::time_t started = 0;
+    even_clock clock;               ///< looked at each second
     time_point next_second = never; ///< the report for the web is made, notices are looked for
     time_point next_hour = never;   ///< the journal gets its counts, old messages are forgotten
 };

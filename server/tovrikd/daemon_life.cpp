@@ -24,6 +24,8 @@ namespace
 constexpr std::chrono::seconds report_interval{1};
 constexpr std::chrono::hours journal_interval{1};
 constexpr std::time_t seconds_of_day = 86400;
+/// How long the wall clock must have run evenly before anything is old enough to be forgotten.
+constexpr std::chrono::minutes even_clock_patience{30};
 
 /// A configuration and the files that it names, or all that is wrong with them.
 struct read_files {
@@ -73,14 +75,20 @@ void take_reference(daemon& running, reference_files_result read)
 void read_reference_again(daemon& running)
 {
     const auto read = std::make_shared<reference_files_result>();
-    const storage_job job{
-        .work =
-            [read, files = running.chosen.reference](database&) {
-                *read = reference_files_read(files);
-                return std::string{};
-            },
-        .done = [read,
-                 &running](const std::string&) { take_reference(running, std::move(*read)); }};
+    const storage_job job{.work =
+                              [read, files = running.chosen.reference](database&) {
+                                  *read = reference_files_read(files);
+                                  return std::string{};
+                              },
+                          .done =
+                              [read, &running](const std::string& error) {
+                                  if (error.empty()) {
+                                      take_reference(running, std::move(*read));
+                                  } else {
+                                      running.journal.put(
+                                          "the reference files are not read again: " + error);
+                                  }
+                              }};
     if (!running.kept.kept.read(job))
         running.journal.put("the reference files are not read again: too many reports wait");
 }
@@ -125,12 +133,15 @@ void tell_counts(daemon& running)
     running.journal.put(format_counts(running), line_level::info);
 }
 
-void forget_old_messages(daemon& running)
+/// Forgets what is old, unless a clock that has jumped lately may only think so.
+void forget_old_messages(daemon& running, time_point now)
 {
+    if (now - running.clock.even_since < even_clock_patience)
+        return;
     const std::time_t age = static_cast<std::time_t>(running.chosen.archive_days) * seconds_of_day;
-    const std::time_t now = std::time(nullptr);
-    running.kept.forget_before(now - age);
-    running.kept.forget_hits_before(now - seconds_of_day);
+    const std::time_t moment = std::time(nullptr);
+    running.kept.forget_before(moment - age);
+    running.kept.forget_hits_before(moment - seconds_of_day);
 }
 
 } // namespace
@@ -185,6 +196,7 @@ void daemon_on_time(daemon& running, time_point now)
     running.mails.on_time(running.server.epoll.get(), now, std::time(nullptr));
     if (now >= running.next_second) {
         running.next_second = now + report_interval;
+        even_clock_look(running.clock, now, std::time(nullptr));
         daemon_tell_silence(running, now);
         publish_report(running);
         running.journal.flush();
@@ -192,7 +204,7 @@ void daemon_on_time(daemon& running, time_point now)
     if (now >= running.next_hour) {
         running.next_hour = now + journal_interval;
         tell_counts(running);
-        forget_old_messages(running);
+        forget_old_messages(running, now);
     }
     loop_on_time(running.server, now);
 }
@@ -203,11 +215,13 @@ void daemon_reload(daemon& running, time_point now)
     if (files.mistakes.empty())
         files.mistakes = fixed_key_changes(running.chosen, files.made);
     if (!files.mistakes.empty()) {
-        tell_all(running, files.mistakes);
         running.journal.put("the new configuration is refused; nothing has changed");
+        tell_all(running, files.mistakes);
         return;
     }
-    const bool is_web_changed = !(files.made.http == running.chosen.http);
+    // One that could not be had at the last reload is tried again.
+    const bool is_web_changed = !(files.made.http == running.chosen.http) ||
+                                (running.chosen.http.port != 0 && running.web.port() == 0);
     take_files(running, std::move(files));
     read_reference_again(running);
     tell_all(running, daemon_change_channels(running));
