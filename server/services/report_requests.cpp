@@ -27,7 +27,9 @@ std::optional<std::time_t> parse_moment(std::string_view text)
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), moment);
     if (error != std::errc{} || end != text.data() + text.size())
         return std::nullopt;
-    return moment;
+    // Days before and after it are calculated with, too. There are no messages at either end.
+    constexpr auto last = static_cast<std::time_t>(max_time_s);
+    return std::clamp(moment, -last, last);
 }
 
 bool is_under_way(const client_session& session)
@@ -69,17 +71,22 @@ void queue_part(client_session& session, const report_part& part)
     }
 }
 
-void send_report(server_core& core, client_session& session, std::vector<report_part> parts)
+void send_report(server_core& core, client_session& session,
+                 std::optional<std::vector<report_part>> parts)
 {
     const report_answer answer = core.options.reports;
     session.is_report_made = false;
-    if (parts.empty() || answer == report_answer::empty) {
+    if (!parts) {
+        session_queue_packet(session, {.kind = kind::report_busy, .payload = "NO"});
+        return;
+    }
+    if (parts->empty() || answer == report_answer::empty) {
         session_queue_packet(session, {.kind = kind::report_empty, .payload = "NO"});
         return;
     }
     ++core.counts.reports;
     session_queue_packet(session, {.kind = kind::report_started, .payload = "OK"});
-    for (report_part& part : parts) {
+    for (report_part& part : *parts) {
         queue_part(session, spoil_part(std::move(part), answer));
     }
     if (answer == report_answer::unfinished)
@@ -101,8 +108,8 @@ void answer_report_request(server_core& core, client_session& session, const pac
         return;
     }
     session.is_report_made = true;
-    core.store->make_report(*moment, [&core, fd = session.socket.get(),
-                                      number = session.number](std::vector<report_part> parts) {
+    core.store->make_report(*moment, [&core, fd = session.socket.get(), number = session.number](
+                                         std::optional<std::vector<report_part>> parts) {
         if (client_session* const asking = core_find_client(core, fd, number))
             send_report(core, *asking, std::move(parts));
     });

@@ -100,7 +100,7 @@ void kept_store::write_or_refuse(std::function<std::string(database&, bool&)> wo
 {
     const auto is_granted = make_result<bool>();
     const auto finish = [this, is_granted, mirror = std::move(mirror),
-                         answer = std::move(answer)](const std::string& error) {
+                         answer](const std::string& error) {
         if (!error.empty())
             complain("a request of a client was not kept: " + error);
         const bool is_kept = error.empty() && *is_granted;
@@ -108,10 +108,18 @@ void kept_store::write_or_refuse(std::function<std::string(database&, bool&)> wo
             mirror();
         answer(is_kept);
     };
-    if (!kept.write({.work = [work = std::move(work),
-                              is_granted](database& in) { return work(in, *is_granted); },
-                     .done = finish}))
-        finish("too many requests wait");
+    // The other half of the room is for messages, whatever clients ask for.
+    const bool is_taken = kept.waiting_writes() < max_storage_writes / 2 &&
+                          kept.write({.work = [work = std::move(work), is_granted](
+                                                  database& in) { return work(in, *is_granted); },
+                                      .done = finish});
+    const bool was_crowded = is_crowded;
+    is_crowded = !is_taken || (was_crowded && kept.waiting_writes() >= max_storage_writes / 4);
+    if (is_taken)
+        return;
+    if (!was_crowded)
+        complain("requests of clients are refused: too many wait");
+    answer(false);
 }
 
 void kept_store::add_update(std::uint32_t kind, const std::string& text, yes_or_no answer)
@@ -212,8 +220,7 @@ void kept_store::finish_message(const std::string& error)
     trouble = error;
 }
 
-void kept_store::make_report(std::time_t moment,
-                             std::function<void(std::vector<report_part>)> answer)
+void kept_store::make_report(std::time_t moment, report_taker answer)
 {
     const auto parts = make_result<std::vector<report_part>>();
     const auto work = [parts, moment, server_name = name,
@@ -226,9 +233,12 @@ void kept_store::make_report(std::time_t moment,
         });
     };
     const auto finish = [this, parts, answer = std::move(answer)](const std::string& error) {
-        if (!error.empty())
+        if (error.empty()) {
+            answer(std::move(*parts));
+        } else {
             complain("a report was not made: " + error);
-        answer(error.empty() ? std::move(*parts) : std::vector<report_part>{});
+            answer(std::nullopt);
+        }
     };
     if (!kept.read({.work = work, .done = finish}))
         finish("too many reports wait");

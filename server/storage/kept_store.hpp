@@ -46,8 +46,7 @@ public:
     void choose_style(const std::string& address, unsigned style, yes_or_no answer) override;
     void complete_message(transmission& message) override;
     void keep_message(const transmission& message) override;
-    void make_report(std::time_t moment,
-                     std::function<void(std::vector<report_part>)> answer) override;
+    void make_report(std::time_t moment, report_taker answer) override;
 
     storage kept;
     heard_before heard;
@@ -56,6 +55,7 @@ public:
     std::uint64_t lost_messages = 0;  ///< that could not be kept
     std::size_t waiting_messages = 0; ///< that are not on disk yet
     std::size_t subscriptions = 0;    ///< to mailings
+    bool is_crowded = false;          ///< requests were refused lately, since too many wait
     std::string trouble;              ///< why the latest message could not be kept; empty: it was
 
 private:

@@ -82,8 +82,7 @@ void memory_store::keep_message(const transmission& message)
         archive.add(message, std::time(nullptr), state.reference);
 }
 
-void memory_store::make_report(std::time_t moment,
-                               std::function<void(std::vector<report_part>)> answer)
+void memory_store::make_report(std::time_t moment, report_taker answer)
 {
     const std::string text = archive.report_of(local_day(moment), name);
     std::vector<report_part> parts;

@@ -29,8 +29,7 @@ public:
     void choose_style(const std::string& address, unsigned style, yes_or_no answer) override;
     void complete_message(transmission& message) override;
     void keep_message(const transmission& message) override;
-    void make_report(std::time_t moment,
-                     std::function<void(std::vector<report_part>)> answer) override;
+    void make_report(std::time_t moment, report_taker answer) override;
 
     std::map<std::string, unsigned> subscriptions; ///< style of the mailings, by address
     message_archive archive;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <ctime>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,9 @@ struct report_part {
     std::string data;     ///< compressed
     std::size_t size = 0; ///< of the text
 };
+
+/// Gets the parts of a report.
+using report_taker = std::function<void(std::optional<std::vector<report_part>> parts)>;
 
 /// Compresses a part of a report.
 report_part report_part_of(const std::string& text);
@@ -73,9 +77,8 @@ public:
     virtual void keep_message(const transmission& message) = 0;
 
     /// Makes the report of the day that a client asks for with `moment`, the first second of it.
-    /// Nothing if there was no message.
-    virtual void make_report(std::time_t moment,
-                             std::function<void(std::vector<report_part>)> answer) = 0;
+    /// No parts if there was no message; nothing at all if it cannot be made now.
+    virtual void make_report(std::time_t moment, report_taker answer) = 0;
 };
 
 } // namespace tovrik

@@ -5,12 +5,14 @@
 #include "server/messages/read_transmission.hpp"
 #include "server/services/report_requests.hpp"
 #include "server/services/server_core.hpp"
-#include "server/storage/message_archive.hpp"
+#include "server/storage/memory_store.hpp"
 #include "unit/sim_sample_message.hpp"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 #include <zlib.h>
@@ -328,6 +330,50 @@ TEST(sim_report, is_under_way_for_a_bounded_number_of_clients)
     sessions.front()->report.clear();
     answer_report_request(core, *sessions.back(), {.kind = 70, .payload = request_of(sample_time)});
     EXPECT_FALSE(sessions.back()->report.empty()) << "another one has ended";
+}
+
+/// A store whose database makes no report now.
+class store_in_trouble : public tovrik::memory_store
+{
+public:
+    using tovrik::memory_store::memory_store;
+    void make_report(std::time_t moment, tovrik::report_taker answer) override
+    {
+        asked.push_back(moment);
+        answer(std::nullopt);
+    }
+    std::vector<std::time_t> asked;
+};
+
+TEST(sim_report, that_cannot_be_made_is_not_an_empty_one)
+{
+    const tovrik::service_options options{.capabilities = reporting_server().capabilities};
+    tovrik::server_core core{options};
+    store_in_trouble troubled{core.services, options.name};
+    core.store = &troubled;
+    tovrik::channel home;
+    const int fd = open("/dev/null", O_RDWR | O_CLOEXEC);
+    tovrik::client_session& session = core.sessions.try_emplace(fd, fd, home, 1).first->second;
+    for (int i = 0; i < 2; ++i)
+        answer_report_request(core, session, {.kind = 70, .payload = request_of(sample_time)});
+    ASSERT_EQ(session.assured.size(), 2U) << "the next one may be made";
+    for (const auto& answer : session.assured)
+        EXPECT_EQ(tovrik::decode_header(*answer).kind, 72U);
+}
+
+TEST(sim_report, is_of_no_moment_beyond_all_calendars)
+{
+    const tovrik::service_options options{.capabilities = reporting_server().capabilities};
+    tovrik::server_core core{options};
+    store_in_trouble noting{core.services, options.name};
+    core.store = &noting;
+    tovrik::channel home;
+    const int fd = open("/dev/null", O_RDWR | O_CLOEXEC);
+    tovrik::client_session& session = core.sessions.try_emplace(fd, fd, home, 1).first->second;
+    for (const std::time_t moment :
+         {std::numeric_limits<std::time_t>::min(), std::numeric_limits<std::time_t>::max()})
+        answer_report_request(core, session, {.kind = 70, .payload = request_of(moment)});
+    EXPECT_EQ(noting.asked, (std::vector<std::time_t>{-253402300799, 253402300799}));
 }
 
 } // namespace
