@@ -199,7 +199,7 @@ std::string loop_open(server_core& core)
 
 std::string loop_open_channel(server_core& core, const channel_opening& opening)
 {
-    channel opened{.name = opening.name, .filter = opening.filter};
+    channel opened{.name = opening.name, .filter = opening.filter, .asked_port = opening.port};
     std::string error = listener_open(opened.listener, opening.address, opening.port);
     if (!error.empty())
         return error;
@@ -231,9 +231,11 @@ int loop_wait_ms(const server_core& core, time_point next, time_point now)
     }
     if (next == never)
         return -1;
+    if (next <= now)
+        return 0;
     constexpr milliseconds max_wait{60000};
-    const auto wait = std::chrono::ceil<milliseconds>(std::min<steady_clock::duration>(
-        std::max(next - now, steady_clock::duration::zero()), max_wait));
+    const auto wait =
+        std::chrono::ceil<milliseconds>(std::min<steady_clock::duration>(next - now, max_wait));
     return static_cast<int>(wait.count());
 }
 

@@ -15,6 +15,7 @@ struct channel {
     std::string uuid = {}; ///< its identity; clients connect to each identity only once
     message_filter filter = {};
     tcp_listener listener = {};
+    std::uint16_t asked_port = 0;      ///< 0: any free one
     std::uint64_t messages = 0;        ///< that passed the filter
     std::uint64_t left_out_before = 0; ///< for clients that are gone
 };

@@ -40,6 +40,7 @@ TEST(sim_loop, sleeps_until_what_is_next_is_due)
             now + std::chrono::duration_cast<tovrik::steady_clock::duration>(row.until);
         EXPECT_EQ(loop_wait_ms(core, next, now), row.wait_ms) << row.until.count() << " ns";
     }
+    EXPECT_EQ(loop_wait_ms(core, tovrik::time_point::min(), now), 0) << "there is more to read";
 }
 
 /// While it lives, the test program gets no further descriptor.
