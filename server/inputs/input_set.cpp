@@ -74,7 +74,7 @@ std::string open_entry(input_entry& entry, time_point now)
         entry.pause = {};
         return {};
     }
-    return "input '" + entry.source->options.name + "': " + error;
+    return input_line(entry.source->options, error);
 }
 
 /// Takes the entry with these options out of a list; an empty entry if there is none.
@@ -168,7 +168,7 @@ std::vector<transmission> input_set_on_time(input_set& set, time_point now)
         } else if (entry.open_at == never) {
             entry.open_at = now + retry_take_pause(entry.pause);
         } else if (now >= entry.open_at && open_entry(entry, now).empty() && set.host.tell) {
-            set.host.tell("input '" + entry.source->options.name + "': open");
+            set.host.tell(input_line(entry.source->options, "open"));
         }
         take_received(*entry.source, messages);
     }

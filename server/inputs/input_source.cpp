@@ -2,6 +2,7 @@
 #include "server/inputs/input_source.hpp"
 
 #include "server/base/sockets.hpp"
+#include "server/base/utf8_text.hpp"
 #include "server/inputs/input_limits.hpp"
 #include "server/inputs/json_message.hpp"
 
@@ -107,16 +108,21 @@ json_lines input_source::make_lines()
     return json_lines{[this](const std::string& text) { complain(text); }, long_texts::whole};
 }
 
+std::string input_line(const input_options& options, const std::string& text)
+{
+    return "input '" + utf8_of_latin1(options.name) + "': " + text;
+}
+
 void input_source::tell(const std::string& text) const
 {
     if (host.tell)
-        host.tell("input '" + options.name + "': " + text);
+        host.tell(input_line(options, text));
 }
 
 void input_source::complain(const std::string& text) const
 {
     if (host.complain)
-        host.complain("input '" + options.name + "': " + text);
+        host.complain(input_line(options, text));
 }
 
 void input_source::note_received(const json_lines& lines, std::size_t messages, std::size_t broken,

@@ -29,6 +29,9 @@ struct input_host {
     std::function<void(const std::string&)> complain; ///< gets lines about broken input
 };
 
+/// A line about an input for the server's owner, in UTF-8.
+std::string input_line(const input_options& options, const std::string& text);
+
 /// A descriptor that the loop waits for on an input's behalf, until the end of its scope.
 class watched_fd
 {

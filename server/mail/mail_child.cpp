@@ -239,7 +239,7 @@ std::optional<std::string> mail_child_result(mail_child& child, time_point now)
 {
     if (child.pid < 0)
         return std::nullopt;
-    if (now >= child.end_by)
+    if (!child.has_ended && now >= child.end_by)
         terminate_group(child, "the mail program takes too long");
     return child.has_ended ? take_end(child, WNOHANG) : std::nullopt;
 }

@@ -18,11 +18,17 @@ std::vector<channel_configuration> collect_channels(const configuration& chosen)
     return wanted;
 }
 
+/// Whether an open channel is a configured one. Those that have any free port are told apart by
+/// their names.
+bool is_same(const channel& open, const channel_configuration& wanted)
+{
+    return open.asked_port == wanted.port && (wanted.port != 0 || open.name == wanted.name);
+}
+
 bool is_wanted(const channel& open, const std::vector<channel_configuration>& wanted)
 {
-    return std::ranges::any_of(wanted, [&open](const channel_configuration& each) {
-        return each.port == open.listener.port;
-    });
+    return std::ranges::any_of(
+        wanted, [&open](const channel_configuration& each) { return is_same(open, each); });
 }
 
 void close_unwanted(daemon& running, const std::vector<channel_configuration>& wanted)
@@ -37,7 +43,7 @@ std::string open_or_change(daemon& running, const channel_configuration& wanted)
 {
     auto& channels = running.server.channels;
     const auto open = std::ranges::find_if(channels, [&wanted](const channel& each) {
-        return each.listener.socket && each.listener.port == wanted.port;
+        return each.listener.socket && is_same(each, wanted);
     });
     if (open == channels.end())
         return loop_open_channel(running.server, {.name = wanted.name,

@@ -62,6 +62,8 @@ std::vector<listed_server> make_listed(const daemon& running)
     const configuration& chosen = running.chosen;
     std::vector<listed_server> listed;
     for (const channel& each : running.server.channels) {
+        if (!each.listener.socket)
+            continue; // only its last clients are still there
         listed.push_back({.host = {},
                           .port = each.listener.port,
                           .location = chosen.location,

@@ -1,4 +1,5 @@
 // main.cpp - tovrikd as a program: its signals, and the one loop that everything runs in.
+#include "server/base/utf8_text.hpp"
 #include "server/tovrikd/command_line.hpp"
 #include "server/tovrikd/daemon_life.hpp"
 #include "server/tovrikd/exit_status.hpp"
@@ -74,8 +75,8 @@ bool take_turn(tovrik::daemon& running, int signals, int wait_ms)
     return is_signalled;
 }
 
-/// Reloads at SIGHUP. True at a signal that ends the server.
-bool answer_signals(tovrik::daemon& running, int signals)
+/// Reloads at SIGHUP, unless the server is ending. True at a signal that ends it.
+bool answer_signals(tovrik::daemon& running, int signals, bool is_ending = false)
 {
     bool is_ended = false;
     while (const int number = take_signal(signals)) {
@@ -83,6 +84,8 @@ bool answer_signals(tovrik::daemon& running, int signals)
             is_ended = true;
             continue;
         }
+        if (is_ending)
+            continue;
         tovrik::service_manager_tell_reloading();
         daemon_reload(running, tovrik::steady_clock::now());
         tovrik::service_manager_tell_ready();
@@ -105,7 +108,8 @@ void serve(tovrik::daemon& running, int signals)
     constexpr int short_wait_ms = 50;
     is_ended = false;
     while (!is_ended && !daemon_is_done(running) && tovrik::steady_clock::now() < end) {
-        is_ended = take_turn(running, signals, short_wait_ms) && answer_signals(running, signals);
+        is_ended =
+            take_turn(running, signals, short_wait_ms) && answer_signals(running, signals, true);
     }
 }
 
@@ -124,7 +128,8 @@ int run(const tovrik::tovrikd_options& options)
         !tovrik::watch(running.server.epoll.get(), EPOLL_CTL_ADD, signals.get(), EPOLLIN))
         return tovrik::exit_complaining({"cannot wait for signals"}, tovrik::status_failed);
     for (const tovrik::channel& each : running.server.channels) {
-        journal.put(each.name + " listens on port " + std::to_string(each.listener.port),
+        journal.put(tovrik::utf8_of_latin1(each.name) + " listens on port " +
+                        std::to_string(each.listener.port),
                     tovrik::line_level::info);
     }
     if (running.web.port() != 0)

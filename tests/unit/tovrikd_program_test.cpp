@@ -182,17 +182,44 @@ TEST_F(tovrikd, takes_a_new_configuration_without_dropping_a_client)
     EXPECT_TRUE(client.receive_kind(40)) << "it was not dropped";
 }
 
+TEST_F(tovrikd, keeps_its_clients_at_any_free_port_when_it_is_configured_anew)
+{
+    port = 0;
+    write_configuration();
+    const auto program = start();
+    sim_raw_client client{port};
+    client.receive_kind(41);
+    port = 0;
+    write_configuration("max_clients = 5\n");
+    program->send_signal(SIGHUP);
+    EXPECT_EQ(program->complaint_line(), "tovrikd: the new configuration is in use");
+    hear(heard_line());
+    EXPECT_TRUE(client.receive_kind(40)) << "it was not dropped";
+}
+
 TEST_F(tovrikd, refuses_a_wrong_new_configuration_whole)
 {
     write_configuration();
     const auto program = start();
     home.write_file("tovrikd.toml", "name = 1\n[services]\nmailing = false\n");
     program->send_signal(SIGHUP);
-    EXPECT_NE(program->complaint_line().find("tovrikd.toml:1: "), std::string::npos);
     EXPECT_EQ(program->complaint_line(),
               "tovrikd: the new configuration is refused; nothing has changed");
+    EXPECT_NE(program->complaint_line().find("tovrikd.toml:1: "), std::string::npos);
     sim_raw_client client{port};
     EXPECT_TRUE(client.receive_kind(41));
+}
+
+TEST_F(tovrikd, tells_its_owner_names_as_they_were_written)
+{
+    input = "type = \"pipe\"\nname = \"D\xC3\xA4rm\"\npath = \"/nowhere/pipe\"\n";
+    write_configuration("[[channel]]\nname = \"Z\xC3\xBCrich\"\nport = 0\n");
+    const auto program = launch();
+    std::string said;
+    for (int line = 0; line < 4; ++line)
+        said += program->complaint_line() + "\n";
+    EXPECT_NE(said.find("tovrikd: Z\xC3\xBCrich listens on port "), std::string::npos) << said;
+    EXPECT_NE(said.find("tovrikd: input 'D\xC3\xA4rm': "), std::string::npos) << said;
 }
 
 TEST_F(tovrikd, does_not_start_with_a_wrong_configuration)
