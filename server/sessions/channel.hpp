@@ -17,6 +17,7 @@ struct channel {
     tcp_listener listener = {};
     std::uint16_t asked_port = 0;      ///< 0: any free one
     std::uint64_t messages = 0;        ///< that passed the filter
+    std::uint64_t sent = 0;            ///< messages, to all its clients together
     std::uint64_t left_out_before = 0; ///< for clients that are gone
 };
 

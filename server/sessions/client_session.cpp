@@ -33,7 +33,9 @@ wire_bytes take_report_piece(client_session& session, time_point)
 
 wire_bytes take_transmission(client_session& session, time_point now)
 {
-    return backlog_take(session.traffic, now);
+    wire_bytes taken = backlog_take(session.traffic, now);
+    session.home->sent += taken ? 1 : 0;
+    return taken;
 }
 
 bool is_hit_waiting(const client_session& session)

@@ -33,6 +33,7 @@ std::vector<channel_report> make_channels(const server_core& server)
         channel_report report{.name = each.name,
                               .port = each.listener.port,
                               .messages = each.messages,
+                              .sent = each.sent,
                               .left_out = each.left_out_before};
         for (const auto& [fd, session] : server.sessions) {
             if (session.home != &each || session.number == 0)

@@ -160,6 +160,23 @@ TEST_F(tovrikd, answers_the_web)
     EXPECT_NE(ask_web("/").find("roof"), std::string::npos);
 }
 
+TEST_F(tovrikd, tells_the_web_how_much_it_has_sent)
+{
+    write_configuration();
+    const auto program = start();
+    sim_raw_client client{port};
+    client.receive_kind(41);
+    hear(heard_line());
+    ASSERT_TRUE(client.receive_kind(40));
+    const std::string wanted =
+        "tovrikd_channel_sent_total{channel=\"Home\",port=\"" + std::to_string(port) + "\"} 1\n";
+    const auto end = std::chrono::steady_clock::now() + default_patience;
+    std::string said;
+    while (said.find(wanted) == std::string::npos && std::chrono::steady_clock::now() < end)
+        said = ask_web("/metrics");
+    EXPECT_NE(said.find(wanted), std::string::npos) << said;
+}
+
 TEST_F(tovrikd, takes_a_new_configuration_without_dropping_a_client)
 {
     write_configuration();
