@@ -57,4 +57,11 @@ void heard_before_add(heard_before& heard, transmission& message, std::time_t no
     add_flight(heard, message, now);
 }
 
+void heard_before_forget(heard_before& heard, const std::string& registration)
+{
+    const auto found = heard.contacts.find(registration);
+    if (found != heard.contacts.end() && --found->second == 0)
+        heard.contacts.erase(found);
+}
+
 } // namespace tovrik

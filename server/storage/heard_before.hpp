@@ -34,4 +34,7 @@ void heard_before_move_on(heard_before& heard, std::time_t now);
 /// Counts a message that comes now, and fills in its contacts and the flights of its day.
 void heard_before_add(heard_before& heard, transmission& message, std::time_t now);
 
+/// Counts a message of an aircraft no longer.
+void heard_before_forget(heard_before& heard, const std::string& registration);
+
 } // namespace tovrik

@@ -154,15 +154,16 @@ std::string message_keep(database& in, const transmission& message, std::time_t 
     return error.empty() ? count_hour(in, received) : error;
 }
 
-std::string messages_forget(database& in, std::time_t before, std::size_t& forgotten)
+std::string messages_forget(database& in, std::time_t before, std::vector<std::string>& forgotten)
 {
     std::vector<old_message> found;
     std::string error = find_old(in, before, found);
-    for (const old_message& old : found) {
+    forgotten.clear();
+    for (old_message& old : found) {
         if (error.empty())
             error = forget_message(in, old);
+        forgotten.push_back(std::move(old.registration));
     }
-    forgotten = found.size();
     if (!error.empty())
         return error;
     // No day has more flights than messages, so these come to an end together.

@@ -29,9 +29,10 @@ struct kept_message {
 std::string message_keep(database& in, const transmission& message, std::time_t received);
 
 /// Forgets messages that were received before a moment, the oldest first and at most
-/// max_forgotten_messages of them, and flights of earlier days. `forgotten` becomes their number:
-/// while it is that maximum, there may be more. Another job each time lets others in between.
-std::string messages_forget(database& in, std::time_t before, std::size_t& forgotten);
+/// max_forgotten_messages of them, and flights of earlier days. `forgotten` becomes their
+/// registrations, one for each message: while there are as many as that maximum, there may be more.
+/// Another job each time lets others in between.
+std::string messages_forget(database& in, std::time_t before, std::vector<std::string>& forgotten);
 
 /// Shows `visit` the messages that were received from `begin` on and before `end`, in that order,
 /// until it returns false. The record is only good for that call.

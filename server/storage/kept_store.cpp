@@ -76,15 +76,20 @@ void kept_store::close()
 
 void kept_store::forget_before(std::time_t moment)
 {
-    const auto forgotten = make_result<std::size_t>();
+    const auto forgotten = make_result<std::vector<std::string>>();
     kept.write({.work = [moment, forgotten](
                             database& in) { return messages_forget(in, moment, *forgotten); },
                 .done =
                     [this, moment, forgotten](const std::string& error) {
-                        if (!error.empty())
+                        if (!error.empty()) {
+                            complain("old messages are not forgotten: " + error);
                             return;
-                        messages -= *forgotten;
-                        if (*forgotten == max_forgotten_messages)
+                        }
+                        messages -= forgotten->size();
+                        for (const std::string& registration : *forgotten) {
+                            heard_before_forget(heard, registration);
+                        }
+                        if (forgotten->size() == max_forgotten_messages)
                             forget_before(moment);
                     }});
 }

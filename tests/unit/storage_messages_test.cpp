@@ -74,9 +74,9 @@ protected:
     }
     std::size_t forget(std::time_t before)
     {
-        std::size_t forgotten = 99;
+        std::vector<std::string> forgotten{"of another time"};
         EXPECT_EQ(messages_forget(in, before, forgotten), "");
-        return forgotten;
+        return forgotten.size();
     }
     std::vector<std::string> report(const tovrik::day_report_request& request,
                                     const tovrik::reference_data& reference = {})
