@@ -345,35 +345,39 @@ public:
     std::vector<std::time_t> asked;
 };
 
-TEST(sim_report, that_cannot_be_made_is_not_an_empty_one)
-{
+/// A server with such a store, and a client that asks for reports.
+struct server_in_trouble {
+    void ask(std::time_t moment)
+    {
+        answer_report_request(core, session, {.kind = 70, .payload = request_of(moment)});
+    }
+
     const tovrik::service_options options{.capabilities = reporting_server().capabilities};
     tovrik::server_core core{options};
-    store_in_trouble troubled{core.services, options.name};
-    core.store = &troubled;
+    store_in_trouble store{core.services, options.name};
     tovrik::channel home;
     const int fd = open("/dev/null", O_RDWR | O_CLOEXEC);
     tovrik::client_session& session = core.sessions.try_emplace(fd, fd, home, 1).first->second;
-    for (int i = 0; i < 2; ++i)
-        answer_report_request(core, session, {.kind = 70, .payload = request_of(sample_time)});
-    ASSERT_EQ(session.assured.size(), 2U) << "the next one may be made";
-    for (const auto& answer : session.assured)
+};
+
+TEST(sim_report, that_cannot_be_made_is_not_an_empty_one)
+{
+    server_in_trouble server;
+    server.core.store = &server.store;
+    server.ask(sample_time);
+    server.ask(sample_time);
+    ASSERT_EQ(server.session.assured.size(), 2U) << "the next one may be made";
+    for (const auto& answer : server.session.assured)
         EXPECT_EQ(tovrik::decode_header(*answer).kind, 72U);
 }
 
 TEST(sim_report, is_of_no_moment_beyond_all_calendars)
 {
-    const tovrik::service_options options{.capabilities = reporting_server().capabilities};
-    tovrik::server_core core{options};
-    store_in_trouble noting{core.services, options.name};
-    core.store = &noting;
-    tovrik::channel home;
-    const int fd = open("/dev/null", O_RDWR | O_CLOEXEC);
-    tovrik::client_session& session = core.sessions.try_emplace(fd, fd, home, 1).first->second;
-    for (const std::time_t moment :
-         {std::numeric_limits<std::time_t>::min(), std::numeric_limits<std::time_t>::max()})
-        answer_report_request(core, session, {.kind = 70, .payload = request_of(moment)});
-    EXPECT_EQ(noting.asked, (std::vector<std::time_t>{-253402300799, 253402300799}));
+    server_in_trouble server;
+    server.core.store = &server.store;
+    server.ask(std::numeric_limits<std::time_t>::min());
+    server.ask(std::numeric_limits<std::time_t>::max());
+    EXPECT_EQ(server.store.asked, (std::vector<std::time_t>{-253402300799, 253402300799}));
 }
 
 } // namespace
