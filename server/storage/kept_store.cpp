@@ -99,13 +99,28 @@ void kept_store::forget_hits_before(std::time_t moment)
     hits.forget_before(moment);
 }
 
+/// Half of the room is for messages, whatever clients ask for.
+bool kept_store::has_room_for_request()
+{
+    const std::size_t waiting = kept.waiting_writes();
+    const bool was_crowded = is_crowded;
+    is_crowded = waiting >= max_storage_writes / (was_crowded ? 4 : 2);
+    if (is_crowded && !was_crowded)
+        complain("requests of clients are refused: too many wait");
+    return !is_crowded;
+}
+
 /// Changes the database, then what is looked at for every message.
 void kept_store::write_or_refuse(std::function<std::string(database&, bool&)> work,
                                  std::function<void()> mirror, yes_or_no answer)
 {
+    if (!has_room_for_request()) {
+        answer(false);
+        return;
+    }
     const auto is_granted = make_result<bool>();
     const auto finish = [this, is_granted, mirror = std::move(mirror),
-                         answer](const std::string& error) {
+                         answer = std::move(answer)](const std::string& error) {
         if (!error.empty())
             complain("a request of a client was not kept: " + error);
         const bool is_kept = error.empty() && *is_granted;
@@ -113,18 +128,10 @@ void kept_store::write_or_refuse(std::function<std::string(database&, bool&)> wo
             mirror();
         answer(is_kept);
     };
-    // The other half of the room is for messages, whatever clients ask for.
-    const bool is_taken = kept.waiting_writes() < max_storage_writes / 2 &&
-                          kept.write({.work = [work = std::move(work), is_granted](
-                                                  database& in) { return work(in, *is_granted); },
-                                      .done = finish});
-    const bool was_crowded = is_crowded;
-    is_crowded = !is_taken || (was_crowded && kept.waiting_writes() >= max_storage_writes / 4);
-    if (is_taken)
-        return;
-    if (!was_crowded)
-        complain("requests of clients are refused: too many wait");
-    answer(false);
+    if (!kept.write({.work = [work = std::move(work),
+                              is_granted](database& in) { return work(in, *is_granted); },
+                     .done = finish}))
+        finish("the database is closed");
 }
 
 void kept_store::add_update(std::uint32_t kind, const std::string& text, yes_or_no answer)

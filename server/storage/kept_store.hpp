@@ -55,12 +55,13 @@ public:
     std::uint64_t lost_messages = 0;  ///< that could not be kept
     std::size_t waiting_messages = 0; ///< that are not on disk yet
     std::size_t subscriptions = 0;    ///< to mailings
-    bool is_crowded = false;          ///< requests were refused lately, since too many wait
+    bool is_crowded = false;          ///< requests are refused, since too many wait
     std::string trouble;              ///< why the latest message could not be kept; empty: it was
 
 private:
     std::string prepare(database& in);
     void finish_message(const std::string& error);
+    bool has_room_for_request();
     void write_or_refuse(std::function<std::string(database&, bool&)> work,
                          std::function<void()> mirror, yes_or_no answer);
 
