@@ -7,10 +7,12 @@
 
 #include <algorithm>
 #include <ctime>
+#include <map>
+#include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace tovrik
 {
@@ -39,37 +41,46 @@ bool is_connected(const client_session& session)
     return session.admitted && !session.closing && !session.gone;
 }
 
-bool has_client(const server_core& core, const pager_owner& owner)
+/// What a message means to the lists that ask for it.
+using hits_of_owners = std::map<pager_owner, std::shared_ptr<shared_hit>>;
+
+hits_of_owners collect_hits(const std::vector<pager_owner>& owners, const transmission& message)
 {
-    return std::ranges::any_of(core.sessions, [&owner](const auto& entry) {
-        const client_session& session = entry.second;
-        return is_connected(session) &&
-               std::ranges::find(session.pager_owners, owner) != session.pager_owners.end();
-    });
+    hits_of_owners hits;
+    for (const pager_owner& owner : owners) {
+        hits.emplace(owner,
+                     std::make_shared<shared_hit>(shared_hit{.owner = owner,
+                                                             .moment = std::time(nullptr),
+                                                             .text = format_hit(owner, message)}));
+    }
+    return hits;
 }
 
-/// Tells a client of a message that lists ask for, once, even if several of them are its own. Adds
-/// the owners that have been told so.
-void tell_client(const server_core& core, client_session& session,
-                 const std::vector<pager_owner>& owners, const transmission& message,
-                 std::set<pager_owner>& told)
+/// Nobody is told of the oldest one of too many.
+void drop_oldest_hit(client_session& session)
 {
-    bool is_told = false;
-    for (const pager_owner& owner : session.pager_owners) {
-        if (!std::binary_search(owners.begin(), owners.end(), owner))
-            continue;
-        told.insert(owner);
-        if (is_told)
-            continue;
-        is_told = true;
-        std::string text = format_hit(owner, message);
-        session.new_hits.push_back({.owner = owner,
-                                    .moment = std::time(nullptr),
-                                    .text = text,
-                                    .bytes = encode_hit(core, text)});
+    for (const auto& each : session.new_hits.front().of_lists) {
+        --each->untold;
     }
+    session.new_hits.pop_front();
+}
+
+/// Tells a client of a message that lists ask for, once, even if several of them are its own.
+void tell_client(const server_core& core, client_session& session, const hits_of_owners& hits)
+{
+    offered_hit offered;
+    for (const pager_owner& owner : session.pager_owners) {
+        if (const auto found = hits.find(owner); found != hits.end()) {
+            ++found->second->untold;
+            offered.of_lists.push_back(found->second);
+        }
+    }
+    if (offered.of_lists.empty())
+        return;
+    offered.bytes = encode_hit(core, offered.of_lists.front()->text);
+    session.new_hits.push_back(std::move(offered));
     if (session.new_hits.size() > max_pager_hits)
-        session.new_hits.pop_front();
+        drop_oldest_hit(session);
 }
 
 void finish_hit(server_core& core, client_session& session)
@@ -77,18 +88,23 @@ void finish_hit(server_core& core, client_session& session)
     if (!session.hit || !session.hit->is_handed_over)
         return;
     ++core.counts.pager_hits;
-    if (session.hit->id != 0)
+    for (const auto& each : session.hit->of_lists) {
+        each->is_told = true;
+        --each->untold;
+    }
+    if (session.hit->of_lists.empty())
         core.store->finish_hit(session.hit->owner, session.hit->id);
     session.hit.reset();
 }
 
 void give_back_hit(server_core& core, const offered_hit& unsent)
 {
-    if (unsent.id != 0) {
-        core.services.hits.give_back(unsent.owner, unsent.id);
-    } else if (!has_client(core, unsent.owner)) {
-        core.store->keep_hit(unsent.owner, unsent.moment, unsent.text);
+    for (const auto& each : unsent.of_lists) {
+        if (--each->untold == 0 && !each->is_told)
+            core.store->keep_hit(each->owner, each->moment, each->text);
     }
+    if (unsent.of_lists.empty())
+        core.services.hits.give_back(unsent.owner, unsent.id);
 }
 
 /// What is on its way may still arrive while the connection is there.
@@ -105,25 +121,27 @@ void give_back_hits(server_core& core, client_session& session)
 }
 
 /// The oldest waiting hit of a client's lists; nothing if there is none.
-std::optional<offered_hit> find_waiting_hit(server_core& core, const client_session& session)
+std::optional<owned_hit> find_waiting_hit(server_core& core, const client_session& session)
 {
     const std::time_t since = std::time(nullptr) - seconds_per_day;
-    std::optional<offered_hit> oldest;
+    std::optional<owned_hit> oldest;
     for (const pager_owner& owner : session.pager_owners) {
         const pager_hit* const next = core.services.hits.next(owner, since);
-        if (next != nullptr && (!oldest || next->id < oldest->id))
-            oldest = {.owner = owner, .id = next->id, .moment = next->moment, .text = next->text};
+        if (next != nullptr && (!oldest || next->id < oldest->hit.id))
+            oldest = {owner, *next};
     }
     return oldest;
 }
 
 void give_hit(server_core& core, client_session& session)
 {
-    session.hit = find_waiting_hit(core, session);
-    if (session.hit) {
-        session.hit->bytes =
-            encode_hit(core, session.hit->text + " (" + minute_text(session.hit->moment) + " UTC)");
-        core.services.hits.begin_telling(session.hit->owner, session.hit->id);
+    if (const auto waiting = find_waiting_hit(core, session)) {
+        const auto& [owner, hit] = *waiting;
+        session.hit = {.owner = owner,
+                       .id = hit.id,
+                       .bytes =
+                           encode_hit(core, hit.text + " (" + minute_text(hit.moment) + " UTC)")};
+        core.services.hits.begin_telling(owner, hit.id);
     } else if (!session.new_hits.empty()) {
         session.hit = std::move(session.new_hits.front());
         session.new_hits.pop_front();
@@ -145,14 +163,14 @@ void pager_tell(server_core& core, const transmission& message)
     const std::vector<pager_owner> owners = core.services.pagers.hits(message);
     if (owners.empty())
         return;
-    std::set<pager_owner> told;
+    const hits_of_owners hits = collect_hits(owners, message);
     for (auto& [fd, session] : core.sessions) {
         if (is_connected(session))
-            tell_client(core, session, owners, message, told);
+            tell_client(core, session, hits);
     }
-    for (const pager_owner& owner : owners) {
-        if (!told.contains(owner))
-            core.store->keep_hit(owner, std::time(nullptr), format_hit(owner, message));
+    for (const auto& [owner, hit] : hits) {
+        if (hit->untold == 0)
+            core.store->keep_hit(owner, hit->moment, hit->text);
     }
 }
 

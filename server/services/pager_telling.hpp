@@ -1,8 +1,8 @@
 // pager_telling.hpp - tells the owners of pager lists what their lists have met.
 //
 // Knows who is there: a client shows that it is the owner of a list with a request that names the
-// list's address and code. Nothing that clients send before tells them from others. Hits that a
-// client was not sent wait for the next client of their owner, unless another one is there.
+// list's address and code. Nothing that clients send before tells them from others. A hit that no
+// client of its owner was sent waits for the next one.
 #pragma once
 
 #include "server/services/server_core.hpp"

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <ctime>
 #include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,14 +26,23 @@ namespace tovrik
 /// Encodes a packet once for all clients.
 wire_bytes encode_shared(const packet& sent);
 
-/// A hit of a pager list, for one of its owner's clients.
-struct offered_hit {
+/// What a pager list has met while clients of its owner are there: all of them are told at once. It
+/// waits for the next one if none of them can be.
+struct shared_hit {
     pager_owner owner;
-    std::int64_t id = 0; ///< of a waiting hit; 0: it is told at once, and waits nowhere else
     std::time_t moment = 0;
     std::string text = {};
-    wire_bytes bytes = {};       ///< null: it is on its way
-    bool is_handed_over = false; ///< the system has all of it
+    std::size_t untold = 0; ///< clients that are still to be told
+    bool is_told = false;   ///< one of them has been
+};
+
+/// A hit of pager lists, for one client of their owner.
+struct offered_hit {
+    std::vector<std::shared_ptr<shared_hit>> of_lists = {}; ///< empty: it is a waiting one,
+    pager_owner owner = {};                                 ///< of this owner
+    std::int64_t id = 0;                                    ///< and with this number
+    wire_bytes bytes = {};                                  ///< null: it is on its way
+    bool is_handed_over = false;                            ///< the system has all of it
 };
 
 struct client_session {
