@@ -37,6 +37,10 @@ constexpr double max_rate_per_minute = 60000;
 /// Maximum length of a password: clients have no room for a longer one.
 constexpr std::size_t max_password_bytes = 39;
 
+/// How long a client whose socket is full may take nothing from it. A program that is stopped for a
+/// night keeps its place for some hours, until the socket is full.
+constexpr int max_stalled_minutes = 15;
+
 /// How long a client that was told of the end may keep its connection open.
 constexpr int closing_grace_ms = 5000;
 
@@ -105,8 +109,15 @@ constexpr std::size_t max_report_bytes = std::size_t{1024} * 1024;
 /// Maximum length of a part of a report of many messages. Clients inflate into four times as much.
 constexpr std::size_t max_report_part_bytes = std::size_t{16} * 1024 * 1024;
 
-/// Maximum number of reports under way at the same time.
+/// Maximum number of reports that are made at the same time.
 constexpr std::size_t max_reports_at_once = 8;
+
+/// Maximum number of pieces of reports that wait for all clients together, besides those of the
+/// last report that was taken: 64 MiB. Clients take one a second.
+constexpr std::size_t max_waiting_report_pieces = 16384;
+
+/// Maximum number of requests of one client that wait for the database.
+constexpr std::size_t max_unanswered_requests = 64;
 
 /// Maximum number of simultaneous connections to the directory; further ones are closed at once.
 constexpr std::size_t max_directory_connections = 64;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <numeric>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -37,13 +38,19 @@ bool is_under_way(const client_session& session)
     return session.is_report_made || !session.report.empty();
 }
 
+/// Pieces of reports that are to be sent to all clients.
+std::size_t count_waiting_pieces(const server_core& core)
+{
+    return std::accumulate(
+        core.sessions.begin(), core.sessions.end(), std::size_t{0},
+        [](std::size_t count, const auto& entry) { return count + entry.second.report.size(); });
+}
+
 bool is_busy(const server_core& core, const client_session& session)
 {
-    const auto under_way =
-        std::count_if(core.sessions.begin(), core.sessions.end(),
-                      [](const auto& entry) { return is_under_way(entry.second); });
     return core.options.reports == report_answer::busy || is_under_way(session) ||
-           static_cast<std::size_t>(under_way) >= max_reports_at_once;
+           core.reports_in_the_making >= max_reports_at_once ||
+           count_waiting_pieces(core) >= max_waiting_report_pieces;
 }
 
 /// Makes the faults of a part that the practice server was asked for.
@@ -108,8 +115,10 @@ void answer_report_request(server_core& core, client_session& session, const pac
         return;
     }
     session.is_report_made = true;
+    ++core.reports_in_the_making;
     core.store->make_report(*moment, [&core, fd = session.socket.get(), number = session.number](
                                          std::optional<std::vector<report_part>> parts) {
+        --core.reports_in_the_making;
         if (client_session* const asking = core_find_client(core, fd, number))
             send_report(core, *asking, std::move(parts));
     });

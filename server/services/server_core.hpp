@@ -50,6 +50,7 @@ struct server_core {
     access_tries tries;
     service_state services;
     service_counts counts;
+    std::size_t reports_in_the_making = 0;
     memory_store memory;                   ///< keeps what is not kept elsewhere
     service_store* store = &memory;        ///< outlives the core
     std::deque<published_message> history; ///< the latest messages, oldest first

@@ -227,7 +227,8 @@ int loop_wait_ms(const server_core& core, time_point next, time_point now)
     }
     for (const auto& [fd, session] : core.sessions) {
         next = std::min({next, session_send_time(session), session.next_tick, session.close_at,
-                         session.access_by, session.drop_at, session.tell_left_out_at});
+                         session.access_by, session.drop_at, session.tell_left_out_at,
+                         session_stall_end(session)});
     }
     if (next == never)
         return -1;

@@ -31,11 +31,14 @@ packet make_error(std::string text)
 
 /// Gives an answer to the client that asked, if it is still there.
 template <typename answer_type, typename handler>
-auto answer_of(server_core& core, const client_session& session, handler handle)
+auto answer_of(server_core& core, client_session& session, handler handle)
 {
+    ++session.unanswered_requests;
     return [&core, fd = session.socket.get(), number = session.number, handle](answer_type answer) {
-        if (client_session* const asking = core_find_client(core, fd, number))
+        if (client_session* const asking = core_find_client(core, fd, number)) {
+            --asking->unanswered_requests;
             handle(*asking, answer);
+        }
     };
 }
 
@@ -123,6 +126,20 @@ void on_subscription(server_core& core, client_session& session, const packet& r
     }
 }
 
+packet make_style_answer(const std::string& address, unsigned style, style_reply reply)
+{
+    switch (reply) {
+    case style_reply::chosen:
+        return make_notice("Daily reports for " + address + " now have the " +
+                           report_styles[style] + " style");
+    case style_reply::not_subscribed:
+        return make_error("There is no such subscription");
+    case style_reply::not_kept:
+        break;
+    }
+    return make_error("The style cannot be kept now");
+}
+
 void on_report_style(server_core& core, client_session& session, const packet& received)
 {
     const unsigned style = received.param1;
@@ -132,13 +149,10 @@ void on_report_style(server_core& core, client_session& session, const packet& r
                              make_error("There is no report style " + std::to_string(style)));
         return;
     }
-    const auto answer = [address, style](client_session& asking, bool is_kept) {
-        session_queue_packet(asking, is_kept ? make_notice("Daily reports for " + address +
-                                                           " now have the " + report_styles[style] +
-                                                           " style")
-                                             : make_error("There is no such subscription"));
+    const auto answer = [address, style](client_session& asking, style_reply reply) {
+        session_queue_packet(asking, make_style_answer(address, style, reply));
     };
-    core.store->choose_style(address, style, answer_of<bool>(core, session, answer));
+    core.store->choose_style(address, style, answer_of<style_reply>(core, session, answer));
 }
 
 void answer_pager(client_session& session, bool is_granted)
@@ -245,6 +259,9 @@ void answer_service_request(server_core& core, client_session& session, const pa
     } else if (!session.admitted) {
         session_queue_packet(
             session, {.kind = found->refusal, .payload = "Services are for those who have access"});
+    } else if (session.unanswered_requests >= max_unanswered_requests) {
+        session_queue_packet(session,
+                             {.kind = found->refusal, .payload = "Too many requests at once"});
     } else {
         found->handle(core, session, received);
     }

@@ -73,8 +73,18 @@ wire_bytes take_next_packet(client_session& session, time_point now)
     return taken;
 }
 
+/// Notes that the socket is full. A client that is stopped for a moment goes on where it was; one
+/// that never reads has had its place for long enough.
+void wait_to_write(client_session& session, time_point now)
+{
+    session.waiting_to_write = true;
+    if (session.stalled_since == never)
+        session.stalled_since = now;
+    session.gone = session.gone || now >= session_stall_end(session);
+}
+
 /// Sends the rest of the packet under way. False if the socket did not take all of it.
-bool finish_packet(client_session& session)
+bool finish_packet(client_session& session, time_point now)
 {
     while (session.sent_bytes < session.sending->size()) {
         const ssize_t count =
@@ -82,11 +92,15 @@ bool finish_packet(client_session& session)
                  session.sending->size() - session.sent_bytes, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (count < 0 && errno == EINTR)
             continue;
-        if (count < 0) {
-            session.waiting_to_write = would_block(errno);
-            session.gone = session.gone || !session.waiting_to_write;
+        if (count < 0 && would_block(errno)) {
+            wait_to_write(session, now);
             return false;
         }
+        if (count < 0) {
+            session.gone = true;
+            return false;
+        }
+        session.stalled_since = never;
         session.sent_bytes += static_cast<std::size_t>(count);
     }
     session.waiting_to_write = false;
@@ -190,7 +204,7 @@ void session_send(client_session& session, time_point now, std::chrono::millisec
             if (!session.sending)
                 return; // all that waited came too late
         }
-        if (!finish_packet(session))
+        if (!finish_packet(session, now))
             return;
         session.next_send = now + pace;
         // The stream ends here, but closing the connection now would lose what the client has not
@@ -198,6 +212,12 @@ void session_send(client_session& session, time_point now, std::chrono::millisec
         if (session.closing && session.assured.empty())
             shutdown(session.socket.get(), SHUT_WR);
     }
+}
+
+time_point session_stall_end(const client_session& session)
+{
+    constexpr std::chrono::minutes limit{max_stalled_minutes};
+    return session.stalled_since == never ? never : session.stalled_since + limit;
 }
 
 time_point session_send_time(const client_session& session)

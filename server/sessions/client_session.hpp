@@ -67,6 +67,7 @@ struct client_session {
     std::size_t sent_bytes = 0;       ///< of `sending`
     unsigned next_turn = 0;           ///< index of the queue whose turn it is
     bool waiting_to_write = false;    ///< the socket is full; sending resumes when it is writable
+    time_point stalled_since = never; ///< it has taken nothing since then, and the socket is full
     bool watched_for_write = false;   ///< the loop watches for that, and sets this
     time_point next_send{};           ///< nothing is sent before this
 
@@ -79,6 +80,7 @@ struct client_session {
     std::vector<pager_owner> pager_owners; ///< owners of the pager lists that the client has used
     bool is_report_made = false;           ///< it has asked for one that is not ready yet
     std::size_t changes = 0;               ///< entries that it has added to what services keep
+    std::size_t unanswered_requests = 0;   ///< that wait for the database
 
     // Its end.
     time_point next_tick = never;
@@ -119,10 +121,14 @@ void session_queue_transmission(client_session& session, waiting_message message
 void session_close(client_session& session, wire_bytes last_packet, time_point drop_at);
 
 /// Sends what is due: at most one packet for every `pace` that has passed. Each is handed over in
-/// one piece if the socket can take it. Marks the session as gone on errors.
+/// one piece if the socket can take it. Marks the session as gone on errors, and when the socket
+/// has taken nothing for max_stalled_minutes.
 void session_send(client_session& session, time_point now, std::chrono::milliseconds pace);
 
 /// When session_send has something to do next; `never` if only an event can tell.
 time_point session_send_time(const client_session& session);
+
+/// When a client whose socket is full loses its place; `never` while it takes something.
+time_point session_stall_end(const client_session& session);
 
 } // namespace tovrik

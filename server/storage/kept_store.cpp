@@ -22,9 +22,9 @@ namespace
 constexpr std::chrono::seconds close_patience{10};
 
 /// What a job finds out for its end. The job runs in another thread, but never at the same time.
-template <typename result> std::shared_ptr<result> make_result()
+template <typename result> std::shared_ptr<result> make_result(result unless_done = {})
 {
-    return std::make_shared<result>();
+    return std::make_shared<result>(std::move(unless_done));
 }
 
 } // namespace
@@ -193,13 +193,22 @@ void kept_store::subscribe(const std::string& address,
         });
 }
 
-void kept_store::choose_style(const std::string& address, unsigned style, yes_or_no answer)
+void kept_store::choose_style(const std::string& address, unsigned style,
+                              std::function<void(style_reply)> answer)
 {
+    const auto reply = make_result<style_reply>(style_reply::not_kept);
     write_or_refuse(
-        [address, style](database& in, bool& is_kept) {
-            return subscription_set_style(in, address, style, is_kept);
+        [address, style, reply](database& in, bool& is_kept) {
+            std::string error = subscription_set_style(in, address, style, is_kept);
+            if (error.empty())
+                *reply = is_kept ? style_reply::chosen : style_reply::not_subscribed;
+            return error;
         },
-        [] {}, std::move(answer));
+        [] {},
+        [reply, answer = std::move(answer)](bool is_kept) {
+            const bool is_sure = is_kept || *reply == style_reply::not_subscribed;
+            answer(is_sure ? *reply : style_reply::not_kept);
+        });
 }
 
 void kept_store::complete_message(transmission& message)

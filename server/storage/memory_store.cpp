@@ -66,12 +66,13 @@ void memory_store::subscribe(const std::string& address,
     }
 }
 
-void memory_store::choose_style(const std::string& address, unsigned style, yes_or_no answer)
+void memory_store::choose_style(const std::string& address, unsigned style,
+                                std::function<void(style_reply)> answer)
 {
     const auto found = subscriptions.find(address);
     if (found != subscriptions.end())
         found->second = style;
-    answer(found != subscriptions.end());
+    answer(found != subscriptions.end() ? style_reply::chosen : style_reply::not_subscribed);
 }
 
 void memory_store::complete_message(transmission&) {}

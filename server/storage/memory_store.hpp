@@ -26,7 +26,8 @@ public:
     void finish_hit(const pager_owner& owner, std::int64_t id) override;
     void subscribe(const std::string& address,
                    std::function<void(subscription_reply)> answer) override;
-    void choose_style(const std::string& address, unsigned style, yes_or_no answer) override;
+    void choose_style(const std::string& address, unsigned style,
+                      std::function<void(style_reply)> answer) override;
     void complete_message(transmission& message) override;
     void keep_message(const transmission& message) override;
     void make_report(std::time_t moment, report_taker answer) override;

@@ -18,6 +18,8 @@ struct subscription_reply {
     std::uint16_t code = 0; ///< that the subscriber adds to further requests; 0: none was taken
 };
 
+enum class style_reply { chosen, not_subscribed, not_kept };
+
 /// A report, or a part of a long one, as it is announced and sent.
 struct report_part {
     std::string data;     ///< compressed
@@ -67,8 +69,9 @@ public:
     virtual void subscribe(const std::string& address,
                            std::function<void(subscription_reply)> answer) = 0;
 
-    /// Chooses the style of an address' mailings. No, if it is not subscribed.
-    virtual void choose_style(const std::string& address, unsigned style, yes_or_no answer) = 0;
+    /// Chooses the style of an address' mailings.
+    virtual void choose_style(const std::string& address, unsigned style,
+                              std::function<void(style_reply)> answer) = 0;
 
     /// Fills in what is known of earlier messages: contacts, and the flights of the day.
     virtual void complete_message(transmission& message) = 0;

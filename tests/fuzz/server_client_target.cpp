@@ -239,6 +239,7 @@ private:
         require(session.assured.size() <= tovrik::max_assured_packets, "answers have a bound");
         require(session.traffic.messages.size() <= options.queue_limit, "messages have a bound");
         require(session.changes <= tovrik::max_changes_per_client, "changes have a bound");
+        require(session.unanswered_requests == 0, "a store in memory answers at once");
         require(session.pager_owners.size() <= tovrik::max_pager_lists_per_client,
                 "a client's lists have a bound");
     }

@@ -171,4 +171,21 @@ TEST(server_access, ends_a_connection_that_is_silent_for_too_long)
     EXPECT_NE(next_message(server, admitted).find("still here"), std::string::npos);
 }
 
+TEST(server_place, of_a_client_that_never_reads_is_free_again_in_time)
+{
+    driven_core server{{.pace_ms = 0, .queue_limit = 10'000}};
+    auto client = server.connect(server.open({}));
+    ASSERT_TRUE(server.run_until([&] {
+        publish_message(server.core, message_of(message_link::vhf, std::string(3000, 'x')));
+        return server.core.sessions.begin()->second.waiting_to_write;
+    }));
+    const auto now = tovrik::steady_clock::now();
+    const int wait = loop_wait_ms(server.core, tovrik::never, now + 14min + 50s);
+    EXPECT_TRUE(wait > 0 && wait <= 10'000) << wait << ", though nothing else ends it";
+    loop_on_time(server.core, now + 14min);
+    EXPECT_EQ(server.core.sessions.size(), 1U);
+    loop_on_time(server.core, now + 16min);
+    EXPECT_TRUE(server.core.sessions.empty());
+}
+
 } // namespace

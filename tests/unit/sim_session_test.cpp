@@ -146,6 +146,25 @@ TEST(sim_session, keeps_packets_whole_when_the_socket_is_full)
     EXPECT_FALSE(session.gone);
 }
 
+TEST(sim_session, keeps_its_place_only_while_its_client_reads)
+{
+    pair_of_ends ends;
+    auto& session = *ends.session;
+    session_queue(session, bytes_of(std::string(4'000'000, 'a')));
+    session_send(session, start, 0ms);
+    ASSERT_TRUE(session.waiting_to_write);
+    EXPECT_EQ(session_stall_end(session), start + 15min);
+    session_send(session, start + 14min, 0ms);
+    EXPECT_FALSE(session.gone);
+    EXPECT_FALSE(ends.arrived().empty());
+    session_send(session, start + 14min, 0ms);
+    EXPECT_EQ(session_stall_end(session), start + 29min) << "it has taken something";
+    session_send(session, start + 28min, 0ms);
+    EXPECT_FALSE(session.gone);
+    session_send(session, start + 29min, 0ms);
+    EXPECT_TRUE(session.gone);
+}
+
 TEST(sim_session, forgets_all_but_the_last_packet_when_it_closes)
 {
     pair_of_ends ends;
