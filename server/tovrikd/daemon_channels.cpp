@@ -4,6 +4,8 @@
 #include "server/services/server_loop.hpp"
 
 #include <algorithm>
+#include <list>
+#include <utility>
 
 namespace tovrik
 {
@@ -39,33 +41,53 @@ void close_unwanted(daemon& running, const std::vector<channel_configuration>& w
     }
 }
 
-std::string open_or_change(daemon& running, const channel_configuration& wanted)
+std::list<channel>::iterator find_open(server_core& server, const channel_configuration& wanted)
 {
-    auto& channels = running.server.channels;
-    const auto open = std::ranges::find_if(channels, [&wanted](const channel& each) {
+    return std::ranges::find_if(server.channels, [&wanted](const channel& each) {
         return each.listener.socket && is_same(each, wanted);
     });
-    if (open == channels.end())
-        return loop_open_channel(running.server, {.name = wanted.name,
-                                                  .address = running.chosen.bind,
-                                                  .port = wanted.port,
-                                                  .seed = running.kept.uuid,
-                                                  .filter = wanted.filter});
-    open->name = wanted.name;
-    open->filter = wanted.filter;
-    return {};
+}
+
+std::vector<std::string> open_missing(daemon& running, const std::string& bind,
+                                      const std::vector<channel_configuration>& wanted)
+{
+    std::vector<std::string> errors;
+    for (const channel_configuration& each : wanted) {
+        if (find_open(running.server, each) != running.server.channels.end())
+            continue;
+        std::string error = loop_open_channel(running.server, {.name = each.name,
+                                                               .address = bind,
+                                                               .port = each.port,
+                                                               .seed = running.kept.uuid,
+                                                               .filter = each.filter});
+        if (!error.empty())
+            errors.push_back(std::move(error));
+    }
+    return errors;
+}
+
+void change_open(server_core& server, const std::vector<channel_configuration>& wanted)
+{
+    for (const channel_configuration& each : wanted) {
+        const auto open = find_open(server, each);
+        open->name = each.name;
+        open->filter = each.filter;
+    }
 }
 
 } // namespace
 
-std::vector<std::string> daemon_change_channels(daemon& running)
+std::vector<std::string> daemon_change_channels(daemon& running, const configuration& chosen)
 {
-    const auto wanted = collect_channels(running.chosen);
-    close_unwanted(running, wanted);
-    std::vector<std::string> errors;
-    for (const channel_configuration& each : wanted) {
-        if (std::string error = open_or_change(running, each); !error.empty())
-            errors.push_back(std::move(error));
+    const auto wanted = collect_channels(chosen);
+    auto& channels = running.server.channels;
+    const std::size_t before = channels.size();
+    std::vector<std::string> errors = open_missing(running, chosen.bind, wanted);
+    if (errors.empty()) {
+        close_unwanted(running, wanted);
+        change_open(running.server, wanted);
+    } else {
+        channels.resize(before); // nobody has been let in through the new ones
     }
     return errors;
 }

@@ -9,9 +9,9 @@
 namespace tovrik
 {
 
-/// Makes the open channels those of the configuration: the server's own port with all messages, and
+/// Makes the open channels those of a configuration: the server's own port with all messages, and
 /// each channel. A channel whose port stays keeps its clients, even if its name or filter changes.
-/// Returns an error text for each that could not be opened.
-std::vector<std::string> daemon_change_channels(daemon& running);
+/// Returns an error text for each that could not be opened; then all channels are as before.
+std::vector<std::string> daemon_change_channels(daemon& running, const configuration& chosen);
 
 } // namespace tovrik

@@ -93,9 +93,8 @@ void read_reference_again(daemon& running)
         running.journal.put("the reference files are not read again: too many reports wait");
 }
 
-std::string open_web(daemon& running)
+std::string open_web(daemon& running, const http_configuration& http)
 {
-    const http_configuration& http = running.chosen.http;
     if (http.port == 0) {
         running.web.stop();
         return {};
@@ -133,6 +132,34 @@ void tell_counts(daemon& running)
     running.journal.put(format_counts(running), line_level::info);
 }
 
+/// Opens the ports of a new configuration. If one of them cannot be had, all are as before.
+std::vector<std::string> change_ports(daemon& running, const configuration& made)
+{
+    const http_configuration& before = running.chosen.http;
+    // One that could not be had again is tried again.
+    const bool is_web_changed =
+        !(made.http == before) || (before.port != 0 && running.web.port() == 0);
+    std::vector<std::string> errors;
+    const auto take_error = [&errors](std::string error) {
+        if (!error.empty())
+            errors.push_back(std::move(error));
+    };
+    if (is_web_changed)
+        take_error(open_web(running, made.http));
+    if (errors.empty())
+        errors = daemon_change_channels(running, made);
+    if (!errors.empty() && is_web_changed)
+        take_error(open_web(running, before));
+    return errors;
+}
+
+void refuse_reload(daemon& running, const std::vector<std::string>& mistakes)
+{
+    publish_report(running); // the web may have been opened again
+    running.journal.put("the new configuration is refused; nothing has changed");
+    tell_all(running, mistakes);
+}
+
 /// Forgets what is old, unless a clock that has jumped lately may only think so.
 void forget_old_messages(daemon& running, time_point now)
 {
@@ -157,8 +184,8 @@ daemon_failure daemon_open(daemon& running, const std::string& configuration_pat
     std::string error = open_server(running);
     if (!error.empty())
         return {.lines = {error}};
-    std::vector<std::string> errors = daemon_change_channels(running);
-    if (error = open_web(running); !error.empty())
+    std::vector<std::string> errors = daemon_change_channels(running, running.chosen);
+    if (error = open_web(running, running.chosen.http); !error.empty())
         errors.push_back(error);
     if (!errors.empty())
         return {.lines = std::move(errors)};
@@ -214,20 +241,15 @@ void daemon_reload(daemon& running, time_point now)
     read_files files = read_all(running.configuration_path);
     if (files.mistakes.empty())
         files.mistakes = fixed_key_changes(running.chosen, files.made);
+    if (files.mistakes.empty())
+        files.mistakes = change_ports(running, files.made);
     if (!files.mistakes.empty()) {
-        running.journal.put("the new configuration is refused; nothing has changed");
-        tell_all(running, files.mistakes);
+        refuse_reload(running, files.mistakes);
         return;
     }
-    // One that could not be had at the last reload is tried again.
-    const bool is_web_changed = !(files.made.http == running.chosen.http) ||
-                                (running.chosen.http.port != 0 && running.web.port() == 0);
     take_files(running, std::move(files));
     read_reference_again(running);
-    tell_all(running, daemon_change_channels(running));
     tell_all(running, input_set_change(running.inputs, running.chosen.inputs, now));
-    if (const std::string error = is_web_changed ? open_web(running) : ""; !error.empty())
-        running.journal.put(error);
     publish_report(running); // whoever asks the web after the next line gets what is new
     running.journal.put("the new configuration is in use", line_level::info);
 }

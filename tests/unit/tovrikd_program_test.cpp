@@ -2,11 +2,13 @@
 #include "tovrikd_place.hpp"
 
 #include "data/xml.hpp"
+#include "server/base/sockets.hpp"
 #include "server/base/time_text.hpp"
 
 #include <csignal>
 #include <ctime>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -225,6 +227,51 @@ TEST_F(tovrikd, refuses_a_wrong_new_configuration_whole)
     EXPECT_NE(program->complaint_line().find("tovrikd.toml:1: "), std::string::npos);
     sim_raw_client client{port};
     EXPECT_TRUE(client.receive_kind(41));
+}
+
+TEST_F(tovrikd, keeps_its_ports_if_one_of_a_new_configuration_cannot_be_had)
+{
+    const auto channel = [](const std::string& name, std::uint16_t at) {
+        return "[[channel]]\nname = \"" + name + "\"\nport = " + std::to_string(at) + "\n";
+    };
+    const std::uint16_t leaving = free_port();
+    write_configuration();
+    const auto program = start();
+    write_configuration(channel("VHF", leaving));
+    program->send_signal(SIGHUP);
+    EXPECT_EQ(program->complaint_line(), "tovrikd: the new configuration is in use");
+    sim_raw_client client{leaving};
+    ASSERT_TRUE(client.receive_kind(41));
+    tovrik::tcp_listener other;
+    ASSERT_EQ(listener_open(other, "127.0.0.1", 0), "");
+    const std::uint16_t first_web = std::exchange(web_port, free_port());
+    write_configuration(channel("HFDL", free_port()) + channel("VDL2", other.port));
+    program->send_signal(SIGHUP);
+    EXPECT_EQ(program->complaint_line(),
+              "tovrikd: the new configuration is refused; nothing has changed");
+    const std::string reason = program->complaint_line();
+    EXPECT_NE(reason.find(std::to_string(other.port)), std::string::npos) << reason;
+    web_port = first_web;
+    const std::string directory = ask_web("/tovrikserver.main");
+    EXPECT_NE(directory.find("\tVHF"), std::string::npos) << directory;
+    EXPECT_EQ(directory.find("HFDL"), std::string::npos) << directory;
+    hear(heard_line());
+    EXPECT_TRUE(client.receive_kind(40)) << "it was not dropped";
+}
+
+TEST_F(tovrikd, keeps_its_web_if_that_of_a_new_configuration_cannot_be_had)
+{
+    write_configuration();
+    const auto program = start();
+    tovrik::tcp_listener other;
+    ASSERT_EQ(listener_open(other, "127.0.0.1", 0), "");
+    const std::uint16_t first_web = std::exchange(web_port, other.port);
+    write_configuration("max_clients = 1\n");
+    program->send_signal(SIGHUP);
+    EXPECT_EQ(program->complaint_line(),
+              "tovrikd: the new configuration is refused; nothing has changed");
+    web_port = first_web;
+    EXPECT_NE(ask_web("/").find("roof"), std::string::npos);
 }
 
 TEST_F(tovrikd, tells_its_owner_names_as_they_were_written)
