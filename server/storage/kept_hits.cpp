@@ -4,6 +4,7 @@
 #include "server/storage/calendar_day.hpp"
 #include "server/storage/pager_hits.hpp"
 
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -35,6 +36,8 @@ void kept_hits::write()
 
 void kept_hits::write_last()
 {
+    if (!told.empty())
+        write_told();
     if (written < hits.latest())
         start_writing();
 }
@@ -54,28 +57,50 @@ void kept_hits::start_writing()
 void kept_hits::finish_writing(std::int64_t before, const std::string& error)
 {
     is_writing = false;
-    const bool was_in_trouble = std::exchange(is_in_trouble, !error.empty());
-    if (is_in_trouble) {
+    note_trouble(error);
+    if (error.empty()) {
+        write();
+    } else {
         written = before;
-        if (!was_in_trouble)
-            complain("hits of pager lists are not kept: " + error);
-        return;
     }
-    if (was_in_trouble)
+}
+
+void kept_hits::note_trouble(const std::string& error)
+{
+    const bool was_in_trouble = std::exchange(is_in_trouble, !error.empty());
+    if (is_in_trouble && !was_in_trouble)
+        complain("hits of pager lists are not kept: " + error);
+    if (was_in_trouble && !is_in_trouble)
         complain("hits of pager lists are kept again");
-    write();
 }
 
 void kept_hits::tell(std::int64_t id)
 {
-    kept.write({.work = [id](database& in) { return pager_hit_tell(in, id); }, .done = {}});
+    told.push_back(id);
+    write_told();
+}
+
+/// What could not be written is tried again with the next one.
+void kept_hits::write_told()
+{
+    const auto ids = std::make_shared<const std::vector<std::int64_t>>(std::exchange(told, {}));
+    const auto finish = [this, ids](const std::string& error) {
+        note_trouble(error);
+        if (!error.empty())
+            told.insert(told.end(), ids->begin(), ids->end());
+    };
+    if (!kept.write(
+            {.work = [ids](database& in) { return pager_hits_tell(in, *ids); }, .done = finish}))
+        finish("the disk is too slow");
 }
 
 void kept_hits::forget_before(std::time_t moment)
 {
     hits.forget_before(moment);
-    kept.write(
-        {.work = [moment](database& in) { return pager_hits_forget(in, moment); }, .done = {}});
+    if (!told.empty())
+        write_told();
+    kept.write({.work = [moment](database& in) { return pager_hits_forget(in, moment); },
+                .done = [this](const std::string& error) { note_trouble(error); }});
 }
 
 } // namespace tovrik

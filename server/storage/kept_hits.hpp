@@ -8,6 +8,7 @@
 #include <ctime>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace tovrik
 {
@@ -30,7 +31,8 @@ public:
     /// The same without waiting for others, since nothing can be written later.
     void write_last();
 
-    /// Remembers that the owner of a hit has been told.
+    /// Remembers that the owner of a hit has been told. What cannot be written is tried again with
+    /// the next one, each hour, and at the end.
     void tell(std::int64_t id);
 
     /// Forgets hits before a moment.
@@ -39,11 +41,14 @@ public:
 private:
     void start_writing();
     void finish_writing(std::int64_t before, const std::string& error);
+    void write_told();
+    void note_trouble(const std::string& error);
 
     storage& kept;
     waiting_hits& hits;
     const std::function<void(const std::string&)>& complain;
-    std::int64_t written = 0; ///< the number of the latest hit that was given to the disk
+    std::int64_t written = 0;       ///< the number of the latest hit that was given to the disk
+    std::vector<std::int64_t> told; ///< whose owners know them, which is not written yet
     bool is_writing = false;
     bool is_in_trouble = false;
 };

@@ -71,9 +71,14 @@ std::string pager_hits_read(database& in, std::time_t since, std::vector<owned_h
     return row.error().empty() ? read_last(in, last) : row.error();
 }
 
-std::string pager_hit_tell(database& in, std::int64_t id)
+std::string pager_hits_tell(database& in, const std::vector<std::int64_t>& ids)
 {
-    return database_run(in, "UPDATE pager_hits SET is_told = 1 WHERE id = ?1", id);
+    std::string error;
+    for (const std::int64_t id : ids) {
+        if (error.empty())
+            error = database_run(in, "UPDATE pager_hits SET is_told = 1 WHERE id = ?1", id);
+    }
+    return error;
 }
 
 std::string pager_hits_forget(database& in, std::time_t before)

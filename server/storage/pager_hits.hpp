@@ -23,8 +23,8 @@ std::string pager_hits_keep(database& in, const std::vector<owned_hit>& hits);
 std::string pager_hits_read(database& in, std::time_t since, std::vector<owned_hit>& hits,
                             std::int64_t& last);
 
-/// Remembers that its owner has been told of a hit.
-std::string pager_hit_tell(database& in, std::int64_t id);
+/// Remembers that their owners have been told of hits.
+std::string pager_hits_tell(database& in, const std::vector<std::int64_t>& ids);
 
 /// Forgets all hits before a moment.
 std::string pager_hits_forget(database& in, std::time_t before);

@@ -61,6 +61,16 @@ protected:
     std::time_t now = std::time(nullptr);
 };
 
+std::string break_table(tovrik::database& in)
+{
+    return database_run_script(in, "ALTER TABLE pager_hits RENAME TO hidden");
+}
+
+std::string mend_table(tovrik::database& in)
+{
+    return database_run_script(in, "ALTER TABLE hidden RENAME TO pager_hits");
+}
+
 TEST_F(kept_hits, are_there_after_a_restart_until_they_are_told)
 {
     add_list(me);
@@ -143,12 +153,6 @@ TEST_F(kept_hits, are_bounded_and_go_with_their_list)
 TEST_F(kept_hits, that_cannot_be_written_are_told_of_and_tried_again)
 {
     add_list(me);
-    const auto break_table = [](tovrik::database& in) {
-        return database_run_script(in, "ALTER TABLE pager_hits RENAME TO hidden");
-    };
-    const auto mend_table = [](tovrik::database& in) {
-        return database_run_script(in, "ALTER TABLE hidden RENAME TO pager_hits");
-    };
     EXPECT_EQ(write_one(store->kept, break_table), "");
     for (const char* text : {"first", "second"}) {
         store->keep_hit(me, now, text);
@@ -162,6 +166,24 @@ TEST_F(kept_hits, that_cannot_be_written_are_told_of_and_tried_again)
     EXPECT_EQ(complaints.back(), "hits of pager lists are kept again");
     restart();
     EXPECT_EQ(texts(), (std::vector<std::string>{"first", "second", "third"}));
+}
+
+TEST_F(kept_hits, that_were_told_of_on_a_full_disk_are_not_there_later)
+{
+    add_list(me);
+    store->keep_hit(me, now, "told");
+    EXPECT_TRUE(await_finished(store->kept));
+    EXPECT_EQ(write_one(store->kept, break_table), "");
+    store->finish_hit(me, state.hits.latest());
+    EXPECT_TRUE(await_finished(store->kept));
+    ASSERT_EQ(complaints.size(), 1U);
+    EXPECT_TRUE(complaints[0].starts_with("hits of pager lists are not kept: ")) << complaints[0];
+    EXPECT_EQ(write_one(store->kept, mend_table), "");
+    store->forget_hits_before(now - 10);
+    EXPECT_TRUE(await_finished(store->kept));
+    EXPECT_EQ(complaints.back(), "hits of pager lists are kept again");
+    restart();
+    EXPECT_TRUE(state.hits.empty());
 }
 
 } // namespace

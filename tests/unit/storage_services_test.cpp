@@ -207,8 +207,7 @@ TEST_F(kept_pagers, have_hits_that_are_told_once)
         EXPECT_EQ(found[i].owner, me);
         EXPECT_EQ(found[i].hit, kept[i].hit);
     }
-    EXPECT_EQ(pager_hit_tell(in, 3), "");
-    EXPECT_EQ(pager_hit_tell(in, 90), "");
+    EXPECT_EQ(pager_hits_tell(in, {3, 90}), "");
     EXPECT_EQ(hits(200).size(), kept.size() - 1);
     EXPECT_EQ(last_hit, 90) << "its number is not used again";
 }
