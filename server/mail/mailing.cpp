@@ -159,6 +159,11 @@ void mailing::take_list(std::vector<mail_subscription> list)
 
 void mailing::go_on()
 {
+    // What was chosen may have changed since the list was made.
+    while (!waiting.empty() && is_refused(waiting.front().address)) {
+        unsent.erase(waiting.front().address);
+        waiting.pop_front();
+    }
     if (waiting.empty() || due != day || failures_in_row >= max_mail_failures_in_row) {
         end_round({});
     } else if (const auto style = static_cast<mail_style>(waiting.front().style);
@@ -249,8 +254,10 @@ void mailing::note_first()
     doing = step::noting;
     next_try = never;
     const auto done = [this](const std::string& error) {
-        if (!error.empty()) {
-            tell("it is not kept that a mail was sent: " + error, line_level::warning);
+        const bool was_missing = std::exchange(is_note_missing, !error.empty());
+        if (is_note_missing) {
+            if (!was_missing)
+                tell("it is not kept that a mail was sent: " + error, line_level::warning);
             next_try = now + note_pause;
             return;
         }

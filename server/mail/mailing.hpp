@@ -139,6 +139,7 @@ private:
     std::map<std::string, unsigned> unsent; ///< by address: how often this day's mail was tried
     unsigned failures_in_row = 0;
     std::size_t sent_in_round = 0;
+    bool is_note_missing = false; ///< its owner knows that it cannot be kept what was sent
     std::optional<written_report> report;
     mail_child child;
 };

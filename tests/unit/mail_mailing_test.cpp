@@ -171,6 +171,21 @@ TEST_F(mailing, takes_what_is_chosen_anew)
     EXPECT_EQ(new_mails(), texts{}) << "nobody gets a day twice";
 }
 
+TEST_F(mailing, spares_who_wants_no_more_while_mails_go_out)
+{
+    for (const char* address : {"a@b", "c@d", "never@b"})
+        subscribe(address);
+    write_mail_program(home, "echo x >\"$HOME_OF_TEST/started\"\n"
+                             "until [ -e \"$HOME_OF_TEST/go\" ]; do sleep 0.01; done\n" +
+                                 std::string{keep_mail});
+    run_until([&] { return home.read_file("started").has_value(); }, "the first is under way");
+    options.never_to = {"never@b"};
+    change();
+    home.write_file("go", "");
+    run_until_told("2 mails about 2026-01-05 sent");
+    EXPECT_EQ(new_mails(), (texts{"a@b 05/01", "c@d 05/01"}));
+}
+
 TEST_F(mailing, leaves_addresses_alone_that_are_none)
 {
     for (const std::string& text : hostile_texts)
@@ -207,6 +222,13 @@ TEST_F(mailing, waits_until_the_database_has_kept_what_was_sent)
         run_until_told("it is not kept that a mail was sent: database is locked");
         settle_without_writing();
         EXPECT_EQ(new_mails().size(), 1U) << "no other is sent meanwhile";
+        for (int i = 0; i < 2; ++i) {
+            const std::size_t before = kept.waiting_writes();
+            pass(seconds{5});
+            run_until([&] { return kept.waiting_writes() > before; }, "it is tried again");
+            run_until([&] { return kept.waiting_writes() == before; }, "it fails again");
+        }
+        EXPECT_EQ(told, "") << "that it fails was told once";
     }
     pass(seconds{5});
     run_until_told("2 mails about 2026-01-05 sent");
