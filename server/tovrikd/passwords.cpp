@@ -73,8 +73,8 @@ passwords_result passwords_read(const std::string& path)
     const regular_file file = regular_file_open(path);
     if (!file.error.empty())
         return {{}, {file.error}};
-    if ((file.status.st_mode & S_IRWXO) != 0)
-        return {{}, {path + ": everybody on this machine may use it; chmod 600 changes that"}};
+    if ((file.status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+        return {{}, {path + ": others than its owner may use it; chmod 600 changes that"}};
     const whole_file whole = read_whole_stream(file.stream.get(), path, max_configuration_bytes);
     return whole.error.empty() ? read_lines(path, whole.text) : passwords_result{{}, {whole.error}};
 }

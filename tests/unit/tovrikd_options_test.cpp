@@ -186,15 +186,14 @@ TEST_F(tovrikd_options, a_password_is_asked_for_twice_and_added_without_being_sh
 TEST_F(tovrikd_options, a_password_is_added_after_the_others_as_clients_would_send_it)
 {
     home.write_file("passwords", "me:" + digest);
-    chmod(home.path_of("passwords").c_str(), 0640);
+    chmod(home.path_of("passwords").c_str(), 0400);
     start_adding("you");
     shown("Password for");
     program->write("\xC3\xBC\r\xC3\xBC\r"); // both at once
     EXPECT_EQ(exit_status(), 0) << program->error_text();
     EXPECT_EQ(passwords(), "me:" + digest + "\nyou:cf0eece3a23b680f6266a21aabba4d32\n");
     EXPECT_EQ(std::filesystem::status(home.path_of("passwords")).permissions(),
-              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write |
-                  std::filesystem::perms::group_read);
+              std::filesystem::perms::owner_read);
 }
 
 TEST_F(tovrikd_options, a_password_that_cannot_be_is_refused)
