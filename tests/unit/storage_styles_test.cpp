@@ -26,9 +26,9 @@ protected:
     mailing_styles(const mailing_styles&) = delete;
     mailing_styles& operator=(const mailing_styles&) = delete;
 
-    server_packet answer_to(const server_packet& request)
+    server_packet answer_to(const server_packet& asked)
     {
-        client.send_bytes(packet_bytes(request));
+        client.send_bytes(packet_bytes(asked));
         EXPECT_TRUE(server.run_until([&] { return store.kept.waiting_writes() > 0; }));
         EXPECT_TRUE(await_finished(store.kept));
         return server.next_packet(client).value_or(server_packet{});
