@@ -109,12 +109,8 @@ constexpr std::size_t max_report_bytes = std::size_t{1024} * 1024;
 /// Maximum length of a part of a report of many messages. Clients inflate into four times as much.
 constexpr std::size_t max_report_part_bytes = std::size_t{16} * 1024 * 1024;
 
-/// Maximum number of reports that are made at the same time.
+/// Maximum number of reports under way at the same time.
 constexpr std::size_t max_reports_at_once = 8;
-
-/// Maximum number of pieces of reports that wait for all clients together, besides those of the
-/// last report that was taken: 64 MiB. Clients take one a second.
-constexpr std::size_t max_waiting_report_pieces = 16384;
 
 /// Maximum number of requests of one client that wait for the database.
 constexpr std::size_t max_unanswered_requests = 64;

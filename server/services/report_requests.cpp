@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <numeric>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -38,19 +37,18 @@ bool is_under_way(const client_session& session)
     return session.is_report_made || !session.report.empty();
 }
 
-/// Pieces of reports that are to be sent to all clients.
-std::size_t count_waiting_pieces(const server_core& core)
+/// Those that are made count until they are, even if the client has gone meanwhile.
+std::size_t count_under_way(const server_core& core)
 {
-    return std::accumulate(
-        core.sessions.begin(), core.sessions.end(), std::size_t{0},
-        [](std::size_t count, const auto& entry) { return count + entry.second.report.size(); });
+    const auto sent = std::ranges::count_if(
+        core.sessions, [](const auto& entry) { return !entry.second.report.empty(); });
+    return core.reports_in_the_making + static_cast<std::size_t>(sent);
 }
 
 bool is_busy(const server_core& core, const client_session& session)
 {
     return core.options.reports == report_answer::busy || is_under_way(session) ||
-           core.reports_in_the_making >= max_reports_at_once ||
-           count_waiting_pieces(core) >= max_waiting_report_pieces;
+           count_under_way(core) >= max_reports_at_once;
 }
 
 /// Makes the faults of a part that the practice server was asked for.

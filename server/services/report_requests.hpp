@@ -8,9 +8,8 @@ namespace tovrik
 
 /// Answers a request for a report. A report comes as its start, its header and then its pieces, in
 /// turn with other messages. Otherwise the answer is that the server is busy, that there were no
-/// messages, or that the request makes no sense. The server counts as busy for a client whose
-/// report is under way, and for all while max_reports_at_once are made, or
-/// max_waiting_report_pieces are to be sent.
+/// messages, or that the request makes no sense. The server counts as busy while this client's
+/// report, or max_reports_at_once reports, are under way.
 void answer_report_request(server_core& core, client_session& session, const packet& received);
 
 } // namespace tovrik

@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -306,6 +305,30 @@ TEST(sim_report, lets_other_messages_pass_and_no_second_report_begin)
     }
     EXPECT_NE(order.find("trt"), std::string::npos) << order;
     EXPECT_NE(order.find('b'), std::string::npos) << order;
+}
+
+TEST(sim_report, is_under_way_for_a_bounded_number_of_clients)
+{
+    const tovrik::service_options options{.capabilities = reporting_server().capabilities};
+    tovrik::server_core core{options};
+    tovrik::channel home;
+    core.memory.archive.add(sample_message("D-AIQA"), sample_time, core.services.reference);
+    std::vector<tovrik::client_session*> sessions;
+    for (std::size_t count = 1; count <= tovrik::max_reports_at_once + 2; ++count) {
+        const int fd = open("/dev/null", O_RDWR | O_CLOEXEC);
+        tovrik::client_session& session =
+            core.sessions.try_emplace(fd, fd, home, count).first->second;
+        answer_report_request(core, session, {.kind = 70, .payload = request_of(sample_time)});
+        const bool is_among_the_first = count <= tovrik::max_reports_at_once;
+        EXPECT_NE(session.report.empty(), is_among_the_first) << count;
+        ASSERT_FALSE(session.assured.empty());
+        EXPECT_EQ(tovrik::decode_header(*session.assured.front()).kind,
+                  is_among_the_first ? 71U : 72U);
+        sessions.push_back(&session);
+    }
+    sessions.front()->report.clear();
+    answer_report_request(core, *sessions.back(), {.kind = 70, .payload = request_of(sample_time)});
+    EXPECT_FALSE(sessions.back()->report.empty()) << "another one has ended";
 }
 
 } // namespace
